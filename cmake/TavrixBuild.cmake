@@ -1,0 +1,35 @@
+# What every target of the project shares: language level, warnings, where results go.
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
+
+option(TAVRIX_SANITIZE "Address and undefined behaviour sanitizers" OFF)
+
+add_library(tavrix_options INTERFACE)
+target_compile_options(tavrix_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Wnon-virtual-dtor -Woverloaded-virtual
+  -fvisibility=hidden)
+target_include_directories(tavrix_options INTERFACE ${PROJECT_SOURCE_DIR})
+if(TAVRIX_SANITIZE)
+  target_compile_options(tavrix_options INTERFACE -fsanitize=address,undefined -fno-sanitize-recover=undefined
+    -fno-omit-frame-pointer)
+  target_link_options(tavrix_options INTERFACE -fsanitize=address,undefined)
+endif()
+if(WIN32)
+  # Windows 7 SP1 is the oldest system; nothing newer may be imported.
+  target_compile_definitions(tavrix_options INTERFACE UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN
+    _WIN32_WINNT=0x0601 WINVER=0x0601)
+  target_link_options(tavrix_options INTERFACE -static)
+endif()
+
+# tavrix_layer(name SOURCES file... [LINK library...]): one folder, one static library.
+# The libraries a layer links are the only layers it may include (tools/check_layers.py checks the includes).
+function(tavrix_layer name)
+  cmake_parse_arguments(LAYER "" "" "SOURCES;LINK" ${ARGN})
+  add_library(tavrix_${name} STATIC ${LAYER_SOURCES})
+  target_link_libraries(tavrix_${name} PUBLIC tavrix_options ${LAYER_LINK})
+endfunction()

@@ -1,0 +1,4 @@
+set(TAVRIX_BITS 32)
+set(TAVRIX_TRIPLET i686-w64-mingw32)
+set(CMAKE_SYSTEM_PROCESSOR i686)
+include(${CMAKE_CURRENT_LIST_DIR}/mingw.cmake)

@@ -1,0 +1,4 @@
+set(TAVRIX_BITS 64)
+set(TAVRIX_TRIPLET x86_64-w64-mingw32)
+set(CMAKE_SYSTEM_PROCESSOR x86_64)
+include(${CMAKE_CURRENT_LIST_DIR}/mingw.cmake)
