@@ -1,0 +1,38 @@
+#pragma once
+
+#include <cstdint>
+#include <stdexcept>
+
+#include "base/text.h"
+
+namespace tavrix::base {
+
+/// Numbers that cross the automation boundary as HRESULTs. Values are Windows' own (winerror.h).
+enum class ErrorNumber : std::uint32_t {
+    overflow = 0x800A0006,          // the hosts' run-time error 6
+    type_mismatch = 0x800A000D,     // run-time error 13
+    subscript = 0x800A0009,         // run-time error 9
+    component_failed = 0x80040200,  // first number of the object-error range
+};
+
+/// What a method raises to its caller: the number, the source and the description that a host reads from its
+/// error object. Public methods that must not raise turn it into their failure value.
+class AutomationError : public std::runtime_error {
+  public:
+    AutomationError(ErrorNumber number, Text source, Text description)
+        : std::runtime_error(to_utf8(source + u": " + description)),
+          number_(number),
+          source_(std::move(source)),
+          description_(std::move(description)) {}
+
+    ErrorNumber number() const noexcept { return number_; }
+    const Text& source() const noexcept { return source_; }
+    const Text& description() const noexcept { return description_; }
+
+  private:
+    ErrorNumber number_;
+    Text source_;
+    Text description_;
+};
+
+}  // namespace tavrix::base

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+#include "base/text.h"
+#include "ports/clock.h"
+#include "ports/code_page.h"
+#include "ports/crypto.h"
+#include "ports/database.h"
+#include "ports/http.h"
+#include "ports/settings.h"
+#include "ports/xml.h"
+
+namespace tavrix::ksef {
+
+/// Everything outside that the class reaches. The references outlive the instance.
+struct KsefPorts {
+    ports::HttpFactory make_http;
+    ports::Crypto& crypto;
+    ports::Clock& clock;
+    ports::Xml& xml;
+    ports::CodePage& code_page;
+    const ports::Settings& settings;
+};
+
+class ClientState;
+
+/// The public class `KseF_comm`: invoices to and from KSeF. One instance serves one call at a time; it keeps its
+/// base address, one HTTP client and the tokens of the last authentication.
+///
+/// The conversions let base::AutomationError through to the caller; the methods that talk to KSeF raise nothing
+/// and report every outcome in their text.
+class KseF_comm {
+  public:
+    explicit KseF_comm(KsefPorts ports);
+    ~KseF_comm();
+
+    base::Text baseUrl() const;
+    void set_baseUrl(const base::Text& value);
+
+    base::Text ExtractTokenFromResponse(const base::Text& resp) const;
+    base::Bytes Base64DecodeToBytes(const base::Text& base64) const;
+    base::Text SendInvoiceToKSeF(ports::Database& dbb, const base::Text& nip, const base::Text& Token,
+                                 const base::Text& xmlContent, const base::Text& systemCode,
+                                 const base::Text& schemaVersion, const base::Text& formcode,
+                                 std::int32_t pog517, const base::Text& Tablica,
+                                 std::int32_t Tablica_id);
+    base::Text TimestampToUnixMs(const base::Text& timestamp) const;
+    base::Bytes HexStringToBytes(const base::Text& hexStr) const;
+    base::Text ExtractPublicKeyFromXML(const base::Text& xmlStr) const;
+    base::Bytes Base64ToBytes(const base::Text& base64Str) const;
+    base::Text Base64EncodeSS(const base::Text& strPlain) const;
+    base::Text Base64Encode(const base::Bytes& bytData) const;
+    base::Text Base64DecodeSS(const base::Text& base64Str) const;
+    base::Text Sha256XmlSimpleb(const base::Bytes& xml) const;
+
+  private:
+    KsefPorts ports_;
+    std::unique_ptr<ClientState> client_;
+};
+
+}  // namespace tavrix::ksef

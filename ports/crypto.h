@@ -1,0 +1,39 @@
+#pragma once
+
+#include <memory>
+
+#include "base/text.h"
+
+namespace tavrix::ports {
+
+/// A public key that was read; what it is made of is the adapter's affair.
+class PublicKey {
+  public:
+    virtual ~PublicKey() = default;
+    /// The key as PEM text (SubjectPublicKeyInfo, RFC 7468).
+    virtual std::string pem() const = 0;
+};
+
+/// Cryptography and randomness. Every function throws base::AutomationError when the operation fails; its
+/// description is the component's last error text.
+class Crypto {
+  public:
+    virtual ~Crypto() = default;
+
+    /// `count` bytes from the system's generator.
+    virtual base::Bytes random_bytes(std::size_t count) = 0;
+    /// 32 bytes, FIPS 180-4.
+    virtual base::Bytes sha256(base::ByteView data) = 0;
+    /// AES-256 in CBC mode with PKCS#7 padding (FIPS 197, SP 800-38A, RFC 5652 6.3). `key` 32 bytes, `iv` 16
+    /// bytes; the result is `plain` rounded up to the next multiple of 16, without the IV.
+    virtual base::Bytes aes_256_cbc_encrypt(base::ByteView key, base::ByteView iv,
+                                            base::ByteView plain) = 0;
+    /// The key of an X.509 certificate in PEM.
+    virtual std::unique_ptr<PublicKey> key_of_certificate(std::string_view pem) = 0;
+    /// A key from what PublicKey::pem gave.
+    virtual std::unique_ptr<PublicKey> load_public_key(std::string_view pem) = 0;
+    /// RSAES-OAEP (RFC 8017, 7.1), SHA-256 for both the label and MGF1.
+    virtual base::Bytes rsa_oaep_sha256_encrypt(const PublicKey& key, base::ByteView plain) = 0;
+};
+
+}  // namespace tavrix::ports
