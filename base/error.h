@@ -13,10 +13,17 @@ enum class ErrorNumber : std::uint32_t {
     type_mismatch = 0x800A000D,     // run-time error 13
     subscript = 0x800A0009,         // run-time error 9
     component_failed = 0x80040200,  // first number of the object-error range
+    // The numbers that hosts know from ADO.
+    item_not_found = 0x800A0CC1,  // 3265: no field of that name
+    no_current_row = 0x800A0BCD,  // 3021: before the first or behind the last row
+    object_closed = 0x800A0E78,   // 3704: the connection or recordset is closed
+    database_failed = 0x80040E14,
+    table_not_found = 0x80040E37,
+    row_changed = 0x80040E38,  // the row is gone or was changed meanwhile
 };
 
-/// What a method raises to its caller: the number, the source and the description that a host reads from its
-/// error object. Public methods that must not raise turn it into their failure value.
+/// What a method raises to its caller: the number, the source and the description that a host reads
+/// from its error object. Public methods that must not raise turn it into their failure value.
 class AutomationError : public std::runtime_error {
   public:
     AutomationError(ErrorNumber number, Text source, Text description)

@@ -5,8 +5,12 @@ namespace {
 
 constexpr char32_t replacement = 0xFFFD;
 
-bool is_high_surrogate(char16_t unit) { return unit >= 0xD800 && unit <= 0xDBFF; }
-bool is_low_surrogate(char16_t unit) { return unit >= 0xDC00 && unit <= 0xDFFF; }
+bool is_high_surrogate(char16_t unit) {
+    return unit >= 0xD800 && unit <= 0xDBFF;
+}
+bool is_low_surrogate(char16_t unit) {
+    return unit >= 0xDC00 && unit <= 0xDFFF;
+}
 
 void append_utf8(std::string& out, char32_t code) {
     if (code < 0x80) {
@@ -35,7 +39,8 @@ void append_utf16(Text& out, char32_t code) {
     }
 }
 
-// What may follow a lead byte (Unicode 15, table 3-7): how many bytes, and the range of the first of them.
+// What may follow a lead byte (Unicode 15, table 3-7): how many bytes, and the range of the first
+// of them.
 struct Lead {
     int continuation_count;
     std::uint8_t first_low;
@@ -66,7 +71,8 @@ std::string to_utf8(TextView text) {
             append_utf8(out, 0x10000 + ((char32_t{unit} - 0xD800) << 10) + (text[i + 1] - 0xDC00u));
             ++i;
         } else {
-            append_utf8(out, is_high_surrogate(unit) || is_low_surrogate(unit) ? replacement : unit);
+            append_utf8(out,
+                        is_high_surrogate(unit) || is_low_surrogate(unit) ? replacement : unit);
         }
     }
     return out;
@@ -82,7 +88,8 @@ Text from_utf8(std::string_view bytes) {
         char32_t code = first & lead.payload_mask;
         bool whole = lead.continuation_count >= 0;
         for (int k = 0; k < lead.continuation_count; ++k) {
-            const auto next = i < bytes.size() ? static_cast<std::uint8_t>(bytes[i]) : std::uint8_t{0};
+            const auto next =
+                i < bytes.size() ? static_cast<std::uint8_t>(bytes[i]) : std::uint8_t{0};
             const std::uint8_t low = k == 0 ? lead.first_low : std::uint8_t{0x80};
             const std::uint8_t high = k == 0 ? lead.first_high : std::uint8_t{0xBF};
             if (next < low || next > high) {
@@ -100,14 +107,22 @@ Text from_utf8(std::string_view bytes) {
 char16_t lower(char16_t c) noexcept {
     if (c >= u'A' && c <= u'Z') return static_cast<char16_t>(c + 32);
     if (c >= 0xC0 && c <= 0xDE && c != 0xD7) return static_cast<char16_t>(c + 32);
-    // Latin Extended-A alternates upper and lower, with the phase changing twice; U+0130, U+0131, U+0138 and
-    // U+0149 have no partner beside them.
+    // Latin Extended-A alternates upper and lower, with the phase changing twice; U+0130, U+0131,
+    // U+0138 and U+0149 have no partner beside them.
     if ((c >= 0x100 && c <= 0x12F) || (c >= 0x132 && c <= 0x137) || (c >= 0x14A && c <= 0x177)) {
         return static_cast<char16_t>(c | 1);
     }
     if ((c >= 0x139 && c <= 0x148) || (c >= 0x179 && c <= 0x17E)) {
         return static_cast<char16_t>((c & 1) != 0 ? c + 1 : c);
     }
+    return c;
+}
+
+char16_t upper(char16_t c) noexcept {
+    // In every pair the upper-case letter stands before the lower-case one: 32 places in the first
+    // two blocks, one place in the third.
+    if (c >= 32 && lower(static_cast<char16_t>(c - 32)) == c) return static_cast<char16_t>(c - 32);
+    if (c >= 1 && lower(static_cast<char16_t>(c - 1)) == c) return static_cast<char16_t>(c - 1);
     return c;
 }
 

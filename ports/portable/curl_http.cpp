@@ -1,0 +1,229 @@
+#include "ports/portable/curl_http.h"
+
+#include <curl/curl.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstring>
+#include <mutex>
+#include <new>
+
+#include "base/secret.h"
+#include "base/version.h"
+#include "ports/portable/system_proxy.h"
+
+namespace tavrix::ports {
+namespace {
+
+constexpr std::size_t largest_body_bytes = 64u * 1024 * 1024;
+
+using SteadyTime = std::chrono::steady_clock::time_point;
+
+struct EasyDeleter {
+    void operator()(CURL* handle) const { curl_easy_cleanup(handle); }
+};
+
+// A header list that wipes its lines, one of which carries the Bearer token, before it frees them.
+class HeaderList {
+  public:
+    HeaderList() = default;
+    ~HeaderList() {
+        for (curl_slist* item = list_; item != nullptr; item = item->next) {
+            base::wipe(item->data, std::strlen(item->data));
+        }
+        curl_slist_free_all(list_);
+    }
+    HeaderList(const HeaderList&) = delete;
+    HeaderList& operator=(const HeaderList&) = delete;
+
+    void add(const std::string& line) {
+        curl_slist* longer = curl_slist_append(list_, line.c_str());
+        if (longer == nullptr) throw std::bad_alloc();
+        list_ = longer;
+    }
+    curl_slist* get() const { return list_; }
+
+  private:
+    curl_slist* list_ = nullptr;
+};
+
+// One transfer's state, reached from libcurl's callbacks.
+struct Transfer {
+    HttpReply reply;
+    bool body_too_large = false;
+    std::chrono::milliseconds no_progress_timeout;
+    SteadyTime last_progress = std::chrono::steady_clock::now();
+    curl_off_t bytes_moved = 0;
+    bool stalled = false;
+};
+
+std::size_t on_body(char* data, std::size_t size, std::size_t count, void* context) noexcept {
+    auto& transfer = *static_cast<Transfer*>(context);
+    const std::size_t bytes = size * count;
+    if (transfer.reply.body.size() + bytes > largest_body_bytes) {
+        transfer.body_too_large = true;
+        return CURL_WRITEFUNC_ERROR;
+    }
+    try {
+        transfer.reply.body.append(data, bytes);
+    } catch (const std::bad_alloc&) {
+        transfer.body_too_large = true;
+        return CURL_WRITEFUNC_ERROR;
+    }
+    return bytes;
+}
+
+std::size_t on_header(char* data, std::size_t size, std::size_t count, void* context) noexcept {
+    auto& transfer = *static_cast<Transfer*>(context);
+    const std::string_view line(data, size * count);
+    // A status line begins a new block: what an interim answer (1xx) or a proxy said before is
+    // over.
+    if (line.starts_with("HTTP/")) transfer.reply.headers.clear();
+    const std::size_t colon = line.find(':');
+    if (colon == std::string_view::npos) return line.size();
+    std::string_view value = line.substr(colon + 1);
+    const auto blank = [](char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; };
+    while (!value.empty() && blank(value.front())) value.remove_prefix(1);
+    while (!value.empty() && blank(value.back())) value.remove_suffix(1);
+    try {
+        transfer.reply.headers.push_back({std::string(line.substr(0, colon)), std::string(value)});
+    } catch (const std::bad_alloc&) {
+        return 0;
+    }
+    return line.size();
+}
+
+// libcurl asks at least once a second, whatever the network does.
+int on_progress(void* context, curl_off_t, curl_off_t received, curl_off_t,
+                curl_off_t sent) noexcept {
+    auto& transfer = *static_cast<Transfer*>(context);
+    const auto now = std::chrono::steady_clock::now();
+    if (received + sent != transfer.bytes_moved) {
+        transfer.bytes_moved = received + sent;
+        transfer.last_progress = now;
+    }
+    transfer.stalled = now - transfer.last_progress > transfer.no_progress_timeout;
+    return transfer.stalled ? 1 : 0;
+}
+
+void initialise_library() {
+    static std::once_flag once;
+    std::call_once(once, [] { curl_global_init(CURL_GLOBAL_ALL); });
+}
+
+class CurlHttp final : public Http {
+  public:
+    explicit CurlHttp(const Settings& settings)
+        : private_ca_file_(settings.private_ca_file),
+          connect_timeout_(settings.connect_timeout),
+          no_progress_timeout_(settings.no_progress_timeout),
+          proxy_(settings.proxy) {
+        initialise_library();
+        easy_.reset(curl_easy_init());
+        if (!easy_) throw std::bad_alloc();
+    }
+
+    HttpReply send(const HttpRequest& request) override {
+        Transfer transfer;
+        transfer.no_progress_timeout = no_progress_timeout_;
+        HeaderList headers;
+        for (const HttpHeader& header : request.headers)
+            headers.add(header.name + ": " + header.value);
+        // Without this a large body waits a second for a "100 Continue" that the service never
+        // sends.
+        headers.add("Expect:");
+
+        curl_easy_reset(easy_.get());  // options only: connections, sessions and DNS answers stay
+        set_connection_options(request.url);
+        set(CURLOPT_URL, request.url.c_str());
+        set(CURLOPT_HTTPHEADER, headers.get());
+        set_method(request);
+        set_callbacks(transfer);
+
+        char words[CURL_ERROR_SIZE] = "";
+        set(CURLOPT_ERRORBUFFER, words);
+        const CURLcode code = curl_easy_perform(easy_.get());
+        set(CURLOPT_ERRORBUFFER, static_cast<char*>(nullptr));
+        set(CURLOPT_HTTPHEADER, static_cast<curl_slist*>(nullptr));
+
+        long status = 0;
+        curl_easy_getinfo(easy_.get(), CURLINFO_RESPONSE_CODE, &status);
+        transfer.reply.status = static_cast<int>(status);
+        transfer.reply.completed = code == CURLE_OK;
+        if (code != CURLE_OK) transfer.reply.error = words_for(code, words, transfer);
+        return std::move(transfer.reply);
+    }
+
+  private:
+    template <typename Value>
+    void set(CURLoption option, Value value) {
+        curl_easy_setopt(easy_.get(), option, value);
+    }
+
+    void set_connection_options(const std::string& url) {
+        set(CURLOPT_NOSIGNAL, 1L);
+        set(CURLOPT_PROTOCOLS_STR, "http,https");
+        set(CURLOPT_FOLLOWLOCATION, 0L);
+        set(CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
+        set(CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(connect_timeout_.count()));
+        set(CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));
+        set(CURLOPT_SSL_VERIFYPEER, 1L);
+        set(CURLOPT_SSL_VERIFYHOST, 2L);
+        // Windows' own store of trusted roots; elsewhere libcurl has the distribution's and ignores
+        // this.
+        set(CURLOPT_SSL_OPTIONS, static_cast<long>(CURLSSLOPT_NATIVE_CA));
+        if (!private_ca_file_.empty()) set(CURLOPT_CAINFO, private_ca_file_.c_str());
+        static const std::string agent = "Tavrix/" + std::to_string(base::version_major) + "." +
+                                         std::to_string(base::version_minor) + "." +
+                                         std::to_string(base::version_revision);
+        set(CURLOPT_USERAGENT, agent.c_str());
+
+        if (proxy_ == "direct") {
+            set(CURLOPT_PROXY, "");
+        } else {
+            const std::string proxy = proxy_.empty() ? system_proxy_for(url) : proxy_;
+            if (!proxy.empty()) set(CURLOPT_PROXY, proxy.c_str());
+        }
+    }
+
+    void set_method(const HttpRequest& request) {
+        if (request.method == "GET") {
+            set(CURLOPT_HTTPGET, 1L);
+            return;
+        }
+        set(CURLOPT_POST, 1L);
+        set(CURLOPT_CUSTOMREQUEST, request.method.c_str());
+        set(CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(request.body.size()));
+        set(CURLOPT_POSTFIELDS, request.body.c_str());
+    }
+
+    void set_callbacks(Transfer& transfer) {
+        set(CURLOPT_WRITEFUNCTION, &on_body);
+        set(CURLOPT_WRITEDATA, &transfer);
+        set(CURLOPT_HEADERFUNCTION, &on_header);
+        set(CURLOPT_HEADERDATA, &transfer);
+        set(CURLOPT_NOPROGRESS, 0L);
+        set(CURLOPT_XFERINFOFUNCTION, &on_progress);
+        set(CURLOPT_XFERINFODATA, &transfer);
+    }
+
+    static std::string words_for(CURLcode code, const char* words, const Transfer& transfer) {
+        if (transfer.body_too_large) return "the answer is larger than 64 MiB";
+        if (transfer.stalled) return "the connection made no progress";
+        return *words != '\0' ? words : curl_easy_strerror(code);
+    }
+
+    std::unique_ptr<CURL, EasyDeleter> easy_;
+    std::string private_ca_file_;
+    std::chrono::milliseconds connect_timeout_;
+    std::chrono::milliseconds no_progress_timeout_;
+    std::string proxy_;
+};
+
+}  // namespace
+
+std::unique_ptr<Http> make_curl_http(const Settings& settings) {
+    return std::make_unique<CurlHttp>(settings);
+}
+
+}  // namespace tavrix::ports

@@ -1,0 +1,157 @@
+#include "ports/portable/openssl_crypto.h"
+
+#include <openssl/bio.h>
+#include <openssl/err.h>
+#include <openssl/evp.h>
+#include <openssl/pem.h>
+#include <openssl/rand.h>
+#include <openssl/rsa.h>
+#include <openssl/x509.h>
+
+#include <climits>
+
+#include "base/error.h"
+
+namespace tavrix::ports {
+namespace {
+
+template <auto release>
+struct Deleter {
+    void operator()(auto* object) const { release(object); }
+};
+using Bio = std::unique_ptr<BIO, Deleter<BIO_free_all>>;
+using Key = std::unique_ptr<EVP_PKEY, Deleter<EVP_PKEY_free>>;
+using KeyContext = std::unique_ptr<EVP_PKEY_CTX, Deleter<EVP_PKEY_CTX_free>>;
+using CipherContext = std::unique_ptr<EVP_CIPHER_CTX, Deleter<EVP_CIPHER_CTX_free>>;
+using Certificate = std::unique_ptr<X509, Deleter<X509_free>>;
+
+// The component's last error text becomes the description; OpenSSL's queue is left empty.
+[[noreturn]] void fail(const char* operation) {
+    std::string description = operation;
+    if (const unsigned long code = ERR_peek_last_error(); code != 0) {
+        char words[256];
+        ERR_error_string_n(code, words, sizeof words);
+        description += ": ";
+        description += words;
+    }
+    ERR_clear_error();
+    throw base::AutomationError(base::ErrorNumber::component_failed, u"Crypto",
+                                base::from_utf8(description));
+}
+
+void check(bool succeeded, const char* operation) {
+    if (!succeeded) fail(operation);
+}
+
+Bio reader(std::string_view pem) {
+    check(pem.size() <= INT_MAX, "BIO_new_mem_buf");
+    Bio bio(BIO_new_mem_buf(pem.data(), static_cast<int>(pem.size())));
+    check(bio != nullptr, "BIO_new_mem_buf");
+    return bio;
+}
+
+// No key here has a passphrase; without this OpenSSL would ask for one on the terminal.
+int no_passphrase(char*, int, int, void*) {
+    return -1;
+}
+
+class OpensslPublicKey final : public PublicKey {
+  public:
+    explicit OpensslPublicKey(Key key) : key_(std::move(key)) {}
+
+    std::string pem() const override {
+        const Bio bio(BIO_new(BIO_s_mem()));
+        check(bio && PEM_write_bio_PUBKEY(bio.get(), key_.get()) == 1, "PEM_write_bio_PUBKEY");
+        char* data = nullptr;
+        const long size = BIO_get_mem_data(bio.get(), &data);
+        return {data, static_cast<std::size_t>(size)};
+    }
+
+    EVP_PKEY* get() const { return key_.get(); }
+
+  private:
+    Key key_;
+};
+
+class OpensslCrypto final : public Crypto {
+  public:
+    base::Bytes random_bytes(std::size_t count) override {
+        base::Bytes bytes(count);
+        check(count <= INT_MAX && RAND_bytes(bytes.data(), static_cast<int>(count)) == 1,
+              "RAND_bytes");
+        return bytes;
+    }
+
+    base::Bytes sha256(base::ByteView data) override {
+        base::Bytes digest(32);
+        unsigned int size = 0;
+        check(EVP_Digest(data.data(), data.size(), digest.data(), &size, EVP_sha256(), nullptr) ==
+                      1 &&
+                  size == digest.size(),
+              "EVP_Digest");
+        return digest;
+    }
+
+    base::Bytes aes_256_cbc_encrypt(base::ByteView key, base::ByteView iv,
+                                    base::ByteView plain) override {
+        constexpr std::size_t block_bytes = 16;
+        check(key.size() == 32 && iv.size() == block_bytes,
+              "AES-256-CBC: key or IV of the wrong length");
+        check(plain.size() <= INT_MAX - block_bytes, "AES-256-CBC: too much data");
+        const CipherContext context(EVP_CIPHER_CTX_new());
+        check(context && EVP_EncryptInit_ex(context.get(), EVP_aes_256_cbc(), nullptr, key.data(),
+                                            iv.data()) == 1,
+              "EVP_EncryptInit_ex");
+        base::Bytes cipher(plain.size() + block_bytes - plain.size() % block_bytes);
+        int body = 0;
+        int last = 0;
+        check(EVP_EncryptUpdate(context.get(), cipher.data(), &body, plain.data(),
+                                static_cast<int>(plain.size())) == 1 &&
+                  EVP_EncryptFinal_ex(context.get(), cipher.data() + body, &last) == 1 &&
+                  static_cast<std::size_t>(body + last) == cipher.size(),
+              "EVP_EncryptUpdate");
+        return cipher;
+    }
+
+    std::unique_ptr<PublicKey> key_of_certificate(std::string_view pem) override {
+        const Certificate certificate(
+            PEM_read_bio_X509(reader(pem).get(), nullptr, no_passphrase, nullptr));
+        check(certificate != nullptr, "PEM_read_bio_X509");
+        Key key(X509_get_pubkey(certificate.get()));
+        check(key != nullptr, "X509_get_pubkey");
+        return std::make_unique<OpensslPublicKey>(std::move(key));
+    }
+
+    std::unique_ptr<PublicKey> load_public_key(std::string_view pem) override {
+        Key key(PEM_read_bio_PUBKEY(reader(pem).get(), nullptr, no_passphrase, nullptr));
+        check(key != nullptr, "PEM_read_bio_PUBKEY");
+        return std::make_unique<OpensslPublicKey>(std::move(key));
+    }
+
+    base::Bytes rsa_oaep_sha256_encrypt(const PublicKey& key, base::ByteView plain) override {
+        const auto& rsa = dynamic_cast<const OpensslPublicKey&>(key);
+        const KeyContext context(EVP_PKEY_CTX_new(rsa.get(), nullptr));
+        check(context && EVP_PKEY_encrypt_init(context.get()) == 1, "EVP_PKEY_encrypt_init");
+        check(EVP_PKEY_CTX_set_rsa_padding(context.get(), RSA_PKCS1_OAEP_PADDING) == 1 &&
+                  EVP_PKEY_CTX_set_rsa_oaep_md(context.get(), EVP_sha256()) == 1 &&
+                  EVP_PKEY_CTX_set_rsa_mgf1_md(context.get(), EVP_sha256()) == 1,
+              "RSA-OAEP parameters");
+        std::size_t size = 0;
+        check(EVP_PKEY_encrypt(context.get(), nullptr, &size, plain.data(), plain.size()) == 1,
+              "EVP_PKEY_encrypt");
+        base::Bytes cipher(size);
+        check(
+            EVP_PKEY_encrypt(context.get(), cipher.data(), &size, plain.data(), plain.size()) == 1,
+            "EVP_PKEY_encrypt");
+        cipher.resize(size);
+        return cipher;
+    }
+};
+
+}  // namespace
+
+std::unique_ptr<Crypto> make_openssl_crypto() {
+    return std::make_unique<OpensslCrypto>();
+}
+
+}  // namespace tavrix::ports

@@ -1,0 +1,106 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "ports/database.h"
+
+struct sqlite3;
+
+namespace tavrix::ports {
+
+struct SqliteColumn {
+    base::Text name;
+    /// As the table declares it, in capitals, without a length: "NVARCHAR", "DATETIME"; "" for a
+    /// computed column.
+    std::string declared_type;
+};
+
+class SqliteConnection;
+
+/// The rows of one query with the batch-optimistic behaviour that hosts know from ADO: all rows are
+/// read at once, changes are kept until update_batch writes them in one transaction, and a row
+/// whose changed columns no longer hold what was read fails the whole batch (row_changed). Rows of
+/// several tables, grouped or distinct are read-only.
+class SqliteRecordset final : public Recordset {
+  public:
+    SqliteRecordset(std::shared_ptr<SqliteConnection> connection, base::TextView sql);
+
+    bool at_end() override { return position_ >= rows_.size(); }
+    void move_next() override;
+    Value field(base::TextView name) override;
+    void set_field(base::TextView name, const Value& value) override;
+    void add_new() override;
+    void update_batch() override;
+
+    const std::vector<SqliteColumn>& columns() const noexcept { return columns_; }
+    std::size_t row_count() const noexcept { return rows_.size(); }
+    std::size_t position() const noexcept { return position_; }
+    /// Any value; one past the last row or beyond is the end.
+    void move_to(std::size_t position) noexcept { position_ = position; }
+    Value field_at(std::size_t column);
+    void set_field_at(std::size_t column, const Value& value);
+    /// The column's index; throws item_not_found.
+    std::size_t column_index(base::TextView name) const;
+    /// Forgets every change since the last update_batch, added rows included.
+    void cancel_batch();
+    bool has_changes() const noexcept;
+
+  private:
+    struct Row {
+        std::optional<std::int64_t> id;  // none while only added
+        std::vector<Value> original;     // as stored, so that update_batch compares like with like
+        std::vector<std::optional<Value>> changed;
+    };
+
+    Row& current_row();
+    void insert_row(Row& row);
+    void update_row(const Row& row);
+
+    std::shared_ptr<SqliteConnection> connection_;
+    std::string table_;
+    std::vector<SqliteColumn> columns_;
+    std::vector<Row> rows_;
+    std::size_t position_ = 0;
+};
+
+/// A SQLite file that takes SQL Server statements. Columns declared as dates give dates, BIT gives
+/// bool, text types give text whatever SQLite stored.
+class SqliteConnection : public std::enable_shared_from_this<SqliteConnection> {
+  public:
+    /// Opens an existing file, or creates it when `create` is set. Throws base::AutomationError.
+    static std::shared_ptr<SqliteConnection> open(const std::string& utf8_path,
+                                                  bool create = false);
+    ~SqliteConnection();
+    SqliteConnection(const SqliteConnection&) = delete;
+    SqliteConnection& operator=(const SqliteConnection&) = delete;
+
+    std::unique_ptr<SqliteRecordset> open_recordset(base::TextView sql);
+    /// Runs a statement that gives no rows; returns how many it changed.
+    std::int64_t execute(base::TextView sql);
+    /// Runs SQLite's own statements, several allowed: schemas, transactions.
+    void execute_script(const std::string& sqlite_sql);
+    sqlite3* handle() const noexcept { return handle_; }
+
+  private:
+    explicit SqliteConnection(sqlite3* handle) : handle_(handle) {}
+    sqlite3* handle_;
+};
+
+/// The Database port over such a connection.
+class SqliteDatabase final : public Database {
+  public:
+    explicit SqliteDatabase(std::shared_ptr<SqliteConnection> connection)
+        : connection_(std::move(connection)) {}
+    std::unique_ptr<Recordset> open(base::TextView sql) override {
+        return connection_->open_recordset(sql);
+    }
+    void execute(base::TextView sql) override { connection_->execute(sql); }
+
+  private:
+    std::shared_ptr<SqliteConnection> connection_;
+};
+
+}  // namespace tavrix::ports
