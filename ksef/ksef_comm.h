@@ -26,11 +26,11 @@ struct KsefPorts {
 
 class ClientState;
 
-/// The public class `KseF_comm`: invoices to and from KSeF. One instance serves one call at a time; it keeps its
-/// base address, one HTTP client and the tokens of the last authentication.
+/// The public class `KseF_comm`: invoices to and from KSeF. One instance serves one call at a time;
+/// it keeps its base address, one HTTP client and the tokens of the last authentication.
 ///
-/// The conversions let base::AutomationError through to the caller; the methods that talk to KSeF raise nothing
-/// and report every outcome in their text.
+/// The conversions let base::AutomationError through to the caller; the methods that talk to KSeF
+/// raise nothing and report every outcome in their text.
 class KseF_comm {
   public:
     explicit KseF_comm(KsefPorts ports);
@@ -41,11 +41,11 @@ class KseF_comm {
 
     base::Text ExtractTokenFromResponse(const base::Text& resp) const;
     base::Bytes Base64DecodeToBytes(const base::Text& base64) const;
-    base::Text SendInvoiceToKSeF(ports::Database& dbb, const base::Text& nip, const base::Text& Token,
-                                 const base::Text& xmlContent, const base::Text& systemCode,
-                                 const base::Text& schemaVersion, const base::Text& formcode,
-                                 std::int32_t pog517, const base::Text& Tablica,
-                                 std::int32_t Tablica_id);
+    base::Text SendInvoiceToKSeF(ports::Database& dbb, const base::Text& nip,
+                                 const base::Text& Token, const base::Text& xmlContent,
+                                 const base::Text& systemCode, const base::Text& schemaVersion,
+                                 const base::Text& formcode, std::int32_t pog517,
+                                 const base::Text& Tablica, std::int32_t Tablica_id);
     base::Text TimestampToUnixMs(const base::Text& timestamp) const;
     base::Bytes HexStringToBytes(const base::Text& hexStr) const;
     base::Text ExtractPublicKeyFromXML(const base::Text& xmlStr) const;

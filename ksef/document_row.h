@@ -1,0 +1,50 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+#include "base/date_time.h"
+#include "base/text.h"
+#include "ports/database.h"
+
+namespace tavrix::ksef {
+
+/// One document of the host with its KSeF columns: the row of `table` whose ddout_id is `id`. Every
+/// function runs its own query; those that write throw base::AutomationError when the row is gone,
+/// and then nothing is written.
+class DocumentRow {
+  public:
+    DocumentRow(ports::Database& database, const base::Text& table, std::int32_t id)
+        : database_(database), table_(table), id_(id) {}
+
+    struct Sent {
+        base::Text ksef_number;
+        std::optional<base::DateTime> issue_date;
+        base::Text reference;
+        base::Text hash;
+    };
+    struct Outcome {
+        base::Text reference;
+        base::Text ksef_number;
+        base::Text hash;
+        base::Text description;
+    };
+
+    /// What is known of earlier sendings; nothing when there is no such row.
+    std::optional<Sent> read();
+    /// Stores an accepted invoice's number, reference and hash.
+    void record(const Outcome& outcome, const base::DateTime& now);
+    void record_number(const base::Text& ksef_number, const base::DateTime& now);
+    void record_upo(const base::Text& upo, const base::DateTime& now);
+    /// "TABLE where ddout_id=ID", as failure texts and queries name the row.
+    base::Text name() const;
+
+  private:
+    std::unique_ptr<ports::Recordset> open(base::TextView columns);
+
+    ports::Database& database_;
+    const base::Text& table_;
+    std::int32_t id_;
+};
+
+}  // namespace tavrix::ksef

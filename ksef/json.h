@@ -1,0 +1,26 @@
+#pragma once
+
+#include <nlohmann/json.hpp>
+#include <string_view>
+
+#include "base/text.h"
+
+namespace tavrix::ksef {
+
+/// Member order is meaning in the bodies sent, so everything is ordered.
+using Json = nlohmann::ordered_json;
+
+/// Parses a reply; whatever is not JSON, or nests deeper than 64 levels, gives null. Reading from
+/// null gives empty texts, so a malformed answer shows as one that lacks its members.
+Json parse_json(std::string_view body);
+
+/// The value at a path such as "status.code" or "invoices[0].status.code": null when it is not
+/// there.
+const Json& json_at(const Json& document, std::string_view path);
+
+/// The value as text: strings as they are, numbers and booleans as JSON writes them, arrays and
+/// objects as compact JSON, null and absent "".
+std::string utf8_at(const Json& document, std::string_view path);
+base::Text text_at(const Json& document, std::string_view path);
+
+}  // namespace tavrix::ksef

@@ -1,0 +1,90 @@
+#include "ksef/ksef_comm.h"
+
+#include "ksef/authentication.h"
+#include "ksef/client_state.h"
+#include "ksef/encoding.h"
+#include "ksef/online_session.h"
+#include "ksef/token.h"
+
+namespace tavrix::ksef {
+
+using base::Bytes;
+using base::Text;
+
+KseF_comm::KseF_comm(KsefPorts ports)
+    : ports_(std::move(ports)), client_(std::make_unique<ClientState>(ports_)) {}
+
+KseF_comm::~KseF_comm() = default;
+
+Text KseF_comm::baseUrl() const {
+    return client_->base_url;
+}
+
+void KseF_comm::set_baseUrl(const Text& value) {
+    client_->base_url = value;
+}
+
+Text KseF_comm::ExtractTokenFromResponse(const Text& resp) const {
+    return extract_token(resp);
+}
+
+Bytes KseF_comm::Base64DecodeToBytes(const Text& base64) const {
+    return ports_.xml.bytes_from_base64(ports::DomDocument::version_6, u"b64", base64);
+}
+
+Text KseF_comm::TimestampToUnixMs(const Text& timestamp) const {
+    return timestamp_to_unix_ms(timestamp);
+}
+
+Bytes KseF_comm::HexStringToBytes(const Text& hexStr) const {
+    return hex_string_to_bytes(hexStr);
+}
+
+Text KseF_comm::ExtractPublicKeyFromXML(const Text& xmlStr) const {
+    return extract_key_bits(xmlStr);
+}
+
+Bytes KseF_comm::Base64ToBytes(const Text& base64Str) const {
+    return base64_to_bytes(base64Str);
+}
+
+Text KseF_comm::Base64EncodeSS(const Text& strPlain) const {
+    return base64_of_ansi(ports_.xml, ports_.code_page, strPlain);
+}
+
+Text KseF_comm::Base64Encode(const Bytes& bytData) const {
+    return ports_.xml.base64_from_bytes(ports::DomDocument::unversioned, u"b64", bytData);
+}
+
+Text KseF_comm::Base64DecodeSS(const Text& base64Str) const {
+    return ansi_of_base64(ports_.xml, ports_.code_page, base64Str);
+}
+
+Text KseF_comm::Sha256XmlSimpleb(const Bytes& xml) const {
+    return base::from_utf8(sha256_base64(ports_.crypto, xml));
+}
+
+Text KseF_comm::SendInvoiceToKSeF(ports::Database& dbb, const Text& nip, const Text& Token,
+                                  const Text& xmlContent, const Text& systemCode,
+                                  const Text& schemaVersion, const Text& formcode,
+                                  std::int32_t pog517, const Text& Tablica,
+                                  std::int32_t Tablica_id) {
+    Text result = u"Nieznany błąd";
+    try {
+        client_->select_environment(pog517);
+        const TokenCheck token = check_token(Token, nip);
+        if (!token.failure.empty()) return token.failure;
+        if (const Text failure = authenticate(ports_, *client_, token.tax_number, Token);
+            !failure.empty()) {
+            return u"Błąd inicjalizacji sesji KSeF:" + failure;
+        }
+        result = send_in_online_session(ports_, *client_, DocumentRow(dbb, Tablica, Tablica_id),
+                                        xmlContent, {systemCode, schemaVersion, formcode});
+        client_->close_with_authentication_token();
+    } catch (const std::exception&) {
+        // The host sees no error; the text says what was known.
+    }
+    return result;
+}
+
+}  // namespace tavrix::ksef

@@ -1,0 +1,231 @@
+#include "ksef/online_session.h"
+
+#include "base/base64.h"
+#include "ksef/encoding.h"
+#include "ksef/poll_counter.h"
+#include "ksef/session_key.h"
+
+namespace tavrix::ksef {
+namespace {
+
+using base::Text;
+using ports::HttpReply;
+using namespace std::chrono_literals;
+
+constexpr std::string_view sessions = "/api/v2/sessions/";
+constexpr std::string_view online_sessions = "/api/v2/sessions/online";
+constexpr auto invoice_poll_pause = 2000ms;
+// The service has the invoice's own page as soon as the session is done; past this many polls it
+// never will.
+constexpr int most_invoice_polls = 120;
+
+// What the address of a UPO must not have stored as one: nothing, and the page of a firewall.
+bool is_upo(std::string_view body) {
+    const std::size_t start = body.find('<');
+    if (start == std::string_view::npos) return false;
+    const Text beginning = base::from_utf8(body.substr(start, 14));
+    return base::find_case_blind(beginning, u"<html") != 0 &&
+           base::find_case_blind(beginning, u"<!doctype html") != 0;
+}
+
+class OnlineSession {
+  public:
+    OnlineSession(KsefPorts& ports, ClientState& client, DocumentRow row)
+        : ports_(ports), client_(client), row_(row) {}
+
+    Text run(base::TextView xml_content, const FormCode& form) {
+        result_ = u"Nieznany błąd";
+        try {
+            SessionKey session_key;
+            if (prepare(xml_content, session_key) && open_session(form, session_key) &&
+                check_session() && look_up_row() && send_invoice() && wait_for_invoice()) {
+                record_outcome();
+                if (close_and_wait() && fetch_invoice()) fetch_upo();
+            }
+        } catch (const std::exception&) {
+            // What is no step's own failure leaves the text as it stands.
+        }
+        return result_;
+    }
+
+  private:
+    // Every step answers whether the next one follows; a failing step has set the result.
+    bool fail(Text text) {
+        result_ = std::move(text);
+        return false;
+    }
+
+    std::string session_path(std::string_view rest = {}) const {
+        return std::string(sessions) + path_segment(client_.session_reference) + std::string(rest);
+    }
+    std::string online_path(std::string_view rest) const {
+        return std::string(online_sessions) + "/" + path_segment(client_.session_reference) +
+               std::string(rest);
+    }
+
+    // Everything of the body that depends on the bytes alone, so that they are held no longer than
+    // needed.
+    bool prepare(base::TextView xml_content, SessionKey& session_key) {
+        if (Text failure = make_session_key(ports_.crypto, client_, session_key);
+            !failure.empty()) {
+            return fail(std::move(failure));
+        }
+        const base::Bytes plain = invoice_bytes(ports_.code_page, xml_content);
+        const base::Bytes encrypted =
+            ports_.crypto.aes_256_cbc_encrypt(session_key.key, session_key.iv, plain);
+        invoice_hash_ = sha256_base64(ports_.crypto, plain);
+        body_["invoiceHash"] = invoice_hash_;
+        body_["invoiceSize"] = std::to_string(plain.size());
+        body_["encryptedInvoiceHash"] = sha256_base64(ports_.crypto, encrypted);
+        body_["encryptedInvoiceSize"] = std::to_string(encrypted.size());
+        body_["encryptedInvoiceContent"] = base::base64_encode(encrypted);
+        return true;
+    }
+
+    bool open_session(const FormCode& form, const SessionKey& session_key) {
+        client_.set_bearer(client_.access_token);
+        Json body;
+        body["formCode"]["systemCode"] = base::to_utf8(form.system_code);
+        body["formCode"]["schemaVersion"] = base::to_utf8(form.schema_version);
+        body["formCode"]["value"] = base::to_utf8(form.value);
+        body["encryption"] = encryption_of(session_key);
+        const HttpReply reply = client_.post(std::string(online_sessions), body);
+        if (!answered(reply, 201)) return fail(failure_text(reply, u"sessions/online:STATUS:"));
+        client_.session_reference = utf8_at(parse_json(reply.body), "referenceNumber");
+        return true;
+    }
+
+    bool check_session() {
+        const HttpReply reply = client_.get(session_path());
+        if (!answered(reply, 200)) return true;
+        // Ordered as text: "1000" lies before "300". Any other code goes on, the sending will tell.
+        const std::string code = utf8_at(parse_json(reply.body), "status.code");
+        if (code == "200" || code >= "300") return fail(failure_text(reply, u"sessions/:STATUS:"));
+        return true;
+    }
+
+    bool look_up_row() {
+        const auto sent = row_.read();
+        if (!sent) return fail(u"Nie znaleziono dokumetu:" + row_.name());
+        // A document of an earlier day was issued offline; sent once without a number, it is
+        // corrected technically.
+        const bool issued_earlier =
+            sent->issue_date &&
+            base::format_date(*sent->issue_date) < base::format_date(ports_.clock.now_local());
+        body_["offlineMode"] = issued_earlier;
+        if (issued_earlier && sent->ksef_number.empty() && !sent->reference.empty() &&
+            !sent->hash.empty()) {
+            body_["hashOfCorrectedInvoice"] = base::to_utf8(sent->hash);
+        }
+        return true;
+    }
+
+    bool send_invoice() {
+        const HttpReply reply = client_.post(online_path("/invoices"), body_);
+        body_.clear();
+        if (!answered(reply, 202)) return fail(failure_text(reply, u"sessions/online/STATUS:"));
+        invoice_reference_ = utf8_at(parse_json(reply.body), "referenceNumber");
+        return true;
+    }
+
+    bool wait_for_invoice() {
+        PollCounter counter;
+        for (;;) {
+            const HttpReply reply = client_.get(session_path("/invoices"));
+            if (!answered(reply, 200)) {
+                return fail(u"sessions//invoicesSTATUS:" + base::to_decimal(reply.status));
+            }
+            invoices_ = parse_json(reply.body);
+            const std::string code = utf8_at(invoices_, "invoices[0].status.code");
+            // 440 is a duplicate: the invoice is in KSeF already and its number comes along.
+            if (code == "200" || code == "440") return true;
+            if (code != "100" && code != "150") {
+                return fail(
+                    failure_text(reply, u"invoices[0].status.code:STATUS:", base::from_utf8(code)));
+            }
+            if (!counter.wait(ports_.clock)) {
+                return fail(failure_text(reply, u"invoices[0].status.code:STATUS:", u"timeout"));
+            }
+        }
+    }
+
+    // The text comes last: a number that could not be written must not look like a success. Sent
+    // again, the invoice is a duplicate and brings its number back.
+    void record_outcome() {
+        const Json& invoice = json_at(invoices_, "invoices[0]");
+        Text number = text_at(invoice, "status.extensions.originalKsefNumber");
+        if (number.empty() || utf8_at(invoice, "status.code") != "440")
+            number = text_at(invoice, "ksefNumber");
+        row_.record({base::from_utf8(invoice_reference_), number, base::from_utf8(invoice_hash_),
+                     text_at(invoice, "status.description")},
+                    ports_.clock.now_local());
+        result_ = u"Faktura o numerze KSeF: " + number;
+    }
+
+    bool close_and_wait() {
+        client_.post(online_path("/close"), Json::object());
+        PollCounter counter;
+        for (;;) {
+            const HttpReply reply = client_.get(session_path());
+            if (answered(reply, 429)) return fail(u"429 Too many Requests");
+            if (answered(reply, 200)) {
+                const Json answer = parse_json(reply.body);
+                const std::string code = utf8_at(answer, "status.code");
+                if (const Text failed = text_at(answer, "failedInvoiceCount"); is_count(failed)) {
+                    return fail(u"failedInvoiceCount:STATUS:" + failed);
+                }
+                if (code == "200" || is_count(text_at(answer, "successfulInvoiceCount")))
+                    return true;
+                const bool in_progress =
+                    code == "100" || code == "150" || code == "170" || code.empty();
+                if (!in_progress) return false;
+            }
+            if (!counter.wait(ports_.clock)) return fail(u"sessions:STATUS:timeout");
+        }
+    }
+
+    static bool is_count(const Text& count) { return !count.empty() && count != u"0"; }
+
+    bool fetch_invoice() {
+        const std::string path = session_path("/invoices/") + path_segment(invoice_reference_);
+        HttpReply reply = client_.get(path);
+        for (int poll = 1; !answered(reply, 200); ++poll) {
+            if (poll == most_invoice_polls) return false;
+            ports_.clock.sleep(invoice_poll_pause);
+            reply = client_.get(path);
+        }
+        const Json invoice = parse_json(reply.body);
+        // An answer without a number must not take away the one that is recorded.
+        if (const Text number = text_at(invoice, "ksefNumber"); !number.empty()) {
+            row_.record_number(number, ports_.clock.now_local());
+        }
+        upo_url_ = utf8_at(invoice, "upoDownloadUrl");
+        return true;
+    }
+
+    void fetch_upo() {
+        const HttpReply reply = client_.get_address(upo_url_);
+        if (!answered(reply, 200) || !is_upo(reply.body)) return;
+        row_.record_upo(base::from_utf8(reply.body), ports_.clock.now_local());
+        result_.clear();
+    }
+
+    KsefPorts& ports_;
+    ClientState& client_;
+    DocumentRow row_;
+    Text result_;
+    Json body_ = Json::object();
+    std::string invoice_hash_;
+    std::string invoice_reference_;
+    Json invoices_;
+    std::string upo_url_;
+};
+
+}  // namespace
+
+Text send_in_online_session(KsefPorts& ports, ClientState& client, DocumentRow row,
+                            base::TextView xml_content, const FormCode& form) {
+    return OnlineSession(ports, client, row).run(xml_content, form);
+}
+
+}  // namespace tavrix::ksef

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "ksef/client_state.h"
+#include "ksef/document_row.h"
+
+namespace tavrix::ksef {
+
+/// The form that an invoice follows, for example "FA (3)", "1-0E", "FA".
+struct FormCode {
+    const base::Text& system_code;
+    const base::Text& schema_version;
+    const base::Text& value;
+};
+
+/// Sends one invoice in an online session of an authenticated client, records the outcome in the
+/// document's row and stores the UPO. `xml_content` holds the invoice's UTF-8 bytes one per
+/// character.
+///
+/// Returns the empty text once the UPO is stored, "Faktura o numerze KSeF: " and the number when
+/// the invoice was accepted but the UPO could not be had, or the text of what failed. Raises
+/// nothing.
+base::Text send_in_online_session(KsefPorts& ports, ClientState& client, DocumentRow row,
+                                  base::TextView xml_content, const FormCode& form);
+
+}  // namespace tavrix::ksef

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "base/text.h"
+
+namespace tavrix::ksef {
+
+/// What a KSeF token says of itself: "reference|nip-NNNNNNNNNN|secret" or
+/// "reference|internalid-NIP-NUMBER|secret".
+struct TokenCheck {
+    /// Empty when the token can be used, otherwise the text that the host gets.
+    base::Text failure;
+    /// The tax number in the token's second part.
+    base::Text tax_number;
+};
+
+/// Reads the tax number out of `token`. Without a "|" the failure is "Błędny token :" and the
+/// token; throws base::AutomationError (subscript) when the second part names no number at all.
+TokenCheck read_token(const base::Text& token);
+
+/// The same, and the number must be `nip`: otherwise "Błędny token (Niezgodny nip):" and the
+/// token's number.
+TokenCheck check_token(const base::Text& token, const base::Text& nip);
+
+}  // namespace tavrix::ksef
