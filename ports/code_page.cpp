@@ -5,6 +5,7 @@
 namespace tavrix::ports {
 
 base::Bytes bytes_one_per_character(const CodePage& code_page, base::TextView text) {
+    if (!code_page.is_single_byte()) return code_page.to_bytes(text);
     // Invoices are megabytes of few different characters, so the answers are looked up once.
     constexpr std::uint16_t unknown = 0x100;
     constexpr std::size_t remembered = 0x2200;

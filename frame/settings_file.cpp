@@ -1,0 +1,155 @@
+#include "frame/settings_file.h"
+
+#include <array>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <nlohmann/json.hpp>
+#include <sstream>
+
+#include "base/error.h"
+
+namespace tavrix::frame {
+namespace {
+
+using Json = nlohmann::ordered_json;
+using ports::Settings;
+
+// Where in the file: JSON values do not know their lines, so a key's line is where its name stands.
+class Source {
+  public:
+    Source(const std::string& text, const std::string& file) : text_(text), file_(file) {}
+
+    [[noreturn]] void fail_at_line(std::size_t line, const std::string& what) const {
+        throw base::AutomationError(
+            base::ErrorNumber::component_failed, u"Tavrix.json",
+            base::from_utf8(file_ + ", wiersz " + std::to_string(line) + ": " + what));
+    }
+    [[noreturn]] void fail_at_byte(std::size_t byte, const std::string& what) const {
+        const auto end = text_.begin() + static_cast<std::ptrdiff_t>(std::min(byte, text_.size()));
+        fail_at_line(static_cast<std::size_t>(std::count(text_.begin(), end, '\n')) + 1, what);
+    }
+    // `key` is dotted; its last name is looked for behind the ones before it.
+    [[noreturn]] void fail_at_key(const std::string& key, const std::string& what) const {
+        std::size_t at = 0;
+        std::istringstream names(key);
+        for (std::string name; std::getline(names, name, '.');) {
+            const std::size_t found = text_.find("\"" + name + "\"", at);
+            if (found != std::string::npos) at = found;
+        }
+        fail_at_byte(at, "klucz \"" + key + "\": " + what);
+    }
+
+  private:
+    const std::string& text_;
+    const std::string& file_;
+};
+
+struct Reader {
+    const Source& source;
+    const std::string& key;
+    const Json& value;
+
+    std::string text() const {
+        if (!value.is_string()) source.fail_at_key(key, "oczekiwano tekstu");
+        return value.get<std::string>();
+    }
+    base::Text wide_text() const { return base::from_utf8(text()); }
+    base::Text origin() const {
+        const std::string origin = text();
+        const bool known_scheme = origin.starts_with("https://") || origin.starts_with("http://");
+        if (!known_scheme || origin.ends_with('/')) {
+            source.fail_at_key(key, "oczekiwano adresu http(s) bez ukośnika na końcu");
+        }
+        return base::from_utf8(origin);
+    }
+    base::Text path_root() const {
+        const std::string root = text();
+        if (!root.empty() && (!root.starts_with('/') || root.ends_with('/'))) {
+            source.fail_at_key(key, "oczekiwano ścieżki od ukośnika, bez ukośnika na końcu");
+        }
+        return base::from_utf8(root);
+    }
+    std::chrono::milliseconds milliseconds() const {
+        constexpr std::int64_t one_day_ms = 86'400'000;
+        if (!value.is_number_integer() || value.get<std::int64_t>() < 1 || value.get<std::int64_t>() > one_day_ms) {
+            source.fail_at_key(key, "oczekiwano liczby milisekund od 1 do 86400000");
+        }
+        return std::chrono::milliseconds(value.get<std::int64_t>());
+    }
+    std::vector<ports::HelpdeskRoute> helpdesk_routes() const {
+        if (!value.is_object()) source.fail_at_key(key, "oczekiwano obiektu NIP: adres");
+        std::vector<ports::HelpdeskRoute> routes;
+        for (const auto& [tax_number, address] : value.items()) {
+            if (!address.is_string()) source.fail_at_key(key + "." + tax_number, "oczekiwano tekstu");
+            routes.push_back({base::remove_characters(base::from_utf8(tax_number), u"-"),
+                              base::from_utf8(address.get<std::string>())});
+        }
+        return routes;
+    }
+};
+
+struct Key {
+    const char* name;
+    void (*take)(Settings&, const Reader&);
+};
+
+// Every key there is; docs/settings.md says what each means.
+constexpr std::array keys = {
+    Key{"ksef.production", [](Settings& s, const Reader& r) { s.ksef.production = r.origin(); }},
+    Key{"ksef.demo", [](Settings& s, const Reader& r) { s.ksef.demo = r.origin(); }},
+    Key{"ksef.test", [](Settings& s, const Reader& r) { s.ksef.test = r.origin(); }},
+    Key{"ksef.path_root", [](Settings& s, const Reader& r) { s.ksef_path_root = r.path_root(); }},
+    Key{"qr.production", [](Settings& s, const Reader& r) { s.qr.production = r.origin(); }},
+    Key{"qr.demo", [](Settings& s, const Reader& r) { s.qr.demo = r.origin(); }},
+    Key{"qr.test", [](Settings& s, const Reader& r) { s.qr.test = r.origin(); }},
+    Key{"http.private_ca_file", [](Settings& s, const Reader& r) { s.private_ca_file = r.text(); }},
+    Key{"http.connect_timeout_ms", [](Settings& s, const Reader& r) { s.connect_timeout = r.milliseconds(); }},
+    Key{"http.no_progress_timeout_ms",
+        [](Settings& s, const Reader& r) { s.no_progress_timeout = r.milliseconds(); }},
+    Key{"http.proxy", [](Settings& s, const Reader& r) { s.proxy = r.text(); }},
+    Key{"helpdesk.address", [](Settings& s, const Reader& r) { s.helpdesk_address = r.wide_text(); }},
+    Key{"helpdesk.routes", [](Settings& s, const Reader& r) { s.helpdesk_routes = r.helpdesk_routes(); }},
+    Key{"trace.root", [](Settings& s, const Reader& r) { s.trace_root = r.text(); }},
+};
+
+void take_key(Settings& settings, const Source& source, const std::string& key, const Json& value) {
+    for (const Key& known : keys) {
+        if (key == known.name) return known.take(settings, {source, key, value});
+    }
+    source.fail_at_key(key, "nieznany klucz");
+}
+
+}  // namespace
+
+Settings parse_settings(const std::string& text, const std::string& file) {
+    const Source source(text, file);
+    Json document;
+    try {
+        document = Json::parse(text);
+    } catch (const Json::parse_error& error) {
+        source.fail_at_byte(error.byte > 0 ? error.byte - 1 : 0, "to nie jest poprawny JSON");
+    }
+    if (!document.is_object()) source.fail_at_line(1, "oczekiwano obiektu JSON");
+    Settings settings;
+    for (const auto& [section, members] : document.items()) {
+        if (!members.is_object()) source.fail_at_key(section, "oczekiwano obiektu");
+        for (const auto& [name, value] : members.items()) {
+            take_key(settings, source, section + "." + name, value);
+        }
+    }
+    return settings;
+}
+
+Settings load_settings(const std::string& utf8_path) {
+    const std::filesystem::path path(std::u8string(utf8_path.begin(), utf8_path.end()));
+    std::error_code error;
+    if (!std::filesystem::exists(path, error) && !error) return {};
+    std::ifstream file(path, std::ios::binary);
+    std::ostringstream content;
+    content << file.rdbuf();
+    if (!file) Source("", utf8_path).fail_at_line(1, "nie można odczytać pliku");
+    return parse_settings(content.str(), utf8_path);
+}
+
+}  // namespace tavrix::frame
