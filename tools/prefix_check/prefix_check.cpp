@@ -1,4 +1,5 @@
-// One small question to each cross-built library: is it whole, and is it built the way the project relies on?
+// One small question to each cross-built library: is it whole, and is it built the way the project
+// relies on?
 #include <curl/curl.h>
 #include <gtest/gtest.h>
 #include <openssl/crypto.h>
@@ -54,7 +55,8 @@ TEST(Prefix, OpensslLooksOnlyIntoAProtectedFolder) {
 TEST(Prefix, SqliteOpensADatabase) {
     sqlite3* database = nullptr;
     ASSERT_EQ(sqlite3_open(":memory:", &database), SQLITE_OK);
-    EXPECT_EQ(sqlite3_exec(database, "create table t(x); insert into t values(1)", nullptr, nullptr, nullptr),
+    EXPECT_EQ(sqlite3_exec(database, "create table t(x); insert into t values(1)", nullptr, nullptr,
+                           nullptr),
               SQLITE_OK);
     EXPECT_EQ(sqlite3_close(database), SQLITE_OK);
 }
