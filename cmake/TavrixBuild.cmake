@@ -24,6 +24,8 @@ if(WIN32)
   target_compile_definitions(tavrix_options INTERFACE UNICODE _UNICODE NOMINMAX WIN32_LEAN_AND_MEAN
     _WIN32_WINNT=0x0601 WINVER=0x0601)
   target_link_options(tavrix_options INTERFACE -static)
+  # Brings the system libraries along that a static OpenSSL needs.
+  set(OPENSSL_USE_STATIC_LIBS ON)
 endif()
 
 # tavrix_layer(name SOURCES file... [LINK library...]): one folder, one static library.

@@ -1,0 +1,162 @@
+#include "com/codec.h"
+
+#include <cstring>
+#include <new>
+
+#include "base/error.h"
+#include "ports/windows/late_bound.h"
+#include "ports/windows/variant_value.h"
+
+namespace tavrix::com {
+namespace {
+
+using windows::Variant;
+
+[[noreturn]] void refuse(HRESULT code) {
+    if (code == E_OUTOFMEMORY) throw std::bad_alloc();
+    throw ArgumentError(code == DISP_E_OVERFLOW ? code : DISP_E_TYPEMISMATCH);
+}
+
+// Takes no other way for the object than DISPID 0, which needs no name.
+Variant default_property(const VARIANT& source, LCID locale) {
+    const windows::ComPointer<IDispatch> object = windows::object_of(source);
+    Variant value;
+    DISPPARAMS none{};
+    if (!object || FAILED(object->Invoke(DISPID_VALUE, IID_NULL, locale,
+                                         DISPATCH_PROPERTYGET | DISPATCH_METHOD, &none, value.out(),
+                                         nullptr, nullptr))) {
+        refuse(DISP_E_TYPEMISMATCH);
+    }
+    return value;
+}
+
+bool is_object(const VARIANT& source) noexcept {
+    return source.vt == VT_DISPATCH || source.vt == VT_UNKNOWN;
+}
+
+// Calls `visit` with each element as a value of its own.
+template <typename Visit>
+void for_each_element(SAFEARRAY* array, Visit visit) {
+    if (array == nullptr) return;
+    VARTYPE type = VT_EMPTY;
+    if (SafeArrayGetDim(array) != 1 || FAILED(SafeArrayGetVartype(array, &type))) {
+        refuse(DISP_E_TYPEMISMATCH);
+    }
+    const LONG first = array->rgsabound[0].lLbound;
+    const auto count = static_cast<LONG>(windows::element_count(array));
+    for (LONG i = first; i < first + count; ++i) {
+        Variant element;
+        if (type == VT_VARIANT) {
+            if (FAILED(SafeArrayGetElement(array, &i, element.out()))) throw std::bad_alloc();
+        } else {
+            if (FAILED(SafeArrayGetElement(array, &i, &element.address()->bVal)))
+                throw std::bad_alloc();
+            element.address()->vt = type;
+        }
+        visit(element.get());
+    }
+}
+
+// A script's array object: `length`, and its elements under their numbers.
+template <typename Visit>
+void for_each_property(const VARIANT& source, LCID locale, Visit visit) {
+    const windows::LateBound object(windows::object_of(source));
+    try {
+        const std::int32_t length =
+            Codec<std::int32_t>::read(windows::look_through(object.get(u"length").get()), locale);
+        for (std::int32_t i = 0; i < length; ++i) {
+            visit(windows::look_through(object.get(base::to_decimal(i).c_str()).get()));
+        }
+    } catch (const base::AutomationError&) {
+        refuse(DISP_E_TYPEMISMATCH);
+    }
+}
+
+template <typename Visit>
+void for_each(const VARIANT& source, LCID locale, Visit visit) {
+    if ((source.vt & VT_ARRAY) != 0) {
+        for_each_element(source.parray, visit);
+    } else if (is_object(source)) {
+        for_each_property(source, locale, visit);
+    } else {
+        refuse(DISP_E_TYPEMISMATCH);
+    }
+}
+
+}  // namespace
+
+Variant coerce(const VARIANT& source, VARTYPE type, LCID locale) {
+    Variant through_default;
+    VARIANT plain = source;
+    if (is_object(source)) {
+        through_default = default_property(source, locale);
+        plain = windows::look_through(through_default.get());
+        if (is_object(plain)) refuse(DISP_E_TYPEMISMATCH);
+    }
+    Variant result;
+    const HRESULT code = VariantChangeTypeEx(result.out(), &plain, locale, VARIANT_ALPHABOOL, type);
+    if (FAILED(code)) refuse(code);
+    return result;
+}
+
+base::Text Codec<base::Text>::read(const VARIANT& source, LCID locale) {
+    if (source.vt == VT_BSTR) return base::Text(windows::view_of(source.bstrVal));
+    return base::Text(windows::view_of(coerce(source, VT_BSTR, locale).get().bstrVal));
+}
+
+base::Bytes Codec<base::Bytes>::read(const VARIANT& source, LCID locale) {
+    base::Bytes bytes;
+    if (source.vt == (VT_ARRAY | VT_UI1) && source.parray != nullptr &&
+        SafeArrayGetDim(source.parray) == 1) {
+        bytes.resize(windows::element_count(source.parray));
+        const windows::SafeArrayAccess access(source.parray);
+        if (access.data() == nullptr) refuse(DISP_E_TYPEMISMATCH);
+        if (!bytes.empty()) std::memcpy(bytes.data(), access.data(), bytes.size());
+        return bytes;
+    }
+    for_each(source, locale, [&](const VARIANT& element) {
+        bytes.push_back(Codec<std::uint8_t>::read(windows::look_through(element), locale));
+    });
+    return bytes;
+}
+
+std::vector<base::Text> Codec<std::vector<base::Text>>::read(const VARIANT& source, LCID locale) {
+    std::vector<base::Text> texts;
+    for_each(source, locale, [&](const VARIANT& element) {
+        texts.push_back(Codec<base::Text>::read(windows::look_through(element), locale));
+    });
+    return texts;
+}
+
+Variant Codec<std::vector<base::Text>>::write(const std::vector<base::Text>& value) {
+    windows::SafeArray array(SafeArrayCreateVector(VT_BSTR, 0, static_cast<ULONG>(value.size())));
+    if (!array) throw std::bad_alloc();
+    LONG index = 0;
+    for (const base::Text& text : value) {
+        if (FAILED(SafeArrayPutElement(array.get(), &index, windows::make_bstr(text).get()))) {
+            throw std::bad_alloc();
+        }
+        ++index;
+    }
+    return {std::move(array), VT_BSTR};
+}
+
+ports::Value Codec<ports::Value>::read(const VARIANT& source, LCID locale) {
+    if (!is_object(source)) return windows::value_of(source);
+    return windows::value_of(default_property(source, locale).get());
+}
+
+Variant Codec<ports::Value>::write(const ports::Value& value) {
+    return windows::variant_of(value);
+}
+
+windows::ComPointer<IDispatch> Codec<windows::ComPointer<IDispatch>>::read(const VARIANT& source,
+                                                                           LCID) {
+    if (!is_object(source)) refuse(DISP_E_TYPEMISMATCH);
+    windows::ComPointer<IDispatch> object = windows::object_of(source);
+    // An object without IDispatch is not Nothing.
+    if (!object && source.punkVal != nullptr) refuse(DISP_E_TYPEMISMATCH);
+    return object;
+}
+
+}  // namespace tavrix::com

@@ -1,0 +1,44 @@
+#include "com/composition.h"
+
+#include "com/module.h"
+#include "frame/settings_file.h"
+#include "ports/portable/curl_http.h"
+#include "ports/portable/openssl_crypto.h"
+#include "ports/windows/ansi_code_page.h"
+#include "ports/windows/msxml.h"
+#include "ports/windows/windows_clock.h"
+
+namespace tavrix::com {
+namespace {
+
+// Beside the DLL, wherever it stands and whatever it was renamed to.
+std::string settings_path() {
+    const base::Text path = module_path();
+    return base::to_utf8(path.substr(0, path.find_last_of(u'\\') + 1)) + "Tavrix.json";
+}
+
+/// Everything outside that a public object reaches.
+struct Environment {
+    ports::Settings settings = frame::load_settings(settings_path());
+    std::unique_ptr<ports::Crypto> crypto = ports::make_openssl_crypto();
+    windows::WindowsClock clock;
+    windows::Msxml xml;
+    windows::AnsiCodePage code_page;
+};
+
+struct ComposedKsef {
+    Environment environment;
+    ksef::KseF_comm object{{[this] { return ports::make_curl_http(environment.settings); },
+                            *environment.crypto, environment.clock, environment.xml,
+                            environment.code_page, environment.settings}};
+};
+
+}  // namespace
+
+std::shared_ptr<ksef::KseF_comm> compose_ksef_comm() {
+    auto composed = std::make_shared<ComposedKsef>();
+    ksef::KseF_comm* object = &composed->object;
+    return {std::move(composed), object};
+}
+
+}  // namespace tavrix::com

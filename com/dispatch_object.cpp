@@ -1,0 +1,93 @@
+#include "com/dispatch_object.h"
+
+#include "com/default_member.h"
+#include "com/error_bridge.h"
+#include "com/frame.h"
+#include "ports/windows/bstr.h"
+
+namespace tavrix::com {
+namespace {
+
+constexpr WORD put_flags = DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF;
+
+base::TextView name_of(const OLECHAR* name) {
+    return reinterpret_cast<const char16_t*>(name);
+}
+
+// What a member does under the flags of a call; null when it is not to be used so. A method is not
+// a property, but script hosts read properties with the flag of methods, or with both.
+Call select(const Member& member, WORD flags) noexcept {
+    if ((flags & DISPATCH_PROPERTYPUT) != 0) return member.let;
+    if ((flags & DISPATCH_PROPERTYPUTREF) != 0) {
+        const bool holds_object = member.let_type == VT_DISPATCH || member.let_type == VT_VARIANT;
+        return holds_object ? member.let : nullptr;
+    }
+    if ((flags & DISPATCH_METHOD) != 0 && member.method != nullptr) return member.method;
+    return (flags & (DISPATCH_PROPERTYGET | DISPATCH_METHOD)) != 0 ? member.get : nullptr;
+}
+
+}  // namespace
+
+HRESULT DispatchObject::QueryInterface(REFIID id, void** object) noexcept {
+    if (object != nullptr && id == table_.interface_id) {
+        return Unknown::QueryInterface(IID_IDispatch, object);
+    }
+    return Unknown::QueryInterface(id, object);
+}
+
+HRESULT DispatchObject::GetTypeInfoCount(UINT* count) noexcept {
+    if (count == nullptr) return E_POINTER;
+    *count = 0;
+    return S_OK;
+}
+
+HRESULT DispatchObject::GetTypeInfo(UINT, LCID, ITypeInfo** info) noexcept {
+    if (info == nullptr) return E_POINTER;
+    *info = nullptr;
+    return DISP_E_BADINDEX;
+}
+
+HRESULT DispatchObject::GetIDsOfNames(REFIID reserved, LPOLESTR* names, UINT count, LCID,
+                                      DISPID* ids) noexcept {
+    if (reserved != IID_NULL) return DISP_E_UNKNOWNINTERFACE;
+    if (names == nullptr || ids == nullptr || count == 0) return E_INVALIDARG;
+    const Member* member = find_member(table_, name_of(names[0]));
+    ids[0] = member != nullptr ? member->id : DISPID_UNKNOWN;
+    HRESULT outcome = member != nullptr ? S_OK : DISP_E_UNKNOWNNAME;
+    for (UINT i = 1; i < count; ++i) {
+        ids[i] = member != nullptr ? find_argument(*member, name_of(names[i])) : DISPID_UNKNOWN;
+        if (ids[i] == DISPID_UNKNOWN) outcome = DISP_E_UNKNOWNNAME;
+    }
+    return outcome;
+}
+
+HRESULT DispatchObject::Invoke(DISPID id, REFIID reserved, LCID locale, WORD flags,
+                               DISPPARAMS* parameters, VARIANT* result, EXCEPINFO* information,
+                               UINT* argument_index) noexcept {
+    if (reserved != IID_NULL) return DISP_E_UNKNOWNINTERFACE;
+    if (parameters == nullptr) return E_INVALIDARG;
+    // A call may end with the host giving up its last reference.
+    const windows::ComPointer<IDispatch> alive(this);
+    try {
+        const Member* member = find_member(table_, id);
+        if (member == nullptr) return DISP_E_MEMBERNOTFOUND;
+        if (goes_to_default_member(*member, flags, *parameters)) {
+            return invoke_default_member(*this, *member, locale, flags, *parameters, result,
+                                         information, argument_index);
+        }
+        const Call call = select(*member, flags);
+        if (call == nullptr) return DISP_E_MEMBERNOTFOUND;
+        const Frame frame(*member, *parameters, locale, (flags & put_flags) != 0);
+        windows::Variant value = call(target_.get(), frame);
+        if (result != nullptr) *result = value.release();
+        return S_OK;
+    } catch (...) {
+        return report_current_exception(table_.name, information, argument_index);
+    }
+}
+
+HRESULT DispatchObject::InterfaceSupportsErrorInfo(REFIID id) noexcept {
+    return id == IID_IDispatch || id == table_.interface_id ? S_OK : S_FALSE;
+}
+
+}  // namespace tavrix::com

@@ -1,0 +1,74 @@
+// The functions that Windows and regsvr32 call. They only forward.
+
+#include "com/class_factory.h"
+#include "com/error_bridge.h"
+#include "com/registration.h"
+#include "ports/windows/automation.h"
+#include "ports/windows/failure.h"
+
+namespace {
+
+using namespace tavrix::com;
+
+// With every failure as its HRESULT.
+template <typename Action>
+HRESULT guarded(Action action) noexcept {
+    try {
+        action();
+        return S_OK;
+    } catch (...) {
+        return report_current_exception(server().library);
+    }
+}
+
+HRESULT register_in(Scope scope) noexcept {
+    return guarded([&] { register_classes(server(), scope); });
+}
+
+HRESULT unregister_in(Scope scope) noexcept {
+    return guarded([&] { unregister_classes(server(), scope); });
+}
+
+}  // namespace
+
+extern "C" {
+
+HRESULT STDAPICALLTYPE DllGetClassObject(REFCLSID class_id, REFIID id, void** object) {
+    if (object == nullptr) return E_POINTER;
+    *object = nullptr;
+    for (const CreatableClass& creatable : server().classes) {
+        if (creatable.table.class_id != class_id) continue;
+        return guarded([&] {
+            const auto factory =
+                tavrix::windows::ComPointer<ClassFactory>::adopt(new ClassFactory(creatable));
+            tavrix::windows::check(factory->QueryInterface(id, object), server().library);
+        });
+    }
+    return CLASS_E_CLASSNOTAVAILABLE;
+}
+
+HRESULT STDAPICALLTYPE DllCanUnloadNow() {
+    return module_in_use() ? S_FALSE : S_OK;
+}
+
+// For the machine, or for the current user alone where the machine's classes may not be written.
+HRESULT STDAPICALLTYPE DllRegisterServer() {
+    const HRESULT outcome = register_in(Scope::machine);
+    return outcome == E_ACCESSDENIED ? register_in(Scope::user) : outcome;
+}
+
+HRESULT STDAPICALLTYPE DllUnregisterServer() {
+    const HRESULT machine = unregister_in(Scope::machine);
+    const HRESULT user = unregister_in(Scope::user);
+    return FAILED(machine) ? machine : user;
+}
+
+// `regsvr32 /n /i:user` registers for the current user on purpose; any other command line does what
+// DllRegisterServer does.
+HRESULT STDAPICALLTYPE DllInstall(BOOL install, LPCWSTR command_line) {
+    const bool user = command_line != nullptr && lstrcmpiW(command_line, L"user") == 0;
+    if (!user) return install != FALSE ? DllRegisterServer() : DllUnregisterServer();
+    return install != FALSE ? register_in(Scope::user) : unregister_in(Scope::user);
+}
+
+}  // extern "C"

@@ -1,0 +1,119 @@
+#pragma once
+
+#include <optional>
+#include <type_traits>
+
+#include "com/codec.h"
+#include "ports/windows/ado_database.h"
+
+namespace tavrix::com {
+
+namespace detail {
+
+template <typename T>
+T read(const Incoming& incoming) {
+    try {
+        return Codec<T>::read(windows::look_through(*incoming.value), incoming.locale);
+    } catch (const ArgumentError& error) {
+        throw ArgumentError(error.code(), incoming.index);
+    }
+}
+
+}  // namespace detail
+
+/// Stores a by-reference argument's new value where the host keeps it, in the form that the host
+/// sent: a typed variable keeps its type, a variant takes the new one, a plain value has nowhere to
+/// store.
+void store(VARIANT& destination, windows::Variant value, LCID locale);
+
+/// One argument of a portable method, from the host's value to the method's parameter and, for a
+/// reference that the method may change, back again.
+template <typename T>
+class Parameter {
+  public:
+    static constexpr VARTYPE type = Codec<T>::type;
+    static constexpr bool writes = false;
+    static constexpr bool optional = false;
+
+    explicit Parameter(const Incoming& incoming) : value_(detail::read<T>(incoming)) {}
+    const T& get() const noexcept { return value_; }
+    void write_back() const noexcept {}
+
+  private:
+    T value_;
+};
+
+template <typename T>
+class Parameter<const T&> : public Parameter<T> {
+  public:
+    using Parameter<T>::Parameter;
+};
+
+template <typename T>
+class Parameter<T&> {
+  public:
+    static constexpr VARTYPE type = Codec<T>::type;
+    static constexpr bool writes = true;
+    static constexpr bool optional = false;
+
+    explicit Parameter(const Incoming& incoming)
+        : incoming_(incoming), value_(detail::read<T>(incoming)), before_(value_) {}
+    T& get() noexcept { return value_; }
+    /// An argument that the method left alone is left alone.
+    void write_back() const {
+        if (value_ == before_) return;
+        try {
+            store(*incoming_.value, Codec<T>::write(value_), incoming_.locale);
+        } catch (const ArgumentError& error) {
+            throw ArgumentError(error.code(), incoming_.index);
+        }
+    }
+
+  private:
+    Incoming incoming_;
+    T value_;
+    T before_;
+};
+
+/// An argument that may be left out.
+template <typename T>
+class Parameter<std::optional<T>> {
+  public:
+    static constexpr VARTYPE type = Codec<T>::type;
+    static constexpr bool writes = false;
+    static constexpr bool optional = true;
+
+    explicit Parameter(const Incoming& incoming) {
+        if (incoming.value != nullptr) value_ = detail::read<T>(incoming);
+    }
+    const std::optional<T>& get() const noexcept { return value_; }
+    void write_back() const noexcept {}
+
+  private:
+    std::optional<T> value_;
+};
+
+template <typename T>
+class Parameter<const std::optional<T>&> : public Parameter<std::optional<T>> {
+  public:
+    using Parameter<std::optional<T>>::Parameter;
+};
+
+/// The host's open connection. It is by reference in every signature, and only ever read.
+template <>
+class Parameter<ports::Database&> {
+  public:
+    static constexpr VARTYPE type = VT_DISPATCH;
+    static constexpr bool writes = false;
+    static constexpr bool optional = false;
+
+    explicit Parameter(const Incoming& incoming)
+        : database_(detail::read<windows::ComPointer<IDispatch>>(incoming)) {}
+    ports::Database& get() noexcept { return database_; }
+    void write_back() const noexcept {}
+
+  private:
+    windows::AdoDatabase database_;
+};
+
+}  // namespace tavrix::com

@@ -1,0 +1,53 @@
+#include "ports/windows/ansi_code_page.h"
+
+#include "ports/windows/automation.h"
+#include "ports/windows/bstr.h"
+
+namespace tavrix::windows {
+
+// The way back is the inverse of the way in, because the system's own way back never says whether
+// it fitted a character to a similar one, and treats the bytes that a code page leaves undefined
+// differently from system to system.
+AnsiCodePage::AnsiCodePage() {
+    CPINFO information{};
+    GetCPInfo(CP_ACP, &information);
+    const bool single_byte = information.MaxCharSize == 1;
+    for (int value = 0; value < 256; ++value) {
+        // In the other code pages (UTF-8, East Asian) the upper half is only parts of characters.
+        if (!single_byte && value >= 0x80) break;
+        const char byte = static_cast<char>(value);
+        wchar_t character = 0;
+        if (MultiByteToWideChar(CP_ACP, 0, &byte, 1, &character, 1) == 1) {
+            bytes_.try_emplace(static_cast<char16_t>(character), static_cast<std::uint8_t>(value));
+        }
+    }
+}
+
+std::optional<std::uint8_t> AnsiCodePage::byte_of(char16_t character) const {
+    const auto found = bytes_.find(character);
+    if (found == bytes_.end()) return std::nullopt;
+    return found->second;
+}
+
+base::Bytes AnsiCodePage::to_bytes(base::TextView text) const {
+    if (text.empty()) return {};
+    const auto length = static_cast<int>(text.size());
+    const int needed =
+        WideCharToMultiByte(CP_ACP, 0, wide(text.data()), length, nullptr, 0, nullptr, nullptr);
+    base::Bytes bytes(static_cast<std::size_t>(needed));
+    WideCharToMultiByte(CP_ACP, 0, wide(text.data()), length, reinterpret_cast<char*>(bytes.data()),
+                        needed, nullptr, nullptr);
+    return bytes;
+}
+
+base::Text AnsiCodePage::to_text(base::ByteView bytes) const {
+    if (bytes.empty()) return {};
+    const auto* narrow = reinterpret_cast<const char*>(bytes.data());
+    const auto length = static_cast<int>(bytes.size());
+    const int needed = MultiByteToWideChar(CP_ACP, 0, narrow, length, nullptr, 0);
+    base::Text text(static_cast<std::size_t>(needed), u'\0');
+    MultiByteToWideChar(CP_ACP, 0, narrow, length, reinterpret_cast<wchar_t*>(text.data()), needed);
+    return text;
+}
+
+}  // namespace tavrix::windows

@@ -1,0 +1,9 @@
+#pragma once
+
+// The system's headers for automation, in the one order in which they compile.
+
+// clang-format off
+#include <windows.h>
+#include <objbase.h>
+#include <oleauto.h>
+// clang-format on

@@ -1,0 +1,55 @@
+#include "ports/windows/msxml.h"
+
+#include "ports/database.h"
+#include "ports/windows/late_bound.h"
+#include "ports/windows/variant_value.h"
+
+namespace tavrix::windows {
+namespace {
+
+const char16_t* prog_id(ports::DomDocument document) {
+    switch (document) {
+        case ports::DomDocument::version_6:
+            return u"Msxml2.DOMDocument.6.0";
+        case ports::DomDocument::version_3:
+            return u"MSXML2.DOMDocument.3.0";
+        case ports::DomDocument::unversioned:
+            break;
+    }
+    return u"MSXML2.DOMDocument";
+}
+
+// The element is useless without its document, so they travel together.
+struct TypedElement {
+    LateBound document;
+    LateBound element;
+};
+
+TypedElement create_base64_element(ports::DomDocument version, base::TextView name) {
+    TypedElement typed;
+    typed.document = LateBound::create(prog_id(version));
+    typed.element = LateBound(object_of(typed.document.call(u"createElement", name).get()));
+    typed.element.put(u"dataType", u"bin.base64");
+    return typed;
+}
+
+}  // namespace
+
+base::Bytes Msxml::bytes_from_base64(ports::DomDocument document, base::TextView element,
+                                     base::TextView base64) {
+    const TypedElement typed = create_base64_element(document, element);
+    typed.element.put(u"text", base64);
+    // An element without text has no typed value at all.
+    ports::Value value = value_of(typed.element.get(u"nodeTypedValue").get());
+    auto* bytes = std::get_if<base::Bytes>(&value);
+    return bytes != nullptr ? std::move(*bytes) : base::Bytes();
+}
+
+base::Text Msxml::base64_from_bytes(ports::DomDocument document, base::TextView element,
+                                    base::ByteView bytes) {
+    const TypedElement typed = create_base64_element(document, element);
+    typed.element.put(u"nodeTypedValue", bytes);
+    return base::Text(view_of(typed.element.get(u"text").get().bstrVal));
+}
+
+}  // namespace tavrix::windows
