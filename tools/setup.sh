@@ -1,5 +1,8 @@
 # ./dev setup and the parts of it that other commands need. Sourced, never run.
 
+# Parts of the cache that an interrupted run left half made.
+sweep_cache() { find "$tavrix_cache" -maxdepth 1 \( -name 'work-*' -o -name 'download.*' -o -name '*.new' \) -exec rm -rf {} +; }
+
 need_tools() {
     need_packages
     need_polish_locale
@@ -54,6 +57,7 @@ need() {
     local part
     check_system
     lock_cache
+    sweep_cache
     for part in "$@"; do
         case $part in
             tools) need_tools ;;
