@@ -22,7 +22,7 @@ run_ctest() {
     local door=$1 folder=$root/build/$1
     mkdir -p "$folder/results/gtest"
     # Under Wine one CTest entry is a whole program; its own report tells the cases apart.
-    is_windows "$door" && export GTEST_OUTPUT="xml:$folder/results/gtest/"
+    is_windows "$door" && export GTEST_OUTPUT="xml:Z:$folder/results/gtest/"
     ctest --test-dir "$folder" --output-on-failure --timeout 600 -j "$jobs" \
         --output-junit "$folder/results/ctest.xml" >"$folder/results/ctest.log" 2>&1 </dev/null
 }

@@ -13,6 +13,9 @@ make_wine_pattern() {
     local bits=$1 pattern=$2
     rm -rf "$pattern.new"
     TAVRIX_WINEPREFIX=$pattern.new TAVRIX_WINE_TIMEOUT_S=300 "$root/tools/wine-run" "$bits" wineboot --init
+    # A program that crashes says where and ends, instead of waiting in a window for somebody to close it.
+    TAVRIX_WINEPREFIX=$pattern.new "$root/tools/wine-run" "$bits" reg add 'HKCU\Software\Wine\WineDbg' \
+        /v ShowCrashDialog /t REG_DWORD /d 0 /f
     TAVRIX_WINEPREFIX=$pattern.new "$root/tools/wine-run" "$bits" --server --wait
     mv "$pattern.new" "$pattern"
 }
