@@ -33,7 +33,8 @@ std::string base64_encode(ByteView bytes) {
         std::uint32_t group = std::uint32_t{bytes[i]} << 16;
         if (have > 1) group |= std::uint32_t{bytes[i + 1]} << 8;
         if (have > 2) group |= bytes[i + 2];
-        for (std::size_t k = 0; k <= have; ++k) out[o + k] = alphabet[(group >> (18 - 6 * k)) & 0x3F];
+        for (std::size_t k = 0; k <= have; ++k)
+            out[o + k] = alphabet[(group >> (18 - 6 * k)) & 0x3F];
         o += 4;
     }
     return out;

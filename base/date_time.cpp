@@ -10,7 +10,9 @@ namespace {
 constexpr std::int64_t automation_epoch_days = -25569;
 constexpr std::int64_t seconds_per_day = 86400;
 
-std::int64_t floor_divide(std::int64_t a, std::int64_t b) { return a / b - (a % b < 0 ? 1 : 0); }
+std::int64_t floor_divide(std::int64_t a, std::int64_t b) {
+    return a / b - (a % b < 0 ? 1 : 0);
+}
 
 // Reads exactly `digits` decimal digits at `at`; advances it. -1 when there are not as many.
 int read_number(TextView text, std::size_t& at, std::size_t digits) {
@@ -31,11 +33,14 @@ bool read_character(TextView text, std::size_t& at, char16_t wanted) {
     return true;
 }
 
-Text narrow_text(const char* text) { return {text, text + std::char_traits<char>::length(text)}; }
+Text narrow_text(const char* text) {
+    return {text, text + std::char_traits<char>::length(text)};
+}
 
 }  // namespace
 
-// Both conversions count in eras of 400 years that begin on 1 March, so that the leap day is a year's last.
+// Both conversions count in eras of 400 years that begin on 1 March, so that the leap day is a
+// year's last.
 std::int64_t days_from_civil(int year, int month, int day) noexcept {
     const std::int64_t y = month <= 2 ? std::int64_t{year} - 1 : year;
     const std::int64_t era = floor_divide(y, 400);
@@ -82,8 +87,8 @@ DateTime from_automation_date(double days) noexcept {
 double to_automation_date(const DateTime& moment) noexcept {
     const auto day = static_cast<double>(days_from_civil(moment.year, moment.month, moment.day) -
                                          automation_epoch_days);
-    const double fraction =
-        (moment.hour * 3600 + moment.minute * 60 + moment.second) / static_cast<double>(seconds_per_day);
+    const double fraction = (moment.hour * 3600 + moment.minute * 60 + moment.second) /
+                            static_cast<double>(seconds_per_day);
     return day < 0 ? day - fraction : day + fraction;
 }
 
@@ -106,7 +111,8 @@ std::optional<DateTime> parse_date_time(TextView text) noexcept {
     moment.year = read_number(text, at, 4);
     if (moment.year < 0 || !read_character(text, at, u'-')) return std::nullopt;
     moment.month = read_number(text, at, 2);
-    if (moment.month < 1 || moment.month > 12 || !read_character(text, at, u'-')) return std::nullopt;
+    if (moment.month < 1 || moment.month > 12 || !read_character(text, at, u'-'))
+        return std::nullopt;
     moment.day = read_number(text, at, 2);
     const DateTime normalised =
         civil_from_days(days_from_civil(moment.year, moment.month, 1) + moment.day - 1);

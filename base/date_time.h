@@ -24,7 +24,8 @@ std::int64_t days_from_civil(int year, int month, int day) noexcept;
 /// The date that lies `days` after 1970-01-01.
 DateTime civil_from_days(std::int64_t days) noexcept;
 
-/// Automation's DATE: days since 1899-12-30, the time of day as the fraction; rounded to whole seconds.
+/// Automation's DATE: days since 1899-12-30, the time of day as the fraction; rounded to whole
+/// seconds.
 DateTime from_automation_date(double days) noexcept;
 double to_automation_date(const DateTime& moment) noexcept;
 
@@ -32,7 +33,8 @@ double to_automation_date(const DateTime& moment) noexcept;
 Text format_date(const DateTime& moment);
 /// "YYYY-MM-DD HH:MM:SS".
 Text format_date_time(const DateTime& moment);
-/// Reads "YYYY-MM-DD", also followed by " " or "T" and "HH:MM[:SS[.fraction]]". Nothing for anything else.
+/// Reads "YYYY-MM-DD", also followed by " " or "T" and "HH:MM[:SS[.fraction]]". Nothing for
+/// anything else.
 std::optional<DateTime> parse_date_time(TextView text) noexcept;
 
 }  // namespace tavrix::base

@@ -17,7 +17,8 @@ void wipe(Container& container) noexcept {
     container.clear();
 }
 
-/// Wipes a text or byte buffer that held a token, key or password when the scope ends, however it ends.
+/// Wipes a text or byte buffer that held a token, key or password when the scope ends, however it
+/// ends.
 template <typename Container>
 class WipeOnExit {
   public:

@@ -72,7 +72,8 @@ struct Reader {
     }
     std::chrono::milliseconds milliseconds() const {
         constexpr std::int64_t one_day_ms = 86'400'000;
-        if (!value.is_number_integer() || value.get<std::int64_t>() < 1 || value.get<std::int64_t>() > one_day_ms) {
+        if (!value.is_number_integer() || value.get<std::int64_t>() < 1 ||
+            value.get<std::int64_t>() > one_day_ms) {
             source.fail_at_key(key, "oczekiwano liczby milisekund od 1 do 86400000");
         }
         return std::chrono::milliseconds(value.get<std::int64_t>());
@@ -81,7 +82,8 @@ struct Reader {
         if (!value.is_object()) source.fail_at_key(key, "oczekiwano obiektu NIP: adres");
         std::vector<ports::HelpdeskRoute> routes;
         for (const auto& [tax_number, address] : value.items()) {
-            if (!address.is_string()) source.fail_at_key(key + "." + tax_number, "oczekiwano tekstu");
+            if (!address.is_string())
+                source.fail_at_key(key + "." + tax_number, "oczekiwano tekstu");
             routes.push_back({base::remove_characters(base::from_utf8(tax_number), u"-"),
                               base::from_utf8(address.get<std::string>())});
         }
@@ -104,12 +106,15 @@ constexpr std::array keys = {
     Key{"qr.demo", [](Settings& s, const Reader& r) { s.qr.demo = r.origin(); }},
     Key{"qr.test", [](Settings& s, const Reader& r) { s.qr.test = r.origin(); }},
     Key{"http.private_ca_file", [](Settings& s, const Reader& r) { s.private_ca_file = r.text(); }},
-    Key{"http.connect_timeout_ms", [](Settings& s, const Reader& r) { s.connect_timeout = r.milliseconds(); }},
+    Key{"http.connect_timeout_ms",
+        [](Settings& s, const Reader& r) { s.connect_timeout = r.milliseconds(); }},
     Key{"http.no_progress_timeout_ms",
         [](Settings& s, const Reader& r) { s.no_progress_timeout = r.milliseconds(); }},
     Key{"http.proxy", [](Settings& s, const Reader& r) { s.proxy = r.text(); }},
-    Key{"helpdesk.address", [](Settings& s, const Reader& r) { s.helpdesk_address = r.wide_text(); }},
-    Key{"helpdesk.routes", [](Settings& s, const Reader& r) { s.helpdesk_routes = r.helpdesk_routes(); }},
+    Key{"helpdesk.address",
+        [](Settings& s, const Reader& r) { s.helpdesk_address = r.wide_text(); }},
+    Key{"helpdesk.routes",
+        [](Settings& s, const Reader& r) { s.helpdesk_routes = r.helpdesk_routes(); }},
     Key{"trace.root", [](Settings& s, const Reader& r) { s.trace_root = r.text(); }},
 };
 

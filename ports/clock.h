@@ -6,8 +6,8 @@
 
 namespace tavrix::ports {
 
-/// Time and waiting. Everything that reads the time or sleeps goes through here, so that a wait of minutes is a
-/// test of microseconds.
+/// Time and waiting. Everything that reads the time or sleeps goes through here, so that a wait of
+/// minutes is a test of microseconds.
 class Clock {
   public:
     virtual ~Clock() = default;

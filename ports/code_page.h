@@ -13,20 +13,21 @@ class CodePage {
 
     /// The byte of exactly this character, or nothing when the code page has none.
     virtual std::optional<std::uint8_t> byte_of(char16_t character) const = 0;
-    /// Bytes of a text; a character outside the code page becomes the system's replacement ("?", or its best
-    /// fit on Windows).
+    /// Bytes of a text; a character outside the code page becomes the system's replacement ("?", or
+    /// its best fit on Windows).
     virtual base::Bytes to_bytes(base::TextView text) const = 0;
     virtual base::Text to_text(base::ByteView bytes) const = 0;
     /// False for code pages such as 932 or 65001, where a character may take several bytes.
     virtual bool is_single_byte() const { return true; }
 };
 
-/// Gives back the bytes that a host read one per character. A character that the code page lacks but that is no
-/// greater than U+00FF stands for the byte of its own value: hosts that read Latin-1 then come out right too,
-/// because no such character lies elsewhere in the Central and Western European code pages, and the bytes a
-/// code page leaves undefined come back whatever the host made of them. Anything else is not a byte and becomes
-/// "?". Where the code page is not one of single bytes, a host that read the file with it holds decoded text, and
-/// its own conversion gives the bytes back.
+/// Gives back the bytes that a host read one per character. A character that the code page lacks
+/// but that is no greater than U+00FF stands for the byte of its own value: hosts that read Latin-1
+/// then come out right too, because no such character lies elsewhere in the Central and Western
+/// European code pages, and the bytes a code page leaves undefined come back whatever the host made
+/// of them. Anything else is not a byte and becomes
+/// "?". Where the code page is not one of single bytes, a host that read the file with it holds
+/// decoded text, and its own conversion gives the bytes back.
 base::Bytes bytes_one_per_character(const CodePage& code_page, base::TextView text);
 
 }  // namespace tavrix::ports

@@ -14,8 +14,8 @@ class PublicKey {
     virtual std::string pem() const = 0;
 };
 
-/// Cryptography and randomness. Every function throws base::AutomationError when the operation fails; its
-/// description is the component's last error text.
+/// Cryptography and randomness. Every function throws base::AutomationError when the operation
+/// fails; its description is the component's last error text.
 class Crypto {
   public:
     virtual ~Crypto() = default;
@@ -24,8 +24,9 @@ class Crypto {
     virtual base::Bytes random_bytes(std::size_t count) = 0;
     /// 32 bytes, FIPS 180-4.
     virtual base::Bytes sha256(base::ByteView data) = 0;
-    /// AES-256 in CBC mode with PKCS#7 padding (FIPS 197, SP 800-38A, RFC 5652 6.3). `key` 32 bytes, `iv` 16
-    /// bytes; the result is `plain` rounded up to the next multiple of 16, without the IV.
+    /// AES-256 in CBC mode with PKCS#7 padding (FIPS 197, SP 800-38A, RFC 5652 6.3). `key` 32
+    /// bytes, `iv` 16 bytes; the result is `plain` rounded up to the next multiple of 16, without
+    /// the IV.
     virtual base::Bytes aes_256_cbc_encrypt(base::ByteView key, base::ByteView iv,
                                             base::ByteView plain) = 0;
     /// The key of an X.509 certificate in PEM.

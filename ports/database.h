@@ -13,16 +13,17 @@ namespace tavrix::ports {
 using Value = std::variant<std::monostate, bool, std::int64_t, double, base::DateTime, base::Text,
                            base::Bytes>;
 
-/// The value as a host's string conversion gives it: null and empty are "", numbers decimal with a point,
-/// true "True", dates "YYYY-MM-DD HH:MM:SS" (without a midnight's time), bytes read as UTF-16.
+/// The value as a host's string conversion gives it: null and empty are "", numbers decimal with a
+/// point, true "True", dates "YYYY-MM-DD HH:MM:SS" (without a midnight's time), bytes read as
+/// UTF-16.
 base::Text text_of(const Value& value);
 /// The value as a date: a date itself, a text that reads as one, a number as an automation DATE.
 /// Nothing for null and for what is no date.
 std::optional<base::DateTime> date_of(const Value& value);
 
-/// The rows of one query, static, with batch-optimistic locking: changes stay in the recordset until
-/// update_batch writes them all. Field names are compared without regard to letter case. Every function throws
-/// base::AutomationError with the database's own description on failure.
+/// The rows of one query, static, with batch-optimistic locking: changes stay in the recordset
+/// until update_batch writes them all. Field names are compared without regard to letter case.
+/// Every function throws base::AutomationError with the database's own description on failure.
 class Recordset {
   public:
     virtual ~Recordset() = default;

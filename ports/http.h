@@ -20,8 +20,9 @@ struct HttpRequest {
 };
 
 struct HttpReply {
-    /// True when a whole answer arrived, whatever its status. False after a refused or broken connection, a
-    /// time-out, an unverifiable peer or a body over the limit; `status` and `body` then hold what came before.
+    /// True when a whole answer arrived, whatever its status. False after a refused or broken
+    /// connection, a time-out, an unverifiable peer or a body over the limit; `status` and `body`
+    /// then hold what came before.
     bool completed = false;
     int status = 0;  ///< 0 when no status line arrived
     std::string body;
@@ -29,13 +30,13 @@ struct HttpReply {
     std::string error;  ///< the transport's own words when not completed
 };
 
-/// One HTTP client with its connections, which it keeps alive between requests. Belongs to one instance of a
-/// public class and to one thread.
+/// One HTTP client with its connections, which it keeps alive between requests. Belongs to one
+/// instance of a public class and to one thread.
 ///
-/// Verifies peer and host on every TLS connection (1.2 or newer), follows no redirect (a Bearer header must not
-/// travel to a host that an answer names), speaks only http and https, gives up connecting after 30 s and a
-/// transfer that makes no progress for 60 s (both settings), and refuses a body of more than 64 MiB: a 32-bit
-/// host has 2 GB for everything.
+/// Verifies peer and host on every TLS connection (1.2 or newer), follows no redirect (a Bearer
+/// header must not travel to a host that an answer names), speaks only http and https, gives up
+/// connecting after 30 s and a transfer that makes no progress for 60 s (both settings), and
+/// refuses a body of more than 64 MiB: a 32-bit host has 2 GB for everything.
 class Http {
   public:
     virtual ~Http() = default;

@@ -21,11 +21,13 @@ struct HelpdeskRoute {
     base::Text address;
 };
 
-/// What an installation may change. Every value has a built-in default; docs/settings.md lists them all.
+/// What an installation may change. Every value has a built-in default; docs/settings.md lists them
+/// all.
 struct Settings {
     Origins ksef{u"https://api.ksef.mf.gov.pl", u"https://api-demo.ksef.mf.gov.pl",
                  u"https://api-test.ksef.mf.gov.pl"};
-    /// Replaces a leading "/api/v2" of every request path; empty leaves paths as they are. The ministry publishes "/v2".
+    /// Replaces a leading "/api/v2" of every request path; empty leaves paths as they are. The
+    /// ministry publishes "/v2".
     base::Text ksef_path_root;
     Origins qr{u"https://qr.ksef.mf.gov.pl", u"https://qr-demo.ksef.mf.gov.pl",
                u"https://qr-test.ksef.mf.gov.pl"};

@@ -46,8 +46,12 @@ struct AsDate {
 
 }  // namespace
 
-base::Text text_of(const Value& value) { return std::visit(AsText{}, value); }
+base::Text text_of(const Value& value) {
+    return std::visit(AsText{}, value);
+}
 
-std::optional<base::DateTime> date_of(const Value& value) { return std::visit(AsDate{}, value); }
+std::optional<base::DateTime> date_of(const Value& value) {
+    return std::visit(AsDate{}, value);
+}
 
 }  // namespace tavrix::ports

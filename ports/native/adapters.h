@@ -10,7 +10,8 @@ namespace tavrix::ports {
 
 /// The system's clock and the thread's sleep.
 std::unique_ptr<Clock> make_native_clock();
-/// Code page 1250, whatever the process's locale: invoices and databases come from Polish Windows systems.
+/// Code page 1250, whatever the process's locale: invoices and databases come from Polish Windows
+/// systems.
 std::unique_ptr<CodePage> make_native_code_page();
 /// Base64 as MSXML does it, line breaks included.
 std::unique_ptr<Xml> make_native_xml();

@@ -16,11 +16,15 @@ class NativeClock final : public Clock {
                 local.tm_hour,        local.tm_min,     local.tm_sec};
     }
 
-    void sleep(std::chrono::milliseconds duration) override { std::this_thread::sleep_for(duration); }
+    void sleep(std::chrono::milliseconds duration) override {
+        std::this_thread::sleep_for(duration);
+    }
 };
 
 }  // namespace
 
-std::unique_ptr<Clock> make_native_clock() { return std::make_unique<NativeClock>(); }
+std::unique_ptr<Clock> make_native_clock() {
+    return std::make_unique<NativeClock>();
+}
 
 }  // namespace tavrix::ports

@@ -27,6 +27,8 @@ class Windows1250 final : public CodePage {
 
 }  // namespace
 
-std::unique_ptr<CodePage> make_native_code_page() { return std::make_unique<Windows1250>(); }
+std::unique_ptr<CodePage> make_native_code_page() {
+    return std::make_unique<Windows1250>();
+}
 
 }  // namespace tavrix::ports

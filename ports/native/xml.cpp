@@ -10,12 +10,13 @@ constexpr std::size_t line_length = 72;
 
 class NativeXml final : public Xml {
   public:
-    base::Bytes bytes_from_base64(DomDocument, base::TextView element, base::TextView base64) override {
+    base::Bytes bytes_from_base64(DomDocument, base::TextView element,
+                                  base::TextView base64) override {
         auto bytes = base::base64_decode(base::to_utf8(base64));
         if (!bytes) {
-            throw base::AutomationError(
-                base::ErrorNumber::type_mismatch, u"Xml",
-                u"Error parsing the text of element '" + base::Text(element) + u"' as bin.base64 datatype.");
+            throw base::AutomationError(base::ErrorNumber::type_mismatch, u"Xml",
+                                        u"Error parsing the text of element '" +
+                                            base::Text(element) + u"' as bin.base64 datatype.");
         }
         return std::move(*bytes);
     }
@@ -34,6 +35,8 @@ class NativeXml final : public Xml {
 
 }  // namespace
 
-std::unique_ptr<Xml> make_native_xml() { return std::make_unique<NativeXml>(); }
+std::unique_ptr<Xml> make_native_xml() {
+    return std::make_unique<NativeXml>();
+}
 
 }  // namespace tavrix::ports

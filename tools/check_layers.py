@@ -1,0 +1,102 @@
+#!/usr/bin/env python3
+"""Refuses an include or a platform #if on the wrong side of the tree.
+
+LAYERS says what a folder may include besides itself; OUTSIDE says which folders may see which foreign headers. The
+longest folder name that fits a file decides for it.
+"""
+import pathlib
+import re
+import sys
+
+from tree import ROOT, files
+
+FEATURES = ["ksef", "barcode", "mail", "pdfsign", "dialogs"]
+ADAPTERS = ["ports/native", "ports/windows", "ports/portable"]
+
+LAYERS = {
+    "base": [],
+    "fonts": ["base"],
+    "ports": ["base"],
+    "ports/portable": ["base", "ports"],
+    "ports/native": ["base", "ports", "ports/portable"],
+    "ports/windows": ["base", "ports", "ports/portable"],
+    **{feature: ["base", "ports"] for feature in FEATURES},
+    "frame": ["base", "ports", *FEATURES],
+    "com": ["base", "ports", *FEATURES, "frame", "fonts", "ports/windows", "ports/portable"],
+    "apps": ["base", "ports", *FEATURES, "frame", "fonts", *ADAPTERS],
+}
+
+# Foreign headers that would tie a folder to one platform or one library. Tests, benchmarks and fuzzers may use any.
+OUTSIDE = [
+    (r"windows\.h|windowsx\.h|win(sock2?|inet|http|crypt|spool|reg|nls|error)\.h|ws2tcpip\.h|ole2?\.h|oleauto\.h|olectl\.h|"
+     r"oaidl\.h|ocidl\.h|objbase\.h|unknwn\.h|dispex\.h|comdef\.h|combaseapi\.h|shlobj.*\.h|shellapi\.h|msxml\d?\.h|"
+     r"commdlg\.h|commctrl\.h|initguid\.h|tchar\.h|wtypes\.h|exdisp\.h|gdiplus.*\.h",
+     ["ports/windows", "com", "apps/host"], "Windows headers"),
+    (r"unistd\.h|fcntl\.h|poll\.h|pwd\.h|dlfcn\.h|sys/.*\.h|arpa/.*\.h|netinet/.*\.h|netdb\.h",
+     ["ports/native", "apps"], "POSIX headers"),
+    (r"curl/.*|libxml/.*|libxslt/.*|sqlite3\.h", ADAPTERS + ["apps"], "a library behind a port"),
+    (r"openssl/.*", ADAPTERS + ["apps"], "a library behind a port"),
+    (r"httplib\.h|spdlog/.*|CLI/.*", ["apps"], "a library of the applications"),
+]
+
+PLATFORM = re.compile(r"\b(_WIN32|_WIN64|WIN32|__MINGW\w*|_MSC_VER|__CYGWIN__|__linux__|__unix__|__APPLE__|__GNUC__)\b")
+MAY_ASK_PLATFORM = ["ports", "com", "tests/ports", "tests/com", "tools"]
+INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]')
+CONDITION = re.compile(r"^\s*#\s*(?:if|ifdef|ifndef|elif)\b(.*)")
+
+
+def folder_of(path, folders):
+    """The longest of the folders that holds the path, None when none does."""
+    fitting = [folder for folder in folders if f"{path}".startswith(folder + "/")]
+    return max(fitting, key=len, default=None)
+
+
+def target_of(path, name):
+    """The included file of this tree, None for a foreign header."""
+    for candidate in (path.parent / name, pathlib.PurePosixPath(name)):
+        if (ROOT / candidate).is_file():
+            return pathlib.PurePosixPath((ROOT / candidate).resolve().relative_to(ROOT))
+    # A header that is not written yet is judged by its name.
+    return pathlib.PurePosixPath(name) if folder_of(name, LAYERS) else None
+
+
+def is_inside(path, folders):
+    return any(f"{path}".startswith(folder + "/") for folder in folders)
+
+
+def include_fault(path, layer, name):
+    target = target_of(path, name)
+    if target is None:
+        if layer:
+            for pattern, allowed, what in OUTSIDE:
+                if re.fullmatch(pattern, name) and not is_inside(path, allowed):
+                    return f"{what} ({name}) do not belong in {layer}/"
+        return None
+    wanted = folder_of(target, LAYERS)
+    if layer and wanted and wanted != layer and wanted not in LAYERS[layer]:
+        return f"{layer}/ may not include {wanted}/ ({name})"
+    if layer and is_inside(target, ["tests", "bench", "fuzz"]):
+        return f"{layer}/ may not include what only tests need ({name})"
+    return None
+
+
+def faults_of(path):
+    layer = folder_of(path, LAYERS)
+    for number, line in enumerate((ROOT / path).read_text(errors="replace").splitlines(), 1):
+        if found := INCLUDE.match(line):
+            if fault := include_fault(path, layer, found.group(2)):
+                yield f"{path}:{number}: {fault}"
+        elif (found := CONDITION.match(line)) and PLATFORM.search(found.group(1)):
+            if not is_inside(path, MAY_ASK_PLATFORM):
+                yield f"{path}:{number}: a platform #if belongs in ports/ or com/; CMake picks the file elsewhere"
+
+
+def main():
+    paths = files(".h", ".hpp", ".cpp", ".inc")
+    faults = [fault for path in paths for fault in faults_of(path)]
+    print("\n".join(faults) or f"{len(paths)} files include only what their layer may")
+    return 1 if faults else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,78 @@
+# ./dev setup and the parts of it that other commands need. Sourced, never run.
+
+need_tools() {
+    need_packages
+    need_polish_locale
+}
+
+need_windows() {
+    local bits=$1 prefix
+    need_wine_prefix "$bits"
+    prefix=$(windows_prefix "$bits")
+    if [[ ! -d $prefix ]]; then
+        setup_windows_libraries "$bits"
+        step "check the $bits-bit Windows libraries" "remove $prefix and run ./dev setup again" \
+            check_windows_prefix "$bits" "$prefix"
+    fi
+    declare -gx "TAVRIX_WINDOWS_PREFIX_$bits=$prefix"
+}
+
+# A prefix that fails is taken away again, so that the next run does not trust it.
+check_windows_prefix() {
+    local bits=$1 prefix=$2 build
+    build=$(mktemp -d "$tavrix_cache/prefix-check.XXXXXX")
+    trap 'status=$?; rm -rf "$build"; ((status == 0)) || mv "$prefix" "$prefix.bad.$$"' EXIT
+    cmake -S "$root/tools/prefix_check" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release \
+        -DCMAKE_TOOLCHAIN_FILE="$root/cmake/mingw$bits.cmake" -DTAVRIX_WINDOWS_PREFIX="$prefix"
+    cmake --build "$build" -j "$jobs"
+    python3 "$root/tools/check_imports.py" "$build/prefix_check.exe"
+    if can_run_windows "$bits"; then
+        "$root/tools/wine-run" "$bits" "$build/prefix_check.exe"
+    fi
+}
+
+# Two checkouts may be set up at once; they share the cache, so they take turns.
+lock_cache() {
+    mkdir -p "$tavrix_cache"
+    exec 9>"$tavrix_cache/lock"
+    if ! flock -n 9; then
+        say "another ./dev is setting up in $tavrix_cache: waiting for it"
+        flock 9
+    fi
+}
+unlock_cache() { exec 9>&-; }
+
+check_system() {
+    [[ $(dpkg --print-architecture 2>/dev/null) == amd64 ]] ||
+        die "this needs Debian 12 on amd64: dpkg says '$(dpkg --print-architecture 2>/dev/null || echo "not there")'"
+    [[ $(. /etc/os-release && echo "${ID:-}${VERSION_ID:-}") == debian12 ]] ||
+        warn "made for and tested on Debian 12; this is $(. /etc/os-release && echo "${PRETTY_NAME:-something else}")"
+}
+
+# need part...: tools, 32 (the 32-bit Windows libraries and Wine prefix), 64.
+need() {
+    local part
+    check_system
+    lock_cache
+    for part in "$@"; do
+        case $part in
+            tools) need_tools ;;
+            32 | 64) need_windows "$part" ;;
+        esac
+    done
+    unlock_cache
+}
+
+command_setup() {
+    [[ ${1:-} != --retry ]] || rm -f "$no_wine32_marker"
+    need tools 32 64
+    say "everything is there: cross-built libraries and Wine patterns in $tavrix_cache"
+}
+
+# For builds by hand: eval "$(./dev env)".
+command_env() {
+    local bits
+    for bits in 32 64; do
+        printf 'export TAVRIX_WINDOWS_PREFIX_%s=%q\n' "$bits" "$(windows_prefix "$bits")"
+    done
+}
