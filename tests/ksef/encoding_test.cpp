@@ -1,0 +1,140 @@
+#include "ksef/encoding.h"
+
+#include <gtest/gtest.h>
+
+#include "base/base64.h"
+#include "base/error.h"
+#include "ksef/json.h"
+#include "ksef/token.h"
+#include "ports/native/adapters.h"
+#include "ports/portable/openssl_crypto.h"
+
+namespace tavrix::ksef {
+namespace {
+
+using base::Text;
+
+TEST(ExtractToken, CutsAtTheFirstCommaAndKeepsWhatFollowsALastMember) {
+    constexpr std::pair<const char16_t*, const char16_t*> cases[] = {
+        {uR"({"token":"abc"})", u"abc}"},
+        {uR"({"TOKEN": "abc", "x":1})", u"abc"},
+        {uR"({"access_token":"abc","token_type":"Bearer"})", u"abc"},
+        {uR"({"access_token":"a","token":"b","z":1})", u"b"},
+        {uR"({"accessToken":"abc"})", u""},
+        {uR"({"token" "abc"})", u""},
+        {uR"({"token":abc})", u""},
+        {uR"({"token":"abc)", u""},
+        {u"", u""},
+        {u"<html>\"token\"", u""},
+    };
+    for (const auto& [response, token] : cases)
+        EXPECT_EQ(extract_token(response), token) << base::to_utf8(response);
+}
+
+TEST(ExtractKeyBits, KnowsOneSizeOnly) {
+    EXPECT_EQ(extract_key_bits(u"<k><bits n=\"2160\">\r\n MII \rB\n</bits></k>"), u"MIIB");
+    EXPECT_EQ(extract_key_bits(u"<k><bits n=\"2048\">MII</bits></k>"), u"");
+    EXPECT_EQ(extract_key_bits(u"<k><BITS n=\"2160\">MII</BITS></k>"), u"");
+    EXPECT_EQ(extract_key_bits(u"<bits n=\"2160\">MII"), u"");
+}
+
+TEST(TimestampToUnixMs, CountsTheFirstThreeDigitsAsMilliseconds) {
+    constexpr std::pair<const char16_t*, const char16_t*> cases[] = {
+        {u"2025-07-11T12:23:56.0154302+00:00", u"1752236636015"},
+        {u"2025-07-11T12:23:56.999+00:00", u"1752236636999"},
+        {u"2025-07-11T14:23:56.5001+02:00", u"1752236636500"},
+        {u"2025-07-11T12:23:56.123Z", u"1752236636123"},
+        {u"1970-01-01T00:00:00.0000000+00:00", u"0"},
+    };
+    for (const auto& [timestamp, milliseconds] : cases) {
+        EXPECT_EQ(timestamp_to_unix_ms(timestamp), milliseconds) << base::to_utf8(timestamp);
+    }
+}
+
+TEST(TimestampToUnixMs, RaisesForAnythingElse) {
+    for (const char16_t* bad :
+         {u"", u"2025-07-11T12:23:56+00:00", u"2025-07-11T12:23:56.5+00:00",
+          u"2025-07-11T12:23:56.12Z", u"2025-07-11T12:23:56.", u"11.07.2025 12:23",
+          u"2025-07-11T25:23:56.000Z", u"2025-07-11T12:23:56.000+2"}) {
+        EXPECT_THROW(timestamp_to_unix_ms(bad), base::AutomationError) << base::to_utf8(bad);
+    }
+}
+
+class Conversions : public testing::Test {
+  protected:
+    std::unique_ptr<ports::Xml> xml_ = ports::make_native_xml();
+    std::unique_ptr<ports::CodePage> code_page_ = ports::make_native_code_page();
+    std::unique_ptr<ports::Crypto> crypto_ = ports::make_openssl_crypto();
+};
+
+TEST_F(Conversions, TextGoesThroughTheSystemsCodePage) {
+    EXPECT_EQ(base64_of_ansi(*xml_, *code_page_, u"żółw"), u"v/Ozdw==");
+    EXPECT_EQ(base64_of_ansi(*xml_, *code_page_, u"\u4E00"), u"Pw==");
+    EXPECT_EQ(ansi_of_base64(*xml_, *code_page_, u"v/Oz\r\n dw=="), u"żółw");
+    EXPECT_THROW(ansi_of_base64(*xml_, *code_page_, u"to nie jest base64!"), base::AutomationError);
+    const Text long_text(200, u'a');
+    const Text one_line = base64_of_ansi(*xml_, *code_page_, long_text);
+    EXPECT_EQ(one_line.find(u'\n'), Text::npos);
+    EXPECT_EQ(ansi_of_base64(*xml_, *code_page_, one_line), long_text);
+}
+
+TEST_F(Conversions, BytesOfAnInvoiceAreTheSameHoweverTheHostReadIt) {
+    const std::string plain =
+        "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<a>Zażółć \xC2\x81\xC2\x98\n\r</a>\n";
+    const base::Bytes expected(plain.begin(), plain.end());
+    const std::string with_mark = "\xEF\xBB\xBF" + plain;
+    std::string crlf;
+    for (const char c : plain) crlf += c == '\n' ? "\r\n" : std::string(1, c);
+    for (const std::string& file : {plain, with_mark, crlf, "\xEF\xBB\xBF" + crlf}) {
+        const base::Bytes bytes(file.begin(), file.end());
+        EXPECT_EQ(invoice_bytes(*code_page_, code_page_->to_text(bytes)), expected)
+            << "read in the code page";
+        EXPECT_EQ(invoice_bytes(*code_page_, Text(bytes.begin(), bytes.end())), expected)
+            << "read as Latin-1";
+    }
+    EXPECT_TRUE(invoice_bytes(*code_page_, u"ď»ż").empty());
+    EXPECT_EQ(invoice_bytes(*code_page_, u"\r").size(), 1u) << "a lone CR is kept";
+    EXPECT_TRUE(invoice_bytes(*code_page_, u"").empty());
+}
+
+TEST_F(Conversions, HashOfNothing) {
+    EXPECT_EQ(sha256_base64(*crypto_, {}), "47DEQpj8HBSa+/TImW+5JCeuQeRkm5NMpJWZG3hSuFU=");
+}
+
+TEST(Base64ToBytes, GivesNothingForWhatIsNotBase64) {
+    EXPECT_EQ(base64_to_bytes(u"Zm9v"), (base::Bytes{'f', 'o', 'o'}));
+    EXPECT_TRUE(base64_to_bytes(u"ż").empty());
+    EXPECT_EQ(hex_string_to_bytes(u"ż0"), (base::Bytes{0xC5, 0xBC, '0'}))
+        << "no hexadecimal reading";
+}
+
+TEST(TokenCheck, ReadsTheTaxNumberOutOfTheSecondPart) {
+    EXPECT_EQ(check_token(u"REF|nip-5265877635|abc", u"5265877635").failure, u"");
+    EXPECT_EQ(check_token(u"REF|internalid-5265877635-12345|abc", u"5265877635").tax_number,
+              u"5265877635");
+    EXPECT_EQ(check_token(u"bez kreski", u"1").failure, u"Błędny token :bez kreski");
+    EXPECT_EQ(check_token(u"", u"1").failure, u"Błędny token :");
+    EXPECT_EQ(check_token(u"REF|nip-1111111111|abc", u"5265877635").failure,
+              u"Błędny token (Niezgodny nip):1111111111");
+    EXPECT_THROW(check_token(u"a|b|c", u"1"), base::AutomationError);
+}
+
+TEST(JsonReading, GivesEmptyTextsForWhatIsNotThere) {
+    const Json answer = parse_json(
+        R"({"status":{"code":200,"ok":true},"invoices":[{"n":"a"},{"n":"b"}],"u":["X"]})");
+    EXPECT_EQ(utf8_at(answer, "status.code"), "200");
+    EXPECT_EQ(utf8_at(answer, "status.ok"), "true");
+    EXPECT_EQ(utf8_at(answer, "invoices[1].n"), "b");
+    EXPECT_EQ(utf8_at(answer, "u"), R"(["X"])");
+    for (const char* path :
+         {"invoices[2].n", "invoices.n", "status[0]", "status.code.x", "nothing"}) {
+        EXPECT_EQ(utf8_at(answer, path), "") << path;
+    }
+    EXPECT_TRUE(parse_json("<html>").is_null());
+    EXPECT_TRUE(parse_json(R"({"a":)").is_null());
+    EXPECT_TRUE(parse_json(std::string(1'000'000, '[')).is_null()) << "a hostile depth";
+    EXPECT_EQ(utf8_at(parse_json(R"({"a":"[[[[\"[["})"), "a"), "[[[[\"[[");
+}
+
+}  // namespace
+}  // namespace tavrix::ksef
