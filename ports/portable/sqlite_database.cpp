@@ -223,8 +223,9 @@ void SqliteRecordset::cancel_batch() {
     // The last one out is the first one back, so that every index is right again.
     for (; !deleted_.empty(); deleted_.pop_back()) {
         DeletedRow& deleted = deleted_.back();
-        rows_.insert(rows_.begin() + static_cast<std::ptrdiff_t>(std::min(deleted.index, rows_.size())),
-                     std::move(deleted.row));
+        rows_.insert(
+            rows_.begin() + static_cast<std::ptrdiff_t>(std::min(deleted.index, rows_.size())),
+            std::move(deleted.row));
     }
     for (Row& row : rows_) std::ranges::fill(row.changed, std::nullopt);
 }

@@ -44,7 +44,8 @@ class SqliteRecordset final : public Recordset {
     void set_field_at(std::size_t column, const Value& value);
     /// The column's index; throws item_not_found.
     std::size_t column_index(base::TextView name) const;
-    /// Takes the current row out; the next one becomes current. The table loses it with update_batch.
+    /// Takes the current row out; the next one becomes current. The table loses it with
+    /// update_batch.
     void delete_row();
     /// Forgets every change of the current row; a row that was only added goes away.
     void cancel_row();

@@ -1,0 +1,163 @@
+// The DLL's own door: class objects, locks, unloading, registration.
+
+#include "tests/com/late_host.h"
+
+namespace tavrix::test {
+namespace {
+
+using GetClassObject = HRESULT STDAPICALLTYPE(REFCLSID, REFIID, void**);
+using NoArguments = HRESULT STDAPICALLTYPE();
+using Install = HRESULT STDAPICALLTYPE(BOOL, LPCWSTR);
+
+class Module : public testing::Test {
+  protected:
+    LoadedDll dll{u"Tavrix.dll"};
+    GetClassObject* get_class_object = dll.function<GetClassObject>("DllGetClassObject");
+    NoArguments* can_unload_now = dll.function<NoArguments>("DllCanUnloadNow");
+    CLSID class_id{};
+
+    void SetUp() override {
+        ASSERT_NE(get_class_object, nullptr) << "exported under its plain name";
+        ASSERT_EQ(CLSIDFromProgID(L"Tavrix.KseF_comm", &class_id), S_OK);
+    }
+};
+
+TEST_F(Module, StaysLoadedWhileAnObjectOrALockIsLeft) {
+    ASSERT_EQ(can_unload_now(), S_OK);
+    ComPointer<IClassFactory> factory;
+    ASSERT_EQ(get_class_object(class_id, IID_IClassFactory, factory.out_void()), S_OK);
+    EXPECT_EQ(can_unload_now(), S_FALSE);
+
+    ComPointer<IDispatch> object;
+    ASSERT_EQ(factory->CreateInstance(nullptr, IID_IDispatch, object.out_void()), S_OK);
+    factory->LockServer(TRUE);
+    factory = {};
+    EXPECT_EQ(can_unload_now(), S_FALSE);
+    object = {};
+    EXPECT_EQ(can_unload_now(), S_FALSE) << "the lock is left";
+
+    ASSERT_EQ(get_class_object(class_id, IID_IClassFactory, factory.out_void()), S_OK);
+    factory->LockServer(FALSE);
+    factory = {};
+    EXPECT_EQ(can_unload_now(), S_OK);
+}
+
+TEST_F(Module, RefusesWhatItDoesNotHave) {
+    void* object = this;
+    EXPECT_EQ(get_class_object(IID_IUnknown, IID_IClassFactory, &object),
+              CLASS_E_CLASSNOTAVAILABLE);
+    EXPECT_EQ(object, nullptr);
+    EXPECT_EQ(get_class_object(class_id, IID_IStream, &object), E_NOINTERFACE);
+
+    ComPointer<IClassFactory> factory;
+    ASSERT_EQ(get_class_object(class_id, IID_IClassFactory, factory.out_void()), S_OK);
+    EXPECT_EQ(factory->CreateInstance(factory.get(), IID_IUnknown, &object), CLASS_E_NOAGGREGATION);
+    EXPECT_EQ(factory->CreateInstance(nullptr, IID_IStream, &object), E_NOINTERFACE);
+    EXPECT_EQ(object, nullptr);
+    factory = {};
+    EXPECT_EQ(can_unload_now(), S_OK);
+}
+
+TEST_F(Module, InstancesShareNothing) {
+    const auto first = create(u"Tavrix.KseF_comm");
+    const auto second = create(u"Tavrix.KseF_comm.10");
+    EXPECT_NE(first.get(), second.get());
+    put(first, u"baseUrl", {Variant(u"https://one").get()});
+    EXPECT_EQ(bstr_of(get(second, u"baseUrl").result), u"");
+}
+
+// Every key and value under a key, one a line.
+void list(HKEY root, const std::wstring& path, std::vector<std::wstring>& lines) {
+    HKEY key = nullptr;
+    if (RegOpenKeyExW(root, path.c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS) return;
+    wchar_t name[512];
+    for (DWORD i = 0;; ++i) {
+        DWORD size = 512;
+        if (RegEnumValueW(key, i, name, &size, nullptr, nullptr, nullptr, nullptr) != ERROR_SUCCESS)
+            break;
+        wchar_t value[1024] = L"";
+        DWORD value_size = sizeof value;
+        RegQueryValueExW(key, name, nullptr, nullptr, reinterpret_cast<BYTE*>(value), &value_size);
+        lines.push_back(path + L":" + name + L"=" + value);
+    }
+    for (DWORD i = 0;; ++i) {
+        DWORD size = 512;
+        if (RegEnumKeyExW(key, i, name, &size, nullptr, nullptr, nullptr, nullptr) != ERROR_SUCCESS)
+            break;
+        lines.push_back(path + L"\\" + name);
+        list(root, path + L"\\" + name, lines);
+    }
+    RegCloseKey(key);
+}
+
+std::vector<std::wstring> classes_of(HKEY root) {
+    std::vector<std::wstring> lines;
+    list(root, L"Software\\Classes", lines);
+    return lines;
+}
+
+bool any_contains(const std::vector<std::wstring>& lines, const std::wstring& text) {
+    for (const std::wstring& line : lines) {
+        if (line.find(text) != std::wstring::npos) return true;
+    }
+    return false;
+}
+
+class Registration : public Module {
+  protected:
+    NoArguments* register_server = dll.function<NoArguments>("DllRegisterServer");
+    NoArguments* unregister_server = dll.function<NoArguments>("DllUnregisterServer");
+    Install* install = dll.function<Install>("DllInstall");
+
+    void SetUp() override {
+        Module::SetUp();
+        ASSERT_EQ(unregister_server(), S_OK);
+    }
+    void TearDown() override { register_server(); }
+};
+
+TEST_F(Registration, OfTheMachineGoesInAndOutWithoutATrace) {
+    const auto before = classes_of(HKEY_LOCAL_MACHINE);
+    ASSERT_FALSE(any_contains(before, L"Tavrix.KseF_comm"));
+    ASSERT_EQ(register_server(), S_OK);
+    const auto registered = classes_of(HKEY_LOCAL_MACHINE);
+    EXPECT_TRUE(any_contains(registered, L"Tavrix.KseF_comm\\CurVer:=Tavrix.KseF_comm.10"));
+    EXPECT_TRUE(
+        any_contains(registered, L"{D422C633-A288-42AD-9710-6414035C1877}\\InprocServer32:="));
+    EXPECT_TRUE(any_contains(registered, L"InprocServer32:ThreadingModel=Apartment"));
+    EXPECT_EQ(register_server(), S_OK) << "registering again changes nothing";
+    EXPECT_EQ(classes_of(HKEY_LOCAL_MACHINE), registered);
+    ASSERT_EQ(unregister_server(), S_OK);
+    EXPECT_EQ(classes_of(HKEY_LOCAL_MACHINE), before);
+    EXPECT_EQ(unregister_server(), S_OK) << "there may be nothing to remove";
+}
+
+TEST_F(Registration, OfTheUserLeavesTheMachineAlone) {
+    const auto machine = classes_of(HKEY_LOCAL_MACHINE);
+    const auto before = classes_of(HKEY_CURRENT_USER);
+    ASSERT_EQ(install(TRUE, L"user"), S_OK);
+    EXPECT_TRUE(any_contains(classes_of(HKEY_CURRENT_USER), L"Tavrix.KseF_comm"));
+    EXPECT_EQ(classes_of(HKEY_LOCAL_MACHINE), machine);
+    ASSERT_EQ(install(FALSE, L"user"), S_OK);
+    EXPECT_EQ(classes_of(HKEY_CURRENT_USER), before);
+}
+
+TEST_F(Registration, KeepsWhatSomebodyElseWrote) {
+    const std::wstring path =
+        L"Software\\Classes\\CLSID\\{D422C633-A288-42AD-9710-6414035C1877}\\InprocServer32";
+    ASSERT_EQ(register_server(), S_OK);
+    HKEY key = nullptr;
+    ASSERT_EQ(RegOpenKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, KEY_ALL_ACCESS, &key),
+              ERROR_SUCCESS);
+    const wchar_t other[] = L"C:\\Other\\Tavrix.dll";
+    RegSetValueExW(key, L"", 0, REG_SZ, reinterpret_cast<const BYTE*>(other), sizeof other);
+    RegCloseKey(key);
+    ASSERT_EQ(unregister_server(), S_OK);
+    EXPECT_TRUE(
+        any_contains(classes_of(HKEY_LOCAL_MACHINE), L"InprocServer32:=C:\\Other\\Tavrix.dll"));
+    RegDeleteTreeW(HKEY_LOCAL_MACHINE,
+                   L"Software\\Classes\\CLSID\\{D422C633-A288-42AD-9710-6414035C1877}");
+}
+
+}  // namespace
+}  // namespace tavrix::test
