@@ -133,7 +133,7 @@ TEST_F(Dispatch, PropertiesAreReadAndWritten) {
               u"Zażółć");
     EXPECT_EQ(invoke(probe.get(), u"Label", DISPATCH_PROPERTYPUTREF, {plain(1)}).code,
               DISP_E_MEMBERNOTFOUND);
-    EXPECT_EQ(put(probe, u"Inner", {plain(1)}).code, DISP_E_MEMBERNOTFOUND);
+    EXPECT_EQ(put(probe, u"Echo", {plain(1)}).code, DISP_E_MEMBERNOTFOUND);
     EXPECT_EQ(get(probe, u"Echo", {plain(1)}).code, DISP_E_MEMBERNOTFOUND);
 }
 

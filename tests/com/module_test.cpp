@@ -42,6 +42,28 @@ TEST_F(Module, StaysLoadedWhileAnObjectOrALockIsLeft) {
     EXPECT_EQ(can_unload_now(), S_OK);
 }
 
+// Whatever the libraries inside left with the process would bring it down when it ends.
+TEST(Unloading, LeavesTheProcessWhole) {
+    CLSID class_id{};
+    ASSERT_EQ(CLSIDFromProgID(L"Tavrix.KseF_comm", &class_id), S_OK);
+    for (int round = 0; round < 3; ++round) {
+        CoFreeUnusedLibrariesEx(0, 0);
+        const LoadedDll dll(u"Tavrix.dll");
+        ComPointer<IClassFactory> factory;
+        ASSERT_EQ(dll.function<GetClassObject>("DllGetClassObject")(class_id, IID_IClassFactory,
+                                                                    factory.out_void()),
+                  S_OK);
+        ComPointer<IDispatch> object;
+        ASSERT_EQ(factory->CreateInstance(nullptr, IID_IDispatch, object.out_void()), S_OK);
+        EXPECT_EQ(call(object, u"Sha256XmlSimpleb", {Variant(base::Bytes{1}).get()}).code, S_OK);
+        factory = {};
+        object = {};
+        EXPECT_EQ(dll.function<NoArguments>("DllCanUnloadNow")(), S_OK);
+    }
+    CoFreeUnusedLibrariesEx(0, 0);
+    EXPECT_EQ(GetModuleHandleW(L"Tavrix.dll"), nullptr);
+}
+
 TEST_F(Module, RefusesWhatItDoesNotHave) {
     void* object = this;
     EXPECT_EQ(get_class_object(IID_IUnknown, IID_IClassFactory, &object),
@@ -66,37 +88,69 @@ TEST_F(Module, InstancesShareNothing) {
     EXPECT_EQ(bstr_of(get(second, u"baseUrl").result), u"");
 }
 
-// Every key and value under a key, one a line.
-void list(HKEY root, const std::wstring& path, std::vector<std::wstring>& lines) {
-    HKEY key = nullptr;
-    if (RegOpenKeyExW(root, path.c_str(), 0, KEY_READ, &key) != ERROR_SUCCESS) return;
-    wchar_t name[512];
-    for (DWORD i = 0;; ++i) {
-        DWORD size = 512;
-        if (RegEnumValueW(key, i, name, &size, nullptr, nullptr, nullptr, nullptr) != ERROR_SUCCESS)
-            break;
-        wchar_t value[1024] = L"";
-        DWORD value_size = sizeof value;
-        RegQueryValueExW(key, name, nullptr, nullptr, reinterpret_cast<BYTE*>(value), &value_size);
-        lines.push_back(path + L":" + name + L"=" + value);
-    }
-    for (DWORD i = 0;; ++i) {
-        DWORD size = 512;
-        if (RegEnumKeyExW(key, i, name, &size, nullptr, nullptr, nullptr, nullptr) != ERROR_SUCCESS)
-            break;
-        lines.push_back(path + L"\\" + name);
-        list(root, path + L"\\" + name, lines);
-    }
-    RegCloseKey(key);
+struct RegistryKeyTraits {
+    using Handle = HKEY;
+    static void free(HKEY key) noexcept { RegCloseKey(key); }
+};
+using RegistryKey = windows::Owned<RegistryKeyTraits>;
+using Lines = std::vector<std::wstring>;
+
+RegistryKey open_key(HKEY root, const std::wstring& path) {
+    RegistryKey key;
+    RegOpenKeyExW(root, path.c_str(), 0, KEY_READ, key.out());
+    return key;
 }
 
-std::vector<std::wstring> classes_of(HKEY root) {
-    std::vector<std::wstring> lines;
-    list(root, L"Software\\Classes", lines);
+Lines keys_of(HKEY root, const std::wstring& path) {
+    const RegistryKey key = open_key(root, path);
+    Lines names;
+    wchar_t name[512];
+    DWORD size = 512;
+    for (DWORD i = 0; RegEnumKeyExW(key.get(), i, name, &size, nullptr, nullptr, nullptr,
+                                    nullptr) == ERROR_SUCCESS;
+         ++i, size = 512) {
+        names.push_back(path + L"\\" + name);
+    }
+    return names;
+}
+
+// Every key and value under a key, one a line.
+void list(HKEY root, const std::wstring& path, Lines& lines) {
+    lines.push_back(path);
+    const RegistryKey key = open_key(root, path);
+    wchar_t name[512];
+    DWORD size = 512;
+    for (DWORD i = 0; RegEnumValueW(key.get(), i, name, &size, nullptr, nullptr, nullptr,
+                                    nullptr) == ERROR_SUCCESS;
+         ++i, size = 512) {
+        wchar_t value[1024] = L"";
+        DWORD value_size = sizeof value;
+        RegQueryValueExW(key.get(), name, nullptr, nullptr, reinterpret_cast<BYTE*>(value),
+                         &value_size);
+        lines.push_back(path + L":" + name + L"=" + value);
+    }
+    for (const std::wstring& inner : keys_of(root, path)) list(root, inner, lines);
+}
+
+// The names of all classes, and everything under those that are ours.
+Lines classes_of(HKEY root) {
+    Lines lines;
+    for (const wchar_t* folder : {L"Software\\Classes", L"Software\\Classes\\CLSID"}) {
+        for (const std::wstring& key : keys_of(root, folder)) {
+            const bool ours =
+                key.find(L"Tavrix") != std::wstring::npos ||
+                key.find(L"{D422C633-A288-42AD-9710-6414035C1877}") != std::wstring::npos;
+            if (ours) {
+                list(root, key, lines);
+            } else {
+                lines.push_back(key);
+            }
+        }
+    }
     return lines;
 }
 
-bool any_contains(const std::vector<std::wstring>& lines, const std::wstring& text) {
+bool any_contains(const Lines& lines, const std::wstring& text) {
     for (const std::wstring& line : lines) {
         if (line.find(text) != std::wstring::npos) return true;
     }
@@ -146,12 +200,9 @@ TEST_F(Registration, KeepsWhatSomebodyElseWrote) {
     const std::wstring path =
         L"Software\\Classes\\CLSID\\{D422C633-A288-42AD-9710-6414035C1877}\\InprocServer32";
     ASSERT_EQ(register_server(), S_OK);
-    HKEY key = nullptr;
-    ASSERT_EQ(RegOpenKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, KEY_ALL_ACCESS, &key),
-              ERROR_SUCCESS);
     const wchar_t other[] = L"C:\\Other\\Tavrix.dll";
-    RegSetValueExW(key, L"", 0, REG_SZ, reinterpret_cast<const BYTE*>(other), sizeof other);
-    RegCloseKey(key);
+    ASSERT_EQ(RegSetKeyValueW(HKEY_LOCAL_MACHINE, path.c_str(), L"", REG_SZ, other, sizeof other),
+              ERROR_SUCCESS);
     ASSERT_EQ(unregister_server(), S_OK);
     EXPECT_TRUE(
         any_contains(classes_of(HKEY_LOCAL_MACHINE), L"InprocServer32:=C:\\Other\\Tavrix.dll"));

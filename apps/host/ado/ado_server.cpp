@@ -11,7 +11,7 @@ const Server& server() noexcept {
         {ado::connection_class, &ado::create_connection},
         {ado::recordset_class, &ado::create_recordset},
     };
-    static const Server provider = {u"ADODB", 6, classes};
+    static const Server provider = {u"ADODB", 6, classes, true};
     return provider;
 }
 
