@@ -18,9 +18,12 @@ LAYERS = {
     "fonts": ["base"],
     "ports": ["base"],
     "ports/portable": ["base", "ports"],
-    "ports/native": ["base", "ports", "ports/portable"],
+    # Where no system draws text, a surface draws the outlines itself.
+    "ports/native": ["base", "ports", "ports/portable", "fonts"],
     "ports/windows": ["base", "ports", "ports/portable"],
     **{feature: ["base", "ports"] for feature in FEATURES},
+    # A symbol's bars are glyphs.
+    "barcode": ["base", "ports", "fonts"],
     "frame": ["base", "ports", *FEATURES],
     "com": ["base", "ports", *FEATURES, "frame", "fonts", "ports/windows", "ports/portable"],
     "apps": ["base", "ports", *FEATURES, "frame", "fonts", *ADAPTERS],

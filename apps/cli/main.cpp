@@ -28,7 +28,7 @@ std::string version() {
 int main(int argc, char** argv) {
     using namespace tavrix;
     int exit_code = cli::exit_usage;
-    CLI::App app("Tavrix - faktury KSeF z wiersza poleceń");
+    CLI::App app("Tavrix - faktury KSeF i kody kreskowe z wiersza poleceń");
     app.set_help_flag("-h,--help", "Pokazuje tę pomoc");
     app.set_version_flag("--version", version(), "Pokazuje wersję");
     app.footer(footer);
@@ -36,6 +36,7 @@ int main(int argc, char** argv) {
     cli::add_send_command(app, exit_code);
     cli::add_hash_command(app, exit_code);
     cli::add_token_command(app, exit_code);
+    cli::add_qr_command(app, exit_code);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

@@ -72,7 +72,7 @@ TEST_F(SendFaults, EveryStepHasItsTextAndLeavesTheRowAlone) {
         {"sessions/online/invoices", status(500), "sessions/online/STATUS:500"},
         {"sessions/online/invoices", status(400, open.c_str()), open},
         {"sessions/invoices", status(500, "to ciało nie wraca"), "sessions//invoicesSTATUS:500"},
-        {"sessions/invoices", {{"kind", "too_many"}}, "sessions//invoicesSTATUS:429"},
+        {"sessions/invoices", {{"kind", "429"}}, "sessions//invoicesSTATUS:429"},
         {"sessions/invoices", {{"kind", "html"}}, "*"},
         {"sessions/invoices", {{"kind", "empty"}}, "invoices[0].status.code:STATUS:"},
     };
@@ -159,7 +159,7 @@ TEST_F(SendFaults, RefusedInvoiceGivesKsefsOwnAnswer) {
 TEST_F(SendFaults, AfterAcceptanceTheNumberStays) {
     const std::string accepted = "Faktura o numerze KSeF: ";
     const Trouble troubles[] = {
-        {"sessions/status", skipping(1, {{"kind", "too_many"}}), "429 Too many Requests"},
+        {"sessions/status", skipping(1, {{"kind", "429"}}), "429 Too many Requests"},
         {"sessions/status", skipping(1, value_at("failedInvoiceCount", 3)),
          "failedInvoiceCount:STATUS:3"},
         {"storage/invoice-upo", status(404), accepted},
@@ -246,8 +246,8 @@ TEST_F(SendFaults, NothingHalfDoneWhateverHappensWherever) {
             EXPECT_EQ(recorded, !document.at("numer_ksef").empty()) << where;
             EXPECT_EQ(recorded, !document.at("HashFaktury").empty()) << where;
             EXPECT_EQ(recorded, !document.at("NumerRef_ksef").empty()) << where;
-            if (result.empty()) EXPECT_NE(document.at("UPO_ksef"), "") << where;
-            if (!recorded) EXPECT_FALSE(result.empty()) << where;
+            EXPECT_TRUE(!result.empty() || document.at("UPO_ksef") != "") << where;
+            EXPECT_TRUE(recorded || !result.empty()) << where;
         }
     }
 }

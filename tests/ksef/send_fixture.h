@@ -72,7 +72,8 @@ class SendFixture : public testing::Test {
     /// The steps of the exchange in the order in which the sandbox saw them.
     std::vector<std::string> steps() {
         std::vector<std::string> names;
-        for (const auto& request : sandbox->state().at("requests")) {
+        const test::Json state = sandbox->state();
+        for (const auto& request : state.at("requests")) {
             const std::string step = request.at("step");
             if (!request.at("path").get<std::string>().starts_with("/sandbox/"))
                 names.push_back(step);

@@ -58,25 +58,25 @@ TEST_F(Send, SpeaksTheExchangeStepByStepOnOneConnection) {
               (std::vector<std::string>{"challenge", "contextIdentifier", "encryptedToken"}));
     EXPECT_EQ(token_body.at("contextIdentifier").dump(), R"({"type":"Nip","value":"5265877635"})");
     const Json open_body = sandbox->requests("sessions/online").at(0).at("body");
-    EXPECT_EQ(open_body.at("formCode").dump(), R"({"systemCode":"FA (3)","schemaVersion":"1-0E","value":"FA"
-})");
+    const Json form_code = {{"systemCode", "FA (3)"}, {"schemaVersion", "1-0E"}, {"value", "FA"}};
+    EXPECT_EQ(open_body.at("formCode").dump(), form_code.dump());
     EXPECT_EQ(names_of(open_body.at("encryption")),
               (std::vector<std::string>{"encryptedSymmetricKey", "initializationVector"}));
-const Json invoice_body = sandbox->requests("sessions/online/invoices").at(0).at("body");
-EXPECT_EQ(names_of(invoice_body),
-          (std::vector<std::string>{"invoiceHash", "invoiceSize", "encryptedInvoiceHash",
-                                    "encryptedInvoiceSize", "encryptedInvoiceContent",
-                                    "offlineMode"}));
-EXPECT_EQ(invoice_body.at("invoiceSize"),
-          std::to_string(test::demonstration_invoice_file().size()));
-EXPECT_EQ(sandbox->requests("auth/challenge").at(0).at("body").dump(), "{}");
+    const Json invoice_body = sandbox->requests("sessions/online/invoices").at(0).at("body");
+    EXPECT_EQ(names_of(invoice_body),
+              (std::vector<std::string>{"invoiceHash", "invoiceSize", "encryptedInvoiceHash",
+                                        "encryptedInvoiceSize", "encryptedInvoiceContent",
+                                        "offlineMode"}));
+    EXPECT_EQ(invoice_body.at("invoiceSize"),
+              std::to_string(test::demonstration_invoice_file().size()));
+    EXPECT_EQ(sandbox->requests("auth/challenge").at(0).at("body").dump(), "{}");
 
-const Json last_close = sandbox->requests("sessions/online/close").at(1);
-const std::string target = last_close.at("target");
-EXPECT_TRUE(target.ends_with("%20/close")) << target;
-EXPECT_EQ(last_close.at("body").dump(), "{}");
-EXPECT_EQ(sandbox->requests("auth/status").at(0).at("authorization"), "authentication");
-EXPECT_EQ(sandbox->requests("sessions/online").at(0).at("authorization"), "access");
+    const Json last_close = sandbox->requests("sessions/online/close").at(1);
+    const std::string target = last_close.at("target");
+    EXPECT_TRUE(target.ends_with("%20/close")) << target;
+    EXPECT_EQ(last_close.at("body").dump(), "{}");
+    EXPECT_EQ(sandbox->requests("auth/status").at(0).at("authorization"), "authentication");
+    EXPECT_EQ(sandbox->requests("sessions/online").at(0).at("authorization"), "access");
 }
 
 TEST_F(Send, HashDoesNotDependOnHowTheHostReadTheFile) {

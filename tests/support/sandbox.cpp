@@ -82,7 +82,8 @@ Json Sandbox::state() {
 
 std::vector<Json> Sandbox::requests(const std::string& step) {
     std::vector<Json> found;
-    for (Json& request : state().at("requests")) {
+    Json everything = state();
+    for (Json& request : everything.at("requests")) {
         if (request.at("step") == step) found.push_back(std::move(request));
     }
     return found;

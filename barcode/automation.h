@@ -1,0 +1,20 @@
+#pragma once
+
+#include <cstdint>
+
+#include "base/text.h"
+
+namespace tavrix::barcode {
+
+// What the hosts' own arithmetic and reading of numbers do.
+
+/// Throws the hosts' overflow error (6).
+[[noreturn]] void throw_overflow();
+
+/// `factor` * `other` + `addend`; throws the overflow error when a step leaves 32 bits.
+std::int32_t checked_multiply_add(std::int32_t factor, std::int32_t other, std::int32_t addend);
+
+/// False when the number that `text` begins with, after any spaces, is zero or is not there.
+bool begins_with_nonzero_number(base::TextView text) noexcept;
+
+}  // namespace tavrix::barcode

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <optional>
+
+#include "base/text.h"
+#include "fonts/font.h"
+#include "ports/drawing.h"
+
+namespace tavrix::barcode {
+
+/// Adds one line of text in the caption font below the drawing, centred, made narrower than
+/// `em_twips` asks where the picture is too narrow for it, and makes the drawing that much higher.
+void add_caption(ports::Drawing& drawing, base::TextView text, std::int32_t em_twips);
+
+/// The drawing turned clockwise by a multiple of 90 degrees.
+ports::Drawing turned(const ports::Drawing& drawing, int quarter_turns);
+
+}  // namespace tavrix::barcode
