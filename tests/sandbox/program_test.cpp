@@ -105,10 +105,9 @@ TEST_F(ProgramTest, KilledAfterAcceptingItStillProcessesTheInvoice) {
     const Json list = client.get("/sessions/" + session + "/invoices").json();
     EXPECT_EQ(list.at("invoices")[0].at("status").at("code"), 200) << list;
     using std::filesystem::perms;
-    EXPECT_EQ(
-        std::filesystem::status(path("data") + "/sandbox.sqlite").permissions() & perms::others_all,
-        perms::none)
-        << "private keys inside";
+    for (const auto& file : std::filesystem::directory_iterator(path("data")))
+        EXPECT_EQ(file.status().permissions() & (perms::group_all | perms::others_all), perms::none)
+            << file.path() << " holds private keys";
 }
 
 TEST_F(ProgramTest, HttpsIsTrustedThroughTheAuthorityItWrites) {
