@@ -1,4 +1,5 @@
 #include "base/version.h"
+#include "com/guid.h"
 #include "com/ksef_comm_class.h"
 
 namespace tavrix::com {
@@ -7,7 +8,12 @@ const Server& server() noexcept {
     static const CreatableClass classes[] = {
         {ksef_comm_class, &create_ksef_comm},
     };
-    static const Server tavrix = {base::product_title, base::version_major, classes};
+    static const Server tavrix = {
+        .library = base::product_title,
+        .version_major = base::version_major,
+        .classes = classes,
+        .type_library_id = guid("5FC8EFCB-3C8D-44BB-8DB5-710083B78EB0"),
+    };
     return tavrix;
 }
 
