@@ -52,6 +52,16 @@ std::vector<std::string> Contract::judge(const std::string& method, const std::s
     return problems;
 }
 
+std::vector<std::string> Contract::judge_request(const std::string& method, const std::string& path,
+                                                 const Json& body) const {
+    const Json::json_pointer request = Json::json_pointer("/paths") / path / method /
+                                       "requestBody" / "content" / "application/json";
+    if (!document_.contains(request)) return {method + " " + path + " takes no body"};
+    std::vector<std::string> problems;
+    walk(document_.at(request).at("schema"), body, "", problems);
+    return problems;
+}
+
 void Contract::walk(const Json& unresolved, const Json& value, const std::string& where,
                     std::vector<std::string>& problems) const {
     const Json schema = resolve(unresolved);

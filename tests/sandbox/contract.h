@@ -19,6 +19,10 @@ class Contract {
     std::vector<std::string> judge(const std::string& method, const std::string& path, int status,
                                    const std::string& content_type, const Json& body) const;
 
+    /// The same of a request's body.
+    std::vector<std::string> judge_request(const std::string& method, const std::string& path,
+                                           const Json& body) const;
+
   private:
     Json resolve(const Json& schema) const;
     void walk(const Json& schema, const Json& value, const std::string& where,
