@@ -94,6 +94,16 @@ struct Codec<ports::Value> {
     static windows::Variant write(const ports::Value& value);
 };
 
+/// The host's own value, a deep copy.
+template <>
+struct Codec<windows::Variant> {
+    static constexpr VARTYPE type = VT_VARIANT;
+    static windows::Variant read(const VARIANT& source, LCID) {
+        return windows::Variant::copy_of(source);
+    }
+    static windows::Variant write(windows::Variant value) { return value; }
+};
+
 /// An object, or Nothing.
 template <>
 struct Codec<windows::ComPointer<IDispatch>> {

@@ -4,6 +4,7 @@
 #include "frame/settings_file.h"
 #include "ports/portable/curl_http.h"
 #include "ports/portable/openssl_crypto.h"
+#include "ports/portable/openssl_lifetime.h"
 #include "ports/windows/ansi_code_page.h"
 #include "ports/windows/msxml.h"
 #include "ports/windows/windows_clock.h"
@@ -36,6 +37,7 @@ struct ComposedKsef {
 }  // namespace
 
 std::shared_ptr<ksef::KseF_comm> compose_ksef_comm() {
+    ports::keep_openssl_off_the_exit_list();
     auto composed = std::make_shared<ComposedKsef>();
     ksef::KseF_comm* object = &composed->object;
     return {std::move(composed), object};

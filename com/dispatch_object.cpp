@@ -35,6 +35,16 @@ HRESULT DispatchObject::QueryInterface(REFIID id, void** object) noexcept {
     return Unknown::QueryInterface(id, object);
 }
 
+std::shared_ptr<void> DispatchObject::find_target(IDispatch* object,
+                                                  const ClassTable& table) noexcept {
+    // Only this class answers to the interface of its table, and never through a proxy.
+    windows::ComPointer<IDispatch> own;
+    if (object == nullptr || FAILED(object->QueryInterface(table.interface_id, own.out_void()))) {
+        return nullptr;
+    }
+    return static_cast<DispatchObject*>(own.get())->target_;
+}
+
 HRESULT DispatchObject::GetTypeInfoCount(UINT* count) noexcept {
     if (count == nullptr) return E_POINTER;
     *count = 0;

@@ -27,7 +27,16 @@ class DispatchObject final : public Unknown<IDispatch, ISupportErrorInfo> {
                                      UINT* argument_index) noexcept override;
     HRESULT STDMETHODCALLTYPE InterfaceSupportsErrorInfo(REFIID id) noexcept override;
 
+    /// The portable object behind `object`; empty when it is not one of the class `table` of this
+    /// DLL.
+    template <typename Class>
+    static std::shared_ptr<Class> target_of(IDispatch* object, const ClassTable& table) noexcept {
+        return std::static_pointer_cast<Class>(find_target(object, table));
+    }
+
   private:
+    static std::shared_ptr<void> find_target(IDispatch* object, const ClassTable& table) noexcept;
+
     const ClassTable& table_;
     std::shared_ptr<void> target_;
 };

@@ -21,7 +21,14 @@ HRESULT guarded(Action action) noexcept {
     }
 }
 
+bool runs_under_wine() noexcept {
+    return GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
+}
+
 HRESULT register_in(Scope scope) noexcept {
+    if (server().only_under_wine && !runs_under_wine()) {
+        return HRESULT_FROM_WIN32(ERROR_NOT_SUPPORTED);
+    }
     return guarded([&] { register_classes(server(), scope); });
 }
 

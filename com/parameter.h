@@ -8,6 +8,11 @@
 
 namespace tavrix::com {
 
+/// Stores a by-reference argument's new value where the host keeps it, in the form that the host
+/// sent: a typed variable keeps its type, a variant takes the new one, a plain value has nowhere to
+/// store.
+void store(VARIANT& destination, windows::Variant value, LCID locale);
+
 namespace detail {
 
 template <typename T>
@@ -19,12 +24,16 @@ T read(const Incoming& incoming) {
     }
 }
 
-}  // namespace detail
+template <typename T>
+void write_back(const Incoming& incoming, const T& value) {
+    try {
+        store(*incoming.value, Codec<T>::write(value), incoming.locale);
+    } catch (const ArgumentError& error) {
+        throw ArgumentError(error.code(), incoming.index);
+    }
+}
 
-/// Stores a by-reference argument's new value where the host keeps it, in the form that the host
-/// sent: a typed variable keeps its type, a variant takes the new one, a plain value has nowhere to
-/// store.
-void store(VARIANT& destination, windows::Variant value, LCID locale);
+}  // namespace detail
 
 /// One argument of a portable method, from the host's value to the method's parameter and, for a
 /// reference that the method may change, back again.
@@ -61,12 +70,7 @@ class Parameter<T&> {
     T& get() noexcept { return value_; }
     /// An argument that the method left alone is left alone.
     void write_back() const {
-        if (value_ == before_) return;
-        try {
-            store(*incoming_.value, Codec<T>::write(value_), incoming_.locale);
-        } catch (const ArgumentError& error) {
-            throw ArgumentError(error.code(), incoming_.index);
-        }
+        if (!(value_ == before_)) detail::write_back(incoming_, value_);
     }
 
   private:
@@ -97,6 +101,25 @@ template <typename T>
 class Parameter<const std::optional<T>&> : public Parameter<std::optional<T>> {
   public:
     using Parameter<std::optional<T>>::Parameter;
+};
+
+/// An output that the host may leave out. What the host's variable held is not read.
+template <typename T>
+class Parameter<std::optional<T>&> {
+  public:
+    static constexpr VARTYPE type = Codec<T>::type;
+    static constexpr bool writes = true;
+    static constexpr bool optional = true;
+
+    explicit Parameter(const Incoming& incoming) : incoming_(incoming) {}
+    std::optional<T>& get() noexcept { return value_; }
+    void write_back() const {
+        if (value_ && incoming_.value != nullptr) detail::write_back(incoming_, *value_);
+    }
+
+  private:
+    Incoming incoming_;
+    std::optional<T> value_;
 };
 
 /// The host's open connection. It is by reference in every signature, and only ever read.

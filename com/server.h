@@ -19,6 +19,8 @@ struct Server {
     base::TextView library;
     int version_major;
     std::span<const CreatableClass> classes;
+    /// Stands in for a component of Windows and must never take that one's place on a real system.
+    bool only_under_wine = false;
 };
 
 /// Each DLL that is built on this folder defines its own.

@@ -1,5 +1,6 @@
 #include "frame/settings_file.h"
 
+#include <algorithm>
 #include <array>
 #include <filesystem>
 #include <fstream>
@@ -118,6 +119,12 @@ constexpr std::array keys = {
     Key{"trace.root", [](Settings& s, const Reader& r) { s.trace_root = r.text(); }},
 };
 
+bool is_section(const std::string& section) {
+    return std::ranges::any_of(keys, [&](const Key& key) {
+        return std::string_view(key.name).starts_with(section + ".");
+    });
+}
+
 void take_key(Settings& settings, const Source& source, const std::string& key, const Json& value) {
     for (const Key& known : keys) {
         if (key == known.name) return known.take(settings, {source, key, value});
@@ -138,6 +145,7 @@ Settings parse_settings(const std::string& text, const std::string& file) {
     if (!document.is_object()) source.fail_at_line(1, "oczekiwano obiektu JSON");
     Settings settings;
     for (const auto& [section, members] : document.items()) {
+        if (!is_section(section)) source.fail_at_key(section, "nieznany klucz");
         if (!members.is_object()) source.fail_at_key(section, "oczekiwano obiektu");
         for (const auto& [name, value] : members.items()) {
             take_key(settings, source, section + "." + name, value);

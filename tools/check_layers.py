@@ -27,6 +27,8 @@ LAYERS = {
     "frame": ["base", "ports", *FEATURES],
     "com": ["base", "ports", *FEATURES, "frame", "fonts", "ports/windows", "ports/portable"],
     "apps": ["base", "ports", *FEATURES, "frame", "fonts", *ADAPTERS],
+    # Automation classes for hosts, on the same plumbing as the product's.
+    "apps/host": ["base", "ports", "com", "ports/windows", "ports/portable"],
 }
 
 # Foreign headers that would tie a folder to one platform or one library. Tests, benchmarks and fuzzers may use any.

@@ -1,6 +1,7 @@
 # What every command of ./dev shares: where things are, one line of progress per step, how a step fails.
 # Sourced, never run.
 
+: "${HOME:=$(cd ~ && pwd)}"
 tavrix_cache=${TAVRIX_CACHE:-${XDG_CACHE_HOME:-$HOME/.cache}/tavrix}
 log_folder=$tavrix_cache/log
 jobs=${TAVRIX_JOBS:-$(nproc)}
@@ -28,25 +29,33 @@ as_root() {
 }
 
 # step "what is being done" "what the user can do when it fails" command...
-# One line with the time it took; what the command says goes to a log file, shown when the command fails.
+# One line with the time it took; what the command says goes to a log file, shown when the command fails. The command
+# may not rely on variables it sets: it runs in a subshell.
 step() {
+    try_step "$@"
+    ((step_status == 0)) || exit "$step_status"
+}
+
+# The same for a caller that goes on after a failure; it finds the command's status in step_status. (Returning it
+# would tempt callers into a condition, inside which bash ignores every failure but the last.)
+try_step() {
     local title=$1 advice=$2
     shift 2
-    local log status=0 began_s=$SECONDS
+    local log began_s=$SECONDS
     mkdir -p "$log_folder"
     log=$log_folder/$(tr -cs 'A-Za-z0-9' '-' <<<"$title" | sed 's/-*$//').log
     printf '[%4ds] %s ... ' $((SECONDS - started_s)) "$title"
-    # A subshell with errexit of its own: a condition would switch errexit off inside the command.
+    # Descriptor 9 is the lock of the cache; a server left behind by the command must not hold it.
     set +e
     (
         set -e
         "$@"
-    ) >"$log" 2>&1 </dev/null
-    status=$?
+    ) >"$log" 2>&1 </dev/null 9>&-
+    step_status=$?
     set -e
-    if ((status == 0)); then
+    if ((step_status == 0)); then
         printf 'done (%d s)\n' $((SECONDS - began_s))
-        return 0
+        return
     fi
     printf 'FAILED (%d s)\n' $((SECONDS - began_s))
     {
@@ -55,7 +64,6 @@ step() {
         printf -- '----\ndev: the step "%s" failed.\n' "$title"
         printf 'dev: what to do: %s\n' "$advice"
     } >&2
-    exit "$status"
 }
 
 # hash_of text...: short enough for a folder name, long enough never to collide here.

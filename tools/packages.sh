@@ -31,7 +31,11 @@ can_install() {
 # its lists emptied, apt leaves that suite out for both, which resolves. So exit codes decide nothing here, only
 # whether the packages can be had.
 install_packages() {
-    apt update || echo "apt-get update reported errors; what counts is whether the packages can be had"
+    rm -f "$tavrix_cache/broken-index"
+    if ! apt update; then
+        echo "apt-get update reported errors; what counts is whether the packages can be had"
+        touch "$tavrix_cache/broken-index"
+    fi
     if ! can_install "$@"; then
         echo "the packages do not resolve: once more with fresh package lists"
         as_root find /var/lib/apt/lists -type f -delete
@@ -61,13 +65,24 @@ need_packages() {
             as_root dpkg --add-architecture i386
         fi
     fi
-    ((EUID == 0)) || say "installing packages through sudo"
+    if ((EUID != 0)) && command -v sudo >/dev/null; then
+        say "installing packages through sudo, which may ask for your password"
+        sudo -v
+    fi
     step "install ${#missing[@]} Debian packages" \
         "check that apt-get update and apt-get install work on this machine, then run ./dev setup again" \
         install_with_or_without_wine32 "${missing[@]}"
+    if [[ -f $tavrix_cache/broken-index ]]; then
+        warn "a package index on the mirror is broken, perhaps the security suite's: when apt-get update works again, upgrade"
+    fi
     if [[ -f $no_wine32_marker ]]; then
         warn "32-bit Wine cannot be had here now: 32-bit tests will be skipped (./dev setup --retry tries again)"
     fi
+}
+
+# need_package package: one that only a single command uses.
+need_package() {
+    [[ -n $(installed_version "$1") ]] || step "install $1" "try: apt-get install $1" install_packages "$1"
 }
 
 need_polish_locale() {

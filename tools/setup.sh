@@ -1,5 +1,8 @@
 # ./dev setup and the parts of it that other commands need. Sourced, never run.
 
+# Parts of the cache that an interrupted run left half made.
+sweep_cache() { find "$tavrix_cache" -maxdepth 1 \( -name 'work-*' -o -name 'download.*' -o -name '*.new' \) -exec rm -rf {} +; }
+
 need_tools() {
     need_packages
     need_polish_locale
@@ -11,7 +14,7 @@ need_windows() {
     prefix=$(windows_prefix "$bits")
     if [[ ! -d $prefix ]]; then
         setup_windows_libraries "$bits"
-        step "check the $bits-bit Windows libraries" "remove $prefix and run ./dev setup again" \
+        step "check the $bits-bit Windows libraries" "read the log; ./dev clean --cache and ./dev setup build them anew" \
             check_windows_prefix "$bits" "$prefix"
     fi
     declare -gx "TAVRIX_WINDOWS_PREFIX_$bits=$prefix"
@@ -19,9 +22,10 @@ need_windows() {
 
 # A prefix that fails is taken away again, so that the next run does not trust it.
 check_windows_prefix() {
-    local bits=$1 prefix=$2 build
-    build=$(mktemp -d "$tavrix_cache/prefix-check.XXXXXX")
-    trap 'status=$?; rm -rf "$build"; ((status == 0)) || mv "$prefix" "$prefix.bad.$$"' EXIT
+    # Not local: the trap runs when this function is over.
+    bits=$1 prefix=$2
+    build=$(mktemp -d "$tavrix_cache/work-check.XXXXXX")
+    trap 'status=$?; rm -rf "$build"; ((status == 0)) || rm -rf "$prefix"' EXIT
     cmake -S "$root/tools/prefix_check" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release \
         -DCMAKE_TOOLCHAIN_FILE="$root/cmake/mingw$bits.cmake" -DTAVRIX_WINDOWS_PREFIX="$prefix"
     cmake --build "$build" -j "$jobs"
@@ -54,6 +58,7 @@ need() {
     local part
     check_system
     lock_cache
+    sweep_cache
     for part in "$@"; do
         case $part in
             tools) need_tools ;;

@@ -13,16 +13,16 @@ sources_apt() {
 
 # Keeps what belongs to this Debian release: another project's repository of the same shape is none of our business.
 write_source_entries() {
-    local codename folder=$tavrix_cache/apt/sources file
+    local codename folder=$tavrix_cache/apt/sources file given=${1:-/etc/apt}
     codename=$(. /etc/os-release && echo "$VERSION_CODENAME")
     rm -rf "$folder"
     mkdir -p "$folder" "$tavrix_cache/apt/lists/partial"
-    for file in /etc/apt/sources.list /etc/apt/sources.list.d/*.list; do
+    for file in "$given/sources.list" "$given"/sources.list.d/*.list; do
         [[ -f $file ]] || continue
         sed -nE "s%^[[:space:]]*deb[[:space:]]+((\[[^]]*\][[:space:]]+)?[^[:space:]]+[[:space:]]+$codename(-updates|-security|/updates)?[[:space:]]+.*\bmain\b.*)%deb-src \1%p" \
             "$file" >>"$folder/debian.list"
     done
-    for file in /etc/apt/sources.list.d/*.sources; do
+    for file in "$given"/sources.list.d/*.sources; do
         [[ -f $file ]] || continue
         # Stanzas are separated by blank lines; a stanza switched off stays off.
         awk -v codename="$codename" '
@@ -33,7 +33,7 @@ write_source_entries() {
             }' "$file" >>"$folder/debian.sources"
     done
     find "$folder" -empty -type f -delete
-    [[ -n $(ls "$folder") ]] || die "no Debian $codename entry found under /etc/apt; source packages need one"
+    [[ -n $(ls "$folder") ]] || die "no Debian $codename entry found under $given; source packages need one"
 }
 
 # A suite whose index is broken does not stop the others; what counts is whether the package can be had.

@@ -20,16 +20,15 @@ stop_test_servers() {
 # Its status is the tests' own: failures are counted from the results, not from here.
 run_ctest() {
     local door=$1 folder=$root/build/$1
-    rm -rf "$folder/results"
     mkdir -p "$folder/results/gtest"
     # Under Wine one CTest entry is a whole program; its own report tells the cases apart.
-    is_windows "$door" && export GTEST_OUTPUT="xml:$folder/results/gtest/"
+    is_windows "$door" && export GTEST_OUTPUT="xml:Z:$folder/results/gtest/"
     ctest --test-dir "$folder" --output-on-failure --timeout 600 -j "$jobs" \
         --output-junit "$folder/results/ctest.xml" >"$folder/results/ctest.log" 2>&1 </dev/null
 }
 
 test_door() {
-    local door=$1 skip='' began_s=$SECONDS
+    local door=$1 began_s=$SECONDS
     if is_windows "$door" && ! can_run_windows "$(bits_of "$door")"; then
         mkdir -p "$root/build/$door/results"
         ctest --test-dir "$root/build/$door" -N >"$root/build/$door/results/skipped.txt"
@@ -87,8 +86,10 @@ command_test() {
     trap stop_test_servers EXIT
     start_display
     for door in "${doors[@]}"; do
+        # What the last run found must not be counted for a door that no longer builds.
+        rm -rf "$root/build/$door/results"
         build_step "$door"
-        test_door "$door"
+        ((step_status != 0)) || test_door "$door"
     done
     check_the_tree "${doors[@]}"
     python3 "$root/tools/summary.py" "${doors[@]}"

@@ -4,15 +4,20 @@
 # of its own made of hard links, so that two checkouts never meet in one registry.
 
 wine_pattern() {
-    echo "$tavrix_cache/wine$1-$(hash_of "$(installed_version wine)" "$(cat "$root/tools/wine-run" "$root/tools/wine.sh")")"
+    echo "$tavrix_cache/wine$1-$(hash_of "$(installed_version wine)" "$(declare -f make_wine_pattern)" "$(cat "$root/tools/wine-run")")"
 }
 wine_folder() { echo "$root/build/wine$1"; }
 can_run_windows() { [[ $1 == 64 || -x /usr/lib/wine/wine ]]; }
 
 make_wine_pattern() {
     local bits=$1 pattern=$2
+    # Patterns of versions nobody has used for weeks; at half a gigabyte each they would add up.
+    find "$tavrix_cache" -maxdepth 1 -name "wine$bits-*" -mtime +14 -exec rm -rf {} +
     rm -rf "$pattern.new"
     TAVRIX_WINEPREFIX=$pattern.new TAVRIX_WINE_TIMEOUT_S=300 "$root/tools/wine-run" "$bits" wineboot --init
+    # A program that crashes says where and ends, instead of waiting in a window for somebody to close it.
+    TAVRIX_WINEPREFIX=$pattern.new "$root/tools/wine-run" "$bits" reg add 'HKCU\Software\Wine\WineDbg' \
+        /v ShowCrashDialog /t REG_DWORD /d 0 /f
     TAVRIX_WINEPREFIX=$pattern.new "$root/tools/wine-run" "$bits" --server --wait
     mv "$pattern.new" "$pattern"
 }
@@ -34,7 +39,8 @@ need_wine_prefix() {
     local bits=$1 pattern folder
     can_run_windows "$bits" || return 0
     pattern=$(wine_pattern "$bits") folder=$(wine_folder "$bits")
+    [[ $(cat "$folder/made-from" 2>/dev/null) != "$pattern" ]] || return 0
     [[ -d $pattern ]] || step "make a $bits-bit Wine prefix" \
         "try: tools/wine-run $bits wineboot --init" make_wine_pattern "$bits" "$pattern"
-    [[ $(cat "$folder/made-from" 2>/dev/null) == "$pattern" ]] || copy_wine_pattern "$bits" "$pattern"
+    copy_wine_pattern "$bits" "$pattern"
 }

@@ -2,6 +2,8 @@
 
 #include <sqlite3.h>
 
+#include <algorithm>
+
 #include "base/error.h"
 #include "ports/portable/sqlite_statement.h"
 #include "ports/portable/tsql/functions.h"
@@ -14,6 +16,13 @@ constexpr int busy_timeout_ms = 5000;
 
 [[noreturn]] void fail(base::ErrorNumber number, base::TextView description) {
     throw base::AutomationError(number, u"Database", base::Text(description));
+}
+
+void expect_one_row(sqlite3* connection) {
+    if (sqlite3_changes(connection) == 1) return;
+    fail(base::ErrorNumber::row_changed,
+         u"Row cannot be located for updating. Some values may have been changed since it was "
+         u"last read.");
 }
 
 std::string quoted_name(const std::string& name) {
@@ -181,7 +190,25 @@ void SqliteRecordset::add_new() {
     position_ = rows_.size() - 1;
 }
 
+void SqliteRecordset::delete_row() {
+    if (table_.empty())
+        fail(base::ErrorNumber::database_failed, u"The recordset cannot be updated.");
+    Row& row = current_row();
+    if (row.id) deleted_.push_back({position_, std::move(row)});
+    rows_.erase(rows_.begin() + static_cast<std::ptrdiff_t>(position_));
+}
+
+void SqliteRecordset::cancel_row() {
+    Row& row = current_row();
+    if (row.id || table_.empty()) {
+        std::ranges::fill(row.changed, std::nullopt);
+    } else {
+        rows_.erase(rows_.begin() + static_cast<std::ptrdiff_t>(position_));
+    }
+}
+
 bool SqliteRecordset::has_changes() const noexcept {
+    if (!deleted_.empty()) return true;
     for (const Row& row : rows_) {
         if (!row.id && !table_.empty()) return true;
         for (const auto& value : row.changed) {
@@ -193,12 +220,20 @@ bool SqliteRecordset::has_changes() const noexcept {
 
 void SqliteRecordset::cancel_batch() {
     std::erase_if(rows_, [&](const Row& row) { return !row.id && !table_.empty(); });
+    // The last one out is the first one back, so that every index is right again.
+    for (; !deleted_.empty(); deleted_.pop_back()) {
+        DeletedRow& deleted = deleted_.back();
+        rows_.insert(
+            rows_.begin() + static_cast<std::ptrdiff_t>(std::min(deleted.index, rows_.size())),
+            std::move(deleted.row));
+    }
     for (Row& row : rows_) std::ranges::fill(row.changed, std::nullopt);
 }
 
 void SqliteRecordset::update_batch() {
     if (!has_changes()) return;
     Transaction transaction(*connection_);
+    for (const DeletedRow& deleted : deleted_) delete_stored_row(deleted.row);
     std::vector<std::pair<std::size_t, std::int64_t>> added;
     for (std::size_t i = 0; i < rows_.size(); ++i) {
         if (rows_[i].id) {
@@ -209,6 +244,7 @@ void SqliteRecordset::update_batch() {
         }
     }
     transaction.commit();
+    deleted_.clear();
     for (const auto& [index, id] : added) rows_[index].id = id;
     for (Row& row : rows_) {
         for (std::size_t i = 0; i < row.changed.size(); ++i) {
@@ -240,11 +276,15 @@ void SqliteRecordset::update_row(const Row& row) {
     statement.bind(++parameter, *row.id);
     for (const Value* value : originals) statement.bind(++parameter, *value);
     statement.step();
-    if (sqlite3_changes(connection_->handle()) != 1) {
-        fail(base::ErrorNumber::row_changed,
-             u"Row cannot be located for updating. Some values may have been changed since it was "
-             u"last read.");
-    }
+    expect_one_row(connection_->handle());
+}
+
+void SqliteRecordset::delete_stored_row(const Row& row) {
+    SqliteStatement statement(connection_->handle(),
+                              "delete from " + quoted_name(table_) + " where rowid = ?");
+    statement.bind(1, *row.id);
+    statement.step();
+    expect_one_row(connection_->handle());
 }
 
 void SqliteRecordset::insert_row(Row& row) {

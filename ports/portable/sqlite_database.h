@@ -44,7 +44,12 @@ class SqliteRecordset final : public Recordset {
     void set_field_at(std::size_t column, const Value& value);
     /// The column's index; throws item_not_found.
     std::size_t column_index(base::TextView name) const;
-    /// Forgets every change since the last update_batch, added rows included.
+    /// Takes the current row out; the next one becomes current. The table loses it with
+    /// update_batch.
+    void delete_row();
+    /// Forgets every change of the current row; a row that was only added goes away.
+    void cancel_row();
+    /// Forgets every change since the last update_batch: added rows go, deleted ones come back.
     void cancel_batch();
     bool has_changes() const noexcept;
 
@@ -55,14 +60,22 @@ class SqliteRecordset final : public Recordset {
         std::vector<std::optional<Value>> changed;
     };
 
+    /// A row that was taken out, and the index from which.
+    struct DeletedRow {
+        std::size_t index;
+        Row row;
+    };
+
     Row& current_row();
     void insert_row(Row& row);
+    void delete_stored_row(const Row& row);
     void update_row(const Row& row);
 
     std::shared_ptr<SqliteConnection> connection_;
     std::string table_;
     std::vector<SqliteColumn> columns_;
     std::vector<Row> rows_;
+    std::vector<DeletedRow> deleted_;
     std::size_t position_ = 0;
 };
 

@@ -11,10 +11,10 @@ namespace tavrix::windows {
 AnsiCodePage::AnsiCodePage() {
     CPINFO information{};
     GetCPInfo(CP_ACP, &information);
-    const bool single_byte = information.MaxCharSize == 1;
+    single_byte_ = information.MaxCharSize == 1;
     for (int value = 0; value < 256; ++value) {
         // In the other code pages (UTF-8, East Asian) the upper half is only parts of characters.
-        if (!single_byte && value >= 0x80) break;
+        if (!single_byte_ && value >= 0x80) break;
         const char byte = static_cast<char>(value);
         wchar_t character = 0;
         if (MultiByteToWideChar(CP_ACP, 0, &byte, 1, &character, 1) == 1) {

@@ -1,5 +1,7 @@
 #include "ports/windows/msxml.h"
 
+#include "base/base64.h"
+#include "base/error.h"
 #include "ports/database.h"
 #include "ports/windows/late_bound.h"
 #include "ports/windows/variant_value.h"
@@ -33,10 +35,20 @@ TypedElement create_base64_element(ports::DomDocument version, base::TextView na
     return typed;
 }
 
+// Some versions of the component decode what is not Base64 into something or nothing, so it is
+// checked first.
+void require_base64(base::TextView element, base::TextView base64) {
+    if (base::base64_decode(base::to_utf8(base64))) return;
+    throw base::AutomationError(base::ErrorNumber::type_mismatch, u"Xml",
+                                u"Error parsing the text of element '" + base::Text(element) +
+                                    u"' as bin.base64 datatype.");
+}
+
 }  // namespace
 
 base::Bytes Msxml::bytes_from_base64(ports::DomDocument document, base::TextView element,
                                      base::TextView base64) {
+    require_base64(element, base64);
     const TypedElement typed = create_base64_element(document, element);
     typed.element.put(u"text", base64);
     // An element without text has no typed value at all.

@@ -1,0 +1,73 @@
+// Time as the service sees it: 100-nanosecond steps, a clock that tests can move, and the texts of
+// moments.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace tavrix::sandbox {
+
+using Ticks = std::chrono::duration<std::int64_t, std::ratio<1, 10'000'000>>;
+using Instant = std::chrono::time_point<std::chrono::system_clock, Ticks>;
+
+/// Where the sandbox takes the time from. Calls may come from any thread.
+class Clock {
+  public:
+    virtual ~Clock() = default;
+    virtual Instant now() const = 0;
+    /// Moves the clock forward; a negative step is refused by the callers.
+    virtual void advance(Ticks step) = 0;
+};
+
+/// The computer's clock plus what has been advanced so far.
+class SystemClock : public Clock {
+  public:
+    Instant now() const override;
+    void advance(Ticks step) override;
+
+  private:
+    mutable std::mutex mutex_;
+    Ticks offset_{0};
+};
+
+/// Stands still until advanced; for tests.
+class StillClock : public Clock {
+  public:
+    explicit StillClock(Instant start) : now_(start) {}
+    Instant now() const override;
+    void advance(Ticks step) override;
+
+  private:
+    mutable std::mutex mutex_;
+    Instant now_;
+};
+
+/// How the service prints a moment. It writes up to seven fraction digits and drops the zeros at
+/// their end, so a whole second has no fraction at all.
+struct TimeFormat {
+    int fraction_digits = 7;
+    bool trim_zeros = true;
+
+    /// `2026-11-21T08:15:30.1234567+00:00`
+    std::string text(Instant moment) const;
+    /// The moment with what the text cannot carry cut off.
+    Instant truncate(Instant moment) const;
+};
+
+/// `2026-11-21T09:15:30.123+01:00`, Polish local time, as confirmations print it.
+std::string polish_time_text(Instant moment);
+/// `2026-11-21`, the Polish calendar day of a moment.
+std::string polish_date_text(Instant moment);
+/// `20261121`, the same day without hyphens.
+std::string polish_compact_date(Instant moment);
+
+std::int64_t unix_ms(Instant moment);
+
+/// Reads an ISO 8601 date with an optional time, fraction and offset; no offset means UTC.
+std::optional<Instant> parse_instant(std::string_view text);
+
+}  // namespace tavrix::sandbox

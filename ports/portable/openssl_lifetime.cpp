@@ -1,0 +1,15 @@
+#include "ports/portable/openssl_lifetime.h"
+
+#include <openssl/crypto.h>
+
+namespace tavrix::ports {
+
+void keep_openssl_off_the_exit_list() {
+    OPENSSL_init_crypto(OPENSSL_INIT_NO_ATEXIT, nullptr);
+}
+
+void release_openssl() noexcept {
+    OPENSSL_cleanup();
+}
+
+}  // namespace tavrix::ports

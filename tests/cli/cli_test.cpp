@@ -1,0 +1,115 @@
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+
+#include "tests/support/host_database.h"
+#include "tests/support/sandbox.h"
+
+namespace tavrix::cli {
+namespace {
+
+using test::Json;
+
+struct Outcome {
+    int exit_code = -1;
+    std::string output;
+};
+
+// Runs the program itself, as a shell script would.
+class Cli : public testing::Test {
+  protected:
+    void SetUp() override {
+        folder_ = testing::TempDir() + "tavrix-cli-" + std::to_string(getpid()) + "/";
+        ASSERT_EQ(std::system(("rm -rf '" + folder_ + "' && mkdir -p '" + folder_ + "'").c_str()),
+                  0);
+        setenv("TAVRIX_SETTINGS", (folder_ + "Tavrix.json").c_str(), 1);
+        unsetenv("TAVRIX_TOKEN");
+    }
+    void TearDown() override { EXPECT_EQ(std::system(("rm -rf '" + folder_ + "'").c_str()), 0); }
+
+    void write(const std::string& name, const std::string& text) {
+        std::ofstream(folder_ + name, std::ios::binary) << text;
+    }
+
+    Outcome run(const std::string& arguments) {
+        FILE* pipe = popen((TAVRIX_PROGRAM " " + arguments + " 2>&1").c_str(), "r");
+        Outcome outcome;
+        char buffer[4096];
+        while (const std::size_t size = fread(buffer, 1, sizeof buffer, pipe))
+            outcome.output.append(buffer, size);
+        outcome.exit_code = WEXITSTATUS(pclose(pipe));
+        return outcome;
+    }
+
+    std::string folder_;
+};
+
+TEST_F(Cli, SendsOverTlsOfAPrivateAuthorityAndTellsMachines) {
+    test::Sandbox sandbox({"--https", "--ca-file-out", folder_ + "ca.pem"});
+    const auto settings = [&](const std::string& http) {
+        write("Tavrix.json", R"({"ksef":{"test":")" + sandbox.origin() +
+                                 R"("},"http":{"proxy":"direct")" + http + "}}");
+    };
+    ports::SqliteConnection::open(folder_ + "firma.db", true)
+        ->execute_script(
+            "create table dok (ddout_id integer primary key, ddout_data_wyst datetime, numer_ksef "
+            "nvarchar(50),"
+            "NumerRef_ksef nvarchar(50), HashFaktury nvarchar(50), status_ksef nvarchar(9), "
+            "StatusStr_ksef ntext,"
+            "UPO_ksef ntext, Export_Opis_bledu_ksef ntext, DATA_OPERACJI datetime);"
+            "insert into dok (ddout_id) values (1)");
+    write("faktura.xml", test::demonstration_invoice_file());
+    write("token.txt", "R|nip-5265877635|s\n");
+    const std::string send = "send --json --nip 5265877635 --token-file '" + folder_ +
+                             "token.txt' --xml '" + folder_ + "faktura.xml' --db '" + folder_ +
+                             "firma.db' --table dok --id 1";
+
+    settings("");
+    const Outcome distrusted = run(send);
+    EXPECT_EQ(distrusted.exit_code, 1)
+        << "a certificate of an unknown authority is refused: " << distrusted.output;
+    EXPECT_NE(distrusted.output.find("auth/challenge:STATUS:0"), std::string::npos)
+        << distrusted.output;
+
+    settings(R"(,"private_ca_file":")" + folder_ + "ca.pem\"");
+    const Outcome sent = run(send);
+    ASSERT_EQ(sent.exit_code, 0) << sent.output;
+    const Json answer = Json::parse(sent.output);
+    EXPECT_EQ(answer.at("result"), "");
+    EXPECT_EQ(answer.at("upo_stored"), true);
+    EXPECT_EQ(answer.at("row").at("status_ksef"), "200");
+    EXPECT_EQ(run("hash '" + folder_ + "faktura.xml'").output.substr(0, 44),
+              answer.at("row").at("HashFaktury"));
+}
+
+TEST_F(Cli, ExitCodesTellWhoseFaultItIs) {
+    EXPECT_EQ(run("--help").exit_code, 0);
+    EXPECT_EQ(run("send").exit_code, 2);
+    EXPECT_EQ(run("hash /no/such/file").exit_code, 2);
+    EXPECT_EQ(run("nonsense").exit_code, 2);
+    const std::string send =
+        "send --nip 1 --token 'R|nip-1|s' --xml /dev/null --table t --id 1 --db ";
+    EXPECT_EQ(run(send + "/no/such.db").exit_code, 1);
+    EXPECT_EQ(run("send --nip 1 --xml /dev/null --table t --id 1 --db x").exit_code, 2)
+        << "no token at all";
+    write("Tavrix.json", "{\"ksef\":\n{\"tset\":\"x\"}}");
+    const Outcome settings = run(send + "/no/such.db");
+    EXPECT_EQ(settings.exit_code, 4) << settings.output;
+    EXPECT_NE(settings.output.find("wiersz 2"), std::string::npos) << settings.output;
+}
+
+TEST_F(Cli, TokenCheckSaysWhatIsWrongWithoutShowingTheSecret) {
+    EXPECT_EQ(run("token check --token 'R|nip-5265877635|tajne' --nip 5265877635").exit_code, 0);
+    for (const char* token : {"R|nip-1111111111|tajne", "tajne", "R|x|tajne"}) {
+        const Outcome outcome =
+            run(std::string("token check --nip 5265877635 --token '") + token + "'");
+        EXPECT_EQ(outcome.exit_code, 1) << token;
+        EXPECT_EQ(outcome.output.find("tajne"), std::string::npos) << outcome.output;
+    }
+}
+
+}  // namespace
+}  // namespace tavrix::cli

@@ -1,0 +1,214 @@
+// The DLL's own door: class objects, locks, unloading, registration.
+
+#include "tests/com/late_host.h"
+
+namespace tavrix::test {
+namespace {
+
+using GetClassObject = HRESULT STDAPICALLTYPE(REFCLSID, REFIID, void**);
+using NoArguments = HRESULT STDAPICALLTYPE();
+using Install = HRESULT STDAPICALLTYPE(BOOL, LPCWSTR);
+
+class Module : public testing::Test {
+  protected:
+    LoadedDll dll{u"Tavrix.dll"};
+    GetClassObject* get_class_object = dll.function<GetClassObject>("DllGetClassObject");
+    NoArguments* can_unload_now = dll.function<NoArguments>("DllCanUnloadNow");
+    CLSID class_id{};
+
+    void SetUp() override {
+        ASSERT_NE(get_class_object, nullptr) << "exported under its plain name";
+        ASSERT_EQ(CLSIDFromProgID(L"Tavrix.KseF_comm", &class_id), S_OK);
+    }
+};
+
+TEST_F(Module, StaysLoadedWhileAnObjectOrALockIsLeft) {
+    ASSERT_EQ(can_unload_now(), S_OK);
+    ComPointer<IClassFactory> factory;
+    ASSERT_EQ(get_class_object(class_id, IID_IClassFactory, factory.out_void()), S_OK);
+    EXPECT_EQ(can_unload_now(), S_FALSE);
+
+    ComPointer<IDispatch> object;
+    ASSERT_EQ(factory->CreateInstance(nullptr, IID_IDispatch, object.out_void()), S_OK);
+    factory->LockServer(TRUE);
+    factory = {};
+    EXPECT_EQ(can_unload_now(), S_FALSE);
+    object = {};
+    EXPECT_EQ(can_unload_now(), S_FALSE) << "the lock is left";
+
+    ASSERT_EQ(get_class_object(class_id, IID_IClassFactory, factory.out_void()), S_OK);
+    factory->LockServer(FALSE);
+    factory = {};
+    EXPECT_EQ(can_unload_now(), S_OK);
+}
+
+// Whatever the libraries inside left with the process would bring it down when it ends.
+TEST(Unloading, LeavesTheProcessWhole) {
+    CLSID class_id{};
+    ASSERT_EQ(CLSIDFromProgID(L"Tavrix.KseF_comm", &class_id), S_OK);
+    for (int round = 0; round < 3; ++round) {
+        CoFreeUnusedLibrariesEx(0, 0);
+        const LoadedDll dll(u"Tavrix.dll");
+        ComPointer<IClassFactory> factory;
+        ASSERT_EQ(dll.function<GetClassObject>("DllGetClassObject")(class_id, IID_IClassFactory,
+                                                                    factory.out_void()),
+                  S_OK);
+        ComPointer<IDispatch> object;
+        ASSERT_EQ(factory->CreateInstance(nullptr, IID_IDispatch, object.out_void()), S_OK);
+        EXPECT_EQ(call(object, u"Sha256XmlSimpleb", {Variant(base::Bytes{1}).get()}).code, S_OK);
+        factory = {};
+        object = {};
+        EXPECT_EQ(dll.function<NoArguments>("DllCanUnloadNow")(), S_OK);
+    }
+    CoFreeUnusedLibrariesEx(0, 0);
+    EXPECT_EQ(GetModuleHandleW(L"Tavrix.dll"), nullptr);
+}
+
+TEST_F(Module, RefusesWhatItDoesNotHave) {
+    void* object = this;
+    EXPECT_EQ(get_class_object(IID_IUnknown, IID_IClassFactory, &object),
+              CLASS_E_CLASSNOTAVAILABLE);
+    EXPECT_EQ(object, nullptr);
+    EXPECT_EQ(get_class_object(class_id, IID_IStream, &object), E_NOINTERFACE);
+
+    ComPointer<IClassFactory> factory;
+    ASSERT_EQ(get_class_object(class_id, IID_IClassFactory, factory.out_void()), S_OK);
+    EXPECT_EQ(factory->CreateInstance(factory.get(), IID_IUnknown, &object), CLASS_E_NOAGGREGATION);
+    EXPECT_EQ(factory->CreateInstance(nullptr, IID_IStream, &object), E_NOINTERFACE);
+    EXPECT_EQ(object, nullptr);
+    factory = {};
+    EXPECT_EQ(can_unload_now(), S_OK);
+}
+
+TEST_F(Module, InstancesShareNothing) {
+    const auto first = create(u"Tavrix.KseF_comm");
+    const auto second = create(u"Tavrix.KseF_comm.10");
+    EXPECT_NE(first.get(), second.get());
+    put(first, u"baseUrl", {Variant(u"https://one").get()});
+    EXPECT_EQ(bstr_of(get(second, u"baseUrl").result), u"");
+}
+
+struct RegistryKeyTraits {
+    using Handle = HKEY;
+    static void free(HKEY key) noexcept { RegCloseKey(key); }
+};
+using RegistryKey = windows::Owned<RegistryKeyTraits>;
+using Lines = std::vector<std::wstring>;
+
+RegistryKey open_key(HKEY root, const std::wstring& path) {
+    RegistryKey key;
+    RegOpenKeyExW(root, path.c_str(), 0, KEY_READ, key.out());
+    return key;
+}
+
+Lines keys_of(HKEY root, const std::wstring& path) {
+    const RegistryKey key = open_key(root, path);
+    Lines names;
+    wchar_t name[512];
+    DWORD size = 512;
+    for (DWORD i = 0; RegEnumKeyExW(key.get(), i, name, &size, nullptr, nullptr, nullptr,
+                                    nullptr) == ERROR_SUCCESS;
+         ++i, size = 512) {
+        names.push_back(path + L"\\" + name);
+    }
+    return names;
+}
+
+// Every key and value under a key, one a line.
+void list(HKEY root, const std::wstring& path, Lines& lines) {
+    lines.push_back(path);
+    const RegistryKey key = open_key(root, path);
+    wchar_t name[512];
+    DWORD size = 512;
+    for (DWORD i = 0; RegEnumValueW(key.get(), i, name, &size, nullptr, nullptr, nullptr,
+                                    nullptr) == ERROR_SUCCESS;
+         ++i, size = 512) {
+        wchar_t value[1024] = L"";
+        DWORD value_size = sizeof value;
+        RegQueryValueExW(key.get(), name, nullptr, nullptr, reinterpret_cast<BYTE*>(value),
+                         &value_size);
+        lines.push_back(path + L":" + name + L"=" + value);
+    }
+    for (const std::wstring& inner : keys_of(root, path)) list(root, inner, lines);
+}
+
+// The names of all classes, and everything under those that are ours.
+Lines classes_of(HKEY root) {
+    Lines lines;
+    for (const wchar_t* folder : {L"Software\\Classes", L"Software\\Classes\\CLSID"}) {
+        for (const std::wstring& key : keys_of(root, folder)) {
+            const bool ours =
+                key.find(L"Tavrix") != std::wstring::npos ||
+                key.find(L"{D422C633-A288-42AD-9710-6414035C1877}") != std::wstring::npos;
+            if (ours) {
+                list(root, key, lines);
+            } else {
+                lines.push_back(key);
+            }
+        }
+    }
+    return lines;
+}
+
+bool any_contains(const Lines& lines, const std::wstring& text) {
+    for (const std::wstring& line : lines) {
+        if (line.find(text) != std::wstring::npos) return true;
+    }
+    return false;
+}
+
+class Registration : public Module {
+  protected:
+    NoArguments* register_server = dll.function<NoArguments>("DllRegisterServer");
+    NoArguments* unregister_server = dll.function<NoArguments>("DllUnregisterServer");
+    Install* install = dll.function<Install>("DllInstall");
+
+    void SetUp() override {
+        Module::SetUp();
+        ASSERT_EQ(unregister_server(), S_OK);
+    }
+    void TearDown() override { register_server(); }
+};
+
+TEST_F(Registration, OfTheMachineGoesInAndOutWithoutATrace) {
+    const auto before = classes_of(HKEY_LOCAL_MACHINE);
+    ASSERT_FALSE(any_contains(before, L"Tavrix.KseF_comm"));
+    ASSERT_EQ(register_server(), S_OK);
+    const auto registered = classes_of(HKEY_LOCAL_MACHINE);
+    EXPECT_TRUE(any_contains(registered, L"Tavrix.KseF_comm\\CurVer:=Tavrix.KseF_comm.10"));
+    EXPECT_TRUE(
+        any_contains(registered, L"{D422C633-A288-42AD-9710-6414035C1877}\\InprocServer32:="));
+    EXPECT_TRUE(any_contains(registered, L"InprocServer32:ThreadingModel=Apartment"));
+    EXPECT_EQ(register_server(), S_OK) << "registering again changes nothing";
+    EXPECT_EQ(classes_of(HKEY_LOCAL_MACHINE), registered);
+    ASSERT_EQ(unregister_server(), S_OK);
+    EXPECT_EQ(classes_of(HKEY_LOCAL_MACHINE), before);
+    EXPECT_EQ(unregister_server(), S_OK) << "there may be nothing to remove";
+}
+
+TEST_F(Registration, OfTheUserLeavesTheMachineAlone) {
+    const auto machine = classes_of(HKEY_LOCAL_MACHINE);
+    const auto before = classes_of(HKEY_CURRENT_USER);
+    ASSERT_EQ(install(TRUE, L"user"), S_OK);
+    EXPECT_TRUE(any_contains(classes_of(HKEY_CURRENT_USER), L"Tavrix.KseF_comm"));
+    EXPECT_EQ(classes_of(HKEY_LOCAL_MACHINE), machine);
+    ASSERT_EQ(install(FALSE, L"user"), S_OK);
+    EXPECT_EQ(classes_of(HKEY_CURRENT_USER), before);
+}
+
+TEST_F(Registration, KeepsWhatSomebodyElseWrote) {
+    const std::wstring path =
+        L"Software\\Classes\\CLSID\\{D422C633-A288-42AD-9710-6414035C1877}\\InprocServer32";
+    ASSERT_EQ(register_server(), S_OK);
+    const wchar_t other[] = L"C:\\Other\\Tavrix.dll";
+    ASSERT_EQ(RegSetKeyValueW(HKEY_LOCAL_MACHINE, path.c_str(), L"", REG_SZ, other, sizeof other),
+              ERROR_SUCCESS);
+    ASSERT_EQ(unregister_server(), S_OK);
+    EXPECT_TRUE(
+        any_contains(classes_of(HKEY_LOCAL_MACHINE), L"InprocServer32:=C:\\Other\\Tavrix.dll"));
+    RegDeleteTreeW(HKEY_LOCAL_MACHINE,
+                   L"Software\\Classes\\CLSID\\{D422C633-A288-42AD-9710-6414035C1877}");
+}
+
+}  // namespace
+}  // namespace tavrix::test

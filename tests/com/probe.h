@@ -1,0 +1,12 @@
+#pragma once
+
+#include "ports/windows/automation.h"
+#include "ports/windows/com_pointer.h"
+
+namespace tavrix::test {
+
+/// An object whose methods between them have every kind of argument and result that a table can
+/// name.
+windows::ComPointer<IDispatch> make_probe();
+
+}  // namespace tavrix::test

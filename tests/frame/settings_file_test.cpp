@@ -1,0 +1,56 @@
+#include "frame/settings_file.h"
+
+#include <gtest/gtest.h>
+
+#include "base/error.h"
+
+namespace tavrix::frame {
+namespace {
+
+TEST(SettingsFile, TakesEveryKeyAndLeavesTheRestAtItsDefault) {
+    const ports::Settings settings = parse_settings(R"({
+      "ksef": { "test": "https://localhost:8443", "path_root": "/v2" },
+      "http": { "connect_timeout_ms": 1500, "proxy": "direct", "private_ca_file": "/ca.pem" },
+      "helpdesk": { "address": "bok@firma.example", "routes": { "526-587-76-35": "dwa@firma.example" } }
+    })",
+                                                    "Tavrix.json");
+    EXPECT_EQ(settings.ksef.test, u"https://localhost:8443");
+    EXPECT_EQ(settings.ksef.production, ports::Settings{}.ksef.production);
+    EXPECT_EQ(settings.ksef_path_root, u"/v2");
+    EXPECT_EQ(settings.connect_timeout.count(), 1500);
+    EXPECT_EQ(settings.no_progress_timeout.count(), 60'000);
+    EXPECT_EQ(settings.helpdesk_routes.at(0).tax_number, u"5265877635")
+        << "compared without hyphens";
+    EXPECT_EQ(parse_settings("\xEF\xBB\xBF{}", "x").proxy, "");
+    EXPECT_EQ(load_settings("/no/such/folder/Tavrix.json").proxy, "") << "no file, no change";
+}
+
+TEST(SettingsFile, NamesFileLineAndKeyOfWhatItCannotTake) {
+    constexpr std::pair<const char*, const char*> cases[] = {
+        {"{\n \"ksef\": {\n  \"test\": 5 } }", "Tavrix.json, wiersz 3: klucz \"ksef.test\""},
+        {"{\n \"ksef\": {\n  \"test\": \"https://host/\" } }", "wiersz 3: klucz \"ksef.test\""},
+        {"{ \"ksef\": { \"test\": \"ftp://host\" } }", "klucz \"ksef.test\""},
+        {"{\n\n \"htp\": {} }", "wiersz 3: klucz \"htp\": nieznany klucz"},
+        {"{\n \"http\": {\n \"timeout\": 5 } }",
+         "wiersz 3: klucz \"http.timeout\": nieznany klucz"},
+        {"{ \"http\": { \"connect_timeout_ms\": 0 } }", "http.connect_timeout_ms"},
+        {"{ \"http\": { \"connect_timeout_ms\": 1e3 } }", "http.connect_timeout_ms"},
+        {"{\n \"ksef\": {\n", "wiersz 3: to nie jest poprawny JSON"},
+        {"", "wiersz 1"},
+        {"[]", "oczekiwano obiektu JSON"},
+        {"{ \"ksef\": 1 }", "klucz \"ksef\""},
+        {"{ \"helpdesk\": { \"routes\": { \"1\": 2 } } }", "helpdesk.routes.1"},
+    };
+    for (const auto& [text, words] : cases) {
+        try {
+            parse_settings(text, "Tavrix.json");
+            ADD_FAILURE() << "taken: " << text;
+        } catch (const base::AutomationError& error) {
+            EXPECT_NE(std::string(error.what()).find(words), std::string::npos) << text << "\n"
+                                                                                << error.what();
+        }
+    }
+}
+
+}  // namespace
+}  // namespace tavrix::frame

@@ -1,0 +1,97 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <memory>
+
+#include "ksef/ksef_comm.h"
+#include "ports/native/adapters.h"
+#include "ports/portable/curl_http.h"
+#include "ports/portable/openssl_crypto.h"
+#include "tests/support/fake_clock.h"
+#include "tests/support/host_database.h"
+#include "tests/support/sandbox.h"
+
+namespace tavrix::ksef {
+
+/// Sends the demonstration's invoice over real HTTP to a real sandbox, with a clock that never
+/// waits.
+class SendFixture : public testing::Test {
+  protected:
+    static constexpr const char16_t* nip = u"5265877635";
+    static constexpr const char16_t* token =
+        u"20261121-EC-0000000001-0000000002-AB|nip-5265877635|0123456789abcdef";
+    using Row = std::map<std::string, std::string>;
+
+    static void SetUpTestSuite() { sandbox = std::make_unique<test::Sandbox>(); }
+    static void TearDownTestSuite() { sandbox.reset(); }
+
+    void SetUp() override {
+        sandbox->reset();
+        settings.proxy = "direct";
+        settings.ksef.test = base::from_utf8(sandbox->origin());
+        settings.no_progress_timeout = std::chrono::milliseconds(700);
+        today();
+    }
+
+    void today() { connection = test::make_host_database("2026-11-21"); }
+    void yesterday() { connection = test::make_host_database("2026-11-20"); }
+
+    KsefPorts ports() {
+        return {[this] { return ports::make_curl_http(settings); },
+                *crypto,
+                clock,
+                *xml,
+                *code_page,
+                settings};
+    }
+
+    std::string send() {
+        KseF_comm client(ports());
+        return send_with(client);
+    }
+
+    std::string send_with(KseF_comm& client) {
+        ports::SqliteDatabase database(connection);
+        return base::to_utf8(client.SendInvoiceToKSeF(database, nip, sent_token, invoice, u"FA (3)",
+                                                      u"1-0E", u"FA", 2, table, document_id));
+    }
+
+    /// The document's row; dates as text.
+    Row row() {
+        const auto rows = connection->open_recordset(u"select * from dok_fak where ddout_id=1001");
+        Row values;
+        for (const ports::SqliteColumn& column : rows->columns()) {
+            values[base::to_utf8(column.name)] =
+                base::to_utf8(ports::text_of(rows->field(column.name)));
+        }
+        return values;
+    }
+
+    /// The steps of the exchange in the order in which the sandbox saw them.
+    std::vector<std::string> steps() {
+        std::vector<std::string> names;
+        const test::Json state = sandbox->state();
+        for (const auto& request : state.at("requests")) {
+            const std::string step = request.at("step");
+            if (!request.at("path").get<std::string>().starts_with("/sandbox/"))
+                names.push_back(step);
+        }
+        return names;
+    }
+
+    static inline std::unique_ptr<test::Sandbox> sandbox;
+    ports::Settings settings;
+    std::unique_ptr<ports::Crypto> crypto = ports::make_openssl_crypto();
+    test::FakeClock clock;
+    std::unique_ptr<ports::Xml> xml = ports::make_native_xml();
+    std::unique_ptr<ports::CodePage> code_page = ports::make_native_code_page();
+    std::shared_ptr<ports::SqliteConnection> connection;
+    base::Text sent_token = token;
+    base::Text invoice = test::demonstration_invoice();
+    base::Text table = u"dok_fak";
+    std::int32_t document_id = 1001;
+};
+
+}  // namespace tavrix::ksef

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "ports/http.h"
+
+namespace tavrix::test {
+
+using Json = nlohmann::ordered_json;
+
+/// A tavrix-sandbox of this build on a free loopback port, stopped by its pid with the object.
+class Sandbox {
+  public:
+    explicit Sandbox(std::vector<std::string> arguments = {});
+    ~Sandbox();
+    Sandbox(const Sandbox&) = delete;
+    Sandbox& operator=(const Sandbox&) = delete;
+
+    /// "http://127.0.0.1:PORT"
+    const std::string& origin() const noexcept { return origin_; }
+    std::string port() const { return origin_.substr(origin_.rfind(':') + 1); }
+    /// Adds trouble: {"step": ..., "kind": ...}; see docs/sandbox.md.
+    void fault(const Json& fault);
+    /// Forgets requests, sessions, invoices and faults.
+    void reset();
+    Json state();
+    /// The logged requests of one step.
+    std::vector<Json> requests(const std::string& step);
+
+  private:
+    std::string call(const std::string& method, const std::string& path,
+                     const std::string& body = "");
+
+    pid_t pid_ = -1;
+    std::string origin_;
+    std::unique_ptr<ports::Http> http_;
+};
+
+}  // namespace tavrix::test

@@ -1,0 +1,135 @@
+#!/usr/bin/env bash
+# ./dev demo: a host sends an invoice to the sandbox. With --native the host is tavrix, otherwise Wine's script host
+# with a script that any Windows program could be. What comes out stays in build/demo.
+set -euo pipefail
+
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+bin=$root/build/native/bin
+demo=$root/build/demo
+sources=$root/apps/host/demo
+# The published schemas, where the machine has them: the sandbox then checks invoices fully.
+schemas=${TAVRIX_KSEF_SCHEMAS:-$root/../shared/ksef/xsd}
+
+door=com
+[[ " $* " == *" --native "* ]] && door=native
+
+nip=5265877635
+token="20261121-EC-226A0B5000-30A1F3A6C5-41|nip-$nip|6f1d5a0c9b7e4823a1d4c3b2e5f60718293a4b5c6d7e8f901a2b3c4d5e6f7081"
+sandbox_pid=
+
+say() { printf '%s\n' "$*"; }
+title() { printf '\n== %s ==\n' "$*"; }
+fail() {
+    printf 'demo: %s\n' "$*" >&2
+    exit 1
+}
+stop_sandbox() { [[ -z $sandbox_pid ]] || kill "$sandbox_pid" 2>/dev/null || true; }
+trap stop_sandbox EXIT
+
+start_sandbox() {
+    local arguments=(--port 0 --port-file "$demo/port" --https --ca-file-out "$demo/ca.pem" --data "$demo/ksef"
+        --auth-polls 1 --invoice-polls 1 --quiet)
+    [[ ! -d $schemas ]] || arguments+=(--schemas "$schemas")
+    "$bin/tavrix-sandbox" "${arguments[@]}" >"$demo/sandbox.log" 2>&1 &
+    sandbox_pid=$!
+    for _ in $(seq 100); do
+        [[ -s $demo/port ]] && break
+        kill -0 "$sandbox_pid" 2>/dev/null || fail "the sandbox ended: $(tail -n 3 "$demo/sandbox.log")"
+        sleep 0.1
+    done
+    origin=https://127.0.0.1:$(<"$demo/port")
+    say "KSeF of this computer: $origin (web page there; TLS certificate of its own authority)"
+}
+
+# Invoices are dated today, as a host's would be.
+prepare_documents() {
+    sqlite3 "$demo/firma.db" <"$sources/schema.sql"
+    local today name
+    today=$(date +%F)
+    for name in faktura korekta; do
+        sed -E "s#<P_1>[^<]*#<P_1>$today#; s#<DataWytworzeniaFa>[^T]*#<DataWytworzeniaFa>$today#" \
+            "$sources/$name.xml" >"$demo/$name.xml"
+    done
+    say "host database: build/demo/firma.db; invoice $(sed -nE 's#.*<P_2>(.*)</P_2>.*#\1#p' "$demo/faktura.xml"), correction $(sed -nE 's#.*<P_2>(.*)</P_2>.*#\1#p' "$demo/korekta.xml")"
+}
+
+# write_settings FILE CA: where the test environment is, and whom to trust.
+write_settings() {
+    printf '{\n  "ksef": { "test": "%s" },\n  "http": { "private_ca_file": "%s", "proxy": "direct" }\n}\n' "$origin" "$2" >"$1"
+}
+
+column() { sqlite3 "$demo/firma.db" "select coalesce($2, '') from $1 where ddout_id = $3"; }
+
+send_natively() { # table id invoice
+    say "row before: $(sqlite3 "$demo/firma.db" "select ddout_id, ddout_numer, coalesce(numer_ksef, '(none)') from $1 where ddout_id = $2")"
+    TAVRIX_SETTINGS=$demo/Tavrix.json TAVRIX_TOKEN=$token "$bin/tavrix" send --nip "$nip" --env test \
+        --xml "$demo/$3.xml" --db "$demo/firma.db" --table "$1" --id "$2"
+}
+
+# The DLLs are registered from a folder of the demonstration's own, so that its settings lie beside them and a
+# library that is registered already stays as it is.
+register_dlls() {
+    mkdir -p "$demo/dll"
+    cp "$root"/build/win32/bin/{Tavrix,TavrixDevAdo}.dll "$demo/dll/"
+    write_settings "$demo/dll/Tavrix.json" "Z:$demo/ca.pem"
+    local dll
+    for dll in Tavrix TavrixDevAdo; do
+        "$root/tools/wine-run" 32 regsvr32 /s "Z:$demo/dll/$dll.dll" || fail "regsvr32 $dll.dll"
+    done
+    say "registered Tavrix.dll, and a development ADO provider because Wine has none"
+}
+
+send_through_com() { # table id invoice
+    "$root/tools/wine-run" 32 cscript //nologo "Z:$sources/send_invoice.vbs" "Z:$demo/firma.db" "$nip" "$token" \
+        "Z:$demo/$3.xml" "$1" "$2" 2 >"$demo/$3.cp852" || true
+    # The script host writes the console's code page.
+    tr -d '\r' <"$demo/$3.cp852" | iconv -f CP852 -t UTF-8 | tee "$demo/$3.txt" | sed -E 's/^/  /' | cut -c1-160
+    grep -q '^KONIEC' "$demo/$3.txt" || fail "the script did not reach its end"
+}
+
+check_document() { # table id
+    local number
+    number=$(column "$1" numer_ksef "$2")
+    [[ -n $number && $(column "$1" status_ksef "$2") == 200 ]] || fail "the row of $1 has no KSeF number"
+    column "$1" UPO_ksef "$2" >"$demo/upo-$2.xml"
+    grep -q "<NumerKSeFDokumentu>$number<" "$demo/upo-$2.xml" || fail "the UPO does not name $number"
+}
+
+write_views() { # table id invoice
+    local number hash link
+    number=$(column "$1" numer_ksef "$2")
+    xsltproc --nonet --stringparam ksef_number "$number" "$sources/faktura.xsl" "$demo/$3.xml" >"$demo/$3.html"
+    hash=$(column "$1" HashFaktury "$2" | tr '+/' '-_' | tr -d '=')
+    link=https://qr-test.ksef.mf.gov.pl/invoice/$nip/$(date +%d-%m-%Y)/$hash
+    "$bin/tavrix" qr --text "$link" --caption "$number" --out "$demo/$3-qr.png"
+    "$bin/tavrix" qr --text "$link" --caption "$number" --out "$demo/$3-qr.svg"
+    say "page: build/demo/$3.html; QR label: build/demo/$3-qr.png and .svg ($link)"
+    if command -v zbarimg >/dev/null; then
+        [[ $(zbarimg -q --raw "$demo/$3-qr.png" 2>/dev/null) == "$link" ]] || fail "zbarimg does not read the label"
+        say "zbarimg reads the label back"
+    fi
+}
+
+rm -rf "$demo"
+mkdir -p "$demo"
+title "A company and a KSeF of its own"
+start_sandbox
+prepare_documents
+write_settings "$demo/Tavrix.json" "$demo/ca.pem"
+[[ $door == native ]] || register_dlls
+
+title "The invoice"
+if [[ $door == native ]]; then send_natively dok_fak 1001 faktura; else send_through_com dok_fak 1001 faktura; fi
+check_document dok_fak 1001
+title "Its correction"
+if [[ $door == native ]]; then send_natively dok_KFA 2001 korekta; else send_through_com dok_KFA 2001 korekta; fi
+check_document dok_KFA 2001
+
+title "The receipt of acceptance (UPO) in the row"
+cat "$demo/upo-1001.xml"
+echo
+title "For people"
+write_views dok_fak 1001 faktura
+write_views dok_KFA 2001 korekta
+title "Done"
+say "2 invoices accepted, 2 rows written, 2 UPOs stored ($door door)"
