@@ -8,7 +8,6 @@
 #include "barcode/ean_cls128.h"
 #include "barcode/ean_cls813.h"
 #include "barcode/qr_code.h"
-#include "barcode/rotation.h"
 #include "barcode/surface_guard.h"
 
 namespace tavrix::barcode {
@@ -256,9 +255,9 @@ void Drk_Wyd_Ean_cls::RotateText(Surface& Pdevice, const base::Text& text, std::
     write_turned_text(Pdevice, text, angle, X, Y);
 }
 
-ports::Value Drk_Wyd_Ean_cls::RotateSurface(Surface& SourcePicture, Surface& DestPicture,
-                                            std::int32_t /*lngAngle*/, std::int32_t XDest,
-                                            std::int32_t YDest) {
+EmptyResult Drk_Wyd_Ean_cls::RotateSurface(Surface& SourcePicture, Surface& DestPicture,
+                                           std::int32_t /*lngAngle*/, std::int32_t XDest,
+                                           std::int32_t YDest) {
     copy_quarter_turn(SourcePicture, DestPicture, XDest, YDest);
     return {};
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "barcode/rotation.h"
 #include "base/currency.h"
 #include "ports/code_page.h"
 #include "ports/database.h"
@@ -55,8 +56,8 @@ class Drk_Wyd_Ean_cls {
     void RotateText(ports::Surface& Pdevice, const base::Text& Text, std::int16_t angle, double X,
                     double Y);
     /// See copy_quarter_turn; the angle is ignored. The result stays empty.
-    ports::Value RotateSurface(ports::Surface& SourcePicture, ports::Surface& DestPicture,
-                               std::int32_t lngAngle, std::int32_t XDest, std::int32_t YDest);
+    EmptyResult RotateSurface(ports::Surface& SourcePicture, ports::Surface& DestPicture,
+                              std::int32_t lngAngle, std::int32_t XDest, std::int32_t YDest);
 
   private:
     struct FontFile;

@@ -2,7 +2,6 @@
 
 #include "barcode/automation.h"
 #include "barcode/ean.h"
-#include "barcode/rotation.h"
 #include "barcode/surface_guard.h"
 
 namespace tavrix::barcode {
@@ -51,10 +50,10 @@ void Drk_Wyd_Ean_cls813::RotatePicture(ports::Surface& fr_pic, ports::Surface& t
     turn_bitmap(fr_pic, to_pic, angle);
 }
 
-ports::Value Drk_Wyd_Ean_cls813::RotateSurface2(ports::Surface& SourcePicture,
-                                                ports::Surface& DestPicture,
-                                                std::int32_t /*lngAngle*/, std::int32_t XDest,
-                                                std::int32_t YDest) {
+EmptyResult Drk_Wyd_Ean_cls813::RotateSurface2(ports::Surface& SourcePicture,
+                                               ports::Surface& DestPicture,
+                                               std::int32_t /*lngAngle*/, std::int32_t XDest,
+                                               std::int32_t YDest) {
     copy_quarter_turn(SourcePicture, DestPicture, XDest, YDest);
     return {};
 }

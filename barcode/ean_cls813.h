@@ -1,7 +1,7 @@
 #pragma once
 
+#include "barcode/rotation.h"
 #include "base/currency.h"
-#include "ports/database.h"
 #include "ports/surface.h"
 
 namespace tavrix::barcode {
@@ -28,8 +28,8 @@ class Drk_Wyd_Ean_cls813 {
     /// See turn_bitmap.
     void RotatePicture(ports::Surface& fr_pic, ports::Surface& to_pic, std::int16_t angle);
     /// See copy_quarter_turn; the angle is ignored. The result stays empty.
-    ports::Value RotateSurface2(ports::Surface& SourcePicture, ports::Surface& DestPicture,
-                                std::int32_t lngAngle, std::int32_t XDest, std::int32_t YDest);
+    EmptyResult RotateSurface2(ports::Surface& SourcePicture, ports::Surface& DestPicture,
+                               std::int32_t lngAngle, std::int32_t XDest, std::int32_t YDest);
 
   private:
     base::Currency height_;

@@ -4,6 +4,9 @@
 
 namespace tavrix::barcode {
 
+/// What a method returns that hosts know as a function without a result.
+struct EmptyResult {};
+
 /// Writes `text` in the surface's font, turned by `angle_degrees` counter-clockwise around (x, y),
 /// which are in the surface's scale units. Scale and position are the same afterwards, also when
 /// something throws.
