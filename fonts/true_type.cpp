@@ -163,8 +163,9 @@ TableWriter maxp(const Font& font) {
     TableWriter table;
     table.u32(0x00010000).u16(static_cast<std::int64_t>(font.glyphs.size()));
     table.u16(static_cast<std::int64_t>(points)).u16(static_cast<std::int64_t>(contours));
-    table.u16(0).u16(0).u16(2);
-    for (int i = 0; i < 8; ++i) table.u16(0);
+    constexpr int zones = 1, functions = 1, stack = 2;
+    table.u16(0).u16(0).u16(zones).u16(0).u16(0).u16(functions).u16(0).u16(stack);
+    for (int i = 0; i < 3; ++i) table.u16(0);
     return table;
 }
 
@@ -205,6 +206,25 @@ TableWriter os2(const Font& font) {
     table.u16(font.ascent).u16(-font.descent).u16(0).u16(font.ascent).u16(font.descent);
     constexpr int latin_1_and_central_european = 0x00000003;
     table.u32(latin_1_and_central_european).u32(0);
+    return table;
+}
+
+// The outlines are exact and must stay so. A font without programs is taken for one that nobody has
+// fitted to pixels, and some systems then move its edges themselves; a function that is never
+// called and a setting that only keeps thin strokes whole tell them not to.
+TableWriter fpgm() {
+    constexpr int push_byte = 0xB0, define_function = 0x2C, end_function = 0x2D;
+    TableWriter table;
+    table.u8(push_byte).u8(0).u8(define_function).u8(end_function);
+    return table;
+}
+
+TableWriter prep() {
+    constexpr int push_word = 0xB8, scan_control = 0x85, push_byte = 0xB0, scan_type = 0x8D;
+    constexpr int always = 0x01FF, smart_dropout = 4;
+    TableWriter table;
+    table.u8(push_word).u16(always).u8(scan_control);
+    table.u8(push_byte).u8(smart_dropout).u8(scan_type);
     return table;
 }
 
@@ -341,6 +361,8 @@ base::Bytes to_true_type(const Font& font) {
         {"maxp", maxp(font)},
         {"name", name(font)},
         {"post", post()},
+        {"fpgm", fpgm()},
+        {"prep", prep()},
     };
     if (!font.alternates.empty()) tables.emplace_back("GSUB", gsub(font));
     return assemble(std::move(tables));
