@@ -2,8 +2,6 @@
 
 #include <limits>
 
-#include "base/error.h"
-
 namespace tavrix::barcode {
 namespace {
 

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "base/text.h"
+#include "base/error.h"
 
 namespace tavrix::barcode {
 
@@ -13,6 +13,14 @@ namespace tavrix::barcode {
 
 /// `factor` * `other` + `addend`; throws the overflow error when a step leaves 32 bits.
 std::int32_t checked_multiply_add(std::int32_t factor, std::int32_t other, std::int32_t addend);
+
+/// Does `action` and passes over what a host's object refuses: the hosts' "on error resume next".
+void attempt(auto&& action) {
+    try {
+        action();
+    } catch (const base::AutomationError&) {
+    }
+}
 
 /// False when the number that `text` begins with, after any spaces, is zero or is not there.
 bool begins_with_nonzero_number(base::TextView text) noexcept;

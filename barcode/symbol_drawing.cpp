@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 
-#include "fonts/layout.h"
 #include "fonts/strokes.h"
 
 namespace tavrix::barcode {
@@ -11,6 +10,12 @@ namespace {
 
 using ports::Drawing;
 using ports::PointTwips;
+
+PointTwips turn_once(PointTwips point, std::int32_t height) noexcept {
+    return {height - point.y_twips, point.x_twips};
+}
+
+}  // namespace
 
 void add_text(Drawing& drawing, const fonts::Font& font, base::TextView text,
               const fonts::Line& line) {
@@ -25,17 +30,12 @@ void add_text(Drawing& drawing, const fonts::Font& font, base::TextView text,
     });
 }
 
-PointTwips turn_once(PointTwips point, std::int32_t height) noexcept {
-    return {height - point.y_twips, point.x_twips};
-}
-
-}  // namespace
-
 void add_caption(Drawing& drawing, base::TextView text, std::int32_t em_twips) {
     const fonts::Font& font = fonts::caption_font();
     const std::int32_t width_units = fonts::width_of(font, text);
     if (width_units == 0) return;
-    const double widest = static_cast<double>(drawing.width_twips()) * font.units_per_em;
+    constexpr double widest_share = 0.94;
+    const double widest = drawing.width_twips() * widest_share * font.units_per_em;
     const double em = std::min(static_cast<double>(em_twips), widest / width_units);
     const double units_to_twips = em / font.units_per_em;
     const double left = (drawing.width_twips() - width_units * units_to_twips) / 2;

@@ -1,12 +1,14 @@
 #pragma once
 
-#include <optional>
-
 #include "base/text.h"
-#include "fonts/font.h"
+#include "fonts/layout.h"
 #include "ports/drawing.h"
 
 namespace tavrix::barcode {
+
+/// Adds a line of text in `font`; lengths in twips.
+void add_text(ports::Drawing& drawing, const fonts::Font& font, base::TextView text,
+              const fonts::Line& line);
 
 /// Adds one line of text in the caption font below the drawing, centred, made narrower than
 /// `em_twips` asks where the picture is too narrow for it, and makes the drawing that much higher.

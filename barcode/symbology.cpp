@@ -1,0 +1,128 @@
+#include "barcode/symbology.h"
+
+#include <algorithm>
+#include <array>
+
+#include "barcode/code128.h"
+#include "barcode/code39.h"
+#include "barcode/ean.h"
+#include "barcode/symbol_drawing.h"
+#include "base/windows_1250.h"
+#include "fonts/barcode_fonts.h"
+
+namespace tavrix::barcode {
+namespace {
+
+constexpr base::TextView empty_text = u"pusty tekst";
+constexpr base::TextView wrong_check_digit = u"błędna cyfra kontrolna";
+
+using EncodeDigits = base::Text (*)(base::TextView);
+
+Encoded encode_ean(base::TextView text, std::size_t data_digits, EncodeDigits encode,
+                   base::TextView wrong_digits) {
+    const std::size_t plus = text.find(u'+');
+    const base::TextView digits = text.substr(0, plus);
+    const base::TextView data = digits.substr(0, std::min(data_digits, digits.size()));
+    Encoded encoded{encode(data), {}};
+    if (encoded.symbol.empty() || digits.size() > data_digits + 1) return {{}, wrong_digits};
+    if (digits.size() > data_digits && digits.back() != gs1_check_digit(data)) {
+        return {{}, wrong_check_digit};
+    }
+    if (plus != base::TextView::npos) {
+        const base::Text add_on = encode_add_on(text.substr(plus + 1));
+        if (add_on.empty()) return {{}, u"dodatek ma 2 albo 5 cyfr"};
+        encoded.symbol += add_on;
+    }
+    return encoded;
+}
+
+Encoded encode_as_ean8(base::TextView text) {
+    return encode_ean(text, 7, &encode_ean8, u"EAN-8 ma 7 albo 8 cyfr");
+}
+
+Encoded encode_as_ean13(base::TextView text) {
+    return encode_ean(text, 12, &encode_ean13, u"EAN-13 ma 12 albo 13 cyfr");
+}
+
+bool is_ascii(base::TextView text) noexcept {
+    return std::all_of(text.begin(), text.end(), [](char16_t each) { return each < 128; });
+}
+
+Encoded encode_as_code128(base::TextView text) {
+    static const auto characters = code128_font_characters(base::windows_1250);
+    if (text.empty()) return {{}, empty_text};
+    if (!is_ascii(text)) return {{}, u"Code 128 ma tylko znaki ASCII"};
+    return {code128_text(encode_code128(text), characters), {}};
+}
+
+Encoded encode_as_code39(base::TextView text) {
+    constexpr base::TextView characters = u"0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZ-. $/+%";
+    if (text.empty()) return {{}, empty_text};
+    if (text.find_first_not_of(characters) != base::TextView::npos) {
+        return {{}, u"Code 39 ma tylko cyfry, wielkie litery i znaki - . $ / + % oraz spację"};
+    }
+    return {wrap_code39(text), {}};
+}
+
+Encoded encode_as_code39_extended(base::TextView text) {
+    if (text.empty()) return {{}, empty_text};
+    if (!is_ascii(text) || text.find(u'*') != base::TextView::npos) {
+        return {{}, u"rozszerzony Code 39 ma tylko znaki ASCII bez gwiazdki"};
+    }
+    return {wrap_code39(text), {}};
+}
+
+using fonts::linear_quiet_modules;
+
+constexpr std::array<Symbology, 5> table = {{
+    {u"EAN8", u"EAN-8: 7 cyfr albo 8 z kontrolną, dodatek po +", &fonts::ean13_font,
+     &encode_as_ean8, 0, false},
+    {u"EAN13", u"EAN-13: 12 cyfr albo 13 z kontrolną, dodatek po +", &fonts::ean13_font,
+     &encode_as_ean13, 0, false},
+    {u"EAN128", u"Code 128: znaki ASCII", &fonts::code128_font, &encode_as_code128, 0, true},
+    {u"EAN39", u"Code 39: cyfry, wielkie litery i - . $ / + % spacja", &fonts::code39_font,
+     &encode_as_code39, linear_quiet_modules, true},
+    {u"EAN39EX", u"Code 39 rozszerzony: znaki ASCII bez *", &fonts::code39_extended_font,
+     &encode_as_code39_extended, linear_quiet_modules, true},
+}};
+
+// An add-on has no guard at its end that would bring the quiet zone along.
+constexpr std::int32_t add_on_quiet_modules = 5;
+
+bool has_add_on(base::TextView symbol) noexcept {
+    return symbol.find(u'[') != base::TextView::npos;
+}
+
+}  // namespace
+
+std::span<const Symbology> symbologies() noexcept {
+    return table;
+}
+
+const Symbology* find_symbology(base::TextView kind) noexcept {
+    const auto* found = std::find_if(table.begin(), table.end(),
+                                     [&](const Symbology& row) { return row.kind == kind; });
+    return found == table.end() ? nullptr : found;
+}
+
+ports::Drawing draw_symbol(const Symbology& symbology, base::TextView symbol,
+                           std::int32_t module_twips, ports::Colour colour) {
+    const fonts::Font& font = symbology.font();
+    constexpr std::int32_t margin_modules = 1;
+    const std::int32_t left = symbology.quiet_modules * module_twips;
+    const std::int32_t top = margin_modules * module_twips;
+    const bool is_ean = symbology.font == &fonts::ean13_font;
+    const std::int32_t right =
+        left + (is_ean && has_add_on(symbol) ? add_on_quiet_modules * module_twips : 0);
+    const std::int32_t width =
+        fonts::width_of(font, symbol) / fonts::module_units * module_twips + left + right;
+    const std::int32_t height =
+        (font.ascent + font.descent) / fonts::module_units * module_twips + 2 * top;
+    ports::Drawing drawing(width, height, colour);
+    const double em = static_cast<double>(font.units_per_em / fonts::module_units) * module_twips;
+    add_text(drawing, font, symbol, {static_cast<double>(left), static_cast<double>(top), em});
+    drawing.end_row();
+    return drawing;
+}
+
+}  // namespace tavrix::barcode

@@ -1,0 +1,29 @@
+#include "com/barcode_composition.h"
+
+#include "ports/windows/ansi_code_page.h"
+#include "ports/windows/com_pictures.h"
+#include "ports/windows/desktop_shell.h"
+
+namespace tavrix::com {
+namespace {
+
+struct ComposedDispatcher {
+    windows::DesktopShell shell;
+    windows::ComPictures pictures;
+    windows::AnsiCodePage code_page;
+    barcode::Drk_Wyd_Ean_cls object{{shell, pictures, code_page}};
+};
+
+}  // namespace
+
+std::shared_ptr<barcode::Drk_Wyd_Ean_cls> compose_ean_cls() {
+    auto composed = std::make_shared<ComposedDispatcher>();
+    barcode::Drk_Wyd_Ean_cls* object = &composed->object;
+    return {std::move(composed), object};
+}
+
+std::shared_ptr<barcode::Drk_Wyd_Ean_cls128> compose_ean_cls128() {
+    return std::make_shared<barcode::Drk_Wyd_Ean_cls128>(windows::AnsiCodePage());
+}
+
+}  // namespace tavrix::com

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "barcode/rotation.h"
+#include "base/currency.h"
+#include "com/parameter.h"
+#include "ports/windows/host_surface.h"
+
+namespace tavrix::com {
+
+template <>
+struct Codec<base::Currency> {
+    static constexpr VARTYPE type = VT_CY;
+    static base::Currency read(const VARIANT& source, LCID locale) {
+        return {source.vt == type ? source.cyVal.int64
+                                  : coerce(source, type, locale).get().cyVal.int64};
+    }
+    static windows::Variant write(base::Currency value) {
+        return windows::Variant::currency(value.ten_thousandths);
+    }
+};
+
+/// A host's picture box or printer, by reference in every signature and only ever drawn on.
+template <>
+class Parameter<ports::Surface&> {
+  public:
+    static constexpr VARTYPE type = VT_DISPATCH;
+    static constexpr bool writes = false;
+    static constexpr bool optional = false;
+
+    explicit Parameter(const Incoming& incoming)
+        : surface_(detail::read<windows::ComPointer<IDispatch>>(incoming)) {}
+    ports::Surface& get() noexcept { return surface_; }
+    void write_back() const noexcept {}
+
+  private:
+    windows::HostSurface surface_;
+};
+
+/// Results only: a Variant that stays Empty.
+template <>
+struct Codec<barcode::EmptyResult> {
+    static constexpr VARTYPE type = VT_VARIANT;
+    static windows::Variant write(barcode::EmptyResult) { return {}; }
+};
+
+}  // namespace tavrix::com

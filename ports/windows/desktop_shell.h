@@ -1,0 +1,17 @@
+#pragma once
+
+#include "ports/shell.h"
+
+namespace tavrix::windows {
+
+/// The user's desktop: the file system, Shell.Application, processes and message boxes.
+class DesktopShell final : public ports::Shell {
+  public:
+    bool file_exists(base::TextView path) override;
+    void copy_file(base::TextView from, base::TextView to) override;
+    void invoke_verb(base::TextView folder, base::TextView item, base::TextView verb) override;
+    bool run_and_wait(base::TextView command_line, bool hidden) override;
+    void show_message(base::TextView text, std::int32_t help_context) override;
+};
+
+}  // namespace tavrix::windows

@@ -1,0 +1,166 @@
+#include "tests/com/picture_box.h"
+
+#include <ocidl.h>
+#include <olectl.h>
+
+#include <cmath>
+
+#include "com/dispatch_object.h"
+#include "com/guid.h"
+#include "com/signature.h"
+
+namespace tavrix::test {
+namespace {
+
+using Box = PictureBox;
+using com::by_value;
+
+template <auto Property>
+consteval auto plain_property(DISPID id, base::TextView name) {
+    return com::property<&Box::get<Property>, &Box::set<Property>>(id, name, u"");
+}
+
+// Image, Font and Parent lead back to the box: one object answers for all of them.
+constexpr auto box_members = com::members(
+    plain_property<&Box::x>(1, u"CurrentX"), plain_property<&Box::y>(2, u"CurrentY"),
+    com::property<&Box::own_font_name, &Box::set_font_name>(3, u"FontName", u""),
+    plain_property<&Box::font_size>(4, u"FontSize"),
+    plain_property<&Box::font_bold>(5, u"FontBold"),
+    plain_property<&Box::scale_mode>(6, u"ScaleMode"),
+    com::read_only<&Box::scale_width>(7, u"ScaleWidth", u""),
+    com::read_only<&Box::scale_height>(8, u"ScaleHeight", u""),
+    plain_property<&Box::scale_left>(9, u"ScaleLeft"),
+    plain_property<&Box::scale_top>(10, u"ScaleTop"),
+    com::property<&Box::width, &Box::set_width>(11, u"Width", u""),
+    com::property<&Box::height, &Box::set_height>(12, u"Height", u""),
+    com::read_only<&Box::device>(13, u"hDC", u""), com::read_only<&Box::self>(14, u"Image", u""),
+    com::property<&Box::self, &Box::keep_picture>(15, u"Picture", u""),
+    com::method<&Box::refresh>(16, u"Refresh", u""),
+    com::method<&Box::print>(17, u"Print", u"", by_value(u"text")),
+    com::method<&Box::text_width>(18, u"TextWidth", u"", by_value(u"text")),
+    com::method<&Box::text_height>(19, u"TextHeight", u"", by_value(u"text")),
+    com::method<&Box::paint_picture>(20, u"PaintPicture", u"", by_value(u"picture"), by_value(u"x"),
+                                     by_value(u"y"), by_value(u"width"), by_value(u"height")),
+    com::method<&Box::scale>(21, u"Scale", u""), com::read_only<&Box::self>(22, u"Font", u""),
+    com::read_only<&Box::own_font_name>(23, u"Name", u""),
+    com::read_only<&Box::self>(24, u"Parent", u""),
+    com::method<&Box::scale_x>(25, u"ScaleX", u"", by_value(u"length"), by_value(u"from"),
+                               by_value(u"to")),
+    com::method<&Box::scale_x>(26, u"ScaleY", u"", by_value(u"length"), by_value(u"from"),
+                               by_value(u"to")),
+    com::read_only<&Box::image_handle>(27, u"Handle", u""));
+
+constexpr com::ClassTable box_class = {
+    .class_id = com::guid("7C3F7B6C-3C0B-4C7B-93B6-0D8A4B6F1B11"),
+    .interface_id = com::guid("7C3F7B6C-3C0B-4C7B-93B6-0D8A4B6F1B12"),
+    .name = u"PictureBox",
+    .help = u"",
+    .members = box_members,
+};
+
+int pixels(double length, double unit) {
+    return static_cast<int>(std::lround(length / unit));
+}
+
+}  // namespace
+
+PictureBox::PictureBox(std::int32_t width, std::int32_t height)
+    : width_px(width), height_px(height), memory(CreateCompatibleDC(nullptr)) {
+    make_bitmap();
+}
+
+void PictureBox::make_bitmap() {
+    BITMAPINFO info{};
+    info.bmiHeader.biSize = sizeof info.bmiHeader;
+    info.bmiHeader.biWidth = width_px;
+    info.bmiHeader.biHeight = -height_px;
+    info.bmiHeader.biPlanes = 1;
+    info.bmiHeader.biBitCount = 32;
+    void* bits = nullptr;
+    windows::GdiBitmap fresh(
+        CreateDIBSection(memory.get(), &info, DIB_RGB_COLORS, &bits, nullptr, 0));
+    SelectObject(memory.get(), fresh.get());
+    bitmap = std::move(fresh);
+    const RECT whole = {0, 0, width_px, height_px};
+    FillRect(memory.get(), &whole, static_cast<HBRUSH>(GetStockObject(WHITE_BRUSH)));
+}
+
+void PictureBox::set_font_name(const base::Text& name) {
+    if (name != missing_font) font_name = name;
+}
+
+void PictureBox::set_width(double twips) {
+    width_px = pixels(twips, 15);
+    make_bitmap();
+}
+
+void PictureBox::set_height(double twips) {
+    height_px = pixels(twips, 15);
+    make_bitmap();
+}
+
+SIZE PictureBox::extent(const base::Text& text) {
+    const auto font = windows::make_font(memory.get(), font_name, font_size, font_bold, 0);
+    const windows::Selected selected(memory.get(), font.get());
+    SIZE size{};
+    GetTextExtentPoint32W(memory.get(), windows::wide(text), static_cast<int>(text.size()), &size);
+    return size;
+}
+
+void PictureBox::print(const base::Text& text) {
+    printed.push_back(text);
+    const auto font = windows::make_font(memory.get(), font_name, font_size, font_bold, 0);
+    const windows::Selected selected(memory.get(), font.get());
+    TextOutW(memory.get(), pixels(x, unit()), pixels(y, unit()), windows::wide(text),
+             static_cast<int>(text.size()));
+    y += text_height(text);
+    x = 0;
+}
+
+void PictureBox::paint_picture(const ComPointer<IDispatch>& picture, double left, double top,
+                               double width, double height) {
+    const auto painted = picture.query<IPicture>();
+    OLE_HANDLE handle = 0;
+    painted->get_Handle(&handle);
+    const int x_px = pixels(left, unit());
+    const int y_px = pixels(top, unit());
+    const int width_of_picture = pixels(width, unit());
+    const int height_of_picture = pixels(height, unit());
+    SHORT type = 0;
+    painted->get_Type(&type);
+    const auto number = static_cast<INT_PTR>(static_cast<INT>(handle));
+    if (type == PICTYPE_ENHMETAFILE) {
+        const RECT place = {x_px, y_px, x_px + width_of_picture, y_px + height_of_picture};
+        PlayEnhMetaFile(memory.get(), reinterpret_cast<HENHMETAFILE>(number), &place);
+        return;
+    }
+    const windows::MemoryDevice source(CreateCompatibleDC(memory.get()));
+    const windows::Selected selected(source.get(), reinterpret_cast<HBITMAP>(number));
+    const ports::Bitmap size = windows::read_bitmap(reinterpret_cast<HBITMAP>(number));
+    StretchBlt(memory.get(), x_px, y_px, width_of_picture, height_of_picture, source.get(), 0, 0,
+               size.width_px, size.height_px, SRCCOPY);
+}
+
+double PictureBox::scale_x(double length, std::int32_t from, std::int32_t to) {
+    const double twips = from == 3 ? length * 15 : length;
+    return to == 3 ? twips / 15 : twips;
+}
+
+bool PictureBox::is_dark(std::int32_t x_px, std::int32_t y_px) const {
+    return (GetPixel(memory.get(), x_px, y_px) & 0xFF) < 128;
+}
+
+HostedBox::HostedBox(std::int32_t width_px, std::int32_t height_px)
+    : box(std::make_shared<PictureBox>(width_px, height_px)),
+      object(com::make_object(box_class, box)) {
+    box->object = object.get();
+}
+
+VARIANT HostedBox::variant() const {
+    VARIANT value{};
+    value.vt = VT_DISPATCH;
+    value.pdispVal = object.get();
+    return value;
+}
+
+}  // namespace tavrix::test
