@@ -31,7 +31,7 @@ class SendFixture : public testing::Test {
         sandbox->reset();
         settings.proxy = "direct";
         settings.ksef.test = base::from_utf8(sandbox->origin());
-        settings.no_progress_timeout = std::chrono::milliseconds(700);
+        settings.no_progress_timeout = std::chrono::seconds(20);
         today();
     }
 
