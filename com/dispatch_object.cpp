@@ -3,6 +3,7 @@
 #include "com/default_member.h"
 #include "com/error_bridge.h"
 #include "com/frame.h"
+#include "com/type_library.h"
 #include "ports/windows/bstr.h"
 
 namespace tavrix::com {
@@ -47,14 +48,20 @@ std::shared_ptr<void> DispatchObject::find_target(IDispatch* object,
 
 HRESULT DispatchObject::GetTypeInfoCount(UINT* count) noexcept {
     if (count == nullptr) return E_POINTER;
-    *count = 0;
+    *count = has_type_library() ? 1 : 0;
     return S_OK;
 }
 
-HRESULT DispatchObject::GetTypeInfo(UINT, LCID, ITypeInfo** info) noexcept {
+HRESULT DispatchObject::GetTypeInfo(UINT index, LCID, ITypeInfo** info) noexcept {
     if (info == nullptr) return E_POINTER;
-    *info = nullptr;
-    return DISP_E_BADINDEX;
+    *info = index == 0 ? type_info_of(table_.interface_id).release() : nullptr;
+    return *info != nullptr ? S_OK : DISP_E_BADINDEX;
+}
+
+HRESULT DispatchObject::GetClassInfo(ITypeInfo** info) noexcept {
+    if (info == nullptr) return E_POINTER;
+    *info = type_info_of(table_.class_id).release();
+    return *info != nullptr ? S_OK : TYPE_E_ELEMENTNOTFOUND;
 }
 
 HRESULT DispatchObject::GetIDsOfNames(REFIID reserved, LPOLESTR* names, UINT count, LCID,

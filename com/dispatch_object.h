@@ -10,7 +10,7 @@ namespace tavrix::com {
 
 /// A portable object as hosts see it: IDispatch over its class's table. The one place where C++
 /// exceptions become automation errors.
-class DispatchObject final : public Unknown<IDispatch, ISupportErrorInfo> {
+class DispatchObject final : public Unknown<IDispatch, ISupportErrorInfo, IProvideClassInfo> {
   public:
     DispatchObject(const ClassTable& table, std::shared_ptr<void> target) noexcept
         : table_(table), target_(std::move(target)) {}
@@ -26,6 +26,8 @@ class DispatchObject final : public Unknown<IDispatch, ISupportErrorInfo> {
                                      EXCEPINFO* information,
                                      UINT* argument_index) noexcept override;
     HRESULT STDMETHODCALLTYPE InterfaceSupportsErrorInfo(REFIID id) noexcept override;
+
+    HRESULT STDMETHODCALLTYPE GetClassInfo(ITypeInfo** info) noexcept override;
 
     /// The portable object behind `object`; empty when it is not one of the class `table` of this
     /// DLL.

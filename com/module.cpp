@@ -27,15 +27,20 @@ bool module_in_use() noexcept {
     return uses != 0;
 }
 
-base::Text module_path() {
+HMODULE module_handle() noexcept {
     HMODULE module = nullptr;
     GetModuleHandleExW(
         GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
-        reinterpret_cast<LPCWSTR>(&module_path), &module);
+        reinterpret_cast<LPCWSTR>(&module_handle), &module);
+    return module;
+}
+
+base::Text module_path() {
     base::Text path(MAX_PATH, u'\0');
     for (;;) {
-        const DWORD length = GetModuleFileNameW(module, reinterpret_cast<wchar_t*>(path.data()),
-                                                static_cast<DWORD>(path.size()));
+        const DWORD length =
+            GetModuleFileNameW(module_handle(), reinterpret_cast<wchar_t*>(path.data()),
+                               static_cast<DWORD>(path.size()));
         if (length < path.size()) {
             path.resize(length);
             return path;

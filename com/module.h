@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/text.h"
+#include "ports/windows/automation.h"
 
 namespace tavrix::com {
 
@@ -18,6 +19,8 @@ void lock_module(bool lock) noexcept;
 /// True while any object or lock is left.
 bool module_in_use() noexcept;
 
+/// The DLL (or program) that holds this code.
+HMODULE module_handle() noexcept;
 /// The full path of the DLL (or program) that holds this code.
 base::Text module_path();
 

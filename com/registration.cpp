@@ -1,9 +1,11 @@
 #include "com/registration.h"
 
+#include <cstdio>
 #include <optional>
 #include <vector>
 
 #include "com/module.h"
+#include "com/type_library.h"
 #include "ports/windows/bstr.h"
 #include "ports/windows/failure.h"
 
@@ -30,6 +32,36 @@ base::Text text_of(const GUID& id) {
     return windows::text_from_wide(buffer);
 }
 
+// Written in hexadecimal digits, unlike the version in a ProgID.
+base::Text type_library_version(const Server& server) {
+    char digits[16];
+    std::snprintf(digits, sizeof digits, "%x.0", static_cast<unsigned>(server.version_major));
+    return base::from_utf8(digits);
+}
+
+// The library under the neutral locale, where every system looks last, and the interfaces it
+// describes.
+void add_type_library(const Server& server, const base::Text& path, auto add) {
+    const base::Text id = text_of(server.type_library_id);
+    const base::Text version = type_library_version(server);
+    const base::Text key = u"TypeLib\\" + id + u"\\" + version;
+    add(u"TypeLib", u"", std::nullopt);
+    add(u"TypeLib\\" + id, u"", std::nullopt);
+    add(key, u"", base::Text(server.library));
+    add(key + u"\\FLAGS", u"", u"0");
+    add(key + u"\\0", u"", std::nullopt);
+    add(key + (sizeof(void*) == 8 ? u"\\0\\win64" : u"\\0\\win32"), u"", path);
+    add(u"Interface", u"", std::nullopt);
+    for (const CreatableClass& creatable : server.classes) {
+        const base::Text interface_key = u"Interface\\" + text_of(creatable.table.interface_id);
+        add(interface_key, u"", base::Text(u"_").append(creatable.table.name));
+        // The system's own proxy for dispatch interfaces.
+        add(interface_key + u"\\ProxyStubClsid32", u"", u"{00020420-0000-0000-C000-000000000046}");
+        add(interface_key + u"\\TypeLib", u"", id);
+        add(interface_key + u"\\TypeLib", u"Version", version);
+    }
+}
+
 // Parents before children, so that walking backwards empties a key before it is removed.
 std::vector<Entry> entries_of(const Server& server) {
     const base::Text path = module_path();
@@ -37,6 +69,10 @@ std::vector<Entry> entries_of(const Server& server) {
     const auto add = [&](base::Text key, base::Text name, std::optional<base::Text> value) {
         entries.push_back({u"Software\\Classes\\" + key, std::move(name), std::move(value)});
     };
+    // Where a user has none yet.
+    add(u"CLSID", u"", std::nullopt);
+    const bool described = has_type_library();
+    if (described) add_type_library(server, path, add);
     for (const CreatableClass& creatable : server.classes) {
         const ClassTable& table = creatable.table;
         const base::Text id = text_of(table.class_id);
@@ -56,6 +92,9 @@ std::vector<Entry> entries_of(const Server& server) {
         add(class_key + u"\\ProgID", u"", versioned);
         add(class_key + u"\\VersionIndependentProgID", u"", prog_id);
         add(class_key + u"\\Programmable", u"", std::nullopt);
+        if (!described) continue;
+        add(class_key + u"\\TypeLib", u"", text_of(server.type_library_id));
+        add(class_key + u"\\Version", u"", type_library_version(server));
     }
     return entries;
 }

@@ -19,6 +19,7 @@ struct Server {
     base::TextView library;
     int version_major;
     std::span<const CreatableClass> classes;
+    GUID type_library_id{};
     /// Stands in for a component of Windows and must never take that one's place on a real system.
     bool only_under_wine = false;
 };

@@ -153,7 +153,8 @@ class OnlineSession {
     // again, the invoice is a duplicate and brings its number back.
     void record_outcome() {
         const Json& invoice = json_at(invoices_, "invoices[0]");
-        // The answer to the sending may have been unreadable; the session's list names the invoice too.
+        // The answer to the sending may have been unreadable; the session's list names the invoice
+        // too.
         if (invoice_reference_.empty()) invoice_reference_ = utf8_at(invoice, "referenceNumber");
         Text number = text_at(invoice, "status.extensions.originalKsefNumber");
         if (number.empty() || utf8_at(invoice, "status.code") != "440")

@@ -4,6 +4,8 @@
 set -euo pipefail
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+# shellcheck source=tools/host.sh
+source "$root/tools/host.sh"
 bin=$root/build/native/bin
 demo=$root/build/demo
 sources=$root/apps/host/demo
@@ -15,7 +17,6 @@ door=com
 
 nip=5265877635
 token="20261121-EC-226A0B5000-30A1F3A6C5-41|nip-$nip|6f1d5a0c9b7e4823a1d4c3b2e5f60718293a4b5c6d7e8f901a2b3c4d5e6f7081"
-sandbox_pid=
 
 say() { printf '%s\n' "$*"; }
 title() { printf '\n== %s ==\n' "$*"; }
@@ -23,21 +24,12 @@ fail() {
     printf 'demo: %s\n' "$*" >&2
     exit 1
 }
-stop_sandbox() { [[ -z $sandbox_pid ]] || kill "$sandbox_pid" 2>/dev/null || true; }
-trap stop_sandbox EXIT
+trap leave_host EXIT
 
-start_sandbox() {
-    local arguments=(--port 0 --port-file "$demo/port" --https --ca-file-out "$demo/ca.pem" --data "$demo/ksef"
-        --auth-polls 1 --invoice-polls 1 --quiet)
+start_ksef() {
+    local arguments=(--https --ca-file-out "$demo/ca.pem" --data "$demo/ksef" --auth-polls 1 --invoice-polls 1)
     [[ ! -d $schemas ]] || arguments+=(--schemas "$schemas")
-    "$bin/tavrix-sandbox" "${arguments[@]}" >"$demo/sandbox.log" 2>&1 &
-    sandbox_pid=$!
-    for _ in $(seq 100); do
-        [[ -s $demo/port ]] && break
-        kill -0 "$sandbox_pid" 2>/dev/null || fail "the sandbox ended: $(tail -n 3 "$demo/sandbox.log")"
-        sleep 0.1
-    done
-    origin=https://127.0.0.1:$(<"$demo/port")
+    start_sandbox "$bin/tavrix-sandbox" "$demo" "${arguments[@]}" || fail "no KSeF to send to"
     say "KSeF of this computer: $origin (web page there; TLS certificate of its own authority)"
 }
 
@@ -53,11 +45,6 @@ prepare_documents() {
     say "host database: build/demo/firma.db; invoice $(sed -nE 's#.*<P_2>(.*)</P_2>.*#\1#p' "$demo/faktura.xml"), correction $(sed -nE 's#.*<P_2>(.*)</P_2>.*#\1#p' "$demo/korekta.xml")"
 }
 
-# write_settings FILE CA: where the test environment is, and whom to trust.
-write_settings() {
-    printf '{\n  "ksef": { "test": "%s" },\n  "http": { "private_ca_file": "%s", "proxy": "direct" }\n}\n' "$origin" "$2" >"$1"
-}
-
 column() { sqlite3 "$demo/firma.db" "select coalesce($2, '') from $1 where ddout_id = $3"; }
 
 send_natively() { # table id invoice
@@ -66,21 +53,8 @@ send_natively() { # table id invoice
         --xml "$demo/$3.xml" --db "$demo/firma.db" --table "$1" --id "$2"
 }
 
-# The DLLs are registered from a folder of the demonstration's own, so that its settings lie beside them and a
-# library that is registered already stays as it is.
-register_dlls() {
-    mkdir -p "$demo/dll"
-    cp "$root"/build/win32/bin/{Tavrix,TavrixDevAdo}.dll "$demo/dll/"
-    write_settings "$demo/dll/Tavrix.json" "Z:$demo/ca.pem"
-    local dll
-    for dll in Tavrix TavrixDevAdo; do
-        "$root/tools/wine-run" 32 regsvr32 /s "Z:$demo/dll/$dll.dll" || fail "regsvr32 $dll.dll"
-    done
-    say "registered Tavrix.dll, and a development ADO provider because Wine has none"
-}
-
 send_through_com() { # table id invoice
-    "$root/tools/wine-run" 32 cscript //nologo "Z:$sources/send_invoice.vbs" "Z:$demo/firma.db" "$nip" "$token" \
+    wine_program 32 cscript //nologo "Z:$sources/send_invoice.vbs" "Z:$demo/firma.db" "$nip" "$token" \
         "Z:$demo/$3.xml" "$1" "$2" 2 >"$demo/$3.cp852" || true
     # The script host writes the console's code page.
     tr -d '\r' <"$demo/$3.cp852" | iconv -f CP852 -t UTF-8 | tee "$demo/$3.txt" | sed -E 's/^/  /' | cut -c1-160
@@ -113,10 +87,14 @@ write_views() { # table id invoice
 rm -rf "$demo"
 mkdir -p "$demo"
 title "A company and a KSeF of its own"
-start_sandbox
+start_ksef
 prepare_documents
 write_settings "$demo/Tavrix.json" "$demo/ca.pem"
-[[ $door == native ]] || register_dlls
+if [[ $door == com ]]; then
+    register_dlls 32 "$root/build/win32/bin" "$demo/dll" || fail "the DLLs could not be registered"
+    write_settings "$demo/dll/Tavrix.json" "Z:$demo/ca.pem"
+    say "registered Tavrix.dll, and a development ADO provider because Wine has none"
+fi
 
 title "The invoice"
 if [[ $door == native ]]; then send_natively dok_fak 1001 faktura; else send_through_com dok_fak 1001 faktura; fi

@@ -12,7 +12,8 @@ need_windows() {
     local bits=$1 prefix
     need_wine_prefix "$bits"
     prefix=$(windows_prefix "$bits")
-    if [[ ! -d $prefix ]]; then
+    # The mark is the last thing made: a prefix whose check was interrupted is checked again.
+    if [[ ! -f $prefix/checked ]]; then
         setup_windows_libraries "$bits"
         step "check the $bits-bit Windows libraries" "read the log; ./dev clean --cache and ./dev setup build them anew" \
             check_windows_prefix "$bits" "$prefix"
@@ -33,6 +34,7 @@ check_windows_prefix() {
     if can_run_windows "$bits"; then
         "$root/tools/wine-run" "$bits" "$build/prefix_check.exe"
     fi
+    touch "$prefix/checked"
 }
 
 # Two checkouts may be set up at once; they share the cache, so they take turns.

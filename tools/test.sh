@@ -64,6 +64,7 @@ check_the_tree() {
     local door dlls=()
     rm -rf "$root/build/checks"
     mkdir -p "$root/build/checks"
+    check_tree tools python3 "$root/tools/test_tools.py"
     check_tree layers python3 "$root/tools/check_layers.py"
     check_tree format python3 "$root/tools/check_format.py" --cache "$tavrix_cache/formatted"
     for door in "$@"; do

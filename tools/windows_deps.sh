@@ -7,6 +7,7 @@
 
 # In the order of building: a recipe may use the ones before it.
 windows_libraries=(openssl curl sqlite googletest json cli11 qrcodegen zlib)
+# Recipes that work and wait for the code that links them: jpeg qpdf.
 
 # recipe_fields library: sets source_package, native_package, needs and the function build_library.
 load_recipe() {
@@ -73,7 +74,7 @@ assemble_prefix() {
 setup_windows_libraries() {
     local bits=$1 prefix library
     prefix=$(windows_prefix "$bits")
-    [[ -d $prefix ]] && return
+    if [[ -d $prefix ]]; then return; fi
     for library in "${windows_libraries[@]}"; do
         [[ -d $(library_folder "$library" "$bits") ]] && continue
         step "cross-build $library for $bits-bit Windows" \

@@ -31,6 +31,15 @@ void describe(const sockaddr_storage& address, std::string& ip, int& port) {
     ip = text.data();
 }
 
+/// Puts "Connection: close" in the place of the library's "Keep-Alive": a client that is not told
+/// would send its next request into a connection about to end.
+void announce_close(std::string& answer) {
+    constexpr std::string_view keep_alive = "\r\nKeep-Alive:";
+    const std::size_t from = answer.find(keep_alive);
+    if (from == std::string::npos) return;
+    answer.replace(from, answer.find("\r\n", from + 2) - from, "\r\nConnection: close");
+}
+
 bool contains_header(const std::string& head, std::string_view name) {
     const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? char(c - 'A' + 'a') : c; };
     return std::search(head.begin(), head.end(), name.begin(), name.end(),
@@ -92,7 +101,7 @@ bool Connection::pause(int milliseconds) const {
 }
 
 bool Connection::wait_for_request(int timeout_ms) {
-    head_read_ = no_body_ = false;
+    head_read_ = no_body_ = handled_ = false;
     head_.clear();
     if (input_at_ < input_.size() || (tls_ && SSL_pending(tls_.get()) > 0)) return true;
     return wait_for(POLLIN, timeout_ms) == Wait::ready && fill();
@@ -108,6 +117,14 @@ bool Connection::fill() {
     input_at_ = 0;
     input_.resize(count > 0 ? std::size_t(count) : 0);
     return count > 0;
+}
+
+void Connection::drain() {
+    constexpr int most_pieces = 1024;
+    ::shutdown(socket_.get(), SHUT_WR);
+    for (int piece = 0; piece < most_pieces; ++piece)
+        if (wait_for(POLLIN, 1000) != Wait::ready || !fill()) break;
+    usable_ = false;
 }
 
 void Connection::inspect_head() {
@@ -155,7 +172,8 @@ bool Connection::send(std::string_view data) {
 bool Connection::deliver() {
     using Mode = Delivery::Mode;
     const Delivery delivery = std::exchange(delivery_, {});
-    const std::string output = std::exchange(output_, {});
+    std::string output = std::exchange(output_, {});
+    if (!handled_) announce_close(output);
     if (delivery.delay_ms > 0 && !pause(delivery.delay_ms)) return false;
     const std::size_t head_end = output.find("\r\n\r\n");
     // Past the head and into the body, so that the client has begun to believe in the answer.
@@ -164,7 +182,9 @@ bool Connection::deliver() {
                                  : head_end + 4 + (output.size() - head_end - 4) / 2;
     switch (delivery.mode) {
         case Mode::whole:
-            return send(output);
+            if (!send(output)) return false;
+            if (!handled_) drain();
+            return handled_;
         case Mode::drop:
             return usable_ = false;
         case Mode::hang:

@@ -55,8 +55,12 @@ class Connection : public httplib::Stream {
     bool usable() const { return usable_; }
     /// Waits until a request begins; false on stop, time-out or a close by the client.
     bool wait_for_request(int timeout_ms);
-    /// How the answer gathered next is to leave.
-    void set_delivery(const Delivery& delivery) { delivery_ = delivery; }
+    /// How the answer gathered next is to leave. Not called for what the library refuses by itself:
+    /// then the rest of the request is unread and the connection ends with the answer.
+    void set_delivery(const Delivery& delivery) {
+        delivery_ = delivery;
+        handled_ = true;
+    }
     /// Sends what was gathered; false when the connection is of no further use.
     bool deliver();
 
@@ -74,6 +78,9 @@ class Connection : public httplib::Stream {
     /// Sleeps; false when the server stopped or the client went away meanwhile.
     bool pause(int milliseconds) const;
     bool fill();
+    /// Ends the sending side and reads what is still coming, so that a close does not destroy the
+    /// answer on its way.
+    void drain();
     bool send(std::string_view data);
     /// Notes whether the request whose head has just been read brings a body.
     void inspect_head();
@@ -87,6 +94,7 @@ class Connection : public httplib::Stream {
     std::size_t input_at_ = 0;
     bool head_read_ = false;
     bool no_body_ = false;
+    bool handled_ = false;
     std::string head_;
     std::string output_;
     Delivery delivery_;

@@ -1,5 +1,6 @@
 #include "apps/sandbox/control.h"
 
+#include <algorithm>
 #include <stdexcept>
 
 #include "apps/sandbox/crypto.h"
@@ -67,6 +68,36 @@ Answer move_clock(ControlRoom& room, Request& request) {
     return Answer::json(200, {{"now", room.service.time_text(room.service.now())}});
 }
 
+Json pace_json(const Pace& pace) {
+    return {{"delay_ms", pace.delay_ms}, {"polls", pace.polls}};
+}
+
+/// `{"authentication": {"polls": 2}, "invoice": {"delay_ms": 50}}`; what is not named stays.
+Answer set_pace(ControlRoom& room, Request& request) {
+    Options& options = room.service.options;
+    const std::pair<const char*, Pace*> paces[] = {
+        {"authentication", &options.authentication},
+        {"invoice", &options.invoice_accepted},
+        {"invoice_processing", &options.invoice_processing},
+        {"session", &options.session_closing}};
+    const Json body = body_of(request);
+    if (!body.is_object()) throw std::invalid_argument("a pace is a JSON object");
+    Json answer = Json::object();
+    for (const auto& [name, given] : body.items())
+        if (std::none_of(std::begin(paces), std::end(paces),
+                         [&, wanted = name](auto& it) { return wanted == it.first; }) ||
+            !given.is_object())
+            throw std::invalid_argument("no pace of that name: " + name);
+    for (const auto& [name, pace] : paces) {
+        if (body.contains(name)) {
+            pace->delay_ms = body[name].value("delay_ms", pace->delay_ms);
+            pace->polls = body[name].value("polls", pace->polls);
+        }
+        answer[name] = pace_json(*pace);
+    }
+    return Answer::json(200, answer);
+}
+
 /// `{"usage": "KsefTokenEncryption"}`, or both usages when none is named.
 Answer rotate_keys(ControlRoom& room, Request& request) {
     const Json body = body_of(request);
@@ -109,6 +140,7 @@ constexpr ControlRoute table[] = {
     {"DELETE", "/sandbox/faults", clear_faults},
     {"POST", "/sandbox/reset", reset},
     {"POST", "/sandbox/clock", move_clock},
+    {"POST", "/sandbox/pace", set_pace},
     {"POST", "/sandbox/keys/rotate", rotate_keys},
     {"GET", "/sandbox/invoices/{}/xml", invoice_xml},
     {"GET", "/sandbox/invoices/{}/upo", invoice_upo_document},
@@ -117,6 +149,9 @@ constexpr ControlRoute table[] = {
 }  // namespace
 
 Answer control(ControlRoom& room, Request& request) {
+    // A page of some other site, open in a browser on this computer, must not steer the sandbox.
+    const std::string_view origin = request.header("Origin");
+    if (!origin.empty() && origin != request.origin) return Answer::empty(403);
     bool path_known = false;
     for (const ControlRoute& route : table) {
         if (!match_path(route.pattern, request.path, request.parameters)) continue;
@@ -125,6 +160,8 @@ Answer control(ControlRoom& room, Request& request) {
         try {
             return route.handler(room, request);
         } catch (const std::invalid_argument& error) {
+            return Answer::json(400, {{"error", error.what()}});
+        } catch (const Json::exception& error) {
             return Answer::json(400, {{"error", error.what()}});
         }
     }

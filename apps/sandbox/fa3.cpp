@@ -43,6 +43,8 @@ double rounded(double amount) {
 
 double amount_of(const std::string& text) {
     double value = 0;
+    // Numbers the schema does not know, "nan" and "1e9" among them, must not reach the metadata.
+    if (text.find_first_not_of("0123456789.-") != std::string::npos) return 0;
     std::from_chars(text.data(), text.data() + text.size(), value);
     return value;
 }

@@ -3,6 +3,7 @@
 #include <sys/socket.h>
 
 #include <stdexcept>
+#include <thread>
 
 #include "apps/sandbox/connection.h"
 
@@ -67,7 +68,10 @@ class HttpServer::Implementation : public httplib::Server {
         Get(any_path, serve).Post(any_path, serve).Put(any_path, serve);
         Patch(any_path, serve).Delete(any_path, serve).Options(any_path, serve);
         set_payload_max_length(largest_body);
+        // These two only appear in the header of an answer; the loop below is what keeps
+        // connections.
         set_keep_alive_timeout(keep_alive_ms / 1000);
+        set_keep_alive_max_count(1'000'000);
         // The library's default also shares the port with whoever asks for it next.
         set_socket_options([](socket_t socket) {
             const int yes = 1;
@@ -76,11 +80,18 @@ class HttpServer::Implementation : public httplib::Server {
         new_task_queue = [] { return new httplib::ThreadPool(threads); };
     }
 
+    void serve() {
+        serving_ = true;
+        if (!stop_.raised()) listen_after_bind();
+        serving_ = false;
+    }
+
+    /// The library forgets a stop that comes before it listens, so wait for that short moment.
     void halt() {
         stop_.raise();
+        while (serving_ && !is_running()) std::this_thread::sleep_for(std::chrono::milliseconds(1));
         stop();
     }
-    bool halted() const { return stop_.raised(); }
 
   private:
     void load(const KeyPair& identity) {
@@ -121,6 +132,7 @@ class HttpServer::Implementation : public httplib::Server {
     TlsContextHandle tls_;
     StopSignal stop_;
     std::atomic<unsigned> connections_{0};
+    std::atomic<bool> serving_{false};
 };
 
 HttpServer::HttpServer(Dispatcher& dispatcher, const KeyPair* identity)
@@ -139,7 +151,7 @@ int HttpServer::bind(const std::string& address, int port) {
 }
 
 void HttpServer::run() {
-    if (!implementation_->halted()) implementation_->listen_after_bind();
+    implementation_->serve();
 }
 
 void HttpServer::stop() {

@@ -1,6 +1,7 @@
 #include "apps/sandbox/invoice_page.h"
 
 #include <array>
+#include <cstdio>
 
 #include "apps/sandbox/xml.h"
 
@@ -137,6 +138,12 @@ std::string render_payment(const Element& payment) {
 }
 
 }  // namespace
+
+std::string money_text(double amount) {
+    char text[400];
+    std::snprintf(text, sizeof text, "%.2f", amount);
+    return amount_text(text);
+}
 
 std::string render_invoice(const std::string& xml) {
     if (xml.empty()) return "<p class=\"note\">Nie udało się odszyfrować dokumentu.</p>";

@@ -9,4 +9,7 @@ namespace tavrix::sandbox {
 /// cannot be read. Every text of the document is escaped.
 std::string render_invoice(const std::string& xml);
 
+/// An amount in Polish writing, with two digits after the comma.
+std::string money_text(double amount);
+
 }  // namespace tavrix::sandbox

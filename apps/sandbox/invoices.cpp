@@ -83,11 +83,14 @@ void check_correction(const Service& service, const Context& context,
                 ErrorCode::correction_not_allowed,
                 {"Nie można wysłać korekty technicznej do prawidłowo przetworzonej faktury."});
     }
-    for (const auto& [reference, other] : service.state.invoices)
-        if (other.hash_of_corrected == corrected_hash && other.status.code == 200 &&
-            service.state.sessions.at(other.session_reference).context == context)
+    const auto [first, last] = service.state.corrections_by_hash.equal_range(corrected_hash);
+    for (auto it = first; it != last; ++it) {
+        const Invoice& correction = service.state.invoices.at(it->second);
+        if (correction.status.code == 200 &&
+            service.state.sessions.at(correction.session_reference).context == context)
             throw BadRequest(ErrorCode::correction_already_done,
                              {"Faktura posiada już przetworzoną prawidłowo korektę techniczną."});
+    }
 }
 
 void check_session_takes_invoices(const Session& session) {

@@ -2,6 +2,7 @@
 #include <signal.h>
 #include <spdlog/sinks/stdout_color_sinks.h>
 #include <spdlog/spdlog.h>
+#include <sys/stat.h>
 
 #include <cstdio>
 #include <filesystem>
@@ -32,10 +33,10 @@ std::unique_ptr<Store> open_store(const Options& options) {
     std::filesystem::create_directories(options.data_folder);
     const std::string file =
         (std::filesystem::path(options.data_folder) / "sandbox.sqlite").string();
+    // The file holds private keys. SQLite gives its companions the permissions of the file itself.
+    const mode_t usual = umask(077);
     auto store = open_sqlite_store(file);
-    // It holds the private keys.
-    std::filesystem::permissions(
-        file, std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
+    umask(usual);
     return store;
 }
 

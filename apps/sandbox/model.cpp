@@ -12,7 +12,8 @@ Authentication& State::add(Authentication authentication) {
 
 Session& State::add(Session session) {
     session_order.push_back(session.reference);
-    if (session.stage != SessionStage::finished) unfinished_sessions.push_back(session.reference);
+    if (session.stage == SessionStage::open) open_sessions.push_back(session.reference);
+    if (session.stage == SessionStage::closed) closing_sessions.push_back(session.reference);
     const std::string reference = session.reference;
     return sessions.insert_or_assign(reference, std::move(session)).first->second;
 }
@@ -20,7 +21,9 @@ Session& State::add(Session session) {
 Invoice& State::add(Invoice invoice) {
     invoice_order.push_back(invoice.reference);
     invoices_by_hash.emplace(invoice.invoice_hash, invoice.reference);
-    if (invoice.stage != InvoiceStage::finished) pending.push_back(invoice.reference);
+    if (!invoice.hash_of_corrected.empty())
+        corrections_by_hash.emplace(invoice.hash_of_corrected, invoice.reference);
+    if (invoice.stage != InvoiceStage::finished) pending_invoices.push_back(invoice.reference);
     const std::string reference = invoice.reference;
     Invoice& kept = invoices.insert_or_assign(reference, std::move(invoice)).first->second;
     if (!kept.ksef_number.empty()) index_accepted(kept);

@@ -1,6 +1,7 @@
 // What the sandbox remembers. Plain values: the rules live in the files named after the operations.
 #pragma once
 
+#include <deque>
 #include <map>
 #include <optional>
 #include <set>
@@ -161,9 +162,13 @@ struct State {
     /// Seller, kind and number of every accepted invoice, to its reference.
     std::unordered_map<std::string, std::string> invoice_by_identity;
     std::unordered_multimap<std::string, std::string> invoices_by_hash;
-    /// Invoices not yet finished, oldest first.
-    std::vector<std::string> pending;
-    std::vector<std::string> unfinished_sessions;
+    /// Hash of a rejected invoice to the technical corrections sent for it.
+    std::unordered_multimap<std::string, std::string> corrections_by_hash;
+    /// What still has to happen, oldest first; entries already dealt with may linger behind the
+    /// first.
+    std::deque<std::string> pending_invoices;
+    std::deque<std::string> open_sessions;
+    std::vector<std::string> closing_sessions;
 
     Authentication& add(Authentication authentication);
     Session& add(Session session);

@@ -66,6 +66,7 @@ CommandLine read_command_line(int count, char** arguments) {
            "--token", options.tokens,
            "KSeF token to accept, reference|nip-NNNNNNNNNN|secret; may be repeated. Without it any "
            "token of that form is accepted")
+        ->allow_extra_args(false)
         ->group("Contents");
     app.add_flag(
            "--refuse-attachments", options.refuse_attachments,
@@ -93,6 +94,7 @@ CommandLine read_command_line(int count, char** arguments) {
            "--fault", fault_texts,
            "trouble at a step, for example \"step=auth/challenge kind=status status=500 count=1\"; "
            "may be repeated. docs/sandbox.md has the kinds")
+        ->allow_extra_args(false)
         ->group("Trouble");
     app.add_flag("--list-steps", options.list_steps, "print the names of the steps and end")
         ->group("Trouble");

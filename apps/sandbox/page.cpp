@@ -13,7 +13,7 @@ constexpr const char* style = R"css(
 body{font:16px/1.5 system-ui,"DejaVu Sans",sans-serif;color:#1c2733;background:#f4f6f8;margin:0}
 header{background:#12324f;color:#fff;padding:14px 24px}header a{color:#fff;text-decoration:none}
 header h1{font-size:20px;margin:0}header p{margin:0;color:#b9cde0;font-size:14px}
-main{max-width:1180px;margin:0 auto;padding:8px 24px 48px}
+main{max-width:1320px;margin:0 auto;padding:8px 24px 48px}
 section{background:#fff;border:1px solid #dde3e9;border-radius:8px;padding:4px 20px 18px;margin-top:18px}
 h2{font-size:18px;margin:14px 0 8px}h3{font-size:15px;margin:18px 0 6px;color:#45586b}
 table{border-collapse:collapse;width:100%}th{text-align:left;font-weight:600}
@@ -22,11 +22,11 @@ table{border-collapse:collapse;width:100%}th{text-align:left;font-weight:600}
 .facts{width:auto}.facts th{padding:2px 24px 2px 0;color:#5a6c7d;font-weight:400}.facts td{padding:2px 0}
 .n{text-align:right!important;white-space:nowrap}.total{font-weight:700;font-size:16px!important}
 code,.mono{font-family:ui-monospace,"DejaVu Sans Mono",monospace;font-size:13px}
-.path{overflow-wrap:anywhere}a{color:#0b5cad}.when{white-space:nowrap}
-.ok,.wait,.bad{display:inline-block;border-radius:10px;padding:0 9px;font-size:13px;white-space:nowrap}
+.path{overflow-wrap:anywhere}.number{white-space:nowrap}a{color:#0b5cad}.when{white-space:nowrap}
+.ok,.wait,.bad{display:inline-block;border-radius:10px;padding:1px 9px;font-size:13px;line-height:1.35}
 .ok{background:#dff3e4;color:#176b34}.wait{background:#fdf1d3;color:#7a5700}.bad{background:#fbe0df;color:#9b1c1c}
 .parties{display:flex;flex-wrap:wrap;gap:8px 48px}.party p{margin:0}.note,.empty{color:#5a6c7d}
-pre{background:#f4f6f8;border:1px solid #dde3e9;border-radius:6px;padding:12px;overflow:auto;
+pre{tab-size:4;background:#f4f6f8;border:1px solid #dde3e9;border-radius:6px;padding:12px;overflow:auto;
 max-height:480px;font-size:13px;line-height:1.45;white-space:pre-wrap;overflow-wrap:anywhere}
 )css";
 
@@ -69,7 +69,7 @@ std::string link(const std::string& kind, const std::string& reference, const st
 }
 
 std::string session_row(const Session& session) {
-    return "<tr><td class=\"mono\">" + link("sesja", session.reference, session.reference) +
+    return "<tr><td class=\"mono number\">" + link("sesja", session.reference, session.reference) +
            "</td><td>" + xml_escape(session.context.value) + "</td>" + time_cell(session.created) +
            "<td class=\"n\">" + std::to_string(session.invoices.size()) + "</td><td class=\"n\">" +
            std::to_string(session.successful) + "</td><td class=\"n\">" +
@@ -77,10 +77,15 @@ std::string session_row(const Session& session) {
 }
 
 std::string invoice_row(const Invoice& invoice) {
-    const std::string number = invoice.summary && !invoice.summary->invoice_number.empty()
-                                   ? invoice.summary->invoice_number
-                                   : "(bez numeru)";
-    return "<tr><td>" + link("faktura", invoice.reference, number) + "</td><td class=\"mono\">" +
+    std::string number = "(bez numeru)", buyer, amount;
+    if (invoice.summary) {
+        if (!invoice.summary->invoice_number.empty()) number = invoice.summary->invoice_number;
+        buyer = invoice.summary->buyer.name;
+        amount = money_text(invoice.summary->gross_amount) + " " + invoice.summary->currency;
+    }
+    return "<tr><td>" + link("faktura", invoice.reference, number) + "</td><td>" +
+           xml_escape(buyer) + "</td><td class=\"n\">" + xml_escape(amount) +
+           "</td><td class=\"mono number\">" +
            xml_escape(invoice.ksef_number.empty() ? "–" : invoice.ksef_number) + "</td>" +
            time_cell(invoice.received) + "<td>" + badge(invoice.status) + "</td></tr>";
 }
@@ -115,7 +120,8 @@ std::string newest(const std::string& title, const std::string& head, const std:
 }
 
 constexpr const char* invoice_head =
-    "<th>Faktura</th><th>Numer KSeF</th><th>Przyjęta</th><th>Status</th>";
+    "<th>Faktura</th><th>Nabywca</th><th class=\"n\">Brutto</th><th>Numer "
+    "KSeF</th><th>Przyjęta</th><th>Status</th>";
 
 Answer overview(ControlRoom& room) {
     const State& state = room.service.state;

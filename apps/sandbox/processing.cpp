@@ -105,8 +105,6 @@ void finish_session(Service& service, Session& session, Instant when) {
 }
 
 void advance(Service& service, Session& session, Instant now) {
-    if (session.stage == SessionStage::open && now >= session.valid_until)
-        close_session(service, session, session.valid_until);
     if (session.stage != SessionStage::closed || !all_finished(session)) return;
     const auto end =
         stage_end(service.options.session_closing, session.polls, *session.closed, now);
@@ -120,18 +118,30 @@ void close_session(Service& service, Session& session, Instant when) {
     session.status = make_status(StatusOf::online_session, 170);
     session.closed = when;
     session.updated = when;
+    service.state.closing_sessions.push_back(session.reference);
     service.store->save(session);
 }
 
 void settle(Service& service) {
     const Instant now = service.now();
     State& state = service.state;
-    for (const std::string& reference : state.pending)
-        advance(service, state.invoices.at(reference), now);
-    std::erase_if(state.pending, [&](const std::string& reference) {
-        return state.invoices.at(reference).stage == InvoiceStage::finished;
-    });
-    std::erase_if(state.unfinished_sessions, [&](const std::string& reference) {
+    // Everything of one kind takes equally long, so what came first is due first: a look at the
+    // front is enough, however much is waiting. What is counted in polls finishes when it is asked
+    // about.
+    while (!state.pending_invoices.empty()) {
+        Invoice& invoice = state.invoices.at(state.pending_invoices.front());
+        advance(service, invoice, now);
+        if (invoice.stage != InvoiceStage::finished) break;
+        state.pending_invoices.pop_front();
+    }
+    while (!state.open_sessions.empty()) {
+        Session& session = state.sessions.at(state.open_sessions.front());
+        if (session.stage == SessionStage::open && now < session.valid_until) break;
+        if (session.stage == SessionStage::open)
+            close_session(service, session, session.valid_until);
+        state.open_sessions.pop_front();
+    }
+    std::erase_if(state.closing_sessions, [&](const std::string& reference) {
         Session& session = state.sessions.at(reference);
         advance(service, session, now);
         return session.stage == SessionStage::finished;

@@ -68,7 +68,13 @@ class SqliteStore : public Store {
         in_request_ = false;
         if (!in_transaction_) return;
         in_transaction_ = false;
-        run("commit");
+        try {
+            run("commit");
+        } catch (...) {
+            // A transaction left open would fail every request after this one.
+            sqlite3_exec(database_.get(), "rollback", nullptr, nullptr, nullptr);
+            throw;
+        }
     }
 
     void save(const KsefToken& token) override {

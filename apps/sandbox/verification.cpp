@@ -89,11 +89,9 @@ Status verify_invoice(Service& service, const Session& session, Invoice& invoice
 
     const ParsedXml parsed = parse_xml(invoice.xml);
     if (!parsed.document) return rejected(450, {parsed.error});
-    const auto* encoding = reinterpret_cast<const char*>(parsed.document->encoding);
-    if (encoding != nullptr && std::string_view(encoding) != "UTF-8" &&
-        std::string_view(encoding) != "utf-8")
-        return rejected(430,
-                        {"Niedozwolone kodowanie pliku faktury: " + std::string(encoding) + "."});
+    if (const std::string encoding = declared_encoding(parsed.document);
+        !encoding.empty() && encoding != "UTF-8")
+        return rejected(430, {"Niedozwolone kodowanie pliku faktury: " + encoding + "."});
 
     const Element root = Element::root_of(parsed.document);
     if (auto wrong = check_form(root, session)) return *wrong;

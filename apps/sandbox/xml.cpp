@@ -51,6 +51,14 @@ ParsedXml parse_xml(std::string_view text) {
     return result;
 }
 
+std::string declared_encoding(const XmlDocument& document) {
+    if (!document || document->encoding == nullptr) return {};
+    std::string name = as_text(document->encoding);
+    for (char& c : name)
+        if (c >= 'a' && c <= 'z') c = char(c - 'a' + 'A');
+    return name;
+}
+
 bool is_utf8(std::string_view text) {
     std::size_t i = 0;
     const auto at = [&](std::size_t index) { return static_cast<unsigned char>(text[index]); };

@@ -27,6 +27,9 @@ struct ParsedXml {
 /// of every kind.
 ParsedXml parse_xml(std::string_view text);
 
+/// The encoding a document declares, in upper case; empty when it declares none.
+std::string declared_encoding(const XmlDocument& document);
+
 bool is_utf8(std::string_view text);
 
 /// An element seen by local names, or nothing; every question to nothing answers with nothing.

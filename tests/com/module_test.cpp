@@ -135,7 +135,8 @@ void list(HKEY root, const std::wstring& path, Lines& lines) {
 // The names of all classes, and everything under those that are ours.
 Lines classes_of(HKEY root) {
     Lines lines;
-    for (const wchar_t* folder : {L"Software\\Classes", L"Software\\Classes\\CLSID"}) {
+    for (const wchar_t* folder : {L"Software\\Classes", L"Software\\Classes\\CLSID",
+                                  L"Software\\Classes\\TypeLib", L"Software\\Classes\\Interface"}) {
         for (const std::wstring& key : keys_of(root, folder)) {
             const bool ours =
                 key.find(L"Tavrix") != std::wstring::npos ||

@@ -88,14 +88,6 @@ constexpr auto probe_members = com::members(
     com::property<&Probe::label, &Probe::set_label>(15, u"Label", u""),
     com::read_only<&Probe::inner>(16, u"Inner", u""));
 
-constexpr com::ClassTable probe_class = {
-    .class_id = GUID{},
-    .interface_id = com::guid("0A13DB8F-C23F-40EB-9C1B-BA72A4DA5B29"),
-    .name = u"Probe",
-    .help = u"",
-    .members = probe_members,
-};
-
 windows::ComPointer<IDispatch> Probe::inner() const {
     auto inner = std::make_shared<Probe>();
     inner->set_slot(1, u"inner one");
@@ -103,6 +95,14 @@ windows::ComPointer<IDispatch> Probe::inner() const {
 }
 
 }  // namespace
+
+constexpr com::ClassTable probe_class = {
+    .class_id = com::guid("F23CEEBD-647A-4A5C-B737-42B2F4B6369C"),
+    .interface_id = com::guid("0A13DB8F-C23F-40EB-9C1B-BA72A4DA5B29"),
+    .name = u"Probe",
+    .help = u"",
+    .members = probe_members,
+};
 
 windows::ComPointer<IDispatch> make_probe() {
     return com::make_object(probe_class, std::make_shared<Probe>());

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "com/class_table.h"
 #include "ports/windows/automation.h"
 #include "ports/windows/com_pointer.h"
 
@@ -8,5 +9,7 @@ namespace tavrix::test {
 /// An object whose methods between them have every kind of argument and result that a table can
 /// name.
 windows::ComPointer<IDispatch> make_probe();
+
+extern const com::ClassTable probe_class;
 
 }  // namespace tavrix::test

@@ -8,7 +8,7 @@
 # Nothing newer than Windows 7 SP1 may be called, so nothing newer is declared.
 windows_flags="-O2 -D_WIN32_WINNT=0x0601 -DWINVER=0x0601 -DNTDDI_VERSION=0x06010000"
 
-cmake_for_windows() {
+cmake_configure() {
     local source=$1
     shift
     cmake -S "$source" -B "$work/build" -G Ninja \
@@ -19,9 +19,15 @@ cmake_for_windows() {
         -DCMAKE_FIND_ROOT_PATH_MODE_PROGRAM=NEVER -DCMAKE_FIND_ROOT_PATH_MODE_LIBRARY=ONLY \
         -DCMAKE_FIND_ROOT_PATH_MODE_INCLUDE=ONLY -DCMAKE_FIND_ROOT_PATH_MODE_PACKAGE=ONLY \
         -DBUILD_SHARED_LIBS=OFF -DCMAKE_INSTALL_LIBDIR=lib -DCMAKE_INSTALL_PREFIX="$stage" "$@"
+}
+
+cmake_for_windows() {
+    cmake_configure "$@"
     cmake --build "$work/build" -j "$jobs"
     cmake --install "$work/build"
 }
 
+# shellcheck disable=SC2086
 compile_c() { "$triplet-gcc-posix" $windows_flags "$@"; }
+# shellcheck disable=SC2086
 compile_cpp() { "$triplet-g++-posix" $windows_flags "$@"; }

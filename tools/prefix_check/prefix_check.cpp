@@ -28,6 +28,9 @@ TEST(Prefix, CurlSpeaksExactlyTheProtocolsTheProductNeeds) {
     const std::set<std::string> wanted{"http", "https", "pop3", "pop3s", "smtp", "smtps"};
     EXPECT_EQ(protocols, wanted);
     EXPECT_TRUE(info->features & CURL_VERSION_IDN);
+    EXPECT_TRUE(info->features & CURL_VERSION_IPV6);
+    // Without it a time limit would not hold while a name is looked up.
+    EXPECT_TRUE(info->features & CURL_VERSION_ASYNCHDNS);
     curl_global_cleanup();
 }
 

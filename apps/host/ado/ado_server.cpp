@@ -11,7 +11,8 @@ const Server& server() noexcept {
         {ado::connection_class, &ado::create_connection},
         {ado::recordset_class, &ado::create_recordset},
     };
-    static const Server provider = {u"ADODB", 6, classes, true};
+    static const Server provider = {
+        .library = u"ADODB", .version_major = 6, .classes = classes, .only_under_wine = true};
     return provider;
 }
 

@@ -1,0 +1,81 @@
+// A KSeF client as small as the tests need it, with its own encryption.
+#pragma once
+
+#include <httplib.h>
+
+#include <map>
+#include <memory>
+#include <string>
+
+#include "apps/sandbox/json.h"
+
+namespace tavrix::sandbox::testing {
+
+struct Reply {
+    /// 0 when there was no answer.
+    int status = 0;
+    std::string body;
+    httplib::Headers headers;
+
+    /// The body as JSON; null when it is none.
+    Json json() const;
+    /// First exception code of an error body; 0 when there is none.
+    int exception_code() const;
+    std::string header(const std::string& name) const;
+};
+
+/// `token|ms` or an AES key under a published certificate: RSA-OAEP with SHA-256, in Base64.
+std::string encrypt_for_certificate(const std::string& certificate_base64,
+                                    const std::string& plain);
+std::string aes_256_cbc_encrypt(const std::string& key, const std::string& vector,
+                                const std::string& plain);
+
+std::string token_of(const std::string& nip);
+
+class Client {
+  public:
+    /// \param root `/v2` or `/api/v2`.
+    explicit Client(int port, std::string root = "/v2");
+
+    Reply get(const std::string& path);
+    Reply post(const std::string& path, const Json& body = Json::object());
+    Reply post_text(const std::string& path, const std::string& body);
+    Reply remove(const std::string& path);
+    /// An address as an answer gives it, without the bearer token.
+    Reply download(const std::string& url);
+
+    /// Extra headers of every request from now on.
+    std::map<std::string, std::string> headers;
+    /// Sent as Bearer when not empty.
+    std::string bearer;
+
+    // The steps of signing in, each with what it needs of the earlier ones.
+    Json challenge();
+    std::string certificate(const std::string& usage);
+    Reply send_token(const std::string& token, const std::string& nip, const Json& challenge);
+    /// All of it; afterwards `bearer` is the access token. Returns the answer to redeeming.
+    Reply sign_in(const std::string& nip, const std::string& token = "");
+
+    /// Opens a session with fresh keys; returns its reference number.
+    std::string open_session();
+    Json open_body(const std::string& key);
+    /// The body of a sent invoice, which tests may spoil.
+    Json invoice_body(const std::string& xml, bool as_text = false);
+    /// Sends to the session opened last and returns the invoice's reference number.
+    std::string send(const std::string& xml);
+    /// Status object of an invoice of the session opened last.
+    Json invoice_status(const std::string& reference);
+
+    std::string session;
+    std::string access_token, refresh_token, authentication_token, authentication_reference;
+
+  private:
+    httplib::Headers request_headers() const;
+    static Reply to_reply(const httplib::Result& result);
+
+    std::string root_;
+    std::unique_ptr<httplib::Client> http_;
+    std::string key_, vector_;
+};
+
+}  // namespace tavrix::sandbox::testing

@@ -1,0 +1,38 @@
+// Judging answers by the published interface (OpenAPI 3).
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "apps/sandbox/json.h"
+
+namespace tavrix::sandbox::testing {
+
+class Contract {
+  public:
+    /// Reads open-api.json of a folder.
+    explicit Contract(const std::string& folder);
+
+    /// What is wrong with an answer's body: missing, unknown or misplaced members, wrong types,
+    /// values outside their bounds. Empty when it agrees. \param path as the interface writes it,
+    /// with `{...}`.
+    std::vector<std::string> judge(const std::string& method, const std::string& path, int status,
+                                   const std::string& content_type, const Json& body) const;
+
+    /// The same of a request's body.
+    std::vector<std::string> judge_request(const std::string& method, const std::string& path,
+                                           const Json& body) const;
+
+  private:
+    Json resolve(const Json& schema) const;
+    void walk(const Json& schema, const Json& value, const std::string& where,
+              std::vector<std::string>& problems) const;
+    void walk_object(const Json& schema, const Json& value, const std::string& where,
+                     std::vector<std::string>& problems) const;
+    void walk_text(const Json& schema, const std::string& value, const std::string& where,
+                   std::vector<std::string>& problems) const;
+
+    Json document_;
+};
+
+}  // namespace tavrix::sandbox::testing

@@ -1,0 +1,83 @@
+// Published vectors and the texts of moments.
+#include <gtest/gtest.h>
+
+#include "apps/sandbox/clock.h"
+#include "apps/sandbox/crypto.h"
+#include "apps/sandbox/ksef_number.h"
+
+namespace tavrix::sandbox::testing {
+namespace {
+
+TEST(Numbers, TheChecksumAgreesWithPublishedExamples) {
+    EXPECT_EQ(crc8("123456789"), 0xF4);  // check value of CRC-8/SMBUS
+    // The ministry's "Numer KSeF" and the examples of confirmations and of the interface.
+    for (const char* number :
+         {"5265877635-20250826-0100001AF629-AF", "5265877635-20250916-0200A0D6723E-C2",
+          "5265877635-20250916-010040741B3E-46", "5265877635-20250626-010080DD2B5E-26"})
+        EXPECT_TRUE(is_ksef_number(number)) << number;
+    for (const char* number :
+         {"5265877635-20250826-0100001AF629-AE", "5265877635-20250826-0100001AF629-af",
+          "5265877635-20250826-0100001AF62-AF", "", "0265877635-20250826-0100001AF629-AF"})
+        EXPECT_FALSE(is_ksef_number(number)) << number;
+    EXPECT_EQ(make_ksef_number("5265877635", "20250826", "0100001AF629"),
+              "5265877635-20250826-0100001AF629-AF");
+}
+
+TEST(Numbers, ReferenceNumbersHaveTheFormConfirmationsMayName) {
+    const std::string number = make_reference_number("20261121", "SO");
+    EXPECT_TRUE(has_reference_form(number)) << number;
+    EXPECT_TRUE(has_reference_form("20250514-CR-226FB7B000-3ACF9BE4C0-10"));
+    for (const char* other :
+         {"20250514-CR-226FB7B000-3ACF9BE4C0-1", "20250514-cr-226FB7B000-3ACF9BE4C0-10",
+          "20250514_CR-226FB7B000-3ACF9BE4C0-10", "19990514-CR-226FB7B000-3ACF9BE4C0-10"})
+        EXPECT_FALSE(has_reference_form(other)) << other;
+}
+
+TEST(Times, AreWrittenAsTheServiceWritesThem) {
+    const auto text = [](const char* moment, TimeFormat format) {
+        return format.text(*parse_instant(moment));
+    };
+    EXPECT_EQ(text("2026-11-21T08:15:30.1234567Z", {7, true}), "2026-11-21T08:15:30.1234567+00:00");
+    EXPECT_EQ(text("2025-09-18T12:24:01.0154320Z", {7, true}), "2025-09-18T12:24:01.015432+00:00");
+    EXPECT_EQ(text("2025-09-18T12:24:01.0154320Z", {7, false}),
+              "2025-09-18T12:24:01.0154320+00:00");
+    EXPECT_EQ(text("2025-09-18T15:00:30.0000000Z", {7, true}), "2025-09-18T15:00:30+00:00");
+    EXPECT_EQ(text("2025-09-18T15:00:30.9999999Z", {3, true}), "2025-09-18T15:00:30.999+00:00");
+    EXPECT_EQ(text("2025-09-18T15:00:30.9999999Z", {0, false}), "2025-09-18T15:00:30+00:00");
+}
+
+TEST(Times, AreReadWithOffsetsAndRefusedWhenTheyAreNone) {
+    EXPECT_EQ(unix_ms(*parse_instant("2025-07-11T12:23:56.0154302+00:00")), 1752236636015);
+    EXPECT_EQ(*parse_instant("2026-11-21T09:15:30.5+01:00"),
+              *parse_instant("2026-11-21T08:15:30.5Z"));
+    EXPECT_EQ(*parse_instant("2026-11-21"), *parse_instant("2026-11-21T00:00:00.0+00:00"));
+    for (const char* bad :
+         {"", "2026-13-01", "2026-02-29", "2026-11-21T24:00:00", "2026-11-21 08:00:00",
+          "2026-11-21T08:00", "2026-11-21T08:00:00+1", "2026-11-21T08:00:00.5x"})
+        EXPECT_FALSE(parse_instant(bad)) << bad;
+}
+
+TEST(Times, PolishDaysFollowSummerTime) {
+    EXPECT_EQ(polish_date_text(*parse_instant("2026-11-21T22:59:59Z")), "2026-11-21");
+    EXPECT_EQ(polish_date_text(*parse_instant("2026-11-21T23:00:00Z")), "2026-11-22");
+    EXPECT_EQ(polish_date_text(*parse_instant("2026-07-01T22:00:00Z")), "2026-07-02");
+    // Changes of 2026: 29 March and 25 October, both at 01:00 UTC.
+    EXPECT_EQ(polish_time_text(*parse_instant("2026-03-29T00:59:59.999Z")),
+              "2026-03-29T01:59:59.999+01:00");
+    EXPECT_EQ(polish_time_text(*parse_instant("2026-03-29T01:00:00Z")),
+              "2026-03-29T03:00:00.000+02:00");
+    EXPECT_EQ(polish_time_text(*parse_instant("2026-10-25T01:00:00Z")),
+              "2026-10-25T02:00:00.000+01:00");
+}
+
+TEST(Cryptography, Base64IsStrict) {
+    // RFC 4648, 10.
+    EXPECT_EQ(base64_encode("foobar"), "Zm9vYmFy");
+    EXPECT_EQ(base64_decode("Zm9vYg=="), "foob");
+    EXPECT_EQ(base64_decode("Zm9vYmE="), "fooba");
+    for (const char* bad : {"Zm9vYg", "Zm9vYg=", "Zm9v\nYg==", "Zm=vYg==", " m9v", "===="})
+        EXPECT_FALSE(base64_decode(bad)) << bad;
+}
+
+}  // namespace
+}  // namespace tavrix::sandbox::testing

@@ -1,0 +1,57 @@
+// The pages a person looks at.
+#include "apps/sandbox/invoice_page.h"
+#include "tests/sandbox/fixture.h"
+
+namespace tavrix::sandbox::testing {
+namespace {
+
+class PageTest : public SandboxTest {};
+
+TEST_F(PageTest, ShowsInvoicesAndRequestsWithTokensMasked) {
+    open_as_seller();
+    const std::string reference = client().send(SampleInvoice().xml());
+    client().post("/sessions/online/" + client().access_token + "%20/close");
+    const std::string overview = control_get("/").body;
+    EXPECT_NE(overview.find("FV/1/2026"), std::string::npos);
+    EXPECT_NE(overview.find("/v2/sessions/online/{token}%20/close"), std::string::npos);
+    EXPECT_EQ(overview.find(client().access_token), std::string::npos);
+    const std::string page = control_get("/faktura/" + reference).body;
+    for (const char* text :
+         {"Zakład Usługowy Żuraw", "Nabywca S.A.", "Usługa serwisowa",
+          "1\xC2\xA0"
+          "950,53 PLN",
+          "stawka obniżona druga (5%)", "&lt;Faktura xmlns=", "NumerKSeFDokumentu"})
+        EXPECT_NE(page.find(text), std::string::npos) << text;
+    EXPECT_EQ(control_get("/sesja/" + client().session).status, 200);
+    EXPECT_EQ(control_get("/faktura/none").status, 404);
+}
+
+TEST_F(PageTest, NothingInADocumentBecomesMarkup) {
+    open_as_seller();
+    SampleInvoice attack;
+    attack.number = "&lt;script&gt;alert(1)&lt;/script&gt;";
+    attack.seller_name = "\"&gt;&lt;img src=x onerror=alert(1)&gt;";
+    attack.line_name = "&lt;/td&gt;&lt;script&gt;";
+    const std::string reference = client().send(attack.xml());
+    client().send("<script>alert(2)</script>");
+    client().headers["Authorization"] = "<script>";
+    client().get("/sessions/<script>alert(3)</script>");
+    const std::string wrong = state().at("invoices")[1].at("referenceNumber");
+    for (const std::string& path : {std::string("/"), "/faktura/" + reference, "/faktura/" + wrong,
+                                    "/sesja/" + client().session}) {
+        const Reply page = control_get(path);
+        EXPECT_EQ(page.body.find("<script"), std::string::npos) << path;
+        EXPECT_EQ(page.body.find("<img"), std::string::npos) << path;
+        EXPECT_EQ(page.header("Content-Security-Policy").substr(0, 18), "default-src 'none'")
+            << path;
+    }
+}
+
+TEST_F(PageTest, DocumentsThatAreNoInvoicesGetANote) {
+    EXPECT_NE(render_invoice("").find("odszyfrować"), std::string::npos);
+    EXPECT_NE(render_invoice("<a>").find("nie da się odczytać"), std::string::npos);
+    EXPECT_NE(render_invoice("<a/>").find("nie jest fakturą"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace tavrix::sandbox::testing

@@ -1,0 +1,29 @@
+#!/usr/bin/env bash
+# ./dev bench: the figures, each beside a peer measured in the same run where there is one. Not a test.
+set -euo pipefail
+
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+# shellcheck source=tools/host.sh
+source "$root/tools/host.sh"
+work=$(mktemp -d)
+trap 'leave_host; rm -rf "$work"' EXIT
+
+"$root/dev" build native win32
+for door in native win32; do
+    cmake -S "$root" -B "$root/build/$door" -DTAVRIX_BENCH=ON >"$work/configure.log" || { cat "$work/configure.log" >&2 && exit 1; }
+    cmake --build "$root/build/$door" >"$work/build.log" || { tail -n 40 "$work/build.log" >&2 && exit 1; }
+done
+
+bin=$root/build/native/bin
+echo
+"$bin/send_bench"
+"$bin/prepare_bench" "$work"
+if [[ -x /usr/lib/wine/wine ]]; then
+    start_sandbox "$bin/tavrix-sandbox" "$work"
+    register_dlls 32 "$root/build/win32/bin" "$work/dll"
+    write_settings "$work/dll/Tavrix.json"
+    sqlite3 "$work/firma.db" <"$root/apps/host/demo/schema.sql"
+    wine_program 32 "$root/build/win32/bin/com_bench.exe" "Z:$work/firma.db" "Z:$root/apps/host/demo/faktura.xml" | tr -d '\r'
+else
+    echo "COM door: not measured, 32-bit Wine is not to be had on this machine"
+fi
