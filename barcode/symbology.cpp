@@ -105,22 +105,28 @@ const Symbology* find_symbology(base::TextView kind) noexcept {
     return found == table.end() ? nullptr : found;
 }
 
+SymbolFrame symbol_frame(const Symbology& symbology, base::TextView symbol,
+                         std::int32_t module_twips) {
+    const fonts::Font& font = symbology.font();
+    constexpr std::int32_t margin_modules = 1;
+    const bool ends_in_add_on = symbology.font == &fonts::ean13_font && has_add_on(symbol);
+    const std::int32_t width_modules = fonts::width_of(font, symbol) / fonts::module_units +
+                                       2 * symbology.quiet_modules +
+                                       (ends_in_add_on ? add_on_quiet_modules : 0);
+    const std::int32_t height_modules =
+        (font.ascent + font.descent) / fonts::module_units + 2 * margin_modules;
+    return {width_modules * module_twips, height_modules * module_twips,
+            symbology.quiet_modules * module_twips, margin_modules * module_twips};
+}
+
 ports::Drawing draw_symbol(const Symbology& symbology, base::TextView symbol,
                            std::int32_t module_twips, ports::Colour colour) {
     const fonts::Font& font = symbology.font();
-    constexpr std::int32_t margin_modules = 1;
-    const std::int32_t left = symbology.quiet_modules * module_twips;
-    const std::int32_t top = margin_modules * module_twips;
-    const bool is_ean = symbology.font == &fonts::ean13_font;
-    const std::int32_t right =
-        left + (is_ean && has_add_on(symbol) ? add_on_quiet_modules * module_twips : 0);
-    const std::int32_t width =
-        fonts::width_of(font, symbol) / fonts::module_units * module_twips + left + right;
-    const std::int32_t height =
-        (font.ascent + font.descent) / fonts::module_units * module_twips + 2 * top;
-    ports::Drawing drawing(width, height, colour);
+    const SymbolFrame frame = symbol_frame(symbology, symbol, module_twips);
+    ports::Drawing drawing(frame.width_twips, frame.height_twips, colour);
     const double em = static_cast<double>(font.units_per_em / fonts::module_units) * module_twips;
-    add_text(drawing, font, symbol, {static_cast<double>(left), static_cast<double>(top), em});
+    add_text(drawing, font, symbol,
+             {static_cast<double>(frame.left_twips), static_cast<double>(frame.top_twips), em});
     drawing.end_row();
     return drawing;
 }

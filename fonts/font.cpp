@@ -7,11 +7,15 @@ namespace tavrix::fonts {
 GlyphId Font::add(Glyph glyph, base::TextView codes) {
     const auto id = static_cast<GlyphId>(glyphs.size());
     glyphs.push_back(std::move(glyph));
-    for (const char16_t code : codes) characters.emplace(code, id);
+    for (const char16_t code : codes) {
+        const bool is_new = characters.emplace(code, id).second;
+        if (is_new && code < first_characters.size()) first_characters[code] = id;
+    }
     return id;
 }
 
 GlyphId Font::glyph_of(char16_t character) const noexcept {
+    if (character < first_characters.size()) return first_characters[character];
     const auto found = characters.find(character);
     return found == characters.end() ? GlyphId{0} : found->second;
 }

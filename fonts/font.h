@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <map>
 #include <string>
@@ -35,6 +36,8 @@ struct Font {
     std::int32_t descent = 0;   ///< from the baseline down to the bottom of the line
     std::vector<Glyph> glyphs;  ///< the first one stands for characters that the font lacks
     std::map<char16_t, GlyphId> characters;
+    /// The same for the first 256 characters, which nearly every symbol is made of.
+    std::array<GlyphId, 256> first_characters{};
     /// Behind one of the triggers a glyph gives way to its alternate.
     std::vector<GlyphId> triggers;
     std::map<GlyphId, GlyphId> alternates;

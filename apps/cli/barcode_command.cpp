@@ -1,12 +1,14 @@
-#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <memory>
+#include <optional>
 
+#include "apps/cli/class_drawing.h"
 #include "apps/cli/command.h"
 #include "apps/cli/picture_file.h"
 #include "barcode/qr_generator.h"
 #include "barcode/symbol_drawing.h"
+#include "barcode/symbol_svg.h"
 #include "barcode/symbology.h"
 
 namespace tavrix::cli {
@@ -19,6 +21,8 @@ struct BarcodeOptions {
     std::string batch_file;
     std::string colour = "black";
     bool no_caption = false;
+    bool scannable = true;
+    std::int32_t size_step = 0;
     std::int32_t rotation_degrees = 0;
     PictureOptions picture;
 };
@@ -46,15 +50,49 @@ ports::Drawing draw(const barcode::Symbology& symbology, const base::Text& symbo
                                          : barcode::turned(drawing, options.rotation_degrees / 90);
 }
 
-// False when the text has no symbol, after saying why.
-bool draw_one(const barcode::Symbology& symbology, const std::string& text,
-              const BarcodeOptions& options, const PictureOptions& picture) {
-    const barcode::Encoded encoded = symbology.encode(base::from_utf8(text));
+bool is_plain_svg(const barcode::Symbology& symbology, const BarcodeOptions& options) {
+    const bool is_svg = options.picture.file == "-" || options.picture.file.ends_with(".svg");
+    const bool captioned =
+        !options.no_caption && (symbology.needs_caption || !options.caption.empty());
+    return is_svg && !captioned && options.rotation_degrees == 0;
+}
+
+/// Draws one text after the other.
+class Press {
+  public:
+    Press(const barcode::Symbology& symbology, const BarcodeOptions& options)
+        : symbology_(symbology), options_(options) {
+        if (is_plain_svg(symbology, options)) {
+            svg_.emplace(symbology, options.picture.module_twips,
+                         barcode::qr_colour(base::from_utf8(options.colour)));
+        }
+    }
+    /// False when the text has no symbol, after saying why.
+    bool draw_one(const std::string& text, const PictureOptions& picture) const;
+
+  private:
+    const barcode::Symbology& symbology_;
+    const BarcodeOptions& options_;
+    std::optional<barcode::SymbolSvg> svg_;
+};
+
+bool Press::draw_one(const std::string& text, const PictureOptions& picture) const {
+    if (!options_.scannable) {
+        write_picture(draw_as_class(options_.kind, text, options_.size_step, options_.no_caption,
+                                    options_.rotation_degrees != 0),
+                      picture);
+        return true;
+    }
+    const barcode::Encoded encoded = symbology_.encode(base::from_utf8(text));
     if (!encoded.refusal.empty()) {
         std::cerr << text << ": " << base::to_utf8(encoded.refusal) << '\n';
         return false;
     }
-    write_picture(draw(symbology, encoded.symbol, text, options), picture);
+    if (svg_) {
+        write_svg(svg_->write(encoded.symbol), picture.file);
+    } else {
+        write_picture(draw(symbology_, encoded.symbol, text, options_), picture);
+    }
     return true;
 }
 
@@ -76,12 +114,13 @@ bool draw_batch(const barcode::Symbology& symbology, const BarcodeOptions& optio
         if (!file) throw CLI::ValidationError(options.batch_file, "nie można odczytać pliku");
     }
     std::istream& lines = options.batch_file == "-" ? std::cin : file;
+    const Press press(symbology, options);
     bool all_drawn = true;
     std::size_t number = 0;
     for (std::string line; std::getline(lines, line);) {
         if (line.ends_with('\r')) line.pop_back();
         ++number;
-        all_drawn &= draw_one(symbology, line, options, numbered(options.picture, number));
+        all_drawn &= press.draw_one(line, numbered(options.picture, number));
     }
     return all_drawn;
 }
@@ -120,13 +159,20 @@ void add_barcode_command(CLI::App& app, int& exit_code) {
                      "Szerokość modułu w twipach (1/1440 cala)")
         ->check(CLI::Range(1, 10000))
         ->capture_default_str();
+    command
+        ->add_flag("--scannable,!--as-class", options->scannable,
+                   "Kod, który się skanuje; --as-class to, co rysują klasy automatyzacji, z ich "
+                   "osobliwościami")
+        ->capture_default_str();
+    command->add_option("--size", options->size_step, "Z --as-class: stopień wielkości Rozm");
     command->callback([options, text, &exit_code] {
         const barcode::Symbology& symbology =
             *barcode::find_symbology(base::from_utf8(options->kind));
         const bool batch = !options->batch_file.empty();
         if (!batch && text->count() == 0) throw CLI::RequiredError("--text albo --batch");
-        const bool drawn = batch ? draw_batch(symbology, *options)
-                                 : draw_one(symbology, options->text, *options, options->picture);
+        const bool drawn =
+            batch ? draw_batch(symbology, *options)
+                  : Press(symbology, *options).draw_one(options->text, options->picture);
         exit_code = drawn ? exit_done : exit_usage;
     });
 }

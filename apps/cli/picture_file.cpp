@@ -31,11 +31,17 @@ void write_file(const std::string& path, std::string_view content) {
 
 }  // namespace
 
+void write_svg(std::string_view svg, const std::string& file) {
+    if (file == "-") {
+        std::cout << svg;
+    } else {
+        write_file(file, svg);
+    }
+}
+
 void write_picture(const ports::Drawing& drawing, const PictureOptions& options) {
-    if (options.file == "-") {
-        std::cout << ports::to_svg(drawing);
-    } else if (options.file.ends_with(".svg")) {
-        write_file(options.file, ports::to_svg(drawing));
+    if (options.file == "-" || options.file.ends_with(".svg")) {
+        write_svg(ports::to_svg(drawing), options.file);
     } else if (options.file.ends_with(".png")) {
         write_file(options.file, base::chars_of(png_of(drawing, options)));
     } else {
