@@ -2,6 +2,9 @@
 
 all_doors=(native win32 win64 asan)
 
+# Two checkouts, or two worktrees of one, share what they compiled: paths count from the checkout's root.
+export CCACHE_BASEDIR=$root CCACHE_NOHASHDIR=1
+
 bits_of() { echo "${1#win}"; }
 is_windows() { [[ $1 == win* ]]; }
 

@@ -82,4 +82,5 @@ command_env() {
     for bits in 32 64; do
         printf 'export TAVRIX_WINDOWS_PREFIX_%s=%q\n' "$bits" "$(windows_prefix "$bits")"
     done
+    printf 'export CCACHE_BASEDIR=%q CCACHE_NOHASHDIR=%q\n' "$CCACHE_BASEDIR" "$CCACHE_NOHASHDIR"
 }
