@@ -8,15 +8,10 @@
 #include "com/type_library.h"
 #include "ports/windows/bstr.h"
 #include "ports/windows/failure.h"
+#include "ports/windows/key_handle.h"
 
 namespace tavrix::com {
 namespace {
-
-struct RegistryKeyTraits {
-    using Handle = HKEY;
-    static void free(HKEY key) noexcept { RegCloseKey(key); }
-};
-using RegistryKey = windows::Owned<RegistryKeyTraits>;
 
 /// One value; an empty name is the key's default value, and an entry without a value is just the
 /// key.
@@ -104,7 +99,7 @@ HKEY root_of(Scope scope) noexcept {
 }
 
 void write(HKEY root, const Entry& entry) {
-    RegistryKey key;
+    windows::KeyHandle key;
     windows::check(HRESULT_FROM_WIN32(static_cast<DWORD>(RegCreateKeyExW(
                        root, windows::wide(entry.key), 0, nullptr, REG_OPTION_NON_VOLATILE,
                        KEY_SET_VALUE, nullptr, key.out(), nullptr))),
@@ -144,7 +139,7 @@ bool is_empty(HKEY key) {
 }
 
 void remove(HKEY root, const Entry& entry) {
-    RegistryKey key;
+    windows::KeyHandle key;
     if (RegOpenKeyExW(root, windows::wide(entry.key), 0, KEY_QUERY_VALUE | KEY_SET_VALUE,
                       key.out()) != ERROR_SUCCESS) {
         return;
