@@ -41,6 +41,8 @@ struct Member {
     /// Takes the new value behind the arguments.
     Call let = nullptr;
     VARTYPE let_type = VT_EMPTY;
+    /// Callable, but its work is still to be done: it answers with its failure value.
+    bool pending = false;
 };
 
 /// A class as hosts see it. GUIDs and DISPIDs are published and never change; members are only

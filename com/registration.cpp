@@ -4,6 +4,7 @@
 #include <optional>
 #include <vector>
 
+#include "com/guid_text.h"
 #include "com/module.h"
 #include "com/type_library.h"
 #include "ports/windows/bstr.h"
@@ -20,12 +21,6 @@ struct Entry {
     base::Text name;
     std::optional<base::Text> value;
 };
-
-base::Text text_of(const GUID& id) {
-    wchar_t buffer[40];
-    StringFromGUID2(id, buffer, 40);
-    return windows::text_from_wide(buffer);
-}
 
 // Written in hexadecimal digits, unlike the version in a ProgID.
 base::Text type_library_version(const Server& server) {

@@ -153,6 +153,13 @@ consteval auto property(DISPID id, base::TextView name, base::TextView help,
     return row;
 }
 
+/// The member is there for hosts that bind to it; its work is still to be done.
+template <typename Class>
+consteval MemberOf<Class> pending(MemberOf<Class> row) {
+    row.member.pending = true;
+    return row;
+}
+
 /// The members of one class in the order of their DISPIDs, which are hence unique.
 template <typename Class, std::same_as<MemberOf<Class>>... More>
 consteval auto members(const MemberOf<Class>& first, const More&... more) {
