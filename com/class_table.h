@@ -45,6 +45,15 @@ struct Member {
     bool pending = false;
 };
 
+/// What a class tells its hosts of its own accord: the members are called on the sinks that hosts
+/// connect, through IDispatch. Object browsers know the interface as `__Class`.
+struct EventTable {
+    GUID interface_id;
+    base::TextView help;
+    /// Named and described like methods, with nothing behind them to call.
+    std::span<const Member> members;
+};
+
 /// A class as hosts see it. GUIDs and DISPIDs are published and never change; members are only
 /// added.
 struct ClassTable {
@@ -53,7 +62,13 @@ struct ClassTable {
     base::TextView name;
     base::TextView help;
     std::span<const Member> members;
+    /// Null for a class that raises no events.
+    const EventTable* events = nullptr;
 };
+
+/// The name of the interface behind a class, and of its events' interface.
+base::Text interface_name(const ClassTable& table);
+base::Text event_interface_name(const ClassTable& table);
 
 /// The member of that name, whatever its letter case; null when there is none.
 const Member* find_member(const ClassTable& table, base::TextView name) noexcept;

@@ -77,10 +77,10 @@ std::string creatable_class(const Server& server, const ClassTable& table) {
 }
 
 // The system's own proxy for dispatch interfaces, as in the registry.
-std::string dispatch_interface(const Server& server, const ClassTable& table) {
+std::string dispatch_interface(const Server& server, const GUID& id, const base::Text& name) {
     return Element("  <comInterfaceExternalProxyStub")
-        .with("name", "_" + escaped(table.name))
-        .with("iid", id_of(table.interface_id))
+        .with("name", escaped(name))
+        .with("iid", id_of(id))
         .with("proxyStubClsid32", "{00020420-0000-0000-C000-000000000046}")
         .with("tlbid", id_of(server.type_library_id))
         .empty();
@@ -106,7 +106,10 @@ std::string assembly_manifest(const Server& server, const std::string& file_name
                .empty();
     xml += "  </file>\n";
     for (const CreatableClass& creatable : server.classes) {
-        xml += dispatch_interface(server, creatable.table);
+        const ClassTable& table = creatable.table;
+        xml += dispatch_interface(server, table.interface_id, interface_name(table));
+        if (table.events == nullptr) continue;
+        xml += dispatch_interface(server, table.events->interface_id, event_interface_name(table));
     }
     return xml + "</assembly>\n";
 }

@@ -46,10 +46,12 @@ std::string result_text(VARTYPE type) {
 
 std::string declaration(const Member& member) {
     std::string text;
-    if (member.method == nullptr) {
+    if (member.get != nullptr) {
         text = "Property ";
-    } else {
+    } else if (member.method != nullptr) {
         text = member.result == VT_EMPTY ? "Sub " : "Function ";
+    } else {
+        text = "Event ";
     }
     text += base::to_utf8(member.name) + "(";
     for (std::size_t i = 0; i < member.argument_count; ++i) {
@@ -74,6 +76,10 @@ std::string class_section(const Server& server, const ClassTable& table) {
                        base::to_utf8(text_of(table.class_id)) + "`.\n\n" +
                        "| DISPID | member | what it does | works |\n|---|---|---|---|\n";
     for (const Member& member : table.members) text += row(member);
+    if (table.events == nullptr) return text;
+    text += "\nEvents of `" + base::to_utf8(event_interface_name(table)) + "`:\n\n" +
+            "| DISPID | event | when it is raised | works |\n|---|---|---|---|\n";
+    for (const Member& member : table.events->members) text += row(member);
     return text;
 }
 

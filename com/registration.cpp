@@ -42,13 +42,19 @@ void add_type_library(const Server& server, const base::Text& path, auto add) {
     add(key + u"\\0", u"", std::nullopt);
     add(key + (sizeof(void*) == 8 ? u"\\0\\win64" : u"\\0\\win32"), u"", path);
     add(u"Interface", u"", std::nullopt);
-    for (const CreatableClass& creatable : server.classes) {
-        const base::Text interface_key = u"Interface\\" + text_of(creatable.table.interface_id);
-        add(interface_key, u"", base::Text(u"_").append(creatable.table.name));
+    const auto add_interface = [&](const GUID& interface_id, base::Text name) {
+        const base::Text interface_key = u"Interface\\" + text_of(interface_id);
+        add(interface_key, u"", std::move(name));
         // The system's own proxy for dispatch interfaces.
         add(interface_key + u"\\ProxyStubClsid32", u"", u"{00020420-0000-0000-C000-000000000046}");
         add(interface_key + u"\\TypeLib", u"", id);
         add(interface_key + u"\\TypeLib", u"Version", version);
+    };
+    for (const CreatableClass& creatable : server.classes) {
+        const ClassTable& table = creatable.table;
+        add_interface(table.interface_id, interface_name(table));
+        if (table.events == nullptr) continue;
+        add_interface(table.events->interface_id, event_interface_name(table));
     }
 }
 
