@@ -77,14 +77,14 @@ const PublishedClass classes[] = {
     {u"Drk_Wyd_Ean_cls813", {
         u"property currency wys",
         u"property currency szer",
-        u"text BinaryByte(byte Value)",
-        u"void RotatePicture(object fr_pic, object to_pic, integer angle)",
-        u"variant RotateSurface2(object SourcePicture, object DestPicture, long lngAngle, long XDest, "
-            u"long YDest)",
-        u"void RysujEAN(object pict, ref text EAN_text, long Rozm, bool rotate)",
         u"text EAN8(text chaine)",
         u"text EAN13(text chaine)",
         u"text AddOn(ref text chaine)",
+        u"text BinaryByte(byte Value)",
+        u"void RysujEAN(object pict, ref text EAN_text, long Rozm, bool rotate)",
+        u"void RotatePicture(object fr_pic, object to_pic, integer angle)",
+        u"variant RotateSurface2(object SourcePicture, object DestPicture, long lngAngle, long XDest, "
+            u"long YDest)",
     }},
     {u"Drk_Wyd_Ean_cls128", {
         u"variant Code128_Str(text Str)",
