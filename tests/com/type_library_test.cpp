@@ -3,81 +3,18 @@
 #include "com/type_library.h"
 
 #include "com/guid.h"
-#include "tests/com/late_host.h"
 #include "tests/com/probe.h"
+#include "tests/com/type_info.h"
 
 namespace tavrix::test {
 namespace {
-
-struct TypeAttributes {
-    explicit TypeAttributes(ITypeInfo* of) : info(of) { info->GetTypeAttr(&attributes); }
-    ~TypeAttributes() { info->ReleaseTypeAttr(attributes); }
-    TypeAttributes(const TypeAttributes&) = delete;
-    TypeAttributes& operator=(const TypeAttributes&) = delete;
-    ITypeInfo* info;
-    TYPEATTR* attributes = nullptr;
-};
-
-struct Function {
-    Function(ITypeInfo* of, UINT index) : info(of) { info->GetFuncDesc(index, &description); }
-    ~Function() { info->ReleaseFuncDesc(description); }
-    Function(const Function&) = delete;
-    Function& operator=(const Function&) = delete;
-
-    std::vector<base::Text> names() const {
-        BSTR found[32] = {};
-        UINT count = 0;
-        info->GetNames(description->memid, found, 32, &count);
-        std::vector<base::Text> texts;
-        for (UINT i = 0; i < count; ++i)
-            texts.emplace_back(windows::view_of(windows::Bstr(found[i]).get()));
-        return texts;
-    }
-    // VT_BYREF added for a pointer, VT_ARRAY for a safe array.
-    VARTYPE argument(int index) const {
-        const TYPEDESC* type = &description->lprgelemdescParam[index].tdesc;
-        unsigned flags = 0;
-        for (; type->vt == VT_PTR || type->vt == VT_SAFEARRAY; type = type->lptdesc) {
-            flags |= type->vt == VT_PTR ? VT_BYREF : VT_ARRAY;
-        }
-        return static_cast<VARTYPE>(flags | type->vt);
-    }
-
-    ITypeInfo* info;
-    FUNCDESC* description = nullptr;
-};
-
-ComPointer<ITypeInfo> type_info(const ComPointer<IDispatch>& object) {
-    UINT count = 0;
-    EXPECT_EQ(object->GetTypeInfoCount(&count), S_OK);
-    EXPECT_EQ(count, 1u) << "the DLL was built without its type library";
-    ComPointer<ITypeInfo> info;
-    EXPECT_EQ(object->GetTypeInfo(0, LOCALE_USER_DEFAULT, info.out()), S_OK);
-    return info;
-}
-
-base::Text name_of(ITypeInfo* info) {
-    windows::Bstr name;
-    info->GetDocumentation(MEMBERID_NIL, name.out(), nullptr, nullptr, nullptr);
-    return base::Text(windows::view_of(name.get()));
-}
-
-// The index of the function behind a member; a dispatch interface lists IDispatch's own first.
-UINT index_of(ITypeInfo* info, MEMBERID member) {
-    const TypeAttributes type(info);
-    for (UINT i = 0; i < type.attributes->cFuncs; ++i) {
-        if (Function(info, i).description->memid == member) return i;
-    }
-    ADD_FAILURE() << "no function with the number " << member;
-    return 0;
-}
 
 TEST(TypeLibrary, DescribesEachMemberUnderItsNumber) {
     const auto ksef = create(u"Tavrix.KseF_comm");
     const auto info = type_info(ksef);
     ASSERT_TRUE(info);
     EXPECT_EQ(name_of(info.get()), u"_KseF_comm");
-    EXPECT_EQ(TypeAttributes(info.get()).attributes->typekind, TKIND_DISPATCH);
+    EXPECT_EQ(TypeAttributes(info.get())->typekind, TKIND_DISPATCH);
     for (DISPID member = 1; member <= 12; ++member) {
         const Function function(info.get(), index_of(info.get(), member));
         ASSERT_FALSE(function.names().empty());
@@ -96,9 +33,9 @@ TEST(TypeLibrary, DescribesArgumentsAsTheyTravel) {
     const VARTYPE types[] = {
         VT_DISPATCH,        VT_BSTR, VT_BSTR, VT_BSTR, VT_BSTR, VT_BYREF | VT_BSTR,
         VT_BYREF | VT_BSTR, VT_I4,   VT_BSTR, VT_I4};
-    ASSERT_EQ(send.description->cParams, 10);
+    ASSERT_EQ(send->cParams, 10);
     for (int i = 0; i < 10; ++i) EXPECT_EQ(send.argument(i), types[i]) << i;
-    EXPECT_EQ(send.description->elemdescFunc.tdesc.vt, VT_BSTR);
+    EXPECT_EQ(send.result(), VT_BSTR);
     const Function encode(info.get(), index_of(info.get(), 10));
     EXPECT_EQ(encode.names()[0], u"Base64Encode");
     EXPECT_EQ(encode.argument(0), VT_BYREF | VT_ARRAY | VT_UI1);
@@ -110,7 +47,7 @@ TEST(TypeLibrary, NamesTheClassBehindAnObject) {
     ComPointer<ITypeInfo> info;
     ASSERT_EQ(provider->GetClassInfo(info.out()), S_OK);
     EXPECT_EQ(name_of(info.get()), u"KseF_comm");
-    EXPECT_EQ(TypeAttributes(info.get()).attributes->typekind, TKIND_COCLASS);
+    EXPECT_EQ(TypeAttributes(info.get())->typekind, TKIND_COCLASS);
 }
 
 TEST(TypeLibrary, IsRegisteredForCompilers) {
