@@ -1,55 +1,24 @@
 // The COM door under Wine, late-bound as a script host calls it: what a call costs, and what 200
 // sendings in a row leave behind. Arguments: the database, the invoice. Tavrix.KseF_comm and
 // ADODB.Connection are registered, the settings name a sandbox.
-#include "ports/windows/automation.h"
-// After the system's header, which these need.
-#include <psapi.h>
-
-#include <chrono>
 #include <cstdio>
 #include <fstream>
 #include <iterator>
 #include <string>
 
 #include "base/windows_1250.h"
+#include "bench/process_figures.h"
 #include "ports/windows/late_bound.h"
 
 namespace {
 
 using namespace tavrix;
+using bench::Holdings;
+using bench::holdings;
+using bench::processor_ms;
+using bench::seconds_of;
 using windows::LateBound;
 using windows::Variant;
-
-double processor_ms() {
-    FILETIME created, exited, kernel, user;
-    GetProcessTimes(GetCurrentProcess(), &created, &exited, &kernel, &user);
-    const auto ms = [](const FILETIME& time) {
-        return static_cast<double>((std::uint64_t{time.dwHighDateTime} << 32) |
-                                   time.dwLowDateTime) /
-               1e4;
-    };
-    return ms(kernel) + ms(user);
-}
-
-struct Holdings {
-    long private_kib;
-    long handles;
-};
-
-Holdings holdings() {
-    PROCESS_MEMORY_COUNTERS_EX memory{};
-    K32GetProcessMemoryInfo(GetCurrentProcess(),
-                            reinterpret_cast<PROCESS_MEMORY_COUNTERS*>(&memory), sizeof memory);
-    DWORD handles = 0;
-    GetProcessHandleCount(GetCurrentProcess(), &handles);
-    return {static_cast<long>(memory.PrivateUsage / 1024), static_cast<long>(handles)};
-}
-
-double seconds_of(const auto& work) {
-    const auto begin = std::chrono::steady_clock::now();
-    work();
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
-}
 
 // With a look-up of the name for each call, and with the number that a host has remembered.
 void measure_hash(const LateBound& ksef, std::size_t bytes, int calls) {

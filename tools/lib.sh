@@ -3,7 +3,8 @@
 
 : "${HOME:=$(cd ~ && pwd)}"
 tavrix_cache=${TAVRIX_CACHE:-${XDG_CACHE_HOME:-$HOME/.cache}/tavrix}
-log_folder=$tavrix_cache/log
+# One checkout's logs are not another's.
+log_folder=$root/build/log
 jobs=${TAVRIX_JOBS:-$(nproc)}
 started_s=$SECONDS
 

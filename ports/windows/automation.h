@@ -9,3 +9,6 @@
 #include <ocidl.h>
 #include <olectl.h>
 // clang-format on
+
+// The system's macro of this name would rename the public class Rejestr's method.
+#undef RegGetValue
