@@ -106,7 +106,7 @@ void Drk_Wyd_Ean_cls::paint_file(const Call& call) {
     const TextView path = TextView(call.text).substr(picture_mark.size());
     if (path.empty()) return;
     const Text file(path.substr(0, path.size() - 1));
-    if (!ports_.shell.file_exists(file)) return;
+    if (!ports_.files.is_file(file)) return;
     const auto picture = ports_.pictures.load(file);
     call.surface.paint_picture(*picture, call.rectangle.x, call.rectangle.y, call.rectangle.width,
                                call.rectangle.height);
@@ -228,15 +228,11 @@ void Drk_Wyd_Ean_cls::install_font(const Text& file, const Text& program_folder,
     const Text fonts_folder = windows_folder + u"\\Fonts";
     const Text installed = fonts_folder + u"\\" + file;
     const Text supplied = program_folder + u"\\" + file;
-    const auto exists = [&](const Text& path) {
-        bool found = false;
-        attempt([&] { found = shell.file_exists(path); });
-        return found;
-    };
-    if (!exists(installed) && exists(supplied)) {
-        attempt([&] { shell.copy_file(supplied, installed); });
+    ports::Files& files = ports_.files;
+    if (!files.is_file(installed) && files.is_file(supplied)) {
+        attempt([&] { files.copy(supplied, installed); });
     }
-    if (!exists(installed)) return;
+    if (!files.is_file(installed)) return;
     attempt([&] { shell.invoke_verb(fonts_folder, file, u"Install"); });
     const bool is_32_bit_program_on_64_bit_windows = program_folder.find(u"(x86)") != Text::npos;
     const Text registrar =

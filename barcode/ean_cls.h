@@ -4,6 +4,7 @@
 #include "base/currency.h"
 #include "ports/code_page.h"
 #include "ports/database.h"
+#include "ports/files.h"
 #include "ports/shell.h"
 #include "ports/surface.h"
 
@@ -12,6 +13,7 @@ namespace tavrix::barcode {
 /// What the dispatcher reaches outside; the host's surface comes with each call.
 struct BarcodePorts {
     ports::Shell& shell;
+    ports::Files& files;
     ports::Pictures& pictures;
     const ports::CodePage& code_page;
 };

@@ -3,15 +3,17 @@
 #include "ports/windows/ansi_code_page.h"
 #include "ports/windows/com_pictures.h"
 #include "ports/windows/desktop_shell.h"
+#include "ports/windows/windows_files.h"
 
 namespace tavrix::com {
 namespace {
 
 struct ComposedDispatcher {
     windows::DesktopShell shell;
+    windows::WindowsFiles files;
     windows::ComPictures pictures;
     windows::AnsiCodePage code_page;
-    barcode::Drk_Wyd_Ean_cls object{{shell, pictures, code_page}};
+    barcode::Drk_Wyd_Ean_cls object{{shell, files, pictures, code_page}};
 };
 
 }  // namespace

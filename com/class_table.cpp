@@ -2,6 +2,14 @@
 
 namespace tavrix::com {
 
+base::Text interface_name(const ClassTable& table) {
+    return base::Text(u"_").append(table.name);
+}
+
+base::Text event_interface_name(const ClassTable& table) {
+    return base::Text(u"__").append(table.name);
+}
+
 const Member* find_member(const ClassTable& table, base::TextView name) noexcept {
     for (const Member& member : table.members) {
         if (base::equal_case_blind(member.name, name)) return &member;

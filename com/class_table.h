@@ -41,6 +41,17 @@ struct Member {
     /// Takes the new value behind the arguments.
     Call let = nullptr;
     VARTYPE let_type = VT_EMPTY;
+    /// Callable, but its work is still to be done: it answers with its failure value.
+    bool pending = false;
+};
+
+/// What a class tells its hosts of its own accord: the members are called on the sinks that hosts
+/// connect, through IDispatch. Object browsers know the interface as `__Class`.
+struct EventTable {
+    GUID interface_id;
+    base::TextView help;
+    /// Named and described like methods, with nothing behind them to call.
+    std::span<const Member> members;
 };
 
 /// A class as hosts see it. GUIDs and DISPIDs are published and never change; members are only
@@ -51,7 +62,13 @@ struct ClassTable {
     base::TextView name;
     base::TextView help;
     std::span<const Member> members;
+    /// Null for a class that raises no events.
+    const EventTable* events = nullptr;
 };
+
+/// The name of the interface behind a class, and of its events' interface.
+base::Text interface_name(const ClassTable& table);
+base::Text event_interface_name(const ClassTable& table);
 
 /// The member of that name, whatever its letter case; null when there is none.
 const Member* find_member(const ClassTable& table, base::TextView name) noexcept;

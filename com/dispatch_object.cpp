@@ -29,9 +29,23 @@ Call select(const Member& member, WORD flags) noexcept {
 
 }  // namespace
 
+DispatchObject::DispatchObject(const ClassTable& table, std::shared_ptr<void> target,
+                               std::shared_ptr<EventSinks> sinks) noexcept
+    : table_(table), target_(std::move(target)) {
+    if (sinks) point_.emplace(*this, std::move(sinks));
+}
+
 HRESULT DispatchObject::QueryInterface(REFIID id, void** object) noexcept {
-    if (object != nullptr && id == table_.interface_id) {
-        return Unknown::QueryInterface(IID_IDispatch, object);
+    if (object == nullptr) return E_POINTER;
+    if (id == table_.interface_id) return Unknown::QueryInterface(IID_IDispatch, object);
+    if (id == IID_IProvideClassInfo) {
+        *object = static_cast<IProvideClassInfo*>(this);
+        AddRef();
+        return S_OK;
+    }
+    if (!point_ && (id == IID_IProvideClassInfo2 || id == IID_IConnectionPointContainer)) {
+        *object = nullptr;
+        return E_NOINTERFACE;
     }
     return Unknown::QueryInterface(id, object);
 }
@@ -62,6 +76,32 @@ HRESULT DispatchObject::GetClassInfo(ITypeInfo** info) noexcept {
     if (info == nullptr) return E_POINTER;
     *info = type_info_of(table_.class_id).release();
     return *info != nullptr ? S_OK : TYPE_E_ELEMENTNOTFOUND;
+}
+
+HRESULT DispatchObject::GetGUID(DWORD kind, GUID* id) noexcept {
+    if (id == nullptr) return E_POINTER;
+    const bool known = point_ && kind == GUIDKIND_DEFAULT_SOURCE_DISP_IID;
+    *id = known ? point_->events_id() : GUID_NULL;
+    return known ? S_OK : E_INVALIDARG;
+}
+
+HRESULT DispatchObject::EnumConnectionPoints(IEnumConnectionPoints** points) noexcept {
+    if (points == nullptr) return E_POINTER;
+    *points = nullptr;
+    try {
+        *points = enumerate(*point_).release();
+        return S_OK;
+    } catch (...) {
+        return E_OUTOFMEMORY;
+    }
+}
+
+HRESULT DispatchObject::FindConnectionPoint(REFIID id, IConnectionPoint** point) noexcept {
+    if (point == nullptr) return E_POINTER;
+    *point = nullptr;
+    if (id != point_->events_id()) return CONNECT_E_NOCONNECTION;
+    *point = windows::ComPointer<IConnectionPoint>(&*point_).release();
+    return S_OK;
 }
 
 HRESULT DispatchObject::GetIDsOfNames(REFIID reserved, LPOLESTR* names, UINT count, LCID,

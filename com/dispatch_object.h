@@ -1,19 +1,22 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 
-#include "com/class_table.h"
-#include "com/unknown.h"
+#include "com/connection_point.h"
 #include "ports/windows/com_pointer.h"
 
 namespace tavrix::com {
 
 /// A portable object as hosts see it: IDispatch over its class's table. The one place where C++
-/// exceptions become automation errors.
-class DispatchObject final : public Unknown<IDispatch, ISupportErrorInfo, IProvideClassInfo> {
+/// exceptions become automation errors. Only a class with events has a connection point, and says
+/// through IProvideClassInfo2 what it connects.
+class DispatchObject final
+    : public Unknown<IDispatch, ISupportErrorInfo, IProvideClassInfo2, IConnectionPointContainer> {
   public:
-    DispatchObject(const ClassTable& table, std::shared_ptr<void> target) noexcept
-        : table_(table), target_(std::move(target)) {}
+    /// `sinks` are those that the target raises its events to; null for a class without.
+    DispatchObject(const ClassTable& table, std::shared_ptr<void> target,
+                   std::shared_ptr<EventSinks> sinks) noexcept;
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** object) noexcept override;
     HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) noexcept override;
@@ -28,6 +31,11 @@ class DispatchObject final : public Unknown<IDispatch, ISupportErrorInfo, IProvi
     HRESULT STDMETHODCALLTYPE InterfaceSupportsErrorInfo(REFIID id) noexcept override;
 
     HRESULT STDMETHODCALLTYPE GetClassInfo(ITypeInfo** info) noexcept override;
+    HRESULT STDMETHODCALLTYPE GetGUID(DWORD kind, GUID* id) noexcept override;
+    HRESULT STDMETHODCALLTYPE
+    EnumConnectionPoints(IEnumConnectionPoints** points) noexcept override;
+    HRESULT STDMETHODCALLTYPE FindConnectionPoint(REFIID id,
+                                                  IConnectionPoint** point) noexcept override;
 
     /// The portable object behind `object`; empty when it is not one of the class `table` of this
     /// DLL.
@@ -41,13 +49,16 @@ class DispatchObject final : public Unknown<IDispatch, ISupportErrorInfo, IProvi
 
     const ClassTable& table_;
     std::shared_ptr<void> target_;
+    std::optional<ConnectionPoint> point_;
 };
 
 /// `target` behind its class's table. `table` lives as long as the DLL; the caller makes sure that
-/// it names the target's own class.
+/// it names the target's own class, and that the target raises its events to `sinks`.
 inline windows::ComPointer<IDispatch> make_object(const ClassTable& table,
-                                                  std::shared_ptr<void> target) {
-    return windows::ComPointer<IDispatch>::adopt(new DispatchObject(table, std::move(target)));
+                                                  std::shared_ptr<void> target,
+                                                  std::shared_ptr<EventSinks> sinks = nullptr) {
+    return windows::ComPointer<IDispatch>::adopt(
+        new DispatchObject(table, std::move(target), std::move(sinks)));
 }
 
 }  // namespace tavrix::com

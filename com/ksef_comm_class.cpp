@@ -1,8 +1,8 @@
 #include "com/ksef_comm_class.h"
 
-#include "com/composition.h"
 #include "com/dispatch_object.h"
 #include "com/guid.h"
+#include "com/ksef_composition.h"
 #include "com/signature.h"
 
 namespace tavrix::com {
@@ -10,9 +10,7 @@ namespace {
 
 using ksef::KseF_comm;
 
-// DISPIDs are published: append only. From 13 on they belong, in this order, to SendBach,
-// PodzielPlik, GetUpo, GetFaktury, GetFaktury_xml, GetToken, GetQr2, LoadXMLFromFile,
-// SprawdzXMLzXSD and XMLdoHTML.
+// DISPIDs are published: append only.
 constexpr auto ksef_comm_members = members(
     property<&KseF_comm::baseUrl, &KseF_comm::set_baseUrl>(1, u"baseUrl",
                                                            u"Adres bazowy API KSeF."),
@@ -50,7 +48,40 @@ constexpr auto ksef_comm_members = members(
                                        u"Tekst w stronie kodowej systemu zapisany w Base64.",
                                        by_reference(u"base64Str")),
     method<&KseF_comm::Sha256XmlSimpleb>(12, u"Sha256XmlSimpleb",
-                                         u"Skrót SHA-256 bajtów, w Base64.", by_reference(u"xml")));
+                                         u"Skrót SHA-256 bajtów, w Base64.", by_reference(u"xml")),
+    pending(method<&KseF_comm::SendBach>(
+        13, u"SendBach", u"Wysyła paczkę faktur w sesji wsadowej.", by_reference(u"dbb"),
+        by_value(u"xml"), by_value(u"systemCode"), by_value(u"schemaVersion"),
+        by_value(u"formcode"), by_value(u"Tablica"), by_value(u"Tablica_id"), by_value(u"pog517"))),
+    pending(method<&KseF_comm::PodzielPlik>(
+        14, u"PodzielPlik", u"Dzieli plik na części po 100 000 000 bajtów.",
+        by_value(u"sciezkaZrodlowa"), by_value(u"folderDocelowy"))),
+    pending(method<&KseF_comm::GetUpo>(
+        15, u"GetUpo", u"Zapisuje w dokumentach wyniki zakończonych sesji wsadowych.",
+        by_reference(u"dbb"), by_value(u"nip"), by_value(u"Token"),
+        by_value(u"IsProduction0D1P2T"))),
+    pending(method<&KseF_comm::GetFaktury>(
+        16, u"GetFaktury", u"Pobiera z KSeF faktury zakupu z ostatnich sześćdziesięciu dni.",
+        by_reference(u"dbb"), by_value(u"nip"), by_value(u"Token"), by_value(u"id_grprod"),
+        by_value(u"pog517"), by_value(u"subjectType"))),
+    pending(method<&KseF_comm::GetFaktury_xml>(17, u"GetFaktury_xml",
+                                               u"Pobiera XML faktur, które go jeszcze nie mają.",
+                                               by_reference(u"dbb"))),
+    pending(method<&KseF_comm::GetToken>(
+        18, u"GetToken", u"Nowy token KSeF z prawem odczytu i wysyłki faktur.", by_value(u"nip"))),
+    pending(method<&KseF_comm::GetQr2>(
+        19, u"GetQr2", u"Podpisany odnośnik certyfikatu dla faktury wystawionej offline.",
+        by_reference(u"dbb"), by_value(u"NumSerCertyfikatu"), by_reference(u"Tablica"),
+        by_value(u"Tablica_id"), by_value(u"nip"))),
+    pending(method<&KseF_comm::LoadXMLFromFile>(
+        20, u"LoadXMLFromFile", u"Tekst pliku w stronie kodowej systemu.", by_value(u"FilePath"))),
+    pending(method<&KseF_comm::SprawdzXMLzXSD>(
+        21, u"SprawdzXMLzXSD",
+        u"Sprawdza XML ze schematem; pusty tekst, gdy dokument jest poprawny.", by_value(u"strXML"),
+        by_value(u"strXSD"))),
+    pending(method<&KseF_comm::XMLdoHTML>(
+        22, u"XMLdoHTML", u"Zapisuje XML przekształcony arkuszem XSL do pliku HTML.",
+        by_value(u"strXML"), by_value(u"strXSL"), by_value(u"Plik"))));
 
 }  // namespace
 

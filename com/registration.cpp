@@ -4,19 +4,15 @@
 #include <optional>
 #include <vector>
 
+#include "com/guid_text.h"
 #include "com/module.h"
 #include "com/type_library.h"
 #include "ports/windows/bstr.h"
 #include "ports/windows/failure.h"
+#include "ports/windows/key_handle.h"
 
 namespace tavrix::com {
 namespace {
-
-struct RegistryKeyTraits {
-    using Handle = HKEY;
-    static void free(HKEY key) noexcept { RegCloseKey(key); }
-};
-using RegistryKey = windows::Owned<RegistryKeyTraits>;
 
 /// One value; an empty name is the key's default value, and an entry without a value is just the
 /// key.
@@ -25,12 +21,6 @@ struct Entry {
     base::Text name;
     std::optional<base::Text> value;
 };
-
-base::Text text_of(const GUID& id) {
-    wchar_t buffer[40];
-    StringFromGUID2(id, buffer, 40);
-    return windows::text_from_wide(buffer);
-}
 
 // Written in hexadecimal digits, unlike the version in a ProgID.
 base::Text type_library_version(const Server& server) {
@@ -52,13 +42,19 @@ void add_type_library(const Server& server, const base::Text& path, auto add) {
     add(key + u"\\0", u"", std::nullopt);
     add(key + (sizeof(void*) == 8 ? u"\\0\\win64" : u"\\0\\win32"), u"", path);
     add(u"Interface", u"", std::nullopt);
-    for (const CreatableClass& creatable : server.classes) {
-        const base::Text interface_key = u"Interface\\" + text_of(creatable.table.interface_id);
-        add(interface_key, u"", base::Text(u"_").append(creatable.table.name));
+    const auto add_interface = [&](const GUID& interface_id, base::Text name) {
+        const base::Text interface_key = u"Interface\\" + text_of(interface_id);
+        add(interface_key, u"", std::move(name));
         // The system's own proxy for dispatch interfaces.
         add(interface_key + u"\\ProxyStubClsid32", u"", u"{00020420-0000-0000-C000-000000000046}");
         add(interface_key + u"\\TypeLib", u"", id);
         add(interface_key + u"\\TypeLib", u"Version", version);
+    };
+    for (const CreatableClass& creatable : server.classes) {
+        const ClassTable& table = creatable.table;
+        add_interface(table.interface_id, interface_name(table));
+        if (table.events == nullptr) continue;
+        add_interface(table.events->interface_id, event_interface_name(table));
     }
 }
 
@@ -104,7 +100,7 @@ HKEY root_of(Scope scope) noexcept {
 }
 
 void write(HKEY root, const Entry& entry) {
-    RegistryKey key;
+    windows::KeyHandle key;
     windows::check(HRESULT_FROM_WIN32(static_cast<DWORD>(RegCreateKeyExW(
                        root, windows::wide(entry.key), 0, nullptr, REG_OPTION_NON_VOLATILE,
                        KEY_SET_VALUE, nullptr, key.out(), nullptr))),
@@ -144,7 +140,7 @@ bool is_empty(HKEY key) {
 }
 
 void remove(HKEY root, const Entry& entry) {
-    RegistryKey key;
+    windows::KeyHandle key;
     if (RegOpenKeyExW(root, windows::wide(entry.key), 0, KEY_QUERY_VALUE | KEY_SET_VALUE,
                       key.out()) != ERROR_SUCCESS) {
         return;

@@ -130,6 +130,16 @@ consteval auto method(DISPID id, base::TextView name, base::TextView help,
     return row;
 }
 
+/// An event of the listener that `Listener` is a method of: what is raised, not called. Declare an
+/// array by reference: VB6 knows no other.
+template <auto Listener>
+consteval auto event(DISPID id, base::TextView name, base::TextView help,
+                     const std::same_as<ArgumentName> auto&... arguments) {
+    using S = detail::Signature<decltype(Listener)>;
+    static_assert(std::is_void_v<typename S::Result>, "handlers answer through their arguments");
+    return MemberOf<typename S::Class>{detail::describe<Listener>(id, name, help, arguments...)};
+}
+
 /// A property that is only read.
 template <auto Get>
 consteval auto read_only(DISPID id, base::TextView name, base::TextView help,
@@ -153,6 +163,13 @@ consteval auto property(DISPID id, base::TextView name, base::TextView help,
     return row;
 }
 
+/// The member is there for hosts that bind to it; its work is still to be done.
+template <typename Class>
+consteval MemberOf<Class> pending(MemberOf<Class> row) {
+    row.member.pending = true;
+    return row;
+}
+
 /// The members of one class in the order of their DISPIDs, which are hence unique.
 template <typename Class, std::same_as<MemberOf<Class>>... More>
 consteval auto members(const MemberOf<Class>& first, const More&... more) {
@@ -166,6 +183,15 @@ consteval auto members(const MemberOf<Class>& first, const More&... more) {
         }
     }
     return rows;
+}
+
+/// The row of that name, found when it is compiled.
+template <std::size_t count>
+consteval const Member* row_of(const std::array<Member, count>& rows, base::TextView name) {
+    for (const Member& row : rows) {
+        if (base::TextView(row.name) == name) return &row;
+    }
+    throw "no member of that name";
 }
 
 }  // namespace tavrix::com

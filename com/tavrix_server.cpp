@@ -1,18 +1,30 @@
 #include "base/version.h"
+#include "com/cinfo_class.h"
+#include "com/cls_get_mail_class.h"
+#include "com/cls_pdf_podpis_class.h"
+#include "com/cls_send_mail_class.h"
+#include "com/cmessage_class.h"
 #include "com/drk_wyd_ean_cls128_class.h"
 #include "com/drk_wyd_ean_cls813_class.h"
 #include "com/drk_wyd_ean_cls_class.h"
 #include "com/guid.h"
 #include "com/ksef_comm_class.h"
+#include "com/rejestr_class.h"
 
 namespace tavrix::com {
 
 const Server& server() noexcept {
     static const CreatableClass classes[] = {
+        {cinfo_class, &create_cinfo},
+        {rejestr_class, &create_rejestr},
         {ksef_comm_class, &create_ksef_comm},
         {drk_wyd_ean_cls_class, &create_drk_wyd_ean_cls},
         {drk_wyd_ean_cls813_class, &create_drk_wyd_ean_cls813},
         {drk_wyd_ean_cls128_class, &create_drk_wyd_ean_cls128},
+        {cls_get_mail_class, &create_cls_get_mail},
+        {cmessage_class, &create_cmessage},
+        {cls_send_mail_class, &create_cls_send_mail},
+        {cls_pdf_podpis_class, &create_cls_pdf_podpis},
     };
     static const Server tavrix = {
         .library = base::product_title,

@@ -59,7 +59,10 @@ class InterfaceWriter {
 
     /// Adds the member as one function, or a property as two; gives the next free index.
     UINT add(UINT index) {
-        if (member_.method != nullptr) add_function(index++, INVOKE_FUNC, member_.result);
+        const bool is_event =
+            member_.method == nullptr && member_.get == nullptr && member_.let == nullptr;
+        if (member_.method != nullptr || is_event)
+            add_function(index++, INVOKE_FUNC, member_.result);
         if (member_.get != nullptr) add_function(index++, INVOKE_PROPERTYGET, member_.result);
         if (member_.let != nullptr) add_function(index++, INVOKE_PROPERTYPUT, VT_EMPTY);
         return index;
@@ -133,21 +136,35 @@ ComPointer<ITypeInfo> dispatch_type() {
     return dispatch;
 }
 
+ComPointer<ITypeInfo> add_interface(ICreateTypeLib2& library, const base::Text& name,
+                                    const GUID& id, base::TextView help,
+                                    std::span<const Member> members, ITypeInfo* dispatch) {
+    const auto info = create_type(library, name, TKIND_DISPATCH, id, TYPEFLAG_FDISPATCHABLE, help);
+    check(info->AddImplType(0, refer_to(*info.get(), dispatch)), name);
+    UINT index = 0;
+    for (const Member& member : members) index = InterfaceWriter(*info.get(), member).add(index);
+    check(info->LayOut(), name);
+    return info.query<ITypeInfo>();
+}
+
 void add_class(ICreateTypeLib2& library, const ClassTable& table, ITypeInfo* dispatch) {
     const base::Text name(table.name);
-    const auto members = create_type(library, base::Text(u"_").append(name), TKIND_DISPATCH,
-                                     table.interface_id, TYPEFLAG_FDISPATCHABLE, table.help);
-    check(members->AddImplType(0, refer_to(*members.get(), dispatch)), name);
-    UINT index = 0;
-    for (const Member& member : table.members)
-        index = InterfaceWriter(*members.get(), member).add(index);
-    check(members->LayOut(), name);
+    const auto members = add_interface(library, interface_name(table), table.interface_id,
+                                       table.help, table.members, dispatch);
+    ComPointer<ITypeInfo> events;
+    if (table.events != nullptr) {
+        events = add_interface(library, event_interface_name(table), table.events->interface_id,
+                               table.events->help, table.events->members, dispatch);
+    }
 
     const auto creatable =
         create_type(library, name, TKIND_COCLASS, table.class_id, TYPEFLAG_FCANCREATE, table.help);
-    check(creatable->AddImplType(0, refer_to(*creatable.get(), members.query<ITypeInfo>().get())),
-          name);
+    check(creatable->AddImplType(0, refer_to(*creatable.get(), members.get())), name);
     check(creatable->SetImplTypeFlags(0, IMPLTYPEFLAG_FDEFAULT), name);
+    if (events) {
+        check(creatable->AddImplType(1, refer_to(*creatable.get(), events.get())), name);
+        check(creatable->SetImplTypeFlags(1, IMPLTYPEFLAG_FDEFAULT | IMPLTYPEFLAG_FSOURCE), name);
+    }
     check(creatable->LayOut(), name);
 }
 

@@ -5,7 +5,8 @@
 namespace tavrix::com {
 
 /// Writes what the classes' tables say as a type library (SYS_WIN32 or SYS_WIN64): a dispatch
-/// interface `_Class` and a creatable class for each. Its locale is Polish, so that names keep
+/// interface `_Class` and a creatable class for each, and an interface `__Class` for the events of
+/// those that raise any. Its locale is Polish, so that names keep
 /// their Polish letters. Throws base::AutomationError.
 void write_type_library(const Server& server, const base::Text& path);
 

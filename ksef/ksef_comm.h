@@ -55,6 +55,38 @@ class KseF_comm {
     base::Text Base64DecodeSS(const base::Text& base64Str) const;
     base::Text Sha256XmlSimpleb(const base::Bytes& xml) const;
 
+    // Not built yet. Each answers with its own failure, so that a host that calls it goes the way
+    // it goes when KSeF cannot be reached.
+
+    /// "Nieznany Błąd"
+    base::Text SendBach(ports::Database& dbb, const base::Text& xml, const base::Text& systemCode,
+                        const base::Text& schemaVersion, const base::Text& formcode,
+                        const base::Text& Tablica, const base::Text& Tablica_id,
+                        std::int32_t pog517);
+    /// The empty text: no file was cut.
+    base::Text PodzielPlik(const base::Text& sciezkaZrodlowa, const base::Text& folderDocelowy);
+    /// "Nieznany błąd pobierania upo"
+    base::Text GetUpo(ports::Database& dbb, const base::Text& nip, const base::Text& Token,
+                      bool IsProduction0D1P2T);
+    /// "Nieznany błąd"
+    base::Text GetFaktury(ports::Database& dbb, const base::Text& nip, const base::Text& Token,
+                          std::int32_t id_grprod, std::int32_t pog517,
+                          const base::Text& subjectType);
+    /// "Nieznany błąd"
+    base::Text GetFaktury_xml(ports::Database& dbb);
+    /// The empty text: there is no token, and no other text may be taken for one.
+    base::Text GetToken(const base::Text& nip);
+    /// The empty text: there is no link.
+    base::Text GetQr2(ports::Database& dbb, const base::Text& NumSerCertyfikatu,
+                      base::Text& Tablica, std::int32_t Tablica_id, const base::Text& nip);
+    /// Raises base::AutomationError, as for a file that cannot be read.
+    base::Text LoadXMLFromFile(const base::Text& FilePath);
+    /// "Błąd walidacji: " and why; the empty text would call the document valid.
+    base::Text SprawdzXMLzXSD(const base::Text& strXML, const base::Text& strXSD);
+    /// "Błąd transformacji: " and why
+    base::Text XMLdoHTML(const base::Text& strXML, const base::Text& strXSL,
+                         const base::Text& Plik);
+
   private:
     KsefPorts ports_;
     std::unique_ptr<ClientState> client_;

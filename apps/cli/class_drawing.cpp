@@ -15,13 +15,21 @@ namespace {
 /// A desktop without fonts to install.
 class BareDesktop final : public ports::Shell {
   public:
-    bool file_exists(base::TextView) override { return false; }
-    void copy_file(base::TextView, base::TextView) override {}
     void invoke_verb(base::TextView, base::TextView, base::TextView) override {}
     bool run_and_wait(base::TextView, bool) override { return false; }
+    bool start(base::TextView) override { return false; }
+    base::Text expand(base::TextView text) override { return base::Text(text); }
     void show_message(base::TextView text, std::int32_t) override {
         std::cerr << base::to_utf8(text) << '\n';
     }
+};
+
+/// The fonts' outlines are built in and no picture file is drawn.
+class NoFiles final : public ports::Files {
+  public:
+    bool is_file(base::TextView) override { return false; }
+    void copy(base::TextView, base::TextView) override {}
+    void append(base::TextView, base::ByteView) override {}
 };
 
 constexpr std::int32_t page_twips = 20000;
@@ -68,8 +76,9 @@ ports::Drawing draw_as_class(const std::string& kind, const std::string& text,
         barcode::Drk_Wyd_Ean_cls128(*code_page).RysujEAN(page, given, size_step, bare, rotate);
     } else {
         BareDesktop desktop;
+        NoFiles files;
         const auto pictures = ports::make_native_pictures();
-        barcode::Drk_Wyd_Ean_cls({desktop, *pictures, *code_page})
+        barcode::Drk_Wyd_Ean_cls({desktop, files, *pictures, *code_page})
             .RysujEAN(page, given, margin_twips, margin_twips, picture_twips, picture_twips,
                       size_step, base::from_utf8(kind), bare, rotate, u"", u"");
     }

@@ -7,4 +7,5 @@
 #include <objbase.h>
 #include <oleauto.h>
 #include <ocidl.h>
+#include <olectl.h>
 // clang-format on

@@ -1,17 +1,17 @@
 #include "ports/windows/desktop_shell.h"
 
+// The shell's header counts on the others being there.
+// clang-format off
+#include "ports/windows/automation.h"
+#include <shellapi.h>
+// clang-format on
+
 #include "ports/windows/failure.h"
+#include "ports/windows/kernel_handle.h"
 #include "ports/windows/late_bound.h"
-#include "ports/windows/owned.h"
 
 namespace tavrix::windows {
 namespace {
-
-struct KernelHandleTraits {
-    using Handle = HANDLE;
-    static void free(HANDLE handle) noexcept { CloseHandle(handle); }
-};
-using KernelHandle = Owned<KernelHandleTraits>;
 
 // Waits for `process` while the host's windows go on being painted: the caller's thread is the
 // user interface's.
@@ -28,17 +28,6 @@ void wait_for(HANDLE process) {
 }
 
 }  // namespace
-
-bool DesktopShell::file_exists(base::TextView path) {
-    const DWORD attributes = GetFileAttributesW(wide(base::Text(path)));
-    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
-}
-
-void DesktopShell::copy_file(base::TextView from, base::TextView to) {
-    if (!CopyFileW(wide(base::Text(from)), wide(base::Text(to)), FALSE)) {
-        throw_failure(HRESULT_FROM_WIN32(GetLastError()), u"CopyFile");
-    }
-}
 
 void DesktopShell::invoke_verb(base::TextView folder, base::TextView item, base::TextView verb) {
     const LateBound shell = LateBound::create(u"Shell.Application");
@@ -65,6 +54,29 @@ bool DesktopShell::run_and_wait(base::TextView command_line, bool hidden) {
     const KernelHandle thread(started.hThread);
     wait_for(process.get());
     return true;
+}
+
+bool DesktopShell::start(base::TextView path) {
+    const base::Text program(path);
+    // Unlike a command line, a path is taken whole: no other program can stand at its first space.
+    SHELLEXECUTEINFOW execute{};
+    execute.cbSize = sizeof execute;
+    execute.fMask = SEE_MASK_FLAG_NO_UI;
+    execute.hwnd = GetActiveWindow();
+    execute.lpFile = wide(program);
+    execute.nShow = SW_SHOWNORMAL;
+    return ShellExecuteExW(&execute) != FALSE;
+}
+
+base::Text DesktopShell::expand(base::TextView text) {
+    const base::Text original(text);
+    const DWORD size = ExpandEnvironmentStringsW(wide(original), nullptr, 0);
+    base::Text expanded(size, u'\0');
+    const DWORD written = ExpandEnvironmentStringsW(
+        wide(original), reinterpret_cast<wchar_t*>(expanded.data()), size);
+    if (written == 0 || written > size) return original;
+    expanded.resize(written - 1);
+    return expanded;
 }
 
 void DesktopShell::show_message(base::TextView text, std::int32_t help_context) {

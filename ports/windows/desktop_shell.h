@@ -4,13 +4,13 @@
 
 namespace tavrix::windows {
 
-/// The user's desktop: the file system, Shell.Application, processes and message boxes.
+/// The user's desktop: Shell.Application, processes and message boxes.
 class DesktopShell final : public ports::Shell {
   public:
-    bool file_exists(base::TextView path) override;
-    void copy_file(base::TextView from, base::TextView to) override;
     void invoke_verb(base::TextView folder, base::TextView item, base::TextView verb) override;
     bool run_and_wait(base::TextView command_line, bool hidden) override;
+    bool start(base::TextView path) override;
+    base::Text expand(base::TextView text) override;
     void show_message(base::TextView text, std::int32_t help_context) override;
 };
 

@@ -7,6 +7,7 @@
 #include "base/error.h"
 #include "ports/native/recording_surface.h"
 #include "tests/support/code_page.h"
+#include "tests/support/fake_desktop.h"
 
 namespace tavrix::barcode {
 namespace {
@@ -51,37 +52,13 @@ void expect_error(base::ErrorNumber number, Action&& action) {
     }
 }
 
-/// A desktop of a few files; copying a font makes it known to nobody, as before a restart.
-class FakeShell final : public ports::Shell {
-  public:
-    std::set<Text> files;
-    std::vector<Text> done;
-    bool can_start = true;
-
-    bool file_exists(base::TextView path) override { return files.contains(Text(path)); }
-    void copy_file(base::TextView from, base::TextView to) override {
-        done.push_back(u"copy " + Text(from));
-        files.insert(Text(to));
-    }
-    void invoke_verb(base::TextView folder, base::TextView item, base::TextView verb) override {
-        done.push_back(Text(verb) + u" " + Text(folder) + u" " + Text(item));
-        throw base::AutomationError(base::ErrorNumber::component_failed, u"", u"no such verb");
-    }
-    bool run_and_wait(base::TextView command_line, bool hidden) override {
-        done.push_back((hidden ? u"run hidden " : u"run ") + Text(command_line));
-        return can_start;
-    }
-    void show_message(base::TextView text, std::int32_t) override {
-        done.push_back(u"message " + Text(text));
-    }
-};
-
 class BarcodeClasses : public testing::Test {
   protected:
-    FakeShell shell;
+    // Copying a font makes it known to nobody, as before a restart.
+    test::FakeDesktop shell;
     std::unique_ptr<ports::Pictures> pictures = ports::make_native_pictures();
     std::unique_ptr<ports::CodePage> code_page = test::system_code_page();
-    Drk_Wyd_Ean_cls dispatcher{{shell, *pictures, *code_page}};
+    Drk_Wyd_Ean_cls dispatcher{{shell, shell, *pictures, *code_page}};
 
     void dispatch(RecordingSurface& surface, const Text& text, const Text& kind,
                   bool rotate = false, std::int32_t size = 0) {

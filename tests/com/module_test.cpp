@@ -1,5 +1,6 @@
 // The DLL's own door: class objects, locks, unloading, registration.
 
+#include "ports/windows/key_handle.h"
 #include "tests/com/late_host.h"
 
 namespace tavrix::test {
@@ -88,21 +89,16 @@ TEST_F(Module, InstancesShareNothing) {
     EXPECT_EQ(bstr_of(get(second, u"baseUrl").result), u"");
 }
 
-struct RegistryKeyTraits {
-    using Handle = HKEY;
-    static void free(HKEY key) noexcept { RegCloseKey(key); }
-};
-using RegistryKey = windows::Owned<RegistryKeyTraits>;
 using Lines = std::vector<std::wstring>;
 
-RegistryKey open_key(HKEY root, const std::wstring& path) {
-    RegistryKey key;
+windows::KeyHandle open_key(HKEY root, const std::wstring& path) {
+    windows::KeyHandle key;
     RegOpenKeyExW(root, path.c_str(), 0, KEY_READ, key.out());
     return key;
 }
 
 Lines keys_of(HKEY root, const std::wstring& path) {
-    const RegistryKey key = open_key(root, path);
+    const windows::KeyHandle key = open_key(root, path);
     Lines names;
     wchar_t name[512];
     DWORD size = 512;
@@ -117,7 +113,7 @@ Lines keys_of(HKEY root, const std::wstring& path) {
 // Every key and value under a key, one a line.
 void list(HKEY root, const std::wstring& path, Lines& lines) {
     lines.push_back(path);
-    const RegistryKey key = open_key(root, path);
+    const windows::KeyHandle key = open_key(root, path);
     wchar_t name[512];
     DWORD size = 512;
     for (DWORD i = 0; RegEnumValueW(key.get(), i, name, &size, nullptr, nullptr, nullptr,

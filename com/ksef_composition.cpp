@@ -1,7 +1,6 @@
-#include "com/composition.h"
+#include "com/ksef_composition.h"
 
-#include "com/module.h"
-#include "frame/settings_file.h"
+#include "com/installed_settings.h"
 #include "ports/portable/curl_http.h"
 #include "ports/portable/openssl_crypto.h"
 #include "ports/portable/openssl_lifetime.h"
@@ -12,15 +11,9 @@
 namespace tavrix::com {
 namespace {
 
-// Beside the DLL, wherever it stands and whatever it was renamed to.
-std::string settings_path() {
-    const base::Text path = module_path();
-    return base::to_utf8(path.substr(0, path.find_last_of(u'\\') + 1)) + "Tavrix.json";
-}
-
 /// Everything outside that a public object reaches.
 struct Environment {
-    ports::Settings settings = frame::load_settings(settings_path());
+    ports::Settings settings = load_installed_settings();
     std::unique_ptr<ports::Crypto> crypto = ports::make_openssl_crypto();
     windows::WindowsClock clock;
     windows::Msxml xml;

@@ -1,0 +1,60 @@
+#include "com/frame_composition.h"
+
+#include "com/forms/windows_forms.h"
+#include "com/installed_settings.h"
+#include "frame/library_state.h"
+#include "ports/windows/ansi_code_page.h"
+#include "ports/windows/ansi_registry.h"
+#include "ports/windows/desktop_shell.h"
+#include "ports/windows/user_locale.h"
+#include "ports/windows/windows_clock.h"
+#include "ports/windows/windows_files.h"
+
+namespace tavrix::com {
+namespace {
+
+frame::LibraryState& library_state() {
+    static frame::LibraryState state;
+    return state;
+}
+
+struct ComposedCInfo {
+    WindowsForms forms;
+    windows::WindowsClock clock;
+    windows::UserLocale locale;
+    windows::AnsiRegistry registry;
+    windows::AnsiCodePage code_page;
+    windows::WindowsFiles files;
+    windows::DesktopShell shell;
+    frame::CInfo object{{forms,
+                         clock,
+                         locale,
+                         {registry, code_page, files, shell},
+                         library_state().hand_over,
+                         &load_installed_settings}};
+};
+
+struct ComposedRejestr {
+    windows::AnsiRegistry registry;
+    windows::AnsiCodePage code_page;
+    frame::Rejestr object{registry, code_page};
+};
+
+template <typename Composed>
+auto compose() {
+    auto composed = std::make_shared<Composed>();
+    auto* object = &composed->object;
+    return std::shared_ptr<std::remove_pointer_t<decltype(object)>>(std::move(composed), object);
+}
+
+}  // namespace
+
+std::shared_ptr<frame::CInfo> compose_cinfo() {
+    return compose<ComposedCInfo>();
+}
+
+std::shared_ptr<frame::Rejestr> compose_rejestr() {
+    return compose<ComposedRejestr>();
+}
+
+}  // namespace tavrix::com

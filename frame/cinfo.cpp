@@ -1,0 +1,184 @@
+#include "frame/cinfo.h"
+
+#include "base/error.h"
+#include "frame/version_text.h"
+
+namespace tavrix::frame {
+namespace {
+
+using base::Text;
+
+constexpr base::TextView description =
+    u"Składniki dla polskich programów handlowych:\n"
+    u"faktury w KSeF, kody kreskowe i QR, poczta, podpis PDF.\n"
+    u"© 2026 Autorzy Tavrix, licencja MIT";
+
+constexpr std::int32_t helpdesk_mode = 2;
+
+Text helpdesk_recipients(const ports::Settings& settings, const Text& tax_number) {
+    Text recipients = settings.helpdesk_address;
+    const Text digits = base::remove_characters(tax_number, u"-");
+    for (const ports::HelpdeskRoute& route : settings.helpdesk_routes) {
+        if (base::remove_characters(route.tax_number, u"-") == digits) {
+            return recipients.append(u"; ").append(route.address);
+        }
+    }
+    return recipients;
+}
+
+}  // namespace
+
+Text CInfo::VersjaLib() const {
+    return version_text() + u"." + base::product_title;
+}
+
+void CInfo::OProgramie() noexcept {
+    try {
+        ports_.forms.show_about({base::product_title, u"Wersja " + version_text(),
+                                 Text(description),
+                                 [this] { show_system_information(ports_.system_information); }});
+    } catch (...) {
+        // Out of memory: there is no box to show.
+    }
+}
+
+std::int32_t CInfo::sendmail(const Text& Par_Source, const Text& Par_nip, const Text& Par_Wersja,
+                             const Text& txt1, const Text& txt2, const Text& txt3,
+                             const Text& Pliki, const Text& MailDO2) noexcept {
+    return guarded([&] {
+        ports::MailRecord& record = ports_.hand_over.mail;
+        record.source = Par_Source;
+        record.tax_number = Par_nip;
+        record.host_version = Par_Wersja;
+        record.sender.clear();
+        record.recipients = helpdesk_recipients(ports_.load_settings(), Par_nip) + MailDO2;
+        record.subject = u"BOK-QUEN";
+        record.body = {txt1, txt2, txt3};
+        record.attachments = Pliki;
+        record.mode = helpdesk_mode;
+        return show_message_form();
+    });
+}
+
+std::int32_t CInfo::SendMail_dowolny(const Text& MailOD, const Text& MailDo, const Text& MailTemat,
+                                     const Text& txt1, const Text& txt2, const Text& txt3,
+                                     const Text& Plik, const Text& /*Par_nip*/,
+                                     std::int32_t Auto) noexcept {
+    return guarded([&] {
+        // Source, tax number and version stay as the last message left them.
+        ports::MailRecord& record = ports_.hand_over.mail;
+        record.sender = MailOD;
+        record.recipients = MailDo;
+        record.subject = MailTemat;
+        record.body = {txt1, txt2, txt3};
+        record.attachments = Plik;
+        record.mode = Auto;
+        return show_message_form();
+    });
+}
+
+std::int32_t CInfo::show_message_form() {
+    ports::MailRecord& record = ports_.hand_over.mail;
+    record.result = 0;
+    base::DateTime today = ports_.clock.now_local();
+    today.hour = today.minute = today.second = 0;
+    ports_.forms.show_message_form({record, ports_.locale.general_date(today),
+                                    u"Wysyłanie poczty nie jest jeszcze dostępne w tej wersji.",
+                                    false});
+    return record.result;
+}
+
+template <typename Action>
+std::int32_t CInfo::guarded(Action action) noexcept {
+    try {
+        try {
+            return action();
+        } catch (const base::AutomationError& error) {
+            // Settings that cannot be taken as they stand, for example: their file, line and key.
+            ports_.system_information.shell.show_message(error.description(), 0);
+        }
+    } catch (...) {
+        // The host sees no error.
+    }
+    return 0;
+}
+
+void CInfo::Wykres(bool Par_Czy_Pełny_Ekran, ports::HostObject& /*Par_I_wykresy_Flex*/,
+                   std::int32_t Par_I_wykresy_Col, const Text& Par_I_wykresy_Str,
+                   std::int32_t PAr_I_wykresy_X1, std::int32_t X2, std::int32_t X3,
+                   const Text& PAr_I_wykresy_Title, const Text& PAr_I_wykresy_rodzaj,
+                   const Text& PAr_I_wykresy_checks, std::int16_t PAr_I_wykresy_options) noexcept {
+    guarded([&] {
+        ChartRecord& record = ports_.hand_over.chart;
+        record.full_screen = Par_Czy_Pełny_Ekran;
+        record.column = Par_I_wykresy_Col;
+        record.text = Par_I_wykresy_Str;
+        record.x1 = PAr_I_wykresy_X1;
+        record.x2 = X2;
+        record.x3 = X3;
+        record.title = PAr_I_wykresy_Title;
+        record.kind = PAr_I_wykresy_rodzaj;
+        record.checks = PAr_I_wykresy_checks;
+        record.options = PAr_I_wykresy_options;
+        return 0;
+    });
+}
+
+std::int32_t CInfo::Informator(const Text& Nagłówek, const Text& Treść, const Text& Prz0,
+                               const Text& Prz1, const Text& Prz2, const Text& Prz3,
+                               const Text& Prz4, const Text& Prz5, const Text& Prz6,
+                               const Text& Prz7, const Text& Prz8, const Text& Prz9,
+                               const Text& Prz10, const Text& Prz11, const Text& Prz12) noexcept {
+    return guarded([&] {
+        InformatorRecord& record = ports_.hand_over.informator;
+        record.header = Nagłówek;
+        record.text = Treść;
+        record.buttons = {Prz0, Prz1, Prz2, Prz3,  Prz4,  Prz5, Prz6,
+                          Prz7, Prz8, Prz9, Prz10, Prz11, Prz12};
+        record.result = 0;
+        return record.result;
+    });
+}
+
+std::int32_t CInfo::Informator_Zamówień(
+    Text& REF_Informator_Value_Zamówień, std::int32_t& REF_Informator_Value_Zamówień_WYJ,
+    std::int32_t Ile_wyj, const Text& Nagłówek, const Text& Treść, const Text& Prz1,
+    const Text& Prz2, const Text& Prz3, const Text& Prz4, const Text& Prz5, const Text& Prz6,
+    const Text& Prz7, const Text& Prz8, const Text& Prz9, const Text& Przyc0, const Text& Przyc1,
+    const Text& Przyc2, const Text& Przyc3, const Text& Przyc4) noexcept {
+    return guarded([&] {
+        OrderInformatorRecord& record = ports_.hand_over.order_informator;
+        record.header = Nagłówek;
+        record.text = Treść;
+        record.buttons = {Prz1, Prz2, Prz3, Prz4, Prz5, Prz6, Prz7, Prz8, Prz9};
+        record.outcome_buttons = {Przyc0, Przyc1, Przyc2, Przyc3, Przyc4};
+        record.outcome_count = Ile_wyj;
+        record.value = REF_Informator_Value_Zamówień;
+        record.outcome = REF_Informator_Value_Zamówień_WYJ;
+        record.result = 0;
+        return record.result;
+    });
+}
+
+bool CInfo::Browse(std::int32_t Ile_baz, std::vector<Text>& Bazy, Text& ConnectionStr1,
+                   Text& ConnectionStr2, Text& Server) noexcept {
+    guarded([&] {
+        ports_.hand_over.browser = {.database_count = Ile_baz,
+                                    .databases = Bazy,
+                                    .connection_1 = ConnectionStr1,
+                                    .connection_2 = ConnectionStr2,
+                                    .server = Server};
+        return 0;
+    });
+    return ports_.hand_over.browser.result;
+}
+
+Text CInfo::SendMailCDO(const Text& /*sTo*/, const Text& /*sSubject*/, const Text& /*sFrom*/,
+                        const Text& /*sBody*/, const Text& /*sSmtpServer*/,
+                        std::int16_t /*iSmtpPort*/, const Text& /*sSmtpUser*/,
+                        const Text& /*sSmtpPword*/, const Text& /*sFilePath*/,
+                        bool /*bSmtpSSL*/) const {
+    return u"nieznany błąd";
+}
+
+}  // namespace tavrix::frame

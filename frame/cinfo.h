@@ -1,0 +1,102 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <vector>
+
+#include "frame/hand_over.h"
+#include "frame/system_information.h"
+#include "ports/clock.h"
+#include "ports/host_object.h"
+#include "ports/locale.h"
+#include "ports/settings.h"
+
+namespace tavrix::frame {
+
+/// What the facade reaches outside. The references outlive it.
+struct FramePorts {
+    ports::Forms& forms;
+    ports::Clock& clock;
+    ports::Locale& locale;
+    SystemInformationPorts system_information;
+    HandOver& hand_over;
+    /// Reads the settings file; throws when it cannot be taken as it stands.
+    std::function<ports::Settings()> load_settings;
+};
+
+/// The public class `CInfo`: the library's version and its dialogs. No method raises: numbers are 0
+/// and flags False for whatever went wrong, and what the user must know is shown in a message.
+class CInfo {
+  public:
+    explicit CInfo(FramePorts ports) : ports_(std::move(ports)) {}
+
+    /// "10.0.36.Tavrix": major, minor, revision, the library's title. Always succeeds.
+    base::Text VersjaLib() const;
+
+    /// Shows the About box and returns when it closes.
+    void OProgramie() noexcept;
+
+    /// Sends a message to the helpdesk through the message form: to the helpdesk's address, to the
+    /// second one that the settings give for the tax number `Par_nip` (compared without "-"), and
+    /// to `MailDO2`, which brings its own "; ". `Pliki` are paths separated by ";". Returns what
+    /// the form left, 0 when nothing was sent.
+    std::int32_t sendmail(const base::Text& Par_Source, const base::Text& Par_nip,
+                          const base::Text& Par_Wersja, const base::Text& txt1,
+                          const base::Text& txt2, const base::Text& txt3, const base::Text& Pliki,
+                          const base::Text& MailDO2) noexcept;
+
+    /// The same with free addressing; `Auto` is the form's mode. `Par_nip` is not used.
+    std::int32_t SendMail_dowolny(const base::Text& MailOD, const base::Text& MailDo,
+                                  const base::Text& MailTemat, const base::Text& txt1,
+                                  const base::Text& txt2, const base::Text& txt3,
+                                  const base::Text& Plik, const base::Text& Par_nip,
+                                  std::int32_t Auto) noexcept;
+
+    /// The chart window. Not built yet: the record is filled and nothing is shown.
+    void Wykres(bool Par_Czy_Pełny_Ekran, ports::HostObject& Par_I_wykresy_Flex,
+                std::int32_t Par_I_wykresy_Col, const base::Text& Par_I_wykresy_Str,
+                std::int32_t PAr_I_wykresy_X1, std::int32_t X2, std::int32_t X3,
+                const base::Text& PAr_I_wykresy_Title, const base::Text& PAr_I_wykresy_rodzaj,
+                const base::Text& PAr_I_wykresy_checks,
+                std::int16_t PAr_I_wykresy_options) noexcept;
+
+    /// A message with up to thirteen buttons; returns the one chosen. Not built yet: 0.
+    std::int32_t Informator(const base::Text& Nagłówek, const base::Text& Treść,
+                            const base::Text& Prz0, const base::Text& Prz1, const base::Text& Prz2,
+                            const base::Text& Prz3, const base::Text& Prz4, const base::Text& Prz5,
+                            const base::Text& Prz6, const base::Text& Prz7, const base::Text& Prz8,
+                            const base::Text& Prz9, const base::Text& Prz10,
+                            const base::Text& Prz11, const base::Text& Prz12) noexcept;
+
+    /// The same for orders, with a value and an outcome that come back. Not built yet: 0, and both
+    /// are left alone.
+    std::int32_t Informator_Zamówień(
+        base::Text& REF_Informator_Value_Zamówień, std::int32_t& REF_Informator_Value_Zamówień_WYJ,
+        std::int32_t Ile_wyj, const base::Text& Nagłówek, const base::Text& Treść,
+        const base::Text& Prz1, const base::Text& Prz2, const base::Text& Prz3,
+        const base::Text& Prz4, const base::Text& Prz5, const base::Text& Prz6,
+        const base::Text& Prz7, const base::Text& Prz8, const base::Text& Prz9,
+        const base::Text& Przyc0, const base::Text& Przyc1, const base::Text& Przyc2,
+        const base::Text& Przyc3, const base::Text& Przyc4) noexcept;
+
+    /// The query browser. Not built yet: False, and every argument is left alone.
+    bool Browse(std::int32_t Ile_baz, std::vector<base::Text>& Bazy, base::Text& ConnectionStr1,
+                base::Text& ConnectionStr2, base::Text& Server) noexcept;
+
+    /// Sends one message without a window. Not built yet: "nieznany błąd".
+    base::Text SendMailCDO(const base::Text& sTo, const base::Text& sSubject,
+                           const base::Text& sFrom, const base::Text& sBody,
+                           const base::Text& sSmtpServer, std::int16_t iSmtpPort,
+                           const base::Text& sSmtpUser, const base::Text& sSmtpPword,
+                           const base::Text& sFilePath, bool bSmtpSSL) const;
+
+  private:
+    std::int32_t show_message_form();
+    /// What `action` gives; 0 when it throws, after the user was told why.
+    template <typename Action>
+    std::int32_t guarded(Action action) noexcept;
+
+    FramePorts ports_;
+};
+
+}  // namespace tavrix::frame

@@ -1,0 +1,64 @@
+// The methods of KseF_comm whose work is still to be done. Each goes into the file of its idea when
+// it is built; until then it answers with its own failure.
+
+#include "base/error.h"
+#include "ksef/ksef_comm.h"
+
+namespace tavrix::ksef {
+namespace {
+
+using base::Text;
+
+constexpr base::TextView not_available = u"metoda nie jest jeszcze dostępna w tej wersji";
+
+}  // namespace
+
+Text KseF_comm::SendBach(ports::Database& /*dbb*/, const Text& /*xml*/, const Text& /*systemCode*/,
+                         const Text& /*schemaVersion*/, const Text& /*formcode*/,
+                         const Text& /*Tablica*/, const Text& /*Tablica_id*/,
+                         std::int32_t /*pog517*/) {
+    return u"Nieznany Błąd";
+}
+
+Text KseF_comm::PodzielPlik(const Text& /*sciezkaZrodlowa*/, const Text& /*folderDocelowy*/) {
+    return {};
+}
+
+Text KseF_comm::GetUpo(ports::Database& /*dbb*/, const Text& /*nip*/, const Text& /*Token*/,
+                       bool /*IsProduction0D1P2T*/) {
+    return u"Nieznany błąd pobierania upo";
+}
+
+Text KseF_comm::GetFaktury(ports::Database& /*dbb*/, const Text& /*nip*/, const Text& /*Token*/,
+                           std::int32_t /*id_grprod*/, std::int32_t /*pog517*/,
+                           const Text& /*subjectType*/) {
+    return u"Nieznany błąd";
+}
+
+Text KseF_comm::GetFaktury_xml(ports::Database& /*dbb*/) {
+    return u"Nieznany błąd";
+}
+
+Text KseF_comm::GetToken(const Text& /*nip*/) {
+    return {};
+}
+
+Text KseF_comm::GetQr2(ports::Database& /*dbb*/, const Text& /*NumSerCertyfikatu*/,
+                       Text& /*Tablica*/, std::int32_t /*Tablica_id*/, const Text& /*nip*/) {
+    return {};
+}
+
+Text KseF_comm::LoadXMLFromFile(const Text& /*FilePath*/) {
+    throw base::AutomationError(base::ErrorNumber::component_failed, u"KseF_comm.LoadXMLFromFile",
+                                Text(not_available));
+}
+
+Text KseF_comm::SprawdzXMLzXSD(const Text& /*strXML*/, const Text& /*strXSD*/) {
+    return u"Błąd walidacji: " + Text(not_available);
+}
+
+Text KseF_comm::XMLdoHTML(const Text& /*strXML*/, const Text& /*strXSL*/, const Text& /*Plik*/) {
+    return u"Błąd transformacji: " + Text(not_available);
+}
+
+}  // namespace tavrix::ksef

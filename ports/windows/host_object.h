@@ -1,0 +1,18 @@
+#pragma once
+
+#include "ports/host_object.h"
+#include "ports/windows/com_pointer.h"
+
+namespace tavrix::windows {
+
+/// A host's object behind its dispatch interface; may be Nothing.
+class HostObject final : public ports::HostObject {
+  public:
+    explicit HostObject(ComPointer<IDispatch> object) noexcept : object_(std::move(object)) {}
+    IDispatch* dispatch() const noexcept { return object_.get(); }
+
+  private:
+    ComPointer<IDispatch> object_;
+};
+
+}  // namespace tavrix::windows

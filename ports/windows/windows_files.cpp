@@ -1,0 +1,40 @@
+#include "ports/windows/windows_files.h"
+
+#include "ports/windows/bstr.h"
+#include "ports/windows/failure.h"
+#include "ports/windows/kernel_handle.h"
+
+namespace tavrix::windows {
+namespace {
+
+[[noreturn]] void throw_last_error(base::TextView source) {
+    throw_failure(HRESULT_FROM_WIN32(GetLastError()), source);
+}
+
+}  // namespace
+
+bool WindowsFiles::is_file(base::TextView path) {
+    const DWORD attributes = GetFileAttributesW(wide(base::Text(path)));
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0;
+}
+
+void WindowsFiles::copy(base::TextView from, base::TextView to) {
+    if (!CopyFileW(wide(base::Text(from)), wide(base::Text(to)), FALSE)) {
+        throw_last_error(u"CopyFile");
+    }
+}
+
+void WindowsFiles::append(base::TextView path, base::ByteView bytes) {
+    // With the right to append and no other, the system itself finds the end for each write.
+    HANDLE opened = CreateFileW(wide(base::Text(path)), FILE_APPEND_DATA,
+                                FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (opened == INVALID_HANDLE_VALUE) throw_last_error(u"CreateFile");
+    const KernelHandle file(opened);
+    DWORD written = 0;
+    if (!WriteFile(file.get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr)) {
+        throw_last_error(u"WriteFile");
+    }
+}
+
+}  // namespace tavrix::windows

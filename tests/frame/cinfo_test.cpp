@@ -1,0 +1,203 @@
+#include "frame/cinfo.h"
+
+#include <gtest/gtest.h>
+
+#include "base/error.h"
+#include "ports/native/adapters.h"
+#include "tests/support/fake_clock.h"
+#include "tests/support/fake_desktop.h"
+#include "tests/support/fake_registry.h"
+
+namespace tavrix::frame {
+namespace {
+
+using base::Text;
+using ports::RegistryRoot;
+
+/// Forms without windows: `while_open` is what happens while one is shown.
+class FakeForms final : public ports::Forms {
+  public:
+    std::function<void(const ports::AboutBox&)> while_about_is_open;
+    std::function<void(const ports::MessageForm&)> while_message_is_open;
+
+    void show_about(const ports::AboutBox& box) noexcept override {
+        if (while_about_is_open) while_about_is_open(box);
+    }
+    void show_message_form(const ports::MessageForm& form) noexcept override {
+        if (while_message_is_open) while_message_is_open(form);
+    }
+};
+
+class CInfoTest : public testing::Test {
+  protected:
+    FakeForms forms;
+    test::FakeClock clock;
+    test::FakeRegistry registry;
+    test::FakeDesktop desktop;
+    HandOver hand_over;
+    ports::Settings settings;
+    std::unique_ptr<ports::Locale> locale = ports::make_native_locale();
+    std::unique_ptr<ports::CodePage> code_page = ports::make_native_code_page();
+    CInfo info{{forms, clock, *locale, {registry, *code_page, desktop, desktop}, hand_over, [this] {
+                    return settings;
+                }}};
+
+    void SetUp() override {
+        settings.helpdesk_address = u"pomoc@firma.example";
+        settings.helpdesk_routes = {{u"526-587-76-35", u"opiekun@firma.example"}};
+    }
+    Text recipients_for(const Text& tax_number, const Text& more) {
+        info.sendmail(u"", tax_number, u"", u"", u"", u"", u"", more);
+        return hand_over.mail.recipients;
+    }
+};
+
+TEST_F(CInfoTest, SaysItsVersion) {
+    EXPECT_EQ(info.VersjaLib(), u"10.0.36.Tavrix");
+    Text shown;
+    forms.while_about_is_open = [&](const ports::AboutBox& box) {
+        shown = box.title + u"/" + box.version;
+    };
+    info.OProgramie();
+    EXPECT_EQ(shown, u"Tavrix/Wersja 10.0.36");
+}
+
+TEST_F(CInfoTest, HandsTheMessageForTheHelpdeskToTheForm) {
+    clock.now = {2026, 11, 21, 13, 5, 0};
+    ports::MailRecord seen;
+    Text date;
+    forms.while_message_is_open = [&](const ports::MessageForm& form) {
+        seen = form.record;
+        date = form.date;
+        form.record.result = 7;
+    };
+    hand_over.mail.sender = u"somebody";
+    hand_over.mail.result = 3;
+    EXPECT_EQ(info.sendmail(u"Magazyn", u"5265877635", u"7.1", u"a", u"b", u"c", u"C:\\x.log", u""),
+              7);
+    EXPECT_EQ(seen.source, u"Magazyn");
+    EXPECT_EQ(seen.tax_number, u"5265877635");
+    EXPECT_EQ(seen.host_version, u"7.1");
+    EXPECT_EQ(seen.sender, u"");
+    EXPECT_EQ(seen.subject, u"BOK-QUEN");
+    EXPECT_EQ(seen.body, (std::array<Text, 3>{u"a", u"b", u"c"}));
+    EXPECT_EQ(seen.attachments, u"C:\\x.log");
+    EXPECT_EQ(seen.mode, 2);
+    EXPECT_EQ(seen.result, 0);
+    EXPECT_EQ(date, u"2026-11-21");
+    forms.while_message_is_open = nullptr;
+    EXPECT_EQ(info.sendmail(u"", u"", u"", u"", u"", u"", u"", u""), 0)
+        << "a form closed by its cross leaves no result";
+}
+
+TEST_F(CInfoTest, FindsTheHelpdeskOfATaxNumber) {
+    const Text both = u"pomoc@firma.example; opiekun@firma.example";
+    EXPECT_EQ(recipients_for(u"5265877635", u""), both);
+    EXPECT_EQ(recipients_for(u"526-58-77-635", u"; ktos@inny.example"),
+              both + u"; ktos@inny.example");
+    EXPECT_EQ(recipients_for(u"1111111111", u""), u"pomoc@firma.example");
+    EXPECT_EQ(recipients_for(u"1111111111", u"ktos@inny.example"),
+              u"pomoc@firma.examplektos@inny.example")
+        << "the caller brings its own separator";
+}
+
+TEST_F(CInfoTest, LetsTheHostAddressFreely) {
+    info.sendmail(u"Magazyn", u"526", u"7.1", u"", u"", u"", u"", u"");
+    EXPECT_EQ(info.SendMail_dowolny(u"ja@a.example", u"on@b.example", u"Oferta", u"a", u"b", u"c",
+                                    u"x;y", u"999", 1),
+              0);
+    EXPECT_EQ(hand_over.mail.sender, u"ja@a.example");
+    EXPECT_EQ(hand_over.mail.recipients, u"on@b.example");
+    EXPECT_EQ(hand_over.mail.subject, u"Oferta");
+    EXPECT_EQ(hand_over.mail.attachments, u"x;y");
+    EXPECT_EQ(hand_over.mail.mode, 1);
+    EXPECT_EQ(hand_over.mail.tax_number, u"526") << "not this call's, and so the last one's";
+}
+
+TEST_F(CInfoTest, ACallWhileTheFormIsOpenWritesIntoTheSameRecord) {
+    int calls = 0;
+    forms.while_message_is_open = [&](const ports::MessageForm& form) {
+        if (++calls > 1) return;
+        EXPECT_EQ(info.SendMail_dowolny(u"", u"drugi@b.example", u"", u"", u"", u"", u"", u"", 1),
+                  0);
+        EXPECT_EQ(form.record.recipients, u"drugi@b.example");
+        form.record.result = 1;
+    };
+    EXPECT_EQ(info.sendmail(u"", u"", u"", u"", u"", u"", u"", u""), 1);
+}
+
+TEST_F(CInfoTest, ShowsWhatIsWrongWithTheSettings) {
+    CInfo broken{{forms,
+                  clock,
+                  *locale,
+                  {registry, *code_page, desktop, desktop},
+                  hand_over,
+                  []() -> ports::Settings {
+                      throw base::AutomationError(base::ErrorNumber::component_failed, u"",
+                                                  u"Tavrix.json, wiersz 3: zły klucz");
+                  }}};
+    forms.while_message_is_open = [](const ports::MessageForm&) { ADD_FAILURE() << "shown"; };
+    EXPECT_EQ(broken.sendmail(u"", u"", u"", u"", u"", u"", u"", u""), 0);
+    EXPECT_EQ(desktop.done, std::vector<Text>{u"message Tavrix.json, wiersz 3: zły klucz"});
+    EXPECT_EQ(broken.VersjaLib(), u"10.0.36.Tavrix") << "needs no settings";
+}
+
+TEST_F(CInfoTest, TheOtherDialogsGetTheirRecords) {
+    EXPECT_EQ(info.Informator(u"Nagłówek", u"Treść", u"Tak", u"Nie", u"", u"", u"", u"", u"", u"",
+                              u"", u"", u"", u"", u"Ostatni"),
+              0);
+    EXPECT_EQ(hand_over.informator.header, u"Nagłówek");
+    ASSERT_EQ(hand_over.informator.buttons.size(), 13u);
+    EXPECT_EQ(hand_over.informator.buttons[12], u"Ostatni");
+    std::vector<Text> databases{u"firma", u"archiwum"};
+    Text first = u"a";
+    Text second = u"b";
+    Text server = u"c";
+    EXPECT_FALSE(info.Browse(2, databases, first, second, server));
+    EXPECT_EQ(hand_over.browser.databases, databases);
+    EXPECT_EQ(hand_over.browser.server, u"c");
+}
+
+class SystemInformation : public CInfoTest {
+  protected:
+    static constexpr auto root = RegistryRoot::local_machine;
+    const std::string tool_key = "SOFTWARE\\Microsoft\\Shared Tools\\MSINFO";
+    const std::string folder_key = "SOFTWARE\\Microsoft\\Shared Tools Location";
+    const Text missing = u"message Brak zainstalownej opcji w Systemie Windows";
+
+    std::vector<Text> press_the_button() {
+        desktop.done.clear();
+        forms.while_about_is_open = [](const ports::AboutBox& box) {
+            box.show_system_information();
+        };
+        info.OProgramie();
+        return desktop.done;
+    }
+};
+
+TEST_F(SystemInformation, TakesTheToolThenTheFolderThenSaysThatThereIsNone) {
+    EXPECT_EQ(press_the_button(), std::vector<Text>{missing});
+
+    registry.put(root, folder_key, "MSINFO", 1, {"C:\\Shared\0", 10});
+    EXPECT_EQ(press_the_button(), std::vector<Text>{missing}) << "the file is not there";
+    desktop.files.insert(u"C:\\Shared\\MSINFO32.EXE");
+    EXPECT_EQ(press_the_button(), std::vector<Text>{u"start C:\\Shared\\MSINFO32.EXE"});
+
+    registry.put(root, tool_key, "PATH", 1, {"D:\\info.exe\0", 12});
+    EXPECT_EQ(press_the_button(), std::vector<Text>{u"start D:\\info.exe"})
+        << "without asking whether the file is there";
+    registry.put(root, tool_key, "PATH", ports::registry_expandable_text, {"%Tools%\\i.exe\0", 14});
+    desktop.environment[u"%Tools%"] = u"E:\\Tools";
+    EXPECT_EQ(press_the_button(), std::vector<Text>{u"start E:\\Tools\\i.exe"});
+}
+
+TEST_F(SystemInformation, SaysSoWhenTheToolDoesNotStart) {
+    registry.put(root, tool_key, "PATH", 1, {"D:\\info.exe\0", 12});
+    desktop.can_start = false;
+    EXPECT_EQ(press_the_button(), (std::vector<Text>{u"start D:\\info.exe", missing}));
+    registry.broken = true;
+    EXPECT_EQ(press_the_button(), std::vector<Text>{missing});
+}
+
+}  // namespace
+}  // namespace tavrix::frame

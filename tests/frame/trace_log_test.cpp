@@ -1,0 +1,129 @@
+#include "frame/trace_log.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <thread>
+
+#include "mail/trace_marks.h"
+#include "ports/native/adapters.h"
+#include "tests/support/fake_clock.h"
+#include "tests/support/scratch_folder.h"
+
+namespace tavrix::frame {
+namespace {
+
+namespace fs = std::filesystem;
+
+class TraceLogTest : public testing::Test {
+  protected:
+    test::ScratchFolder drive;
+    fs::path folder = drive.path() / "quensql";
+    fs::path switch_file = folder / "debug-Info.quen";
+    fs::path log_file = folder / "debug-info.dta.quen";
+
+    std::unique_ptr<ports::Files> files = ports::make_native_files(drive.path().string());
+    std::unique_ptr<ports::Locale> locale = ports::make_native_locale();
+    std::unique_ptr<ports::CodePage> code_page = ports::make_native_code_page();
+    test::FakeClock clock;
+    TraceSwitch is_on = false;
+    TraceLog log{is_on, {*files, clock, *locale, *code_page}};
+
+    void SetUp() override { clock.now = {2026, 11, 14, 21, 49, 5}; }
+    void turn_on() {
+        fs::create_directories(folder);
+        std::ofstream(switch_file) << "";
+        log.look_for_switch();
+    }
+    std::string written() const {
+        std::ostringstream content;
+        content << std::ifstream(log_file, std::ios::binary).rdbuf();
+        return content.str();
+    }
+};
+
+TEST_F(TraceLogTest, WritesALineForEachMarkOnceTheSwitchWasSeen) {
+    turn_on();
+    ports::Trace& trace = log;
+    trace.mark(mail::data_arrival_marks[u"12"]);
+    trace.mark(mail::disconnect_marks[u"2k"]);
+    clock.now = {2026, 11, 15, 0, 0, 0};
+    trace.mark(mail::socket_error_marks[u"1"], u"10061 Połączenie odrzucone");
+    EXPECT_EQ(written(),
+              "2026-11-14 21:49:05:10.0.36:C_Getmail:Winsock1_DataArrival:12\r\n"
+              "2026-11-14 21:49:05:10.0.36:C_Getmail:DisconnectMe:2k\r\n"
+              "2026-11-15:10.0.36:C_Getmail:Winsock1_Error:1:10061 Po\xB3\xB9"
+              "czenie odrzucone\r\n");
+}
+
+TEST_F(TraceLogTest, IsOffUntilTheSwitchIsLookedFor) {
+    fs::create_directories(folder);
+    log.write(u"x");
+    std::ofstream(switch_file) << "";
+    log.write(u"x");
+    EXPECT_FALSE(fs::exists(log_file)) << "nobody looked for the switch";
+    log.look_for_switch();
+    log.write(u"x");
+    EXPECT_TRUE(fs::exists(log_file));
+}
+
+TEST_F(TraceLogTest, StaysOnWhenTheSwitchIsTakenAway) {
+    turn_on();
+    fs::remove(switch_file);
+    TraceLog another(is_on, {*files, clock, *locale, *code_page});
+    another.look_for_switch();
+    another.write(u"a");
+    // What is written stays; what was moved away is begun anew.
+    EXPECT_EQ(written(), "2026-11-14 21:49:05:10.0.36:a\r\n");
+    fs::remove(log_file);
+    log.write(u"b");
+    EXPECT_EQ(written(), "2026-11-14 21:49:05:10.0.36:b\r\n");
+}
+
+TEST_F(TraceLogTest, AFolderIsNoSwitch) {
+    fs::create_directories(switch_file);
+    log.look_for_switch();
+    EXPECT_FALSE(is_on);
+}
+
+TEST_F(TraceLogTest, ItsOwnTroubleIsNobodyElses) {
+    is_on = true;
+    log.write(u"no folder");
+    EXPECT_FALSE(fs::exists(folder)) << "the folder is not made";
+    fs::create_directories(log_file);
+    log.write(u"a folder where the file should be");
+    EXPECT_TRUE(fs::is_directory(log_file));
+    // Natively without a folder for drive C.
+    const auto nowhere = ports::make_native_files("");
+    TraceLog elsewhere(is_on, {*nowhere, clock, *locale, *code_page});
+    elsewhere.look_for_switch();
+    elsewhere.write(u"x");
+}
+
+TEST_F(TraceLogTest, TwoInstancesWriteWholeLines) {
+    turn_on();
+    constexpr int lines = 200;
+    const auto write_many = [&](base::TextView entry) {
+        const auto own_files = ports::make_native_files(drive.path().string());
+        TraceLog own(is_on, {*own_files, clock, *locale, *code_page});
+        for (int i = 0; i < lines; ++i) own.write(entry);
+    };
+    {
+        const std::jthread first(write_many, u"first");
+        const std::jthread second(write_many, u"second");
+    }
+    std::istringstream content(written());
+    int first = 0;
+    int second = 0;
+    for (std::string line; std::getline(content, line);) {
+        first += line == "2026-11-14 21:49:05:10.0.36:first\r";
+        second += line == "2026-11-14 21:49:05:10.0.36:second\r";
+    }
+    EXPECT_EQ(first, lines);
+    EXPECT_EQ(second, lines);
+}
+
+}  // namespace
+}  // namespace tavrix::frame
