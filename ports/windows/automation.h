@@ -9,3 +9,6 @@
 #include <ocidl.h>
 #include <olectl.h>
 // clang-format on
+
+// The system renames functions of this name; a public class has a method of it.
+#undef RegGetValue
