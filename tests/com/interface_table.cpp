@@ -13,8 +13,8 @@ const PublishedClass classes[] = {
         u"long SendMail_dowolny(ref text MailOD, ref text MailDo, ref text MailTemat, text txt1, text txt2, "
             u"text txt3, ref text Plik, ref text Par_nip, ref long Auto)",
         u"void Wykres(ref bool Par_Czy_Pełny_Ekran, object Par_I_wykresy_Flex, ref long Par_I_wykresy_Col, "
-            u"ref text Par_I_wykresy_Str, ref long PAr_I_wykresy_X1, ref long X2, ref long X3, "
-            u"ref text PAr_I_wykresy_Title, text PAr_I_wykresy_rodzaj, "
+            u"ref text Par_I_wykresy_Str, ref long PAr_I_wykresy_X1, ref long X2, "
+            u"ref long X3, ref text PAr_I_wykresy_Title, text PAr_I_wykresy_rodzaj, "
             u"text PAr_I_wykresy_checks, integer PAr_I_wykresy_options)",
         u"long Informator(text Nagłówek, text Treść, text Prz0, text Prz1, text Prz2, text Prz3, text Prz4, "
             u"text Prz5, text Prz6, text Prz7, text Prz8, text Prz9, text Prz10, text Prz11, text Prz12)",
@@ -68,8 +68,8 @@ const PublishedClass classes[] = {
             u"text KatalogProgramu, text WindowsDir)",
         u"bool SetCzcionkę(object pict, text fnt, text Plik, bool silent, text KatalogProgramu, "
             u"text WindowsDir)",
-        u"bool SyncShell(text CommandLine, variant Timeout_NIE_UZYWANE, "
-            u"variant WaitForInputIdle_NIE_UZYWANE, bool Hide)",
+        u"bool SyncShell(text CommandLine, long Timeout_NIE_UZYWANE, bool WaitForInputIdle_NIE_UZYWANE, "
+            u"bool Hide)",
         u"void RotateText(object Pdevice, text Text, integer angle, double X, double Y)",
         u"variant RotateSurface(object SourcePicture, object DestPicture, long lngAngle, long XDest, "
             u"long YDest)",
