@@ -68,8 +68,8 @@ const PublishedClass classes[] = {
             u"text KatalogProgramu, text WindowsDir)",
         u"bool SetCzcionkę(object pict, text fnt, text Plik, bool silent, text KatalogProgramu, "
             u"text WindowsDir)",
-        u"bool SyncShell(text CommandLine, long Timeout_NIE_UZYWANE, bool WaitForInputIdle_NIE_UZYWANE, "
-            u"bool Hide)",
+        u"bool SyncShell(text CommandLine, variant Timeout_NIE_UZYWANE, "
+            u"variant WaitForInputIdle_NIE_UZYWANE, bool Hide)",
         u"void RotateText(object Pdevice, text Text, integer angle, double X, double Y)",
         u"variant RotateSurface(object SourcePicture, object DestPicture, long lngAngle, long XDest, "
             u"long YDest)",
