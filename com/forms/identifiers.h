@@ -1,0 +1,23 @@
+#pragma once
+
+// The numbers that the dialog templates and the code share. Macros, because the resource compiler
+// reads this too.
+
+#define TAVRIX_CONTROLS_MANIFEST 2
+#define TAVRIX_ABOUT_FORM 101
+#define TAVRIX_MESSAGE_FORM 102
+
+#define TAVRIX_ABOUT_EMBLEM 1001
+#define TAVRIX_ABOUT_TITLE 1002
+#define TAVRIX_ABOUT_VERSION 1003
+#define TAVRIX_ABOUT_DESCRIPTION 1004
+#define TAVRIX_ABOUT_SYSTEM_INFORMATION 1005
+
+#define TAVRIX_MESSAGE_RECIPIENTS 1101
+#define TAVRIX_MESSAGE_TAX_NUMBER 1102
+#define TAVRIX_MESSAGE_DATE 1103
+#define TAVRIX_MESSAGE_SUBJECT 1104
+// Three in a row.
+#define TAVRIX_MESSAGE_BODY 1105
+#define TAVRIX_MESSAGE_ATTACHMENTS 1108
+#define TAVRIX_MESSAGE_STATUS 1109

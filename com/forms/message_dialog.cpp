@@ -1,0 +1,49 @@
+#include "com/forms/message_dialog.h"
+
+#include "com/forms/identifiers.h"
+
+namespace tavrix::com {
+namespace {
+
+// Hosts end lines in their own ways; an edit control knows one.
+base::Text with_edit_line_ends(base::TextView text) {
+    const base::Text plain = base::replace_all(text, u"\r\n", u"\n");
+    return base::replace_all(base::replace_all(plain, u"\r", u"\n"), u"\n", u"\r\n");
+}
+
+base::Text one_below_the_other(base::TextView attachments) {
+    base::Text lines;
+    for (const base::Text& path : base::split(attachments, u';')) {
+        if (path.empty()) continue;
+        if (!lines.empty()) lines += u"\r\n";
+        lines += path;
+    }
+    return lines;
+}
+
+}  // namespace
+
+MessageDialog::MessageDialog(const ports::MessageForm& form) noexcept
+    : Dialog(TAVRIX_MESSAGE_FORM), form_(form) {}
+
+void MessageDialog::on_open() {
+    const ports::MailRecord& record = form_.record;
+    set_text(TAVRIX_MESSAGE_RECIPIENTS, record.recipients);
+    set_text(TAVRIX_MESSAGE_TAX_NUMBER, record.tax_number);
+    set_text(TAVRIX_MESSAGE_DATE, form_.date);
+    set_text(TAVRIX_MESSAGE_SUBJECT, record.subject);
+    int body = TAVRIX_MESSAGE_BODY;
+    for (const base::Text& text : record.body) set_text(body++, with_edit_line_ends(text));
+    set_text(TAVRIX_MESSAGE_ATTACHMENTS, one_below_the_other(record.attachments));
+    set_text(TAVRIX_MESSAGE_STATUS, form_.status);
+    grow_to_text(TAVRIX_MESSAGE_STATUS);
+    if (form_.can_send) offer_sending();
+}
+
+void MessageDialog::offer_sending() noexcept {
+    EnableWindow(control(IDOK), TRUE);
+    SendMessageW(window(), DM_SETDEFID, IDOK, 0);
+    SendMessageW(window(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(control(IDOK)), TRUE);
+}
+
+}  // namespace tavrix::com

@@ -1,0 +1,218 @@
+// The library's own windows, as a user meets them: what they show, the keyboard, how they close,
+// and what they do to the host's window.
+
+#include "com/forms/windows_forms.h"
+
+#include <algorithm>
+#include <array>
+
+#include "com/forms/identifiers.h"
+#include "ports/windows/gdi.h"
+#include "tests/com/form_content.h"
+#include "tests/com/form_user.h"
+#include "tests/com/gdi_objects.h"
+
+namespace tavrix::test {
+namespace {
+
+class Forms : public testing::Test {
+  protected:
+    std::function<void()> about() {
+        return [this] { forms.show_about(content.about); };
+    }
+    std::function<void()> message_form() {
+        return [this] { forms.show_message_form(content.message); };
+    }
+
+    FormUser user;
+    com::WindowsForms forms;
+    FormContent content;
+};
+
+int focused_control() {
+    return GetDlgCtrlID(GetFocus());
+}
+
+// Presses Tab until the focus is back where it was; `order` gets every control on the way.
+void walk_with_tab(FormUser& user, const std::function<void()>& show, std::vector<int>& order) {
+    constexpr int more_than_there_are = 20;
+    std::vector<Step> steps;
+    for (int i = 0; i < more_than_there_are; ++i) {
+        steps.push_back([&order](HWND form) {
+            order.push_back(focused_control());
+            press(VK_TAB)(form);
+        });
+    }
+    steps.push_back(press(VK_ESCAPE));
+    user.use(show, std::move(steps));
+    const auto again = std::find(order.begin() + 1, order.end(), order.front());
+    ASSERT_NE(again, order.end());
+    order.erase(again, order.end());
+}
+
+TEST_F(Forms, AboutBoxTellsWhatItIsAndReachesTheSystemInformation) {
+    int calls = 0;
+    content.about.show_system_information = [&] {
+        ++calls;
+        EXPECT_EQ(open_forms().size(), 1u);
+    };
+    user.use(about(), {[&](HWND form) {
+                           EXPECT_EQ(text_of(form), u"O programie Tavrix");
+                           EXPECT_EQ(text_of(form, TAVRIX_ABOUT_TITLE), u"Tavrix");
+                           EXPECT_EQ(text_of(form, TAVRIX_ABOUT_VERSION), u"Wersja 10.0.36");
+                           EXPECT_EQ(text_of(form, TAVRIX_ABOUT_DESCRIPTION),
+                                     content.about.description);
+                           EXPECT_EQ(GetWindow(form, GW_OWNER), user.host_window());
+                       },
+                       click(TAVRIX_ABOUT_SYSTEM_INFORMATION), press_with_alt(L'i'),
+                       [&](HWND form) {
+                           EXPECT_EQ(calls, 2);
+                           press(VK_ESCAPE)(form);
+                       }});
+    std::vector<int> order;
+    walk_with_tab(user, about(), order);
+    EXPECT_EQ(order, (std::vector<int>{IDOK, TAVRIX_ABOUT_SYSTEM_INFORMATION}));
+}
+
+TEST_F(Forms, MessageFormShowsTheWholeMessageAndLeavesItsResultAlone) {
+    content.record.result = 7;
+    content.record.body[1] = u"jedna\ndruga\r\ntrzecia\rczwarta & piąta";
+    content.record.attachments = u"C:\\a & b.pdf;;D:\\zażółć.xml";
+    const auto look = [&](HWND form) {
+        EXPECT_EQ(text_of(form, TAVRIX_MESSAGE_RECIPIENTS), content.record.recipients);
+        EXPECT_EQ(text_of(form, TAVRIX_MESSAGE_TAX_NUMBER), u"525-000-12-34");
+        EXPECT_EQ(text_of(form, TAVRIX_MESSAGE_DATE), content.message.date);
+        EXPECT_EQ(text_of(form, TAVRIX_MESSAGE_SUBJECT), content.record.subject);
+        EXPECT_EQ(text_of(form, TAVRIX_MESSAGE_BODY + 1),
+                  u"jedna\r\ndruga\r\ntrzecia\r\nczwarta & piąta");
+        EXPECT_EQ(text_of(form, TAVRIX_MESSAGE_BODY + 2), content.record.body[2]);
+        EXPECT_EQ(text_of(form, TAVRIX_MESSAGE_ATTACHMENTS), u"C:\\a & b.pdf\r\nD:\\zażółć.xml");
+        EXPECT_EQ(text_of(form, TAVRIX_MESSAGE_STATUS), content.message.status);
+        std::vector<base::Text> labels;
+        for (const HWND control : controls_of(form)) labels.push_back(text_of(control));
+        for (const char16_t* label : {u"Wysyłam do konta:", u"NIP:", u"Dnia:"}) {
+            EXPECT_EQ(std::count(labels.begin(), labels.end(), label), 1) << base::to_utf8(label);
+        }
+        EXPECT_FALSE(IsWindowEnabled(GetDlgItem(form, IDOK)));
+    };
+    // A user who types changes nothing: what is shown is what goes.
+    const auto type = [](HWND form) {
+        SetFocus(GetDlgItem(form, TAVRIX_MESSAGE_BODY));
+        PostMessageW(GetFocus(), WM_CHAR, L'x', 1);
+    };
+    const auto unchanged = [&](HWND form) {
+        EXPECT_EQ(text_of(form, TAVRIX_MESSAGE_BODY), content.record.body[0]);
+    };
+    user.use(message_form(), {look, type, unchanged, press_with_alt(L'z')});
+    EXPECT_EQ(content.record.result, 7);
+
+    std::vector<int> order;
+    walk_with_tab(user, message_form(), order);
+    EXPECT_EQ(order,
+              (std::vector<int>{IDCANCEL, TAVRIX_MESSAGE_RECIPIENTS, TAVRIX_MESSAGE_TAX_NUMBER,
+                                TAVRIX_MESSAGE_DATE, TAVRIX_MESSAGE_SUBJECT, TAVRIX_MESSAGE_BODY,
+                                TAVRIX_MESSAGE_BODY + 1, TAVRIX_MESSAGE_BODY + 2,
+                                TAVRIX_MESSAGE_ATTACHMENTS}));
+    content.message.can_send = true;
+    order.clear();
+    walk_with_tab(user, message_form(), order);
+    EXPECT_EQ(order.front(), IDOK);
+    EXPECT_EQ(order.size(), 10u);
+}
+
+TEST_F(Forms, CloseInEveryWayAndGiveTheHostItsWindowBack) {
+    // A box of several lines handles its keys itself.
+    const auto in_text = [](WPARAM key) {
+        return [key](HWND form) {
+            SetFocus(GetDlgItem(form, TAVRIX_MESSAGE_BODY));
+            press(key)(form);
+        };
+    };
+    const struct {
+        const char* name;
+        std::function<void()> show;
+        Step close;
+    } ways[] = {{"About box, Enter", about(), press(VK_RETURN)},
+                {"About box, Esc", about(), press(VK_ESCAPE)},
+                {"About box, cross", about(), click_cross()},
+                {"About box, OK", about(), click(IDOK)},
+                {"message form, Enter", message_form(), press(VK_RETURN)},
+                {"message form, Enter in a text", message_form(), in_text(VK_RETURN)},
+                {"message form, Esc", message_form(), press(VK_ESCAPE)},
+                {"message form, Esc in a text", message_form(), in_text(VK_ESCAPE)},
+                {"message form, cross", message_form(), click_cross()},
+                {"message form, Zamknij", message_form(), click(IDCANCEL)}};
+    for (const auto& way : ways) {
+        SCOPED_TRACE(way.name);
+        user.use(way.show, {[&](HWND form) {
+                                EXPECT_FALSE(IsWindowEnabled(user.host_window()));
+                                EXPECT_EQ(GetActiveWindow(), form);
+                            },
+                            way.close});
+        EXPECT_TRUE(IsWindowEnabled(user.host_window()));
+        EXPECT_EQ(GetActiveWindow(), user.host_window());
+    }
+}
+
+TEST_F(Forms, AHostsWindowThatWasDisabledBeforeStaysDisabled) {
+    user.use(
+        [&] {
+            EnableWindow(user.host_window(), FALSE);
+            SetActiveWindow(user.host_window());
+            forms.show_about(content.about);
+        },
+        {press(VK_ESCAPE)});
+    EXPECT_FALSE(IsWindowEnabled(user.host_window()));
+}
+
+TEST_F(Forms, ASecondCallOpensNothingAndBringsTheFirstFormBack) {
+    com::WindowsForms of_another_object;
+    user.use(about(), {[&](HWND form) {
+                 of_another_object.show_about(content.about);
+                 EXPECT_EQ(open_forms(), std::vector<HWND>{form});
+                 // The other kind opens over it; a call for the first one then leads to what lies
+                 // on top.
+                 user.soon([&](HWND above) {
+                     EXPECT_EQ(GetWindow(above, GW_OWNER), form);
+                     EXPECT_FALSE(IsWindowEnabled(form));
+                     SetActiveWindow(user.host_window());
+                     of_another_object.show_about(content.about);
+                     EXPECT_EQ(open_forms().size(), 2u);
+                     EXPECT_EQ(GetActiveWindow(), above);
+                     press(VK_ESCAPE)(above);
+                 });
+                 forms.show_message_form(content.message);
+                 EXPECT_EQ(GetActiveWindow(), form);
+                 press(VK_ESCAPE)(form);
+             }});
+    user.use(about(), {press(VK_ESCAPE)});
+}
+
+TEST_F(Forms, EndWithTheProgramAndWithTheHostsWindow) {
+    user.use(about(), {[](HWND) { PostQuitMessage(5); }});
+    MSG message{};
+    ASSERT_TRUE(PeekMessageW(&message, nullptr, WM_QUIT, WM_QUIT, PM_REMOVE));
+    EXPECT_EQ(message.wParam, 5u);
+    user.use(message_form(), {[&](HWND) { DestroyWindow(user.host_window()); }});
+}
+
+TEST_F(Forms, LeaveNothingBehind) {
+    const std::size_t before_font = count_gdi_objects();
+    windows::GdiFont font(CreateFontIndirectW(std::array<LOGFONTW, 1>().data()));
+    ASSERT_EQ(count_gdi_objects(), before_font + 1) << "the count does not count";
+    font.reset();
+
+    const auto open_both = [&] {
+        user.use(about(), {press(VK_ESCAPE)});
+        user.use(message_form(), {press(VK_ESCAPE)});
+    };
+    // What the system makes once and keeps.
+    open_both();
+    const std::size_t objects = count_gdi_objects();
+    constexpr int openings = 50;
+    for (int i = 0; i < openings; ++i) open_both();
+    EXPECT_LT(count_gdi_objects(), objects + openings);
+}
+
+}  // namespace
+}  // namespace tavrix::test
