@@ -91,11 +91,12 @@ bool measure_cycles() {
     const double seconds = seconds_of([&] { all = create_call_release(ours, cycles); });
     const Holdings after = holdings();
     const double peer_seconds = seconds_of([&] { create_call_release(peer, cycles); });
-    std::printf("%d create/call/release cycles: %.1f s (dictionary %.1f, ratio %.2f); left %+ld KiB, "
-                "%+ld handles, %+ld GDI and %+ld USER objects\n",
-                cycles, seconds, peer_seconds, seconds / peer_seconds,
-                after.private_kib - before.private_kib, after.handles - before.handles,
-                after.gdi_objects - before.gdi_objects, after.user_objects - before.user_objects);
+    std::printf(
+        "%d create/call/release cycles: %.1f s (dictionary %.1f, ratio %.2f); left %+ld KiB, "
+        "%+ld handles, %+ld GDI and %+ld USER objects\n",
+        cycles, seconds, peer_seconds, seconds / peer_seconds,
+        after.private_kib - before.private_kib, after.handles - before.handles,
+        after.gdi_objects - before.gdi_objects, after.user_objects - before.user_objects);
     return all;
 }
 
@@ -107,13 +108,14 @@ int main() {
     try {
         const double load_ms = load_and_create_ms(ours);
         const double peer_load_ms = load_and_create_ms(peer);
-        std::printf("DLL loaded and CInfo created: %.2f ms (dictionary %.2f, ratio %.1f)\n", load_ms,
-                    peer_load_ms, load_ms / peer_load_ms);
+        std::printf("DLL loaded and CInfo created: %.2f ms (dictionary %.2f, ratio %.1f)\n",
+                    load_ms, peer_load_ms, load_ms / peer_load_ms);
         const Rates rates = calls_per_second(ours);
         const Rates peer_rates = calls_per_second(peer);
-        std::printf("VersjaLib through IDispatch: %.0f calls/s with name look-up, %.0f with cached "
-                    "DISPID (dictionary's Count %.0f and %.0f)\n",
-                    rates.looked_up, rates.remembered, peer_rates.looked_up, peer_rates.remembered);
+        std::printf(
+            "VersjaLib through IDispatch: %.0f calls/s with name look-up, %.0f with cached "
+            "DISPID (dictionary's Count %.0f and %.0f)\n",
+            rates.looked_up, rates.remembered, peer_rates.looked_up, peer_rates.remembered);
         done = measure_cycles();
         if (!done) std::puts("VersjaLib: a call failed");
     } catch (const std::exception& error) {

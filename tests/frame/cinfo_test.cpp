@@ -59,7 +59,7 @@ TEST_F(CInfoTest, SaysItsVersion) {
         shown = box.title + u"/" + box.version;
     };
     info.OProgramie();
-    EXPECT_EQ(shown, u"Tavrix/Wersja 10.0.36");
+    EXPECT_EQ(shown, u"Tavrix/10.0.36");
 }
 
 TEST_F(CInfoTest, HandsTheMessageForTheHelpdeskToTheForm) {
