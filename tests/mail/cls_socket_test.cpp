@@ -227,6 +227,31 @@ TEST(Socket, DoesNotWaitForeverForOneThatDoesNotRead) {
     EXPECT_TRUE(bench.listener.has("Zamknięto")) << "half a text is no text";
 }
 
+TEST(Socket, GoesThroughAProxyAsThroughATunnel) {
+    std::string asked;
+    const LoopbackServer proxy([&](Peer& peer) {
+        asked = peer.read_until("\r\n\r\n");
+        // The far end speaks first, in the same breath.
+        peer.write("HTTP/1.1 200 OK\r\n\r\n220 witaj");
+        wait_for_the_client_to_leave(peer);
+    });
+    ports::Settings settings = settings_with();
+    settings.proxy = "http://" + base::to_utf8(proxy.address());
+    Bench bench(settings);
+    ASSERT_EQ(bench.socket.OpeneSocket(0, 5000, u"poczta.example:110"), 1);
+    EXPECT_EQ(bench.socket.ReceiveString(), u"220 witaj");
+    EXPECT_TRUE(asked.starts_with("CONNECT poczta.example:110 HTTP/1.1\r\n")) << asked;
+
+    const LoopbackServer refusing([&](Peer& peer) {
+        peer.read_until("\r\n\r\n");
+        peer.write("HTTP/1.1 403 Forbidden\r\nContent-Length: 0\r\n\r\n");
+    });
+    settings.proxy = "http://" + base::to_utf8(refusing.address());
+    Bench refused(settings);
+    EXPECT_EQ(refused.socket.OpeneSocket(0, 5000, u"poczta.example:110"), 0);
+    EXPECT_EQ(refused.listener.log.back(), "failed");
+}
+
 // -- TLS ------------------------------------------------------------------------------------------
 
 template <auto Free>
