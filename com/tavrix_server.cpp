@@ -3,6 +3,7 @@
 #include "com/cls_get_mail_class.h"
 #include "com/cls_pdf_podpis_class.h"
 #include "com/cls_send_mail_class.h"
+#include "com/cls_socket_class.h"
 #include "com/cmessage_class.h"
 #include "com/drk_wyd_ean_cls128_class.h"
 #include "com/drk_wyd_ean_cls813_class.h"
@@ -23,6 +24,7 @@ const Server& server() noexcept {
         {drk_wyd_ean_cls128_class, &create_drk_wyd_ean_cls128},
         {cls_get_mail_class, &create_cls_get_mail},
         {cmessage_class, &create_cmessage},
+        {cls_socket_class, &create_cls_socket},
         {cls_send_mail_class, &create_cls_send_mail},
         {cls_pdf_podpis_class, &create_cls_pdf_podpis},
     };

@@ -1,16 +1,13 @@
 #include "ports/portable/curl_http.h"
 
-#include <curl/curl.h>
-
 #include <algorithm>
 #include <chrono>
 #include <cstring>
-#include <mutex>
 #include <new>
 
 #include "base/secret.h"
 #include "base/version.h"
-#include "ports/portable/system_proxy.h"
+#include "ports/portable/curl_connection.h"
 
 namespace tavrix::ports {
 namespace {
@@ -18,10 +15,6 @@ namespace {
 constexpr std::size_t largest_body_bytes = 64u * 1024 * 1024;
 
 using SteadyTime = std::chrono::steady_clock::time_point;
-
-struct EasyDeleter {
-    void operator()(CURL* handle) const { curl_easy_cleanup(handle); }
-};
 
 // A header list that wipes its lines, one of which carries the Bearer token, before it frees them.
 class HeaderList {
@@ -106,22 +99,12 @@ int on_progress(void* context, curl_off_t, curl_off_t received, curl_off_t,
     return transfer.stalled ? 1 : 0;
 }
 
-void initialise_library() {
-    static std::once_flag once;
-    std::call_once(once, [] { curl_global_init(CURL_GLOBAL_ALL); });
-}
-
 class CurlHttp final : public Http {
   public:
     explicit CurlHttp(const Settings& settings)
-        : private_ca_file_(settings.private_ca_file),
+        : connection_(settings),
           connect_timeout_(settings.connect_timeout),
-          no_progress_timeout_(settings.no_progress_timeout),
-          proxy_(settings.proxy) {
-        initialise_library();
-        easy_.reset(curl_easy_init());
-        if (!easy_) throw std::bad_alloc();
-    }
+          no_progress_timeout_(settings.no_progress_timeout) {}
 
     HttpReply send(const HttpRequest& request) override {
         Transfer transfer;
@@ -134,7 +117,8 @@ class CurlHttp final : public Http {
         headers.add("Expect:");
 
         curl_easy_reset(easy_.get());  // options only: connections, sessions and DNS answers stay
-        set_connection_options(request.url);
+        set_connection_options(easy_.get(), connection_, request.url);
+        set_transfer_options();
         set(CURLOPT_URL, request.url.c_str());
         set(CURLOPT_HTTPHEADER, headers.get());
         set_method(request);
@@ -160,30 +144,13 @@ class CurlHttp final : public Http {
         curl_easy_setopt(easy_.get(), option, value);
     }
 
-    void set_connection_options(const std::string& url) {
-        set(CURLOPT_NOSIGNAL, 1L);
-        set(CURLOPT_PROTOCOLS_STR, "http,https");
-        set(CURLOPT_FOLLOWLOCATION, 0L);
+    void set_transfer_options() {
         set(CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
         set(CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(connect_timeout_.count()));
-        set(CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));
-        set(CURLOPT_SSL_VERIFYPEER, 1L);
-        set(CURLOPT_SSL_VERIFYHOST, 2L);
-        // Windows' own store of trusted roots; elsewhere libcurl has the distribution's and ignores
-        // this.
-        set(CURLOPT_SSL_OPTIONS, static_cast<long>(CURLSSLOPT_NATIVE_CA));
-        if (!private_ca_file_.empty()) set(CURLOPT_CAINFO, private_ca_file_.c_str());
         static const std::string agent = "Tavrix/" + std::to_string(base::version_major) + "." +
                                          std::to_string(base::version_minor) + "." +
                                          std::to_string(base::version_revision);
         set(CURLOPT_USERAGENT, agent.c_str());
-
-        if (proxy_ == "direct") {
-            set(CURLOPT_PROXY, "");
-        } else {
-            const std::string proxy = proxy_.empty() ? system_proxy_for(url) : proxy_;
-            if (!proxy.empty()) set(CURLOPT_PROXY, proxy.c_str());
-        }
     }
 
     void set_method(const HttpRequest& request) {
@@ -213,11 +180,10 @@ class CurlHttp final : public Http {
         return *words != '\0' ? words : curl_easy_strerror(code);
     }
 
-    std::unique_ptr<CURL, EasyDeleter> easy_;
-    std::string private_ca_file_;
+    CurlEasy easy_ = make_curl_easy();
+    CurlConnectionSettings connection_;
     std::chrono::milliseconds connect_timeout_;
     std::chrono::milliseconds no_progress_timeout_;
-    std::string proxy_;
 };
 
 }  // namespace

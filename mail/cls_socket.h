@@ -1,0 +1,72 @@
+#pragma once
+
+#include <chrono>
+#include <memory>
+
+#include "mail/socket_events.h"
+#include "ports/code_page.h"
+#include "ports/settings.h"
+#include "ports/stream.h"
+
+namespace tavrix::mail {
+
+/// Everything outside that the class reaches. The references outlive the instance.
+struct SocketPorts {
+    std::unique_ptr<ports::Stream> stream;
+    const ports::CodePage& code_page;
+    const ports::Settings& settings;
+    SocketEvents& events;
+};
+
+/// The public class `clsSocket`: one connection that carries texts, as bytes of the system's ANSI
+/// code page. It adds no line ends and looks for none.
+///
+/// No method raises an error: ProgressInfo gives the reason of a failure, TaskCompleted says that
+/// there was one. Handlers of BinaryData, TextData and TaskCompleted may call every method;
+/// handlers of the other events, which come in the middle of a method, may call CloseSocket, which
+/// ends that method, and find any other method failing.
+class clsSocket {
+  public:
+    explicit clsSocket(SocketPorts ports);
+
+    /// Connects to `Adress`, "host:port" or "[IPv6 address]:port", through TLS with its certificate
+    /// verified when `ssl` is not 0. Closes an earlier connection. `maxWaitMillisec` limits, in
+    /// milliseconds, the connecting and later each sending and receiving; 0 or less means the
+    /// settings' time-outs. Gives 1 when the connection stands, otherwise 0.
+    std::int32_t OpeneSocket(std::int32_t ssl, std::int32_t maxWaitMillisec,
+                             const base::Text& Adress);
+    /// Ends the connection; succeeds without one too.
+    void CloseSocket();
+    /// Sends all of `s`; a character that the code page lacks goes as the system's replacement.
+    /// Fails when the other side takes nothing for the time-out, and closes the connection then:
+    /// half a text may be on its way.
+    void SendString(const base::Text& s);
+    /// Waits for the first byte and gives everything that comes without a pause of 20 ms from
+    /// then on, until the time-out: a long text may come in several calls. Gives the empty text
+    /// when nothing came, when the other side has closed the connection, and when it sends more
+    /// than 64 MiB at once, which closes the connection.
+    base::Text ReceiveString();
+
+  private:
+    template <typename Task>
+    bool run(Task task);
+    void connect(bool tls, const base::Text& address);
+    void send(base::ByteView bytes);
+    void send_piece(base::ByteView piece);
+    base::Bytes receive();
+    bool receive_more(base::Bytes& received, std::chrono::microseconds& left);
+    /// Counts time that a wait took and asks the host about every 100 ms; true when it wants to
+    /// stop.
+    bool stopped_after(std::chrono::microseconds waited);
+    void close();
+    void tell(base::TextView name, const base::Text& value);
+
+    SocketPorts ports_;
+    base::Text address_;
+    std::chrono::milliseconds connect_timeout_;
+    std::chrono::milliseconds transfer_timeout_;
+    std::chrono::microseconds since_check_{0};
+    bool busy_ = false;
+};
+
+}  // namespace tavrix::mail

@@ -1,0 +1,192 @@
+#include "ports/portable/curl_stream.h"
+
+#include <algorithm>
+#include <array>
+#include <new>
+
+#include "base/error.h"
+#include "ports/portable/curl_connection.h"
+
+namespace tavrix::ports {
+namespace {
+
+using SteadyClock = std::chrono::steady_clock;
+using std::chrono::milliseconds;
+
+constexpr std::size_t piece_bytes = 64 * 1024;
+// Only so that libcurl's own limit of five minutes never speaks before the caller's.
+constexpr long connect_timeout_ms = 86'400'000;
+
+struct MultiDeleter {
+    void operator()(CURLM* handle) const noexcept { curl_multi_cleanup(handle); }
+};
+
+[[noreturn]] void fail(base::TextView words) {
+    throw base::AutomationError(base::ErrorNumber::component_failed, u"Stream", base::Text(words));
+}
+
+// Nothing that could mean something else in a URL.
+bool is_host(std::string_view host) {
+    if (host.find(':') != std::string_view::npos) {
+        return host.find_first_not_of("0123456789abcdefABCDEF:.") == std::string_view::npos;
+    }
+    return !host.empty() && std::none_of(host.begin(), host.end(), [](char c) {
+        const auto byte = static_cast<unsigned char>(c);
+        return byte <= ' ' || byte == 0x7F ||
+               std::string_view("\"#%/<>?@[\\]^`{|}").find(c) != std::string_view::npos;
+    });
+}
+
+// libcurl's connections have an HTTP address, whatever is said on them.
+std::string url_of(const StreamAddress& address, bool tls) {
+    if (!is_host(address.host) || address.port == 0) fail(u"Nieprawidłowy adres serwera.");
+    const bool is_ipv6 = address.host.find(':') != std::string::npos;
+    return std::string(tls ? "https://" : "http://") +
+           (is_ipv6 ? "[" + address.host + "]" : address.host) + ":" + std::to_string(address.port);
+}
+
+class CurlStream final : public Stream {
+  public:
+    explicit CurlStream(const Settings& settings) : settings_(settings) {}
+    ~CurlStream() override { close(); }
+
+    void connect(const StreamAddress& address, bool tls) override {
+        close();
+        const std::string url = url_of(address, tls);
+        easy_ = make_curl_easy();
+        multi_.reset(curl_multi_init());
+        if (!multi_) throw std::bad_alloc();
+        set_connection_options(easy_.get(), settings_, url);
+        set(CURLOPT_URL, url.c_str());
+        set(CURLOPT_CONNECT_ONLY, 1L);
+        set(CURLOPT_HTTPPROXYTUNNEL, 1L);
+        // What will be spoken is not HTTP.
+        set(CURLOPT_SSL_ENABLE_ALPN, 0L);
+        set(CURLOPT_CONNECTTIMEOUT_MS, connect_timeout_ms);
+        words_[0] = '\0';
+        set(CURLOPT_ERRORBUFFER, words_.data());
+        if (curl_multi_add_handle(multi_.get(), easy_.get()) != CURLM_OK) throw std::bad_alloc();
+    }
+
+    bool connected_within(milliseconds slice) override {
+        require_begun();
+        const auto deadline = SteadyClock::now() + slice;
+        while (!connected_) {
+            int running = 0;
+            curl_multi_perform(multi_.get(), &running);
+            look_for_outcome();
+            if (connected_) break;
+            const int left_ms = milliseconds_until(deadline);
+            if (left_ms == 0) return false;
+            curl_multi_poll(multi_.get(), nullptr, 0, left_ms, nullptr);
+        }
+        return true;
+    }
+
+    std::size_t send(base::ByteView bytes, milliseconds slice) override {
+        require_connected();
+        const auto deadline = SteadyClock::now() + slice;
+        for (;;) {
+            std::size_t sent = 0;
+            const CURLcode code = curl_easy_send(easy_.get(), bytes.data(), bytes.size(), &sent);
+            if (code == CURLE_OK) return sent;
+            if (code != CURLE_AGAIN) give_up(code);
+            if (!wait_until_ready(CURL_WAIT_POLLOUT, deadline)) return 0;
+        }
+    }
+
+    Received receive(milliseconds slice) override {
+        require_connected();
+        const auto start = SteadyClock::now();
+        const auto waited = [&] {
+            return std::chrono::duration_cast<std::chrono::microseconds>(SteadyClock::now() -
+                                                                         start);
+        };
+        Received received;
+        received.bytes.resize(piece_bytes);
+        for (;;) {
+            std::size_t count = 0;
+            const CURLcode code =
+                curl_easy_recv(easy_.get(), received.bytes.data(), received.bytes.size(), &count);
+            if (code != CURLE_OK && code != CURLE_AGAIN) give_up(code);
+            const bool nothing_yet = code == CURLE_AGAIN;
+            if (nothing_yet && wait_until_ready(CURL_WAIT_POLLIN, start + slice)) continue;
+            received.bytes.resize(count);
+            received.waited = waited();
+            received.state = nothing_yet  ? Received::State::nothing_yet
+                             : count == 0 ? Received::State::ended
+                                          : Received::State::data;
+            return received;
+        }
+    }
+
+    void close() noexcept override {
+        connected_ = false;
+        // A connection outlives its easy handle only in the multi handle.
+        if (multi_ && easy_) curl_multi_remove_handle(multi_.get(), easy_.get());
+        easy_.reset();
+        multi_.reset();
+    }
+
+  private:
+    template <typename Value>
+    void set(CURLoption option, Value value) {
+        curl_easy_setopt(easy_.get(), option, value);
+    }
+
+    void require_begun() const {
+        if (!multi_) fail(u"Połączenie nie jest otwarte.");
+    }
+    void require_connected() const {
+        if (!connected_) fail(u"Połączenie nie jest otwarte.");
+    }
+
+    void look_for_outcome() {
+        int left = 0;
+        while (const CURLMsg* message = curl_multi_info_read(multi_.get(), &left)) {
+            if (message->msg != CURLMSG_DONE) continue;
+            if (message->data.result != CURLE_OK) give_up(message->data.result);
+            connected_ = true;
+        }
+    }
+
+    [[noreturn]] void give_up(CURLcode code) {
+        const std::string words = words_[0] != '\0' ? words_.data() : curl_easy_strerror(code);
+        close();
+        fail(base::from_utf8(words));
+    }
+
+    // 0 only when the deadline has passed.
+    static int milliseconds_until(SteadyClock::time_point deadline) {
+        const auto left = std::chrono::ceil<milliseconds>(deadline - SteadyClock::now());
+        return static_cast<int>(std::clamp<milliseconds::rep>(left.count(), 0, 60'000));
+    }
+
+    // False when the deadline passed before.
+    bool wait_until_ready(short events, SteadyClock::time_point deadline) {
+        const int left_ms = milliseconds_until(deadline);
+        if (left_ms == 0) return false;
+        curl_waitfd socket{};
+        if (curl_easy_getinfo(easy_.get(), CURLINFO_ACTIVESOCKET, &socket.fd) != CURLE_OK ||
+            socket.fd == CURL_SOCKET_BAD) {
+            give_up(CURLE_SEND_ERROR);
+        }
+        socket.events = events;
+        curl_multi_poll(multi_.get(), &socket, 1, left_ms, nullptr);
+        return true;
+    }
+
+    CurlConnectionSettings settings_;
+    std::array<char, CURL_ERROR_SIZE> words_{};
+    CurlEasy easy_;
+    std::unique_ptr<CURLM, MultiDeleter> multi_;
+    bool connected_ = false;
+};
+
+}  // namespace
+
+std::unique_ptr<Stream> make_curl_stream(const Settings& settings) {
+    return std::make_unique<CurlStream>(settings);
+}
+
+}  // namespace tavrix::ports

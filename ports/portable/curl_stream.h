@@ -1,0 +1,14 @@
+#pragma once
+
+#include <memory>
+
+#include "ports/settings.h"
+#include "ports/stream.h"
+
+namespace tavrix::ports {
+
+/// A stream on libcurl, through the proxy where there is one. Reads proxy and private CA from
+/// `settings` once; time-outs are the caller's.
+std::unique_ptr<Stream> make_curl_stream(const Settings& settings);
+
+}  // namespace tavrix::ports

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <chrono>
+#include <string>
+
+#include "base/text.h"
+
+namespace tavrix::ports {
+
+/// The far end of a stream.
+struct StreamAddress {
+    std::string host;  ///< name or address, UTF-8; an IPv6 address stands without brackets
+    std::uint16_t port = 0;
+};
+
+/// What one look at the stream found.
+struct Received {
+    enum class State {
+        data,         ///< `bytes`, at least one
+        nothing_yet,  ///< the whole slice passed without a byte
+        ended,        ///< the other side has closed its direction in an orderly way; stays so
+    };
+    State state = State::nothing_yet;
+    base::Bytes bytes;
+    /// How much of the slice this took, so that callers keep their deadlines without a clock.
+    std::chrono::microseconds waited{0};
+};
+
+/// One connection that carries bytes both ways, in the clear or through TLS 1.2 or newer, which
+/// always verifies peer and host. Belongs to one instance of a public class and to one thread;
+/// closes with its destruction.
+///
+/// No call waits for longer than its slice, so that the caller can do something in between: raise
+/// an event, pump messages, give up. Deadlines and their meaning are the caller's; so is calling
+/// again. Between two calls the caller may close or connect anew at any time.
+///
+/// Every function but close throws base::AutomationError with the transport's own words when the
+/// connection cannot be made, breaks or is not open (any more); the stream is then closed.
+class Stream {
+  public:
+    virtual ~Stream() = default;
+
+    /// Closes what was open and begins to connect. Throws for an address that cannot be one; waits
+    /// for nothing.
+    virtual void connect(const StreamAddress& address, bool tls) = 0;
+    /// Goes on connecting, TLS included. True as soon as the connection stands, false when the
+    /// whole slice passed before.
+    virtual bool connected_within(std::chrono::milliseconds slice) = 0;
+    /// Sends from the beginning of `bytes`. Gives how many of them are on their way, 0 when the
+    /// whole slice passed before the other side took any; offer the same bytes again then.
+    virtual std::size_t send(base::ByteView bytes, std::chrono::milliseconds slice) = 0;
+    /// Gives what is there, 64 KiB at most, or what comes first within the slice.
+    virtual Received receive(std::chrono::milliseconds slice) = 0;
+    /// Nothing happens when nothing is open.
+    virtual void close() noexcept = 0;
+};
+
+}  // namespace tavrix::ports

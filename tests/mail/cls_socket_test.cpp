@@ -1,0 +1,535 @@
+// The socket class over real connections, and over a stream that does what it is told.
+
+#include "mail/cls_socket.h"
+
+#include <gtest/gtest.h>
+#include <openssl/pem.h>
+#include <openssl/ssl.h>
+#include <openssl/x509v3.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <csignal>
+#include <cstdio>
+#include <deque>
+#include <filesystem>
+#include <functional>
+#include <thread>
+
+#include "base/error.h"
+#include "ports/portable/curl_stream.h"
+#include "tests/ports/loopback_server.h"
+#include "tests/support/code_page.h"
+
+namespace tavrix::test {
+namespace {
+
+using mail::clsSocket;
+using ports::Received;
+using std::chrono::milliseconds;
+
+/// Remembers every event as one line, AbortCheck apart from the rest.
+class Listener final : public mail::SocketEvents {
+  public:
+    void BinaryData(const base::Bytes& Data) override {
+        log.push_back("binary " + std::to_string(Data.size()));
+    }
+    void AbortCheck(bool& Abort) override {
+        ++checks;
+        if (on_check) on_check(Abort);
+    }
+    void TextData(const base::Text& Text) override {
+        log.push_back("text " + base::to_utf8(Text));
+        if (on_text) on_text();
+    }
+    void ProgressInfo(const base::Text& Name, const base::Text& Value) override {
+        log.push_back(base::to_utf8(Name) + " " + base::to_utf8(Value));
+    }
+    void PercentDone(std::int32_t Percent, bool& Abort) override {
+        percents.push_back(Percent);
+        Abort = Percent >= abort_at_percent;
+    }
+    void TaskCompleted(bool Success) override { log.push_back(Success ? "done" : "failed"); }
+
+    /// True when a line of the log begins so.
+    bool has(const std::string& beginning) const {
+        for (const std::string& line : log) {
+            if (line.starts_with(beginning)) return true;
+        }
+        return false;
+    }
+
+    std::vector<std::string> log;
+    std::vector<std::int32_t> percents;
+    int checks = 0;
+    std::function<void(bool&)> on_check;
+    std::function<void()> on_text;
+    std::int32_t abort_at_percent = 1000;
+};
+
+using Lines = std::vector<std::string>;
+
+ports::Settings settings_with(const std::string& private_ca_file = "") {
+    ports::Settings settings;
+    settings.proxy = "direct";
+    settings.private_ca_file = private_ca_file;
+    return settings;
+}
+
+/// A socket with its surroundings.
+struct Bench {
+    explicit Bench(ports::Settings with = settings_with())
+        : settings(std::move(with)),
+          socket({ports::make_curl_stream(settings), *code_page, settings, listener}) {}
+    explicit Bench(std::unique_ptr<ports::Stream> stream)
+        : settings(settings_with()), socket({std::move(stream), *code_page, settings, listener}) {}
+
+    Listener listener;
+    std::unique_ptr<ports::CodePage> code_page = system_code_page();
+    ports::Settings settings;
+    clsSocket socket;
+};
+
+void wait_for_the_client_to_leave(Peer& peer) {
+    while (!peer.read_some().empty()) {
+    }
+}
+
+TEST(Socket, CarriesTextsAsBytesOfTheCodePageAndTellsEachStep) {
+    std::string seen;
+    const LoopbackServer server([&](Peer& peer) {
+        seen = peer.read_until("\r\n");
+        peer.write("\xAF\xF3\xB3w\r\n");  // "Żółw" in code page 1250
+        wait_for_the_client_to_leave(peer);
+    });
+    const std::string address = base::to_utf8(server.address());
+    Bench bench;
+    ASSERT_EQ(bench.socket.OpeneSocket(0, 5000, u"  " + server.address() + u" "), 1);
+    bench.socket.SendString(u"za\u017C\u00F3\u0142\u0107\r\n");
+    EXPECT_EQ(bench.socket.ReceiveString(), u"\u017B\u00F3\u0142w\r\n");
+    bench.socket.CloseSocket();
+    EXPECT_EQ(seen, "za\xBF\xF3\xB3\xE6\r\n");
+    EXPECT_EQ(bench.listener.log, (Lines{"Łączenie " + address, "Połączono " + address, "done",
+                                         "Wysłano 8", "done", "Odebrano 6", "binary 6",
+                                         "text Żółw\r\n", "done", "Zamknięto " + address, "done"}));
+}
+
+TEST(Socket, RefusesWhatIsNoAddress) {
+    for (const char16_t* address :
+         {u"", u"localhost", u"localhost:", u":80", u"localhost:0", u"localhost:65536",
+          u"localhost:80a", u"::1:80", u"[::1]", u"[localhost]:80", u"user@localhost:80",
+          u"localhost/x:80", u"local host:80", u"[::1%25lo]:80", u"http://localhost:80",
+          u"localhost:4294967377"}) {
+        Bench bench;
+        EXPECT_EQ(bench.socket.OpeneSocket(0, 5000, address), 0) << base::to_utf8(address);
+        EXPECT_TRUE(bench.listener.has("Błąd Nieprawidłowy adres")) << base::to_utf8(address);
+        EXPECT_EQ(bench.listener.log.back(), "failed");
+    }
+}
+
+TEST(Socket, FailsWhereNobodyListens) {
+    std::u16string address;
+    { address = LoopbackServer(wait_for_the_client_to_leave).address(); }
+    Bench bench;
+    EXPECT_EQ(bench.socket.OpeneSocket(0, 5000, address), 0);
+    EXPECT_TRUE(bench.listener.has("Błąd "));
+    EXPECT_EQ(bench.listener.log.back(), "failed");
+    bench.listener.log.clear();
+    bench.socket.SendString(u"x");
+    EXPECT_EQ(bench.socket.ReceiveString(), u"");
+    EXPECT_EQ(bench.listener.log, (Lines{"Błąd Połączenie nie jest otwarte.", "failed",
+                                         "Błąd Połączenie nie jest otwarte.", "failed"}));
+    bench.socket.CloseSocket();
+    EXPECT_EQ(bench.listener.log.back(), "done");
+}
+
+TEST(Socket, GivesUpOnSilenceAndLeavesTheConnectionUsable) {
+    const LoopbackServer server([](Peer& peer) {
+        peer.read_some();
+        peer.write("jednak");
+        wait_for_the_client_to_leave(peer);
+    });
+    Bench bench;
+    ASSERT_EQ(bench.socket.OpeneSocket(0, 250, server.address()), 1);
+    EXPECT_EQ(bench.socket.ReceiveString(), u"");
+    EXPECT_TRUE(bench.listener.has("Błąd Przekroczono czas"));
+    EXPECT_EQ(bench.listener.checks, 2) << "one for each 100 ms";
+    bench.socket.SendString(u"?");
+    EXPECT_EQ(bench.socket.ReceiveString(), u"jednak");
+}
+
+TEST(Socket, ReportsAnOrderlyEndAndAReset) {
+    const LoopbackServer ending([](Peer& peer) { peer.write("koniec"); });
+    Bench bench;
+    ASSERT_EQ(bench.socket.OpeneSocket(0, 5000, ending.address()), 1);
+    EXPECT_EQ(bench.socket.ReceiveString(), u"koniec") << "what came before the end is given";
+    EXPECT_EQ(bench.socket.ReceiveString(), u"");
+    EXPECT_TRUE(bench.listener.has("Błąd Druga strona"));
+
+    const LoopbackServer resetting([](Peer& peer) {
+        peer.read_some();
+        peer.reset();
+    });
+    ASSERT_EQ(bench.socket.OpeneSocket(0, 5000, resetting.address()), 1);
+    bench.socket.SendString(u"?");
+    EXPECT_EQ(bench.socket.ReceiveString(), u"");
+    EXPECT_EQ(bench.listener.log.back(), "failed");
+    for (int i = 0; i < 3; ++i) bench.socket.SendString(u"do nikogo");
+    EXPECT_EQ(bench.listener.log.back(), "failed");
+    // The socket itself is as good as new.
+    const LoopbackServer again([](Peer& peer) { peer.write("znowu"); });
+    ASSERT_EQ(bench.socket.OpeneSocket(0, 5000, again.address()), 1);
+    EXPECT_EQ(bench.socket.ReceiveString(), u"znowu");
+}
+
+TEST(Socket, EndlessDataFailsAtTheLimit) {
+    const LoopbackServer server([](Peer& peer) {
+        const std::string much(1024 * 1024, 'x');
+        while (peer.write(much)) {
+        }
+    });
+    Bench bench;
+    ASSERT_EQ(bench.socket.OpeneSocket(0, 20'000, server.address()), 1);
+    EXPECT_EQ(bench.socket.ReceiveString(), u"");
+    EXPECT_TRUE(bench.listener.has("Błąd Odebrano ponad 64 MiB"));
+    EXPECT_TRUE(bench.listener.has("Zamknięto"));
+    EXPECT_FALSE(bench.listener.has("binary"));
+}
+
+TEST(Socket, SendsLongTextsInPieces) {
+    std::size_t seen = 0;
+    const LoopbackServer server([&](Peer& peer) {
+        seen = peer.read_until("!").size();
+        peer.write("mam");
+        wait_for_the_client_to_leave(peer);
+    });
+    Bench bench;
+    ASSERT_EQ(bench.socket.OpeneSocket(0, 20'000, server.address()), 1);
+    bench.socket.SendString(base::Text(10'000'000, u'x') + u"!");
+    EXPECT_EQ(bench.socket.ReceiveString(), u"mam");
+    EXPECT_EQ(seen, 10'000'001u);
+    const auto& percents = bench.listener.percents;
+    EXPECT_EQ(percents.size(), 153u) << "65 536 bytes each";
+    EXPECT_TRUE(std::is_sorted(percents.begin(), percents.end()));
+    EXPECT_EQ(percents.back(), 100);
+}
+
+TEST(Socket, DoesNotWaitForeverForOneThatDoesNotRead) {
+    std::atomic<bool> finished = false;
+    const LoopbackServer server([&](Peer&) {
+        while (!finished) std::this_thread::yield();
+    });
+    Bench bench;
+    EXPECT_EQ(bench.socket.OpeneSocket(0, 200, server.address()), 1);
+    bench.socket.SendString(base::Text(20'000'000, u'x'));
+    finished = true;
+    EXPECT_TRUE(bench.listener.has("Błąd Przekroczono czas"));
+    EXPECT_TRUE(bench.listener.has("Zamknięto")) << "half a text is no text";
+}
+
+TEST(Socket, GoesThroughAProxyAsThroughATunnel) {
+    std::string asked;
+    const LoopbackServer proxy([&](Peer& peer) {
+        asked = peer.read_until("\r\n\r\n");
+        // The far end speaks first, in the same breath.
+        peer.write("HTTP/1.1 200 OK\r\n\r\n220 witaj");
+        wait_for_the_client_to_leave(peer);
+    });
+    ports::Settings settings = settings_with();
+    settings.proxy = "http://" + base::to_utf8(proxy.address());
+    Bench bench(settings);
+    ASSERT_EQ(bench.socket.OpeneSocket(0, 5000, u"poczta.example:110"), 1);
+    EXPECT_EQ(bench.socket.ReceiveString(), u"220 witaj");
+    EXPECT_TRUE(asked.starts_with("CONNECT poczta.example:110 HTTP/1.1\r\n")) << asked;
+
+    const LoopbackServer refusing([&](Peer& peer) {
+        peer.read_until("\r\n\r\n");
+        peer.write("HTTP/1.1 403 Forbidden\r\nContent-Length: 0\r\n\r\n");
+    });
+    settings.proxy = "http://" + base::to_utf8(refusing.address());
+    Bench refused(settings);
+    EXPECT_EQ(refused.socket.OpeneSocket(0, 5000, u"poczta.example:110"), 0);
+    EXPECT_EQ(refused.listener.log.back(), "failed");
+}
+
+// -- TLS ------------------------------------------------------------------------------------------
+
+template <auto Free>
+struct Freed {
+    template <typename T>
+    void operator()(T* object) const {
+        Free(object);
+    }
+};
+using Key = std::unique_ptr<EVP_PKEY, Freed<EVP_PKEY_free>>;
+using Certificate = std::unique_ptr<X509, Freed<X509_free>>;
+
+/// A self-signed certificate for 127.0.0.1, as a file and as a server's side of TLS.
+class TlsIdentity {
+  public:
+    TlsIdentity()
+        : path_(std::filesystem::temp_directory_path() /
+                ("tavrix_socket_" + std::to_string(getpid()) + ".pem")) {
+        X509_set_version(certificate_.get(), 2);
+        ASN1_INTEGER_set(X509_get_serialNumber(certificate_.get()), 1);
+        X509_gmtime_adj(X509_getm_notBefore(certificate_.get()), -3600);
+        X509_gmtime_adj(X509_getm_notAfter(certificate_.get()), 3600);
+        X509_set_pubkey(certificate_.get(), key_.get());
+        X509_NAME* name = X509_get_subject_name(certificate_.get());
+        X509_NAME_add_entry_by_txt(name, "CN", MBSTRING_ASC,
+                                   reinterpret_cast<const unsigned char*>("test"), -1, -1, 0);
+        X509_set_issuer_name(certificate_.get(), name);
+        X509_EXTENSION* names =
+            X509V3_EXT_conf_nid(nullptr, nullptr, NID_subject_alt_name, "IP:127.0.0.1");
+        X509_add_ext(certificate_.get(), names, -1);
+        X509_EXTENSION_free(names);
+        X509_sign(certificate_.get(), key_.get(), EVP_sha256());
+        std::FILE* file = std::fopen(path_.c_str(), "wb");
+        PEM_write_X509(file, certificate_.get());
+        std::fclose(file);
+        SSL_CTX_use_certificate(context_.get(), certificate_.get());
+        SSL_CTX_use_PrivateKey(context_.get(), key_.get());
+    }
+    ~TlsIdentity() { std::filesystem::remove(path_); }
+    TlsIdentity(const TlsIdentity&) = delete;
+    TlsIdentity& operator=(const TlsIdentity&) = delete;
+
+    std::string path() const { return path_.string(); }
+
+    /// Says back everything that comes, until the client closes.
+    void echo(Peer& peer) const {
+        // OpenSSL writes to clients that have left. Only here: our own side must do without this.
+        sigset_t broken_pipe;
+        sigemptyset(&broken_pipe);
+        sigaddset(&broken_pipe, SIGPIPE);
+        pthread_sigmask(SIG_BLOCK, &broken_pipe, nullptr);
+        const std::unique_ptr<SSL, Freed<SSL_free>> tls(SSL_new(context_.get()));
+        SSL_set_fd(tls.get(), static_cast<int>(peer.socket()));
+        if (SSL_accept(tls.get()) != 1) return;
+        char buffer[4096];
+        for (int count = 0; (count = SSL_read(tls.get(), buffer, sizeof buffer)) > 0;) {
+            SSL_write(tls.get(), buffer, count);
+        }
+    }
+
+  private:
+    std::filesystem::path path_;
+    Key key_{EVP_EC_gen("P-256")};
+    Certificate certificate_{X509_new()};
+    std::unique_ptr<SSL_CTX, Freed<SSL_CTX_free>> context_{SSL_CTX_new(TLS_server_method())};
+};
+
+TEST(SocketTls, TrustsAPrivateAuthorityAndNobodyElse) {
+    const TlsIdentity identity;
+    const LoopbackServer server([&](Peer& peer) { identity.echo(peer); });
+    Bench trusting(settings_with(identity.path()));
+    ASSERT_EQ(trusting.socket.OpeneSocket(-1, 5000, server.address()), 1);
+    const base::Text text(40'000, u'\u0142');
+    trusting.socket.SendString(text);
+    base::Text back;
+    while (back.size() < text.size()) {
+        const base::Text some = trusting.socket.ReceiveString();
+        ASSERT_FALSE(some.empty());
+        back += some;
+    }
+    EXPECT_EQ(back, text);
+    // The same server, under a name that its certificate does not have.
+    const base::Text other_name = u"localhost:" + base::to_decimal(server.port());
+    EXPECT_EQ(trusting.socket.OpeneSocket(1, 5000, other_name), 0);
+
+    Bench strict;
+    EXPECT_EQ(strict.socket.OpeneSocket(1, 5000, server.address()), 0);
+    EXPECT_TRUE(strict.listener.has("Błąd SSL certificate problem"));
+}
+
+TEST(SocketTls, FailsOnAServerThatDoesNotSpeakIt) {
+    const LoopbackServer server([](Peer& peer) {
+        peer.write("220 dzie\xF1 dobry\r\n");
+        wait_for_the_client_to_leave(peer);
+    });
+    Bench bench;
+    EXPECT_EQ(bench.socket.OpeneSocket(1, 5000, server.address()), 0);
+    EXPECT_EQ(bench.listener.log.back(), "failed");
+}
+
+TEST(SocketTls, AHandshakeThatNeverComesEndsWithTheTimeOut) {
+    const LoopbackServer server(wait_for_the_client_to_leave);
+    Bench bench;
+    EXPECT_EQ(bench.socket.OpeneSocket(1, 300, server.address()), 0);
+    EXPECT_TRUE(bench.listener.has("Błąd Przekroczono czas oczekiwania na połączenie."));
+    EXPECT_GE(bench.listener.checks, 2);
+}
+
+// -- A stream that does what it is told -----------------------------------------------------------
+
+/// Time passes as fast as the test: each slice is over at once.
+class ScriptedStream final : public ports::Stream {
+  public:
+    struct State {
+        bool open = false;
+        int slices_until_connected = 0;
+        std::deque<std::string> arriving;
+        /// How long each of them takes; a slice at most.
+        milliseconds pace{0};
+        int slices_until_writable = 0;
+        std::size_t sent = 0;
+        milliseconds waited{0};
+    };
+    explicit ScriptedStream(State& state) : state_(state) {}
+
+    void connect(const ports::StreamAddress&, bool) override { state_.open = true; }
+    bool connected_within(milliseconds slice) override {
+        require_open();
+        if (state_.slices_until_connected-- <= 0) return true;
+        state_.waited += slice;
+        return false;
+    }
+    std::size_t send(base::ByteView bytes, milliseconds slice) override {
+        require_open();
+        if (state_.slices_until_writable-- > 0) {
+            state_.waited += slice;
+            return 0;
+        }
+        state_.sent += bytes.size();
+        return bytes.size();
+    }
+    Received receive(milliseconds slice) override {
+        require_open();
+        Received received;
+        received.waited = slice;
+        if (!state_.arriving.empty()) {
+            const base::ByteView bytes = base::bytes_of(state_.arriving.front());
+            received.state = Received::State::data;
+            received.bytes.assign(bytes.begin(), bytes.end());
+            received.waited = std::min(state_.pace, slice);
+            state_.arriving.pop_front();
+        }
+        state_.waited += std::chrono::duration_cast<milliseconds>(received.waited);
+        return received;
+    }
+    void close() noexcept override { state_.open = false; }
+
+  private:
+    void require_open() const {
+        if (!state_.open) {
+            throw base::AutomationError(base::ErrorNumber::component_failed, u"test", u"zamknięty");
+        }
+    }
+    State& state_;
+};
+
+class SocketWaits : public testing::Test {
+  protected:
+    ScriptedStream::State stream;
+    Bench bench{std::make_unique<ScriptedStream>(stream)};
+    Listener& listener = bench.listener;
+
+    std::int32_t open(std::int32_t wait_ms) {
+        return bench.socket.OpeneSocket(0, wait_ms, u"host:1");
+    }
+};
+
+TEST_F(SocketWaits, TheSettingsGiveTheTimeOutsWhenTheHostDoesNot) {
+    bench.settings.connect_timeout = milliseconds(700);
+    bench.settings.no_progress_timeout = milliseconds(1500);
+    stream.slices_until_connected = 8;
+    EXPECT_EQ(open(0), 0);
+    EXPECT_EQ(stream.waited, milliseconds(700));
+    stream.slices_until_connected = 8;
+    EXPECT_EQ(open(900), 1);
+    stream.slices_until_connected = 0;
+    ASSERT_EQ(open(-1), 1);
+    stream.waited = {};
+    EXPECT_EQ(bench.socket.ReceiveString(), u"");
+    EXPECT_EQ(stream.waited, milliseconds(1500));
+    stream.waited = {};
+    stream.slices_until_writable = 100;
+    bench.socket.SendString(u"x");
+    EXPECT_EQ(stream.waited, milliseconds(1500));
+}
+
+TEST_F(SocketWaits, AbortEndsEachKindOfWait) {
+    listener.on_check = [&](bool& abort) { abort = listener.checks == 3; };
+    stream.slices_until_connected = 100;
+    EXPECT_EQ(open(60'000), 0);
+    EXPECT_EQ(stream.waited, milliseconds(300));
+    EXPECT_FALSE(stream.open);
+
+    stream.slices_until_connected = 0;
+    ASSERT_EQ(open(60'000), 1);
+    listener.checks = 0;
+    stream.waited = {};
+    EXPECT_EQ(bench.socket.ReceiveString(), u"");
+    EXPECT_EQ(stream.waited, milliseconds(300));
+    EXPECT_TRUE(stream.open) << "nothing is lost when nothing came";
+
+    listener.checks = 0;
+    stream.slices_until_writable = 100;
+    bench.socket.SendString(u"x");
+    EXPECT_EQ(listener.checks, 3);
+    EXPECT_FALSE(stream.open);
+    EXPECT_EQ(std::count(listener.log.begin(), listener.log.end(), "Błąd Przerwano."), 3);
+}
+
+TEST_F(SocketWaits, PercentDoneStopsALongText) {
+    ASSERT_EQ(open(1000), 1);
+    listener.abort_at_percent = 50;
+    bench.socket.SendString(base::Text(4 * 65'536, u'x'));
+    EXPECT_EQ(listener.percents, (std::vector<std::int32_t>{25, 50}));
+    EXPECT_EQ(stream.sent, 2u * 65'536);
+    EXPECT_FALSE(stream.open);
+}
+
+TEST_F(SocketWaits, PiecesThatFollowEachOtherAreOneText) {
+    ASSERT_EQ(open(1000), 1);
+    stream.arriving = {"ab", "cd", "ef"};
+    stream.pace = milliseconds(19);
+    EXPECT_EQ(bench.socket.ReceiveString(), u"abcdef");
+    EXPECT_TRUE(listener.has("Odebrano 2"));
+    EXPECT_TRUE(listener.has("Odebrano 6"));
+}
+
+TEST_F(SocketWaits, ADripDoesNotOutlastTheTimeOutOrTheHostsPatience) {
+    ASSERT_EQ(open(1000), 1);
+    stream.arriving.assign(1000, "x");
+    stream.pace = milliseconds(10);
+    EXPECT_EQ(bench.socket.ReceiveString().size(), 100u);
+    EXPECT_EQ(listener.checks, 10);
+    listener.on_check = [](bool& abort) { abort = true; };
+    EXPECT_EQ(bench.socket.ReceiveString().size(), 10u) << "what came is the host's";
+}
+
+TEST_F(SocketWaits, HandlersMayCloseInTheMiddleOfAWait) {
+    listener.on_check = [&](bool&) { bench.socket.CloseSocket(); };
+    stream.slices_until_connected = 5;
+    EXPECT_EQ(open(1000), 0);
+    stream.slices_until_connected = 0;
+    ASSERT_EQ(open(1000), 1);
+    listener.on_check = [&](bool&) { bench.socket.CloseSocket(); };
+    EXPECT_EQ(bench.socket.ReceiveString(), u"");
+    EXPECT_EQ(listener.checks, 2);
+    EXPECT_EQ(listener.log.back(), "failed");
+}
+
+TEST_F(SocketWaits, OtherCallsInTheMiddleOfAWaitFail) {
+    ASSERT_EQ(open(300), 1);
+    listener.on_check = [&](bool&) {
+        EXPECT_EQ(bench.socket.OpeneSocket(0, 300, u"other:1"), 0);
+        EXPECT_EQ(bench.socket.ReceiveString(), u"");
+        bench.socket.SendString(u"x");
+    };
+    EXPECT_EQ(bench.socket.ReceiveString(), u"");
+    EXPECT_EQ(stream.sent, 0u);
+    EXPECT_TRUE(stream.open);
+}
+
+TEST_F(SocketWaits, HandlersMayAnswerWhatCame) {
+    ASSERT_EQ(open(300), 1);
+    stream.arriving = {"pytanie"};
+    listener.on_text = [&] { bench.socket.SendString(u"odpowiedź"); };
+    EXPECT_EQ(bench.socket.ReceiveString(), u"pytanie");
+    EXPECT_EQ(stream.sent, 9u);
+}
+
+}  // namespace
+}  // namespace tavrix::test
