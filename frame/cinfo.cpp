@@ -34,8 +34,7 @@ Text CInfo::VersjaLib() const {
 
 void CInfo::OProgramie() noexcept {
     try {
-        ports_.forms.show_about({base::product_title, u"Wersja " + version_text(),
-                                 Text(description),
+        ports_.forms.show_about({base::product_title, version_text(), Text(description),
                                  [this] { show_system_information(ports_.system_information); }});
     } catch (...) {
         // Out of memory: there is no box to show.

@@ -83,6 +83,7 @@ void DesktopShell::show_message(base::TextView text, std::int32_t help_context) 
     const base::Text shown(text);
     MSGBOXPARAMSW box{};
     box.cbSize = sizeof box;
+    box.hwndOwner = GetActiveWindow();
     box.lpszText = wide(shown);
     box.lpszCaption = L"Tavrix";
     box.dwStyle = MB_OK;

@@ -1,7 +1,9 @@
 // The DLL's own door: class objects, locks, unloading, registration.
 
 #include "ports/windows/key_handle.h"
+#include "tests/com/interface_table.h"
 #include "tests/com/late_host.h"
+#include "tests/com/run_program.h"
 
 namespace tavrix::test {
 namespace {
@@ -181,6 +183,61 @@ TEST_F(Registration, OfTheMachineGoesInAndOutWithoutATrace) {
     ASSERT_EQ(unregister_server(), S_OK);
     EXPECT_EQ(classes_of(HKEY_LOCAL_MACHINE), before);
     EXPECT_EQ(unregister_server(), S_OK) << "there may be nothing to remove";
+}
+
+TEST_F(Registration, BySetupLeavesTheRegistryAsItWas) {
+    const auto everything = [] {
+        Lines lines;
+        for (const HKEY root : {HKEY_LOCAL_MACHINE, HKEY_CURRENT_USER}) {
+            list(root, L"Software\\Classes", lines);
+        }
+        return lines;
+    };
+    const base::Text path = beside_program(u"Tavrix.dll");
+    const auto before = everything();
+    run_program(u"regsvr32.exe /s \"" + path + u"\"");
+    const auto registered = everything();
+    for (const PublishedClass& published : published_classes()) {
+        const std::wstring name = windows::wide(base::Text(published.name));
+        EXPECT_TRUE(any_contains(registered, L"\\Tavrix." + name + L"\\CLSID:={"));
+    }
+    run_program(u"regsvr32.exe /s /u \"" + path + u"\"");
+    EXPECT_EQ(everything(), before);
+}
+
+class ActivationContext {
+  public:
+    explicit ActivationContext(const base::Text& manifest) {
+        ACTCTXW wanted{};
+        wanted.cbSize = sizeof wanted;
+        wanted.lpSource = windows::wide(manifest);
+        context_ = CreateActCtxW(&wanted);
+        active_ = context_ != INVALID_HANDLE_VALUE && ActivateActCtx(context_, &cookie_);
+    }
+    ~ActivationContext() {
+        if (active_) DeactivateActCtx(0, cookie_);
+        if (context_ != INVALID_HANDLE_VALUE) ReleaseActCtx(context_);
+    }
+    ActivationContext(const ActivationContext&) = delete;
+    ActivationContext& operator=(const ActivationContext&) = delete;
+    bool active() const { return active_; }
+
+  private:
+    HANDLE context_ = INVALID_HANDLE_VALUE;
+    ULONG_PTR cookie_ = 0;
+    bool active_ = false;
+};
+
+TEST_F(Registration, IsNotNeededByAHostWithAManifest) {
+    CLSID found{};
+    ASSERT_NE(CLSIDFromProgID(L"Tavrix.CInfo", &found), S_OK);
+    const ActivationContext context(beside_program(u"host.exe.manifest"));
+    ASSERT_TRUE(context.active()) << GetLastError();
+    for (const PublishedClass& published : published_classes()) {
+        EXPECT_TRUE(create((u"Tavrix." + base::Text(published.name)).c_str()))
+            << base::to_utf8(published.name);
+    }
+    EXPECT_EQ(bstr_of(call(create(u"Tavrix.CInfo"), u"VersjaLib").result), u"10.0.36.Tavrix");
 }
 
 TEST_F(Registration, OfTheUserLeavesTheMachineAlone) {

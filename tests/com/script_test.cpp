@@ -2,40 +2,14 @@
 // last line is a sentinel; before it stands one line for each fact that did not hold.
 
 #include "tests/com/host_database.h"
+#include "tests/com/run_program.h"
 
 namespace tavrix::test {
 namespace {
 
 // The output of `cscript script argument`, in the console's code page.
 std::string run(const base::Text& script, const base::Text& argument) {
-    SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
-    HANDLE reader = nullptr;
-    HANDLE writer = nullptr;
-    EXPECT_TRUE(CreatePipe(&reader, &writer, &inherited, 0));
-    SetHandleInformation(reader, HANDLE_FLAG_INHERIT, 0);
-    STARTUPINFOW startup{};
-    startup.cb = sizeof startup;
-    startup.dwFlags = STARTF_USESTDHANDLES;
-    startup.hStdOutput = writer;
-    startup.hStdError = writer;
-    base::Text command = u"cscript.exe //nologo \"" + script + u"\" \"" + argument + u"\"";
-    PROCESS_INFORMATION process{};
-    const BOOL started =
-        CreateProcessW(nullptr, reinterpret_cast<wchar_t*>(command.data()), nullptr, nullptr, TRUE,
-                       0, nullptr, nullptr, &startup, &process);
-    CloseHandle(writer);
-    EXPECT_TRUE(started);
-    std::string output;
-    char buffer[4096];
-    DWORD read = 0;
-    while (ReadFile(reader, buffer, sizeof buffer, &read, nullptr) && read > 0)
-        output.append(buffer, read);
-    CloseHandle(reader);
-    if (started) {
-        CloseHandle(process.hThread);
-        CloseHandle(process.hProcess);
-    }
-    return output;
+    return run_program(u"cscript.exe //nologo \"" + script + u"\" \"" + argument + u"\"");
 }
 
 base::Text script(base::TextView file) {

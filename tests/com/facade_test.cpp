@@ -1,0 +1,197 @@
+// CInfo, Rejestr and the small conversions as hosts call them: by name, with the user before the
+// forms and the system's own registry behind them.
+
+#include "com/forms/identifiers.h"
+#include "ports/windows/key_handle.h"
+#include "tests/com/form_user.h"
+#include "tests/com/late_host.h"
+
+namespace tavrix::test {
+namespace {
+
+class Facade : public testing::Test {
+  protected:
+    FormUser user;
+    ComPointer<IDispatch> info = create(u"Tavrix.CInfo");
+
+    std::function<void()> about() {
+        return [this] {
+            const Outcome outcome = call(info, u"OProgramie");
+            EXPECT_EQ(outcome.code, S_OK);
+            EXPECT_EQ(outcome.result.type(), VT_EMPTY);
+        };
+    }
+};
+
+TEST_F(Facade, OpensTheAboutBoxOnce) {
+    const auto same_again = [&](HWND form) {
+        EXPECT_EQ(text_of(form, TAVRIX_ABOUT_VERSION), u"Wersja 10.0.36");
+        EXPECT_EQ(call(create(u"Tavrix.CInfo"), u"OProgramie").code, S_OK);
+        EXPECT_EQ(open_forms(), std::vector<HWND>{form});
+        // Nothing else waits for the box.
+        EXPECT_EQ(bstr_of(call(info, u"VersjaLib").result), u"10.0.36.Tavrix");
+    };
+    user.use(about(), {same_again, press(VK_RETURN)});
+}
+
+TEST_F(Facade, SaysWhenThereIsNoSystemInformation) {
+    const wchar_t key[] = L"SOFTWARE\\Microsoft\\Shared Tools\\MSINFO";
+    const wchar_t nothing[] = L"C:\\none\\none.exe";
+    ASSERT_EQ(RegSetKeyValueW(HKEY_LOCAL_MACHINE, key, L"PATH", REG_SZ, nothing, sizeof nothing),
+              ERROR_SUCCESS);
+    bool seen = false;
+    user.use(about(), {[&](HWND form) {
+                           click(TAVRIX_ABOUT_SYSTEM_INFORMATION)(form);
+                           user.soon([&seen, form](HWND box) {
+                               EXPECT_EQ(GetWindow(box, GW_OWNER), form);
+                               for (const HWND control : controls_of(box)) {
+                                   seen |= text_of(control) ==
+                                           u"Brak zainstalownej opcji w Systemie Windows";
+                               }
+                               press(VK_RETURN)(box);
+                           });
+                       },
+                       press(VK_ESCAPE)});
+    EXPECT_TRUE(seen);
+    RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, key, L"PATH");
+}
+
+TEST_F(Facade, ShowsTheMessageForTheHelpdeskAndGivesItsResult) {
+    const Variant text(u"tekst");
+    const Variant tax_number(u"525-000-12-34");
+    Variant files(u"C:\\a.pdf");
+    BSTR more = windows::make_bstr(u"; ktos@inny.example").release();
+    Variant result;
+    user.use(
+        [&] {
+            result =
+                std::move(call(info, u"sendmail",
+                               {text.get(), tax_number.get(), text.get(), text.get(), text.get(),
+                                text.get(), by_reference(files.address()), by_reference(&more)})
+                              .result);
+        },
+        {[](HWND form) {
+             EXPECT_EQ(text_of(form, TAVRIX_MESSAGE_RECIPIENTS),
+                       u"pomoc@tavrix.example; ktos@inny.example");
+             EXPECT_EQ(text_of(form, TAVRIX_MESSAGE_TAX_NUMBER), u"525-000-12-34");
+             EXPECT_EQ(text_of(form, TAVRIX_MESSAGE_SUBJECT), u"BOK-QUEN");
+             EXPECT_EQ(text_of(form, TAVRIX_MESSAGE_ATTACHMENTS), u"C:\\a.pdf");
+         },
+         click_cross()});
+    EXPECT_EQ(result.type(), VT_I4);
+    EXPECT_EQ(result.get().lVal, 0);
+    SysFreeString(more);
+}
+
+TEST_F(Facade, TakesObjectsAndArraysForTheOtherDialogs) {
+    Variant grid(info);
+    BSTR text = windows::make_bstr(u"x").release();
+    VARIANT_BOOL whole = VARIANT_TRUE;
+    VARIANT whole_screen{};
+    whole_screen.vt = VT_BYREF | VT_BOOL;
+    whole_screen.pboolVal = &whole;
+    LONG number = 3;
+    const Variant plain_text(u"x");
+    EXPECT_EQ(call(info, u"Wykres",
+                   {whole_screen, grid.get(), by_reference(&number), by_reference(&text),
+                    by_reference(&number), by_reference(&number), by_reference(&number),
+                    by_reference(&text), plain_text.get(), plain_text.get(), plain(1)})
+                  .code,
+              S_OK);
+    windows::SafeArray databases(SafeArrayCreateVector(VT_BSTR, 0, 2));
+    SAFEARRAY* array = databases.get();
+    const Outcome browsed = call(info, u"Browse",
+                                 {plain(2), by_reference(&array, VT_BSTR), by_reference(&text),
+                                  by_reference(&text), by_reference(&text)});
+    EXPECT_EQ(browsed.code, S_OK);
+    EXPECT_EQ(browsed.result.type(), VT_BOOL);
+    EXPECT_EQ(windows::view_of(text), u"x");
+    SysFreeString(text);
+}
+
+class Registry : public testing::Test {
+  protected:
+    windows::KeyHandle key;
+    ComPointer<IDispatch> rejestr = create(u"Tavrix.Rejestr");
+
+    void SetUp() override {
+        ASSERT_EQ(RegCreateKeyExW(HKEY_CURRENT_USER, L"Software\\Tavrix test\\Zażółć", 0, nullptr,
+                                  0, KEY_ALL_ACCESS, nullptr, key.out(), nullptr),
+                  ERROR_SUCCESS);
+    }
+    void TearDown() override { RegDeleteTreeW(HKEY_CURRENT_USER, L"Software\\Tavrix test"); }
+    void put(const char16_t* name, DWORD type, const void* data, std::size_t size) {
+        ASSERT_EQ(RegSetValueExW(key.get(), windows::wide(name), 0, type,
+                                 static_cast<const BYTE*>(data), static_cast<DWORD>(size)),
+                  ERROR_SUCCESS);
+    }
+    // With the zero at its end.
+    void put_text(const char16_t* name, DWORD type, const base::Text& text) {
+        put(name, type, text.c_str(), (text.size() + 1) * sizeof(char16_t));
+    }
+    base::Text read(const char16_t* name, std::int32_t root = 1) {
+        const Variant sub_key(u"Software\\Tavrix test\\Zażółć");
+        const Variant value{base::Text(name)};
+        const Outcome outcome =
+            call(rejestr, u"RegGetValue", {plain(root), sub_key.get(), value.get()});
+        EXPECT_EQ(outcome.code, S_OK);
+        return bstr_of(outcome.result);
+    }
+};
+
+TEST_F(Registry, GivesTheSystemsOwnValues) {
+    put_text(u"Gęś", REG_SZ, u"gęgała");
+    EXPECT_EQ(read(u"Gęś"), u"gęgała");
+    put_text(u"list", REG_MULTI_SZ, base::Text(u"a\0b\0", 4));
+    EXPECT_EQ(read(u"list"), base::Text(u"a\0b\0", 4));
+    put_text(u"path", REG_EXPAND_SZ, u"%TEMP%\\x");
+    EXPECT_EQ(read(u"path"), u"%TEMP%\\x") << "as it is stored";
+    const std::uint32_t all_bits = 0xFFFFFFFF;
+    put(u"number", REG_DWORD, &all_bits, sizeof all_bits);
+    EXPECT_EQ(read(u"number"), u"-1");
+    put(u"bytes", REG_BINARY, "\x41\x00\xB9", 3);
+    EXPECT_EQ(read(u"bytes"), base::Text(u"A\0", 2));
+    put(u"nothing", REG_SZ, nullptr, 0);
+    EXPECT_EQ(read(u"nothing"), u"");
+    put_text(u"empty", REG_SZ, u"");
+    EXPECT_EQ(read(u"empty"), u"");
+    EXPECT_EQ(read(u"missing"), u"");
+    for (const std::int32_t root : {2, 4, 255}) EXPECT_EQ(read(u"number", root), u"") << root;
+}
+
+TEST_F(Registry, Gives255BytesAndNoMore) {
+    put_text(u"text", REG_SZ, base::Text(254, u'x'));
+    EXPECT_EQ(read(u"text"), base::Text(254, u'x'));
+    put_text(u"text", REG_SZ, base::Text(255, u'x'));
+    EXPECT_EQ(read(u"text"), u"");
+    const std::string bytes(256, 'x');
+    put(u"bytes", REG_BINARY, bytes.data(), 255);
+    EXPECT_EQ(read(u"bytes"), base::Text(254, u'x'));
+    put(u"bytes", REG_BINARY, bytes.data(), 256);
+    EXPECT_EQ(read(u"bytes"), u"");
+}
+
+TEST(NullStr, TurnsAnyValueIntoText) {
+    const auto sender = create(u"Tavrix.ClsSendMail");
+    const auto text_of_value = [&](const VARIANT& value) {
+        const Outcome outcome = call(sender, u"NullStr", {value});
+        EXPECT_EQ(outcome.code, S_OK);
+        return bstr_of(outcome.result);
+    };
+    VARIANT null{};
+    null.vt = VT_NULL;
+    EXPECT_EQ(text_of_value(null), u"");
+    EXPECT_EQ(text_of_value({}), u"");
+    EXPECT_EQ(text_of_value(Variant(u"zażółć").get()), u"zażółć");
+    EXPECT_EQ(text_of_value(Variant(1.5).get()), u"1,5") << "as the user writes it";
+    EXPECT_EQ(text_of_value(plain(-7)), u"-7");
+    const Variant numbers(windows::SafeArray(SafeArrayCreateVector(VT_I4, 0, 2)), VT_I4);
+    EXPECT_EQ(text_of_value(numbers.get()), u"") << "what has no text";
+    EXPECT_EQ(text_of_value(Variant(sender).get()), u"") << "an object without a value";
+    BSTR text = windows::make_bstr(u"zmienna").release();
+    EXPECT_EQ(text_of_value(by_reference(&text)), u"zmienna");
+    SysFreeString(text);
+}
+
+}  // namespace
+}  // namespace tavrix::test

@@ -1,0 +1,96 @@
+// The trace log where it really stands: on drive C, through the system's own files.
+
+#include "frame/trace_log.h"
+
+#include <fstream>
+#include <sstream>
+
+#include "ports/windows/ansi_code_page.h"
+#include "ports/windows/kernel_handle.h"
+#include "ports/windows/user_locale.h"
+#include "ports/windows/windows_files.h"
+#include "tests/com/late_host.h"
+#include "tests/support/fake_clock.h"
+
+namespace tavrix::test {
+namespace {
+
+constexpr const wchar_t* folder = L"C:\\quensql";
+constexpr const wchar_t* switch_file = L"C:\\quensql\\debug-Info.quen";
+constexpr const wchar_t* log_file = L"C:\\quensql\\debug-info.dta.quen";
+
+class TraceOnDriveC : public testing::Test {
+  protected:
+    windows::WindowsFiles files;
+    windows::UserLocale locale;
+    windows::AnsiCodePage code_page;
+    FakeClock clock;
+    frame::TraceSwitch is_on = false;
+    wchar_t usual_format[80] = L"";
+    frame::TraceLog log{is_on, {files, clock, locale, code_page}};
+
+    // The user's own way of writing a date, whatever this system has for Poland.
+    static void write_dates(const wchar_t* format) {
+        SetLocaleInfoW(LOCALE_USER_DEFAULT, LOCALE_SSHORTDATE, format);
+    }
+    void SetUp() override {
+        GetLocaleInfoW(LOCALE_USER_DEFAULT, LOCALE_SSHORTDATE, usual_format, 80);
+        write_dates(L"yyyy-MM-dd");
+        clock.now = {2026, 11, 14, 21, 49, 5};
+        ASSERT_TRUE(CreateDirectoryW(folder, nullptr));
+    }
+    void TearDown() override {
+        write_dates(usual_format);
+        DeleteFileW(log_file);
+        DeleteFileW(switch_file);
+        RemoveDirectoryW(switch_file);
+        RemoveDirectoryW(folder);
+    }
+    static std::string written() {
+        std::ostringstream content;
+        content << std::ifstream("C:\\quensql\\debug-info.dta.quen", std::ios::binary).rdbuf();
+        return content.str();
+    }
+};
+
+TEST_F(TraceOnDriveC, WritesThePolishDateAndTheCodePage) {
+    CreateDirectoryW(switch_file, nullptr);
+    log.look_for_switch();
+    EXPECT_FALSE(is_on) << "a folder is no switch";
+    RemoveDirectoryW(switch_file);
+    files.append(u"c:\\quensql\\debug-Info.quen", {});
+    log.look_for_switch();
+    log.write(u"C_Getmail:DisconnectMe:2k");
+    // Somebody looks at the log meanwhile, and somebody else writes into it.
+    const std::ifstream reader("C:\\quensql\\debug-info.dta.quen");
+    std::ofstream("C:\\quensql\\debug-info.dta.quen", std::ios::app | std::ios::binary) << "-\r\n";
+    clock.now = {2026, 1, 2, 0, 0, 0};
+    log.write(u"Połączenie");
+    EXPECT_EQ(written(),
+              "2026-11-14 21:49:05:10.0.36:C_Getmail:DisconnectMe:2k\r\n"
+              "-\r\n"
+              "2026-01-02:10.0.36:Po\xB3\xB9"
+              "czenie\r\n");
+}
+
+TEST_F(TraceOnDriveC, IsSilentAboutALockedFileAndAMissingFolder) {
+    is_on = true;
+    log.write(u"a");
+    {
+        const windows::KernelHandle locked(
+            CreateFileW(log_file, GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+        ASSERT_NE(locked.get(), INVALID_HANDLE_VALUE);
+        log.write(u"b");
+    }
+    log.write(u"c");
+    EXPECT_EQ(written(),
+              "2026-11-14 21:49:05:10.0.36:a\r\n"
+              "2026-11-14 21:49:05:10.0.36:c\r\n");
+    DeleteFileW(log_file);
+    RemoveDirectoryW(folder);
+    log.write(u"d");
+    EXPECT_FALSE(files.is_file(u"C:\\quensql\\debug-info.dta.quen"));
+}
+
+}  // namespace
+}  // namespace tavrix::test
