@@ -19,7 +19,7 @@ struct Codec<base::Currency> {
     }
 };
 
-/// A host's picture box or printer, by reference in every signature and only ever drawn on.
+/// A host's picture box or printer, only ever drawn on.
 template <>
 class Parameter<ports::Surface&> {
   public:

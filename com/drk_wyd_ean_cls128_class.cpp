@@ -20,7 +20,7 @@ constexpr auto drk_wyd_ean_cls128_members = members(
         by_value(u"Str"), by_value(u"BarWidth")),
     method<&Drk_Wyd_Ean_cls128::RysujEAN>(
         3, u"RysujEAN", u"Rysuje kod w czcionce wybranej na powierzchni, z podpisem albo bez.",
-        by_reference(u"pict"), by_reference(u"EAN_text"), by_value(u"Rozm"), by_value(u"bn"),
+        by_value(u"pict"), by_reference(u"EAN_text"), by_value(u"Rozm"), by_value(u"bn"),
         by_value(u"rotate")));
 
 }  // namespace

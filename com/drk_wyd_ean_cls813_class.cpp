@@ -29,14 +29,14 @@ constexpr auto drk_wyd_ean_cls813_members = members(
     method<&Drk_Wyd_Ean_cls813::BinaryByte>(6, u"BinaryByte", u"Osiem cyfr dwójkowych bajtu.",
                                             by_value(u"Value")),
     method<&Drk_Wyd_Ean_cls813::RysujEAN>(
-        7, u"RysujEAN", u"Rysuje kod w czcionce wybranej na powierzchni.", by_reference(u"pict"),
+        7, u"RysujEAN", u"Rysuje kod w czcionce wybranej na powierzchni.", by_value(u"pict"),
         by_reference(u"EAN_text"), by_value(u"Rozm"), by_value(u"rotate")),
     method<&Drk_Wyd_Ean_cls813::RotatePicture>(
         8, u"RotatePicture", u"Obraca mapę bitową pola o 90, 180 albo 270 stopni.",
-        by_reference(u"fr_pic"), by_reference(u"to_pic"), by_value(u"angle")),
+        by_value(u"fr_pic"), by_value(u"to_pic"), by_value(u"angle")),
     method<&Drk_Wyd_Ean_cls813::RotateSurface2>(
         9, u"RotateSurface2", u"Obraca powierzchnię o ćwierć obrotu, piksel po pikselu.",
-        by_reference(u"SourcePicture"), by_reference(u"DestPicture"), by_value(u"lngAngle"),
+        by_value(u"SourcePicture"), by_value(u"DestPicture"), by_value(u"lngAngle"),
         by_value(u"XDest"), by_value(u"YDest")));
 
 }  // namespace

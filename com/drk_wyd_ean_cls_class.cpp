@@ -18,32 +18,32 @@ constexpr auto drk_wyd_ean_cls_members = members(
     property<&Drk_Wyd_Ean_cls::szer, &Drk_Wyd_Ean_cls::set_szer>(
         2, u"szer", u"Szerokość ostatniego kodu w jednostkach powierzchni."),
     method<&Drk_Wyd_Ean_cls::RysujEAN>(
-        3, u"RysujEAN", u"Rysuje kod rodzaju Rodzaj albo obraz z pliku.", by_reference(u"pict"),
+        3, u"RysujEAN", u"Rysuje kod rodzaju Rodzaj albo obraz z pliku.", by_value(u"pict"),
         by_value(u"EAN_text"), by_value(u"stX_Par"), by_value(u"Sty_Par"), by_value(u"maxx_Par"),
         by_value(u"maxy_Par"), by_value(u"Rozm"), by_value(u"Rodzaj"), by_value(u"beznapisów"),
         by_value(u"rotate"), by_value(u"KatalogProgramu"), by_value(u"WindowsDir")),
-    method<&Drk_Wyd_Ean_cls::RysujEAN39>(4, u"RysujEAN39", u"Rysuje Code 39.",
-                                         by_reference(u"pict"), by_value(u"EAN_text"),
-                                         by_value(u"Rozm"), by_value(u"bn"), by_value(u"rotate"),
-                                         by_value(u"KatalogProgramu"), by_value(u"WindowsDir")),
+    method<&Drk_Wyd_Ean_cls::RysujEAN39>(4, u"RysujEAN39", u"Rysuje Code 39.", by_value(u"pict"),
+                                         by_value(u"EAN_text"), by_value(u"Rozm"), by_value(u"bn"),
+                                         by_value(u"rotate"), by_value(u"KatalogProgramu"),
+                                         by_value(u"WindowsDir")),
     method<&Drk_Wyd_Ean_cls::RysujEAN39ex>(5, u"RysujEAN39ex", u"Rysuje rozszerzony Code 39.",
-                                           by_reference(u"pict"), by_value(u"EAN_text"),
+                                           by_value(u"pict"), by_value(u"EAN_text"),
                                            by_value(u"Rozm"), by_value(u"bn"), by_value(u"rotate"),
                                            by_value(u"KatalogProgramu"), by_value(u"WindowsDir")),
     method<&Drk_Wyd_Ean_cls::SetCzcionkę>(
-        6, u"SetCzcionkę", u"Wybiera czcionkę, w razie potrzeby ją instaluje.",
-        by_reference(u"pict"), by_value(u"fnt"), by_value(u"Plik"), by_value(u"silent"),
-        by_value(u"KatalogProgramu"), by_value(u"WindowsDir")),
+        6, u"SetCzcionkę", u"Wybiera czcionkę, w razie potrzeby ją instaluje.", by_value(u"pict"),
+        by_value(u"fnt"), by_value(u"Plik"), by_value(u"silent"), by_value(u"KatalogProgramu"),
+        by_value(u"WindowsDir")),
     method<&Drk_Wyd_Ean_cls::SyncShell>(
         7, u"SyncShell", u"Uruchamia program i czeka na jego koniec.", by_value(u"CommandLine"),
         by_value(u"Timeout_NIE_UZYWANE"), by_value(u"WaitForInputIdle_NIE_UZYWANE"),
         by_value(u"Hide")),
     method<&Drk_Wyd_Ean_cls::RotateText>(8, u"RotateText", u"Pisze tekst obrócony o podany kąt.",
-                                         by_reference(u"Pdevice"), by_value(u"Text"),
+                                         by_value(u"Pdevice"), by_value(u"Text"),
                                          by_value(u"angle"), by_value(u"X"), by_value(u"Y")),
     method<&Drk_Wyd_Ean_cls::RotateSurface>(
         9, u"RotateSurface", u"Obraca powierzchnię o ćwierć obrotu, piksel po pikselu.",
-        by_reference(u"SourcePicture"), by_reference(u"DestPicture"), by_value(u"lngAngle"),
+        by_value(u"SourcePicture"), by_value(u"DestPicture"), by_value(u"lngAngle"),
         by_value(u"XDest"), by_value(u"YDest")));
 
 }  // namespace

@@ -37,8 +37,7 @@ TYPEDESC type_of(VARTYPE type, Types& pointed_to) {
 
 TYPEDESC argument_type(const ArgumentRow& argument, Types& pointed_to) {
     const TYPEDESC type = type_of(argument.type, pointed_to);
-    // An object is passed along as it is, so that a variable declared as its own class will do.
-    if (!argument.by_reference || argument.type == VT_DISPATCH) return type;
+    if (!argument.by_reference) return type;
     pointed_to.push_back(type);
     TYPEDESC reference{};
     reference.vt = VT_PTR;
@@ -48,7 +47,7 @@ TYPEDESC argument_type(const ArgumentRow& argument, Types& pointed_to) {
 
 USHORT argument_flags(const ArgumentRow& argument) {
     USHORT flags = PARAMFLAG_FIN;
-    if (argument.by_reference && argument.type != VT_DISPATCH) flags |= PARAMFLAG_FOUT;
+    if (argument.by_reference) flags |= PARAMFLAG_FOUT;
     if (argument.optional) flags |= PARAMFLAG_FOPT;
     return flags;
 }

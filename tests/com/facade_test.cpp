@@ -84,7 +84,10 @@ TEST_F(Facade, ShowsTheMessageForTheHelpdeskAndGivesItsResult) {
 }
 
 TEST_F(Facade, TakesObjectsAndArraysForTheOtherDialogs) {
-    Variant grid(info);
+    IDispatch* grid_object = info.get();
+    VARIANT grid{};
+    grid.vt = VT_BYREF | VT_DISPATCH;
+    grid.ppdispVal = &grid_object;
     BSTR text = windows::make_bstr(u"x").release();
     VARIANT_BOOL whole = VARIANT_TRUE;
     VARIANT whole_screen{};
@@ -93,7 +96,7 @@ TEST_F(Facade, TakesObjectsAndArraysForTheOtherDialogs) {
     LONG number = 3;
     const Variant plain_text(u"x");
     EXPECT_EQ(call(info, u"Wykres",
-                   {whole_screen, grid.get(), by_reference(&number), by_reference(&text),
+                   {whole_screen, grid, by_reference(&number), by_reference(&text),
                     by_reference(&number), by_reference(&number), by_reference(&number),
                     by_reference(&text), plain_text.get(), plain_text.get(), plain(1)})
                   .code,

@@ -12,7 +12,7 @@ const PublishedClass classes[] = {
             u"ref text Pliki, ref text MailDO2)",
         u"long SendMail_dowolny(ref text MailOD, ref text MailDo, ref text MailTemat, text txt1, text txt2, "
             u"text txt3, ref text Plik, ref text Par_nip, ref long Auto)",
-        u"void Wykres(ref bool Par_Czy_Pełny_Ekran, object Par_I_wykresy_Flex, ref long Par_I_wykresy_Col, "
+        u"void Wykres(ref bool Par_Czy_Pełny_Ekran, ref object Par_I_wykresy_Flex, ref long Par_I_wykresy_Col, "
             u"ref text Par_I_wykresy_Str, ref long PAr_I_wykresy_X1, ref long X2, "
             u"ref long X3, ref text PAr_I_wykresy_Title, text PAr_I_wykresy_rodzaj, "
             u"text PAr_I_wykresy_checks, integer PAr_I_wykresy_options)",
@@ -35,7 +35,7 @@ const PublishedClass classes[] = {
         u"property text baseUrl",
         u"text ExtractTokenFromResponse(ref text resp)",
         u"byte[] Base64DecodeToBytes(text base64)",
-        u"text SendInvoiceToKSeF(object dbb, text nip, text Token, text xmlContent, text systemCode, "
+        u"text SendInvoiceToKSeF(ref object dbb, text nip, text Token, text xmlContent, text systemCode, "
             u"ref text schemaVersion, ref text formcode, long pog517, text Tablica, long Tablica_id)",
         u"text TimestampToUnixMs(text timestamp)",
         u"byte[] HexStringToBytes(ref text hexStr)",
@@ -45,14 +45,14 @@ const PublishedClass classes[] = {
         u"text Base64Encode(ref byte[] bytData)",
         u"text Base64DecodeSS(ref text base64Str)",
         u"text Sha256XmlSimpleb(ref byte[] xml)",
-        u"text SendBach(object dbb, text xml, text systemCode, text schemaVersion, text formcode, "
+        u"text SendBach(ref object dbb, text xml, text systemCode, text schemaVersion, text formcode, "
             u"text Tablica, text Tablica_id, long pog517)",
         u"text PodzielPlik(text sciezkaZrodlowa, text folderDocelowy)",
-        u"text GetUpo(object dbb, text nip, text Token, bool IsProduction0D1P2T)",
-        u"text GetFaktury(object dbb, text nip, text Token, long id_grprod, long pog517, text subjectType)",
-        u"text GetFaktury_xml(object dbb)",
+        u"text GetUpo(ref object dbb, text nip, text Token, bool IsProduction0D1P2T)",
+        u"text GetFaktury(ref object dbb, text nip, text Token, long id_grprod, long pog517, text subjectType)",
+        u"text GetFaktury_xml(ref object dbb)",
         u"text GetToken(text nip)",
-        u"text GetQr2(object dbb, text NumSerCertyfikatu, ref text Tablica, long Tablica_id, text nip)",
+        u"text GetQr2(ref object dbb, text NumSerCertyfikatu, ref text Tablica, long Tablica_id, text nip)",
         u"text LoadXMLFromFile(text FilePath)",
         u"text SprawdzXMLzXSD(text strXML, text strXSD)",
         u"text XMLdoHTML(text strXML, text strXSL, text Plik)",

@@ -12,8 +12,7 @@ struct PublishedClass {
     /// "long name(text first, ref text second)" is a method and its result, `void` when it has
     /// none; "property text name" is read and written, "readonly text name" only read.
     ///
-    /// An argument marked `ref` comes back to the host's variable. An object never is: it travels
-    /// as a plain dispatch pointer, so that a host's variable of any object type will do.
+    /// An argument marked `ref` comes back to the host's variable.
     ///
     /// `text` is a BSTR, `bool` a VARIANT_BOOL, `byte` 8 bits without sign, `integer` 16 and `long`
     /// 32 bits with one, `currency` 64 bits with four decimals; `double`, `object` and `variant`

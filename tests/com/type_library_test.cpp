@@ -31,8 +31,8 @@ TEST(TypeLibrary, DescribesArgumentsAsTheyTravel) {
                                        u"xmlContent", u"systemCode", u"schemaVersion", u"formcode",
                                        u"pog517", u"Tablica", u"Tablica_id"}));
     const VARTYPE types[] = {
-        VT_DISPATCH,        VT_BSTR, VT_BSTR, VT_BSTR, VT_BSTR, VT_BYREF | VT_BSTR,
-        VT_BYREF | VT_BSTR, VT_I4,   VT_BSTR, VT_I4};
+        VT_BYREF | VT_DISPATCH, VT_BSTR, VT_BSTR, VT_BSTR, VT_BSTR, VT_BYREF | VT_BSTR,
+        VT_BYREF | VT_BSTR,     VT_I4,   VT_BSTR, VT_I4};
     ASSERT_EQ(send->cParams, 10);
     for (int i = 0; i < 10; ++i) EXPECT_EQ(send.argument(i), types[i]) << i;
     EXPECT_EQ(send.result(), VT_BSTR);
