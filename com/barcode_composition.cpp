@@ -1,5 +1,6 @@
 #include "com/barcode_composition.h"
 
+#include "com/compose.h"
 #include "ports/windows/ansi_code_page.h"
 #include "ports/windows/com_pictures.h"
 #include "ports/windows/desktop_shell.h"
@@ -19,9 +20,7 @@ struct ComposedDispatcher {
 }  // namespace
 
 std::shared_ptr<barcode::Drk_Wyd_Ean_cls> compose_ean_cls() {
-    auto composed = std::make_shared<ComposedDispatcher>();
-    barcode::Drk_Wyd_Ean_cls* object = &composed->object;
-    return {std::move(composed), object};
+    return compose<ComposedDispatcher>();
 }
 
 std::shared_ptr<barcode::Drk_Wyd_Ean_cls128> compose_ean_cls128() {

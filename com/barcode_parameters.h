@@ -21,19 +21,9 @@ struct Codec<base::Currency> {
 
 /// A host's picture box or printer, only ever drawn on.
 template <>
-class Parameter<ports::Surface&> {
+class Parameter<ports::Surface&> : public ObjectParameter<ports::Surface, windows::HostSurface> {
   public:
-    static constexpr VARTYPE type = VT_DISPATCH;
-    static constexpr bool writes = false;
-    static constexpr bool optional = false;
-
-    explicit Parameter(const Incoming& incoming)
-        : surface_(detail::read<windows::ComPointer<IDispatch>>(incoming)) {}
-    ports::Surface& get() noexcept { return surface_; }
-    void write_back() const noexcept {}
-
-  private:
-    windows::HostSurface surface_;
+    using ObjectParameter::ObjectParameter;
 };
 
 /// Results only: a Variant that stays Empty.

@@ -1,5 +1,6 @@
 #include "com/frame_composition.h"
 
+#include "com/compose.h"
 #include "com/forms/windows_forms.h"
 #include "com/installed_settings.h"
 #include "frame/library_state.h"
@@ -39,13 +40,6 @@ struct ComposedRejestr {
     windows::AnsiCodePage code_page;
     frame::Rejestr object{registry, code_page};
 };
-
-template <typename Composed>
-auto compose() {
-    auto composed = std::make_shared<Composed>();
-    auto* object = &composed->object;
-    return std::shared_ptr<std::remove_pointer_t<decltype(object)>>(std::move(composed), object);
-}
 
 }  // namespace
 

@@ -1,5 +1,6 @@
 #include "com/ksef_composition.h"
 
+#include "com/compose.h"
 #include "com/installed_settings.h"
 #include "ports/portable/curl_http.h"
 #include "ports/portable/openssl_crypto.h"
@@ -31,9 +32,7 @@ struct ComposedKsef {
 
 std::shared_ptr<ksef::KseF_comm> compose_ksef_comm() {
     ports::keep_openssl_off_the_exit_list();
-    auto composed = std::make_shared<ComposedKsef>();
-    ksef::KseF_comm* object = &composed->object;
-    return {std::move(composed), object};
+    return compose<ComposedKsef>();
 }
 
 }  // namespace tavrix::com

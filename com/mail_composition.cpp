@@ -1,5 +1,6 @@
 #include "com/mail_composition.h"
 
+#include "com/compose.h"
 #include "com/installed_settings.h"
 #include "ports/portable/curl_stream.h"
 #include "ports/portable/openssl_lifetime.h"
@@ -22,9 +23,7 @@ struct ComposedSocket {
 
 std::shared_ptr<mail::clsSocket> compose_cls_socket(std::unique_ptr<mail::SocketEvents> events) {
     ports::keep_openssl_off_the_exit_list();
-    auto composed = std::make_shared<ComposedSocket>(std::move(events));
-    mail::clsSocket* object = &composed->object;
-    return {std::move(composed), object};
+    return compose<ComposedSocket>(std::move(events));
 }
 
 }  // namespace tavrix::com

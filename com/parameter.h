@@ -122,21 +122,29 @@ class Parameter<std::optional<T>&> {
     std::optional<T> value_;
 };
 
-/// The host's open connection. It is by reference in every signature, and only ever read.
-template <>
-class Parameter<ports::Database&> {
+/// An object of the host as the port that the method takes; `Adapter` makes the port of the object,
+/// which may be Nothing. The method only uses it: there is nothing to write back.
+template <typename Port, typename Adapter>
+class ObjectParameter {
   public:
     static constexpr VARTYPE type = VT_DISPATCH;
     static constexpr bool writes = false;
     static constexpr bool optional = false;
 
-    explicit Parameter(const Incoming& incoming)
-        : database_(detail::read<windows::ComPointer<IDispatch>>(incoming)) {}
-    ports::Database& get() noexcept { return database_; }
+    explicit ObjectParameter(const Incoming& incoming)
+        : adapter_(detail::read<windows::ComPointer<IDispatch>>(incoming)) {}
+    Port& get() noexcept { return adapter_; }
     void write_back() const noexcept {}
 
   private:
-    windows::AdoDatabase database_;
+    Adapter adapter_;
+};
+
+/// The host's open connection.
+template <>
+class Parameter<ports::Database&> : public ObjectParameter<ports::Database, windows::AdoDatabase> {
+  public:
+    using ObjectParameter::ObjectParameter;
 };
 
 }  // namespace tavrix::com

@@ -45,6 +45,39 @@ TEST_F(Module, StaysLoadedWhileAnObjectOrALockIsLeft) {
     EXPECT_EQ(can_unload_now(), S_OK);
 }
 
+// What Windows shows on the file's property page and setup programs compare.
+TEST(VersionResource, IsPolishAndEnglish) {
+    const base::Text path = beside_program(u"Tavrix.dll");
+    std::vector<BYTE> block(GetFileVersionInfoSizeW(windows::wide(path), nullptr));
+    ASSERT_FALSE(block.empty());
+    ASSERT_TRUE(GetFileVersionInfoW(windows::wide(path), 0, static_cast<DWORD>(block.size()),
+                                    block.data()));
+    const auto value = [&](const wchar_t* name) {
+        void* found = nullptr;
+        UINT size = 0;
+        return VerQueryValueW(block.data(), name, &found, &size) ? found : nullptr;
+    };
+    const auto* fixed = static_cast<const VS_FIXEDFILEINFO*>(value(L"\\"));
+    ASSERT_NE(fixed, nullptr);
+    EXPECT_EQ(fixed->dwFileVersionMS, DWORD{MAKELONG(0, 10)});
+    EXPECT_EQ(fixed->dwFileVersionLS, DWORD{MAKELONG(0, 36)});
+    const struct {
+        const wchar_t* name;
+        const char16_t* text;
+    } texts[] = {
+        {L"\\StringFileInfo\\041504B0\\ProductName", u"Tavrix"},
+        {L"\\StringFileInfo\\041504B0\\FileVersion", u"10.0.36"},
+        {L"\\StringFileInfo\\041504B0\\FileDescription",
+         u"Składniki dla polskich programów handlowych"},
+        {L"\\StringFileInfo\\040904B0\\ProductVersion", u"10.0.36"},
+        {L"\\StringFileInfo\\040904B0\\FileDescription",
+         u"Components for Polish business applications"},
+    };
+    for (const auto& [name, text] : texts) {
+        EXPECT_EQ(windows::text_from_wide(static_cast<const wchar_t*>(value(name))), text);
+    }
+}
+
 // Whatever the libraries inside left with the process would bring it down when it ends.
 TEST(Unloading, LeavesTheProcessWhole) {
     CLSID class_id{};
