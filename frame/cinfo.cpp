@@ -9,9 +9,8 @@ namespace {
 using base::Text;
 
 constexpr base::TextView description =
-    u"Składniki dla polskich programów handlowych:\n"
-    u"faktury w KSeF, kody kreskowe i QR, poczta, podpis PDF.\n"
-    u"© 2026 Autorzy Tavrix, licencja MIT";
+    u"Składniki dla polskich programów handlowych: KSeF, kody kreskowe, poczta, podpis PDF.\n"
+    u"© 2026 Autorzy Tavrix, licencja MIT.";
 
 constexpr std::int32_t helpdesk_mode = 2;
 

@@ -10,7 +10,9 @@ namespace tavrix::ports {
 
 /// What the About box shows and does.
 struct AboutBox {
+    /// The product's name; the form says around it what it is.
     base::Text title;
+    /// The number alone.
     base::Text version;
     /// A few lines, separated by line feeds.
     base::Text description;

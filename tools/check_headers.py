@@ -25,6 +25,9 @@ def compiler_and_flags(folder):
     commands = json.loads((folder / "compile_commands.json").read_text())
     compiler, flags = None, []
     for entry in commands:
+        # Resource files have their own compiler.
+        if not entry["file"].endswith(".cpp"):
+            continue
         words = shlex.split(entry["command"])
         words = words[1:] if words[0].endswith("ccache") else words
         compiler = words[0]

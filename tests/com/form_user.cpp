@@ -7,7 +7,6 @@ namespace {
 
 constexpr wchar_t host_class[] = L"TavrixTestHost";
 constexpr UINT soon_message = WM_APP;
-constexpr UINT_PTR deadline_timer = 1;
 constexpr UINT deadline_ms = 60'000;
 
 BOOL CALLBACK collect(HWND window, LPARAM list) {
@@ -27,6 +26,14 @@ void post_key(UINT down, UINT up, WPARAM key, LPARAM flags) {
     const LPARAM scan_code = static_cast<LPARAM>(MapVirtualKeyW(static_cast<UINT>(key), 0)) << 16;
     PostMessageW(focused, down, key, 1 | scan_code | flags);
     PostMessageW(focused, up, key, static_cast<LPARAM>(1 | scan_code | flags | 0xC0000000));
+}
+
+void CALLBACK give_up(HWND, UINT, UINT_PTR, DWORD) {
+    ADD_FAILURE() << "a form was open for " << deadline_ms / 1000 << " seconds";
+    const std::vector<HWND> forms = open_forms();
+    for (const HWND form : forms) DestroyWindow(form);
+    // A form may have gone without its loop having noticed.
+    if (forms.empty()) PostQuitMessage(1);
 }
 
 }  // namespace
@@ -49,9 +56,10 @@ FormUser::~FormUser() {
 void FormUser::use(const std::function<void()>& show, std::vector<Step> steps) {
     steps_ = std::move(steps);
     next_step_ = 0;
-    SetTimer(window_, deadline_timer, deadline_ms, nullptr);
+    // The thread's, not the window's: a test may take the window away.
+    const UINT_PTR deadline = SetTimer(nullptr, 0, deadline_ms, &give_up);
     show();
-    KillTimer(window_, deadline_timer);
+    KillTimer(nullptr, deadline);
     EXPECT_EQ(next_step_, steps_.size()) << "the form went before the user had done everything";
     EXPECT_TRUE(open_forms().empty());
 }
@@ -80,11 +88,6 @@ LRESULT CALLBACK FormUser::procedure(HWND window, UINT message, WPARAM wparam, L
     }
     if (message == soon_message) {
         user->soon_(GetActiveWindow());
-        return 0;
-    }
-    if (message == WM_TIMER && wparam == deadline_timer) {
-        ADD_FAILURE() << "the form did nothing for " << deadline_ms / 1000 << " seconds";
-        for (const HWND form : open_forms()) DestroyWindow(form);
         return 0;
     }
     return DefWindowProcW(window, message, wparam, lparam);

@@ -3,14 +3,19 @@
 
 #include "com/forms/windows_forms.h"
 
+#include <process.h>
+
 #include <algorithm>
 #include <array>
+#include <cstdlib>
 
 #include "com/forms/identifiers.h"
 #include "ports/windows/gdi.h"
 #include "tests/com/form_content.h"
+#include "tests/com/form_layout.h"
 #include "tests/com/form_user.h"
 #include "tests/com/gdi_objects.h"
+#include "tests/com/late_host.h"
 
 namespace tavrix::test {
 namespace {
@@ -194,6 +199,40 @@ TEST_F(Forms, EndWithTheProgramAndWithTheHostsWindow) {
     ASSERT_TRUE(PeekMessageW(&message, nullptr, WM_QUIT, WM_QUIT, PM_REMOVE));
     EXPECT_EQ(message.wParam, 5u);
     user.use(message_form(), {[&](HWND) { DestroyWindow(user.host_window()); }});
+}
+
+const char* const expected_scale = "TAVRIX_TEST_DOTS_PER_INCH";
+
+TEST_F(Forms, AreReadable) {
+    const char* expected = std::getenv(expected_scale);
+    EXPECT_EQ(ScreenScale::of_this_program(), expected == nullptr ? 96 : std::atoi(expected));
+    const std::vector<Step> look{expect_readable_layout, press(VK_ESCAPE)};
+    user.use(about(), look);
+    user.use(message_form(), look);
+
+    // More than the templates have room for.
+    const base::Text long_text = base::replace_all(
+        u"Żółć i gęślą jaźń & inne słowa, które razem nie mieszczą się w jednym wierszu okna.",
+        u"razem", u"razem wszystkie, ile ich tu jest,");
+    content.about.title = long_text;
+    content.about.description = long_text + u"\n\n" + long_text + u"\nKoniec.";
+    content.message.status = long_text + u" " + long_text;
+    user.use(about(), look);
+    user.use(message_form(), look);
+}
+
+// A program learns the scale of its screen when it starts.
+TEST_F(Forms, AreReadableAtTwiceTheSize) {
+    if (std::getenv(expected_scale) != nullptr) GTEST_SKIP() << "this is the larger screen";
+    const ScreenScale twice(192);
+    _putenv_s(expected_scale, "192");
+    // Its results count as this test's, not as another program's.
+    _putenv_s("GTEST_OUTPUT", "");
+    const base::Text program = beside_program(u"com_test.exe");
+    EXPECT_EQ(_wspawnl(_P_WAIT, windows::wide(program), L"com_test.exe",
+                       L"--gtest_filter=Forms.AreReadable", nullptr),
+              0);
+    _putenv_s(expected_scale, "");
 }
 
 TEST_F(Forms, LeaveNothingBehind) {

@@ -1,0 +1,92 @@
+#include "tests/com/form_layout.h"
+
+#include "ports/windows/bstr.h"
+#include "ports/windows/gdi.h"
+#include "tests/com/form_user.h"
+
+namespace tavrix::test {
+namespace {
+
+constexpr wchar_t desktop_key[] = L"Control Panel\\Desktop";
+constexpr wchar_t scale_value[] = L"LogPixels";
+
+std::wstring class_of(HWND control) {
+    wchar_t name[16];
+    GetClassNameW(control, name, 16);
+    return name;
+}
+
+// A label breaks its lines where it must, a button has one, a box of the user's needs a line's
+// height.
+SIZE needed_size(HWND control, const std::wstring& control_class, LONG width_px) {
+    const HDC device = GetDC(control);
+    RECT needed = {0, 0, width_px, 0};
+    {
+        const windows::Selected font(
+            device, reinterpret_cast<HFONT>(SendMessageW(control, WM_GETFONT, 0, 0)));
+        const base::Text text = control_class == L"Edit" ? u"Ąy" : text_of(control);
+        const UINT mnemonics =
+            (GetWindowLongW(control, GWL_STYLE) & SS_NOPREFIX) != 0 && control_class == L"Static"
+                ? DT_NOPREFIX
+                : 0;
+        const UINT lines = control_class == L"Static" ? DT_WORDBREAK : DT_SINGLELINE;
+        DrawTextW(device, windows::wide(text), -1, &needed, DT_CALCRECT | lines | mnemonics);
+    }
+    ReleaseDC(control, device);
+    SIZE size = {needed.right, needed.bottom};
+    // The edge and the focus's frame inside it.
+    if (control_class == L"Button") size.cx += 2 * (GetSystemMetrics(SM_CXEDGE) + 2);
+    return size;
+}
+
+RECT place_of(HWND window) {
+    RECT place{};
+    GetWindowRect(window, &place);
+    return place;
+}
+
+}  // namespace
+
+void expect_readable_layout(HWND form) {
+    RECT inside{};
+    GetClientRect(form, &inside);
+    MapWindowPoints(form, nullptr, reinterpret_cast<POINT*>(&inside), 2);
+    const std::vector<HWND> controls = controls_of(form);
+    for (std::size_t i = 0; i < controls.size(); ++i) {
+        const HWND control = controls[i];
+        SCOPED_TRACE(base::to_utf8(text_of(control)));
+        RECT room{};
+        GetClientRect(control, &room);
+        const SIZE needed = needed_size(control, class_of(control), room.right);
+        EXPECT_LE(needed.cx, room.right);
+        EXPECT_LE(needed.cy, room.bottom);
+
+        const RECT place = place_of(control);
+        RECT common{};
+        EXPECT_TRUE(IntersectRect(&common, &place, &inside) && EqualRect(&common, &place));
+        for (std::size_t j = 0; j < i; ++j) {
+            const RECT other = place_of(controls[j]);
+            EXPECT_FALSE(IntersectRect(&common, &place, &other))
+                << "lies on: " << base::to_utf8(text_of(controls[j]));
+        }
+    }
+}
+
+ScreenScale::ScreenScale(DWORD dots_per_inch) {
+    RegSetKeyValueW(HKEY_CURRENT_USER, desktop_key, scale_value, REG_DWORD, &dots_per_inch,
+                    sizeof dots_per_inch);
+}
+
+ScreenScale::~ScreenScale() {
+    // Wine's own state: 96 without a value.
+    RegDeleteKeyValueW(HKEY_CURRENT_USER, desktop_key, scale_value);
+}
+
+int ScreenScale::of_this_program() {
+    const HDC screen = GetDC(nullptr);
+    const int dots_per_inch = GetDeviceCaps(screen, LOGPIXELSX);
+    ReleaseDC(nullptr, screen);
+    return dots_per_inch;
+}
+
+}  // namespace tavrix::test
