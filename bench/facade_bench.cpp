@@ -93,7 +93,7 @@ bool measure_cycles() {
     const double peer_seconds = seconds_of([&] { create_call_release(peer, cycles); });
     std::printf(
         "%d create/call/release cycles: %.1f s (dictionary %.1f, ratio %.2f); left %+ld KiB, "
-        "%+ld handles, %+ld GDI and %+ld USER objects\n",
+        "%+ld handles, %+ld GDI objects\n",
         cycles, seconds, peer_seconds, seconds / peer_seconds,
         after.private_kib - before.private_kib, after.handles - before.handles,
         after.gdi_objects - before.gdi_objects, after.user_objects - before.user_objects);

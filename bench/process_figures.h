@@ -7,6 +7,8 @@
 #include <chrono>
 #include <cstdint>
 
+#include "tests/com/gdi_objects.h"
+
 namespace tavrix::bench {
 
 /// What this process keeps from the system.
@@ -15,8 +17,6 @@ struct Holdings {
     long handles;
     /// Pens, fonts, bitmaps and their like.
     long gdi_objects;
-    /// Windows, menus and their like.
-    long user_objects;
 };
 
 inline Holdings holdings() {
@@ -26,8 +26,7 @@ inline Holdings holdings() {
     DWORD handles = 0;
     GetProcessHandleCount(GetCurrentProcess(), &handles);
     return {static_cast<long>(memory.PrivateUsage / 1024), static_cast<long>(handles),
-            static_cast<long>(GetGuiResources(GetCurrentProcess(), GR_GDIOBJECTS)),
-            static_cast<long>(GetGuiResources(GetCurrentProcess(), GR_USEROBJECTS))};
+            static_cast<long>(test::count_gdi_objects())};
 }
 
 inline double processor_ms() {

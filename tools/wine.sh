@@ -18,9 +18,6 @@ make_wine_pattern() {
     # A program that crashes says where and ends, instead of waiting in a window for somebody to close it.
     TAVRIX_WINEPREFIX=$pattern.new "$root/tools/wine-run" "$bits" reg add 'HKCU\Software\Wine\WineDbg' \
         /v ShowCrashDialog /t REG_DWORD /d 0 /f
-    # No window manager runs on the tests' display: Wine would wait two seconds for it whenever a window closes.
-    TAVRIX_WINEPREFIX=$pattern.new "$root/tools/wine-run" "$bits" reg add 'HKCU\Software\Wine\X11 Driver' \
-        /v Managed /d N /f
     # The display that nobody sees has no window manager; Wine would ask it about each window that closes and wait two
     # seconds for the answer.
     TAVRIX_WINEPREFIX=$pattern.new "$root/tools/wine-run" "$bits" reg add 'HKCU\Software\Wine\X11 Driver' \
