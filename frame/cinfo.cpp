@@ -14,6 +14,19 @@ constexpr base::TextView description =
 
 constexpr std::int32_t helpdesk_mode = 2;
 
+class GridOfThisCall {
+  public:
+    GridOfThisCall(ChartRecord& record, ports::HostObject& grid) noexcept : record_(record) {
+        record_.grid = &grid;
+    }
+    ~GridOfThisCall() { record_.grid = nullptr; }
+    GridOfThisCall(const GridOfThisCall&) = delete;
+    GridOfThisCall& operator=(const GridOfThisCall&) = delete;
+
+  private:
+    ChartRecord& record_;
+};
+
 Text helpdesk_recipients(const ports::Settings& settings, const Text& tax_number) {
     Text recipients = settings.helpdesk_address;
     const Text digits = base::remove_characters(tax_number, u"-");
@@ -101,13 +114,14 @@ std::int32_t CInfo::guarded(Action action) noexcept {
     return 0;
 }
 
-void CInfo::Wykres(bool Par_Czy_Pełny_Ekran, ports::HostObject& /*Par_I_wykresy_Flex*/,
+void CInfo::Wykres(bool Par_Czy_Pełny_Ekran, ports::HostObject& Par_I_wykresy_Flex,
                    std::int32_t Par_I_wykresy_Col, const Text& Par_I_wykresy_Str,
                    std::int32_t PAr_I_wykresy_X1, std::int32_t X2, std::int32_t X3,
                    const Text& PAr_I_wykresy_Title, const Text& PAr_I_wykresy_rodzaj,
                    const Text& PAr_I_wykresy_checks, std::int16_t PAr_I_wykresy_options) noexcept {
     guarded([&] {
         ChartRecord& record = ports_.hand_over.chart;
+        const GridOfThisCall grid(record, Par_I_wykresy_Flex);
         record.full_screen = Par_Czy_Pełny_Ekran;
         record.column = Par_I_wykresy_Col;
         record.text = Par_I_wykresy_Str;
@@ -160,15 +174,16 @@ std::int32_t CInfo::Informator_Zamówień(
 
 bool CInfo::Browse(std::int32_t Ile_baz, std::vector<Text>& Bazy, Text& ConnectionStr1,
                    Text& ConnectionStr2, Text& Server) noexcept {
-    guarded([&] {
-        ports_.hand_over.browser = {.database_count = Ile_baz,
-                                    .databases = Bazy,
-                                    .connection_1 = ConnectionStr1,
-                                    .connection_2 = ConnectionStr2,
-                                    .server = Server};
-        return 0;
-    });
-    return ports_.hand_over.browser.result;
+    return guarded([&]() -> std::int32_t {
+               BrowserRecord& record = ports_.hand_over.browser;
+               record.database_count = Ile_baz;
+               record.databases = Bazy;
+               record.connection_1 = ConnectionStr1;
+               record.connection_2 = ConnectionStr2;
+               record.server = Server;
+               record.result = false;
+               return record.result;
+           }) != 0;
 }
 
 Text CInfo::SendMailCDO(const Text& /*sTo*/, const Text& /*sSubject*/, const Text& /*sFrom*/,

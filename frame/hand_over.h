@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "ports/forms.h"
+#include "ports/host_object.h"
 
 namespace tavrix::frame {
 
@@ -12,6 +13,8 @@ namespace tavrix::frame {
 
 struct ChartRecord {
     bool full_screen = false;
+    /// The host's grid while the call lasts; null before and after, because it is the host's.
+    ports::HostObject* grid = nullptr;
     std::int32_t column = 0;
     base::Text text;
     std::int32_t x1 = 0;

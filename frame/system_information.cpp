@@ -36,7 +36,7 @@ std::optional<Text> find_tool(const SystemInformationPorts& ports) {
 bool start_tool(const SystemInformationPorts& ports) noexcept {
     try {
         const auto tool = find_tool(ports);
-        return tool && ports.shell.start(*tool);
+        return tool && !tool->empty() && ports.shell.start(*tool);
     } catch (...) {
         return false;
     }

@@ -1,5 +1,7 @@
 #include "com/forms/dialog.h"
 
+#include <vector>
+
 #include "com/forms/controls_context.h"
 #include "com/module.h"
 #include "ports/windows/bstr.h"
@@ -16,19 +18,37 @@ struct WindowTraits {
 };
 using OwnedWindow = windows::Owned<WindowTraits>;
 
-// Keeps the user out of the owner, as long as nobody else did so before.
-class DisabledOwner {
+// Keeps the user out of every window of the thread, as the hosts' own modal forms do. A window that
+// was disabled before is left alone.
+class DisabledWindows {
   public:
-    explicit DisabledOwner(HWND owner) noexcept
-        : owner_(owner != nullptr && !EnableWindow(owner, FALSE) ? owner : nullptr) {}
-    ~DisabledOwner() {
-        if (owner_ != nullptr) EnableWindow(owner_, TRUE);
+    DisabledWindows() noexcept {
+        EnumThreadWindows(GetCurrentThreadId(), &DisabledWindows::collect,
+                          reinterpret_cast<LPARAM>(this));
+        for (const HWND window : windows_) EnableWindow(window, FALSE);
     }
-    DisabledOwner(const DisabledOwner&) = delete;
-    DisabledOwner& operator=(const DisabledOwner&) = delete;
+    ~DisabledWindows() {
+        for (const HWND window : windows_) EnableWindow(window, TRUE);
+    }
+    DisabledWindows(const DisabledWindows&) = delete;
+    DisabledWindows& operator=(const DisabledWindows&) = delete;
+
+    /// Null when there is none.
+    HWND first() const noexcept { return windows_.empty() ? nullptr : windows_.front(); }
 
   private:
-    HWND owner_;
+    static BOOL CALLBACK collect(HWND window, LPARAM list) noexcept {
+        try {
+            if (IsWindowVisible(window) && IsWindowEnabled(window)) {
+                reinterpret_cast<DisabledWindows*>(list)->windows_.push_back(window);
+            }
+            return TRUE;
+        } catch (...) {
+            return FALSE;
+        }
+    }
+
+    std::vector<HWND> windows_;
 };
 
 class WindowDevice {
@@ -82,16 +102,19 @@ void Dialog::show_in(FormPlace& place) noexcept {
         place.bring_to_front();
         return;
     }
-    show_over(GetActiveWindow(), place);
+    show_over_host(place);
     place.leave();
 }
 
 // Not the system's own DialogBox: its loop would run the host's code under the form's activation
 // context, and windows that the host makes meanwhile would get other controls than usual.
-void Dialog::show_over(HWND owner, FormPlace& place) noexcept {
-    // The owner is enabled before the form goes, or another program's window would become active.
+void Dialog::show_over_host(FormPlace& place) noexcept {
+    // The windows are enabled before the form goes, or another program's would become active.
     OwnedWindow made;
-    const DisabledOwner disabled(owner);
+    const HWND active = GetActiveWindow();
+    const DisabledWindows disabled;
+    // A host that calls while another program is in front has no active window.
+    const HWND owner = active != nullptr ? active : disabled.first();
     made.reset(make_window(template_number_, owner, &Dialog::procedure, this));
     if (!made || closing_) return;
     place.show(made.get());

@@ -32,10 +32,10 @@ class Dialog {
     Dialog(const Dialog&) = delete;
     Dialog& operator=(const Dialog&) = delete;
 
-    /// Shows the form over the calling thread's active window, which is disabled meanwhile, and
-    /// returns when the form was closed. The thread's messages go on being delivered. Where the
-    /// place is taken, the form that is there comes to the front instead and the call returns at
-    /// once. A form that cannot be made is not shown.
+    /// Shows the form over the calling thread's active window and returns when the form was closed.
+    /// All other windows of the thread are disabled meanwhile. The thread's messages go on being
+    /// delivered. Where the place is taken, the form that is there comes to the front instead and
+    /// the call returns at once. A form that cannot be made is not shown.
     void show_in(FormPlace& place) noexcept;
 
   protected:
@@ -59,7 +59,7 @@ class Dialog {
     static INT_PTR CALLBACK procedure(HWND window, UINT message, WPARAM wparam,
                                       LPARAM lparam) noexcept;
     INT_PTR handle(UINT message, WPARAM wparam, LPARAM lparam);
-    void show_over(HWND owner, FormPlace& place) noexcept;
+    void show_over_host(FormPlace& place) noexcept;
     void run(HWND owner) noexcept;
     void wake() noexcept;
     void move_down_below(LONG edge_px, int distance_px) noexcept;

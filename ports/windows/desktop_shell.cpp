@@ -86,7 +86,8 @@ void DesktopShell::show_message(base::TextView text, std::int32_t help_context) 
     box.hwndOwner = GetActiveWindow();
     box.lpszText = wide(shown);
     box.lpszCaption = L"Tavrix";
-    box.dwStyle = MB_OK;
+    // Without an owner nothing else would keep the user out of the host's windows.
+    box.dwStyle = box.hwndOwner != nullptr ? MB_OK : MB_OK | MB_TASKMODAL;
     box.dwContextHelpId = static_cast<DWORD_PTR>(help_context);
     MessageBoxIndirectW(&box);
 }

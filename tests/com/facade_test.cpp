@@ -37,6 +37,10 @@ TEST_F(Facade, OpensTheAboutBoxOnce) {
 TEST_F(Facade, SaysWhenThereIsNoSystemInformation) {
     const wchar_t key[] = L"SOFTWARE\\Microsoft\\Shared Tools\\MSINFO";
     const wchar_t nothing[] = L"C:\\none\\none.exe";
+    wchar_t before[1024];
+    DWORD size = sizeof before;
+    const bool was_there = RegGetValueW(HKEY_LOCAL_MACHINE, key, L"PATH", RRF_RT_ANY, nullptr,
+                                        before, &size) == ERROR_SUCCESS;
     ASSERT_EQ(RegSetKeyValueW(HKEY_LOCAL_MACHINE, key, L"PATH", REG_SZ, nothing, sizeof nothing),
               ERROR_SUCCESS);
     bool seen = false;
@@ -53,7 +57,11 @@ TEST_F(Facade, SaysWhenThereIsNoSystemInformation) {
                        },
                        press(VK_ESCAPE)});
     EXPECT_TRUE(seen);
-    RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, key, L"PATH");
+    if (was_there) {
+        RegSetKeyValueW(HKEY_LOCAL_MACHINE, key, L"PATH", REG_SZ, before, size);
+    } else {
+        RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, key, L"PATH");
+    }
 }
 
 TEST_F(Facade, ShowsTheMessageForTheHelpdeskAndGivesItsResult) {

@@ -159,6 +159,32 @@ TEST_F(Forms, CloseInEveryWayAndGiveTheHostItsWindowBack) {
     }
 }
 
+TEST_F(Forms, KeepTheUserOutOfAllWindowsOfTheHost) {
+    const HWND second =
+        CreateWindowExW(0, L"Static", L"Kartoteka", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 0, 0, 200,
+                        100, nullptr, nullptr, nullptr, nullptr);
+    user.use(about(), {[&](HWND form) {
+                           EXPECT_FALSE(IsWindowEnabled(second));
+                           EXPECT_FALSE(IsWindowEnabled(user.host_window()));
+                           EXPECT_TRUE(IsWindowEnabled(form));
+                       },
+                       press(VK_ESCAPE)});
+    EXPECT_TRUE(IsWindowEnabled(second));
+    EXPECT_TRUE(IsWindowEnabled(user.host_window()));
+    DestroyWindow(second);
+}
+
+TEST_F(Forms, BelongToTheHostAlsoWhenAnotherProgramIsInFront) {
+    user.use(
+        [&] {
+            SetActiveWindow(nullptr);
+            EXPECT_EQ(GetActiveWindow(), nullptr);
+            forms.show_about(content.about);
+        },
+        {[&](HWND form) { EXPECT_EQ(GetWindow(form, GW_OWNER), user.host_window()); },
+         press(VK_ESCAPE)});
+}
+
 TEST_F(Forms, AHostsWindowThatWasDisabledBeforeStaysDisabled) {
     user.use(
         [&] {

@@ -220,6 +220,11 @@ TEST_P(PublishedInterface, IsWhatAnObjectAnswersTo) {
     const auto own_type = type_info(object);
     ASSERT_TRUE(own_type);
     EXPECT_EQ(TypeAttributes(own_type.get())->guid, type->guid);
+    const auto provider = object.query<IProvideClassInfo>();
+    ASSERT_TRUE(provider);
+    ComPointer<ITypeInfo> own_class;
+    ASSERT_EQ(provider->GetClassInfo(own_class.out()), S_OK);
+    EXPECT_EQ(TypeAttributes(own_class.get())->guid, registered);
 
     for (UINT i = 0; i < type->cFuncs; ++i) {
         const Function function(members.get(), i);

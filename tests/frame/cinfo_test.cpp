@@ -143,19 +143,48 @@ TEST_F(CInfoTest, ShowsWhatIsWrongWithTheSettings) {
 }
 
 TEST_F(CInfoTest, TheOtherDialogsGetTheirRecords) {
-    EXPECT_EQ(info.Informator(u"Nagłówek", u"Treść", u"Tak", u"Nie", u"", u"", u"", u"", u"", u"",
-                              u"", u"", u"", u"", u"Ostatni"),
+    EXPECT_EQ(info.Informator(u"Nagłówek", u"Treść", u"0", u"1", u"2", u"3", u"4", u"5", u"6", u"7",
+                              u"8", u"9", u"10", u"11", u"12"),
               0);
     EXPECT_EQ(hand_over.informator.header, u"Nagłówek");
-    ASSERT_EQ(hand_over.informator.buttons.size(), 13u);
-    EXPECT_EQ(hand_over.informator.buttons[12], u"Ostatni");
+    EXPECT_EQ(hand_over.informator.text, u"Treść");
+    EXPECT_EQ(hand_over.informator.buttons,
+              (std::vector<Text>{u"0", u"1", u"2", u"3", u"4", u"5", u"6", u"7", u"8", u"9", u"10",
+                                 u"11", u"12"}));
+
+    Text value = u"wartość";
+    std::int32_t outcome = 5;
+    EXPECT_EQ(
+        info.Informator_Zamówień(value, outcome, 4, u"N", u"T", u"p1", u"p2", u"p3", u"p4", u"p5",
+                                 u"p6", u"p7", u"p8", u"p9", u"c0", u"c1", u"c2", u"c3", u"c4"),
+        0);
+    const OrderInformatorRecord& orders = hand_over.order_informator;
+    EXPECT_EQ(orders.header + orders.text + orders.value, u"NTwartość");
+    EXPECT_EQ(orders.outcome_count, 4);
+    EXPECT_EQ(orders.outcome, 5);
+    EXPECT_EQ(orders.buttons,
+              (std::vector<Text>{u"p1", u"p2", u"p3", u"p4", u"p5", u"p6", u"p7", u"p8", u"p9"}));
+    EXPECT_EQ(orders.outcome_buttons, (std::vector<Text>{u"c0", u"c1", u"c2", u"c3", u"c4"}));
+
+    ports::HostObject grid;
+    info.Wykres(true, grid, 1, u"tekst", 10, 20, 30, u"tytuł", u"rodzaj", u"pola", 2);
+    const ChartRecord& chart = hand_over.chart;
+    EXPECT_TRUE(chart.full_screen);
+    EXPECT_EQ(chart.grid, nullptr) << "the host's own, and only while the call lasts";
+    EXPECT_EQ((std::vector<std::int32_t>{chart.column, chart.x1, chart.x2, chart.x3}),
+              (std::vector<std::int32_t>{1, 10, 20, 30}));
+    EXPECT_EQ(chart.options, 2);
+    EXPECT_EQ(chart.text + chart.title + chart.kind + chart.checks, u"teksttytułrodzajpola");
+
     std::vector<Text> databases{u"firma", u"archiwum"};
     Text first = u"a";
     Text second = u"b";
     Text server = u"c";
     EXPECT_FALSE(info.Browse(2, databases, first, second, server));
-    EXPECT_EQ(hand_over.browser.databases, databases);
-    EXPECT_EQ(hand_over.browser.server, u"c");
+    const BrowserRecord& browser = hand_over.browser;
+    EXPECT_EQ(browser.database_count, 2);
+    EXPECT_EQ(browser.databases, databases);
+    EXPECT_EQ(browser.connection_1 + browser.connection_2 + browser.server, u"abc");
 }
 
 class SystemInformation : public CInfoTest {
@@ -192,6 +221,8 @@ TEST_F(SystemInformation, TakesTheToolThenTheFolderThenSaysThatThereIsNone) {
 }
 
 TEST_F(SystemInformation, SaysSoWhenTheToolDoesNotStart) {
+    registry.put(root, tool_key, "PATH", 1, {"\0", 1});
+    EXPECT_EQ(press_the_button(), std::vector<Text>{missing}) << "an empty path is no program";
     registry.put(root, tool_key, "PATH", 1, {"D:\\info.exe\0", 12});
     desktop.can_start = false;
     EXPECT_EQ(press_the_button(), (std::vector<Text>{u"start D:\\info.exe", missing}));

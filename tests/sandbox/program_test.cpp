@@ -7,23 +7,18 @@
 #include <fstream>
 
 #include "tests/sandbox/fixture.h"
+#include "tests/support/scratch_folder.h"
 
 namespace tavrix::sandbox::testing {
 namespace {
 
 class ProgramTest : public ::testing::Test {
   protected:
-    void SetUp() override {
-        folder_ = std::filesystem::temp_directory_path() /
-                  ("tavrix-program-test-" + std::to_string(getpid()));
-        std::filesystem::create_directories(folder_);
-    }
     void TearDown() override {
         if (child_ > 0) end(SIGKILL);
-        std::filesystem::remove_all(folder_);
     }
 
-    std::string path(const char* name) const { return folder_ / name; }
+    std::string path(const char* name) const { return folder_.path() / name; }
 
     /// Starts the program and returns its port once it listens; 0 when it ends instead.
     int start(std::vector<std::string> arguments) {
@@ -69,7 +64,7 @@ class ProgramTest : public ::testing::Test {
         return {std::istreambuf_iterator<char>(file), {}};
     }
 
-    std::filesystem::path folder_;
+    test::ScratchFolder folder_;
     pid_t child_ = 0;
     int exit_status_ = 0;
 };

@@ -3,25 +3,19 @@
 #include <fstream>
 
 #include "tests/sandbox/fixture.h"
+#include "tests/support/scratch_folder.h"
 
 namespace tavrix::sandbox::testing {
 namespace {
 
 class RestartTest : public ::testing::Test {
   protected:
-    void SetUp() override {
-        folder_ = std::filesystem::temp_directory_path() /
-                  ("tavrix-sandbox-test-" + std::to_string(getpid()));
-        std::filesystem::create_directories(folder_);
-    }
-    void TearDown() override { std::filesystem::remove_all(folder_); }
-
-    std::string file() const { return folder_ / "sandbox.sqlite"; }
+    std::string file() const { return folder_.path() / "sandbox.sqlite"; }
     std::unique_ptr<RunningSandbox> run(const Options& options = {}) {
         return std::make_unique<RunningSandbox>(options, open_sqlite_store(file()));
     }
 
-    std::filesystem::path folder_;
+    test::ScratchFolder folder_;
 };
 
 TEST_F(RestartTest, EverythingIsThereAgain) {

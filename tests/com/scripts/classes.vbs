@@ -35,6 +35,7 @@ Set object = Created("Drk_Wyd_Ean_cls")
 object.wys = 12.5
 Expect "wys", object.wys, CCur(12.5)
 Expect "szer", object.szer, CCur(0)
+Expect "SyncShell", object.SyncShell("none.exe", 0, False, True), False
 
 Set object = Created("Drk_Wyd_Ean_cls813")
 Expect "EAN13", object.EAN13("590123412345"), "5JKLCDO*bcdefh+"
@@ -53,6 +54,7 @@ object.Subject = "Faktura"
 Expect "Subject", object.Subject, "Faktura"
 Expect "Files", object.Files, ""
 Expect "Size", object.Size, CLng(0)
+Expect "DodajMail", object.DodajMail("x", folder, False), CLng(0)
 
 Set object = Created("ClsSendMail")
 Expect "NullStr of a null", object.NullStr(Null), ""
