@@ -8,12 +8,16 @@ namespace tavrix::com {
 /// Where the entries go: Software\Classes of the machine or of the current user.
 enum class Scope { machine, user };
 
-/// Writes the entries of every class. What was there is overwritten. Throws base::AutomationError
-/// (access denied for the machine without elevation); what was written until then is taken back.
+/// Writes the entries of every class and of the type library. What was there, another copy's
+/// entries included, is overwritten. Throws base::AutomationError (access denied for the machine
+/// without elevation); what was written until then is taken back unless a copy was registered
+/// before.
 void register_classes(const Server& server, Scope scope);
 
-/// Removes exactly what register_classes wrote: values that still hold what this DLL writes, and
-/// keys that are empty then. Entries of another copy of the DLL stay.
+/// Removes what register_classes wrote, as far as it names this very DLL: a class or type library
+/// that another copy was registered for meanwhile stays that copy's, whole. What the DLLs of 32 and
+/// of 64 bits share goes with the last of them. Throws base::AutomationError when entries must not
+/// be removed.
 void unregister_classes(const Server& server, Scope scope);
 
 }  // namespace tavrix::com

@@ -163,6 +163,7 @@ TEST_F(Forms, KeepTheUserOutOfAllWindowsOfTheHost) {
     const HWND second =
         CreateWindowExW(0, L"Static", L"Kartoteka", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 0, 0, 200,
                         100, nullptr, nullptr, nullptr, nullptr);
+    SetActiveWindow(user.host_window());
     user.use(about(), {[&](HWND form) {
                            EXPECT_FALSE(IsWindowEnabled(second));
                            EXPECT_FALSE(IsWindowEnabled(user.host_window()));

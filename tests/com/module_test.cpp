@@ -283,19 +283,49 @@ TEST_F(Registration, OfTheUserLeavesTheMachineAlone) {
     EXPECT_EQ(classes_of(HKEY_CURRENT_USER), before);
 }
 
-TEST_F(Registration, KeepsWhatSomebodyElseWrote) {
-    const std::wstring path =
-        L"Software\\Classes\\CLSID\\{D422C633-A288-42AD-9710-6414035C1877}\\InprocServer32";
-    ASSERT_EQ(register_server(), S_OK);
-    const wchar_t other[] = L"C:\\Other\\Tavrix.dll";
-    ASSERT_EQ(RegSetKeyValueW(HKEY_LOCAL_MACHINE, path.c_str(), L"", REG_SZ, other, sizeof other),
-              ERROR_SUCCESS);
-    ASSERT_EQ(unregister_server(), S_OK);
-    EXPECT_TRUE(
-        any_contains(classes_of(HKEY_LOCAL_MACHINE), L"InprocServer32:=C:\\Other\\Tavrix.dll"));
-    RegDeleteTreeW(HKEY_LOCAL_MACHINE,
-                   L"Software\\Classes\\CLSID\\{D422C633-A288-42AD-9710-6414035C1877}");
+TEST_F(Registration, LeavesAnotherCopyItsEntries) {
+    const auto before = classes_of(HKEY_LOCAL_MACHINE);
+    const base::Text copy = beside_program(u"TavrixCopy.dll");
+    ASSERT_TRUE(
+        CopyFileW(windows::wide(beside_program(u"Tavrix.dll")), windows::wide(copy), FALSE));
+    {
+        const LoadedDll other(u"TavrixCopy.dll");
+        ASSERT_EQ(register_server(), S_OK);
+        // As an upgrade does it: the new copy in, then the old one out.
+        ASSERT_EQ(other.function<NoArguments>("DllRegisterServer")(), S_OK);
+        const auto registered = classes_of(HKEY_LOCAL_MACHINE);
+        EXPECT_EQ(unregister_server(), S_OK);
+        EXPECT_EQ(classes_of(HKEY_LOCAL_MACHINE), registered);
+        EXPECT_TRUE(create(u"Tavrix.CInfo"));
+        CoFreeUnusedLibrariesEx(0, 0);
+        EXPECT_EQ(other.function<NoArguments>("DllUnregisterServer")(), S_OK);
+        EXPECT_EQ(classes_of(HKEY_LOCAL_MACHINE), before);
+    }
+    DeleteFileW(windows::wide(copy));
 }
+
+#ifdef _WIN64  // the 32-bit prefix has room for one DLL only
+// Both DLLs' classes are found under one name; a host takes the one of its own bits.
+TEST_F(Registration, KeepsTheNamesWhileTheDllOfTheOtherBitsIsThere) {
+    const REGSAM other_view = KEY_WOW64_32KEY;
+    const wchar_t* path =
+        L"Software\\Classes\\CLSID\\{D422C633-A288-42AD-9710-6414035C1877}\\InprocServer32";
+    windows::KeyHandle other;
+    ASSERT_EQ(RegCreateKeyExW(HKEY_LOCAL_MACHINE, path, 0, nullptr, 0, KEY_SET_VALUE | other_view,
+                              nullptr, other.out(), nullptr),
+              ERROR_SUCCESS);
+    other.reset();
+    ASSERT_EQ(register_server(), S_OK);
+    ASSERT_EQ(unregister_server(), S_OK);
+    CLSID found{};
+    EXPECT_EQ(CLSIDFromProgID(L"Tavrix.KseF_comm", &found), S_OK);
+    EXPECT_NE(CLSIDFromProgID(L"Tavrix.CInfo", &found), S_OK);
+    RegDeleteKeyExW(HKEY_LOCAL_MACHINE, path, other_view, 0);
+    ASSERT_EQ(register_server(), S_OK);
+    ASSERT_EQ(unregister_server(), S_OK);
+    EXPECT_NE(CLSIDFromProgID(L"Tavrix.KseF_comm", &found), S_OK);
+}
+#endif
 
 }  // namespace
 }  // namespace tavrix::test
