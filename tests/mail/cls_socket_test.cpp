@@ -369,8 +369,11 @@ class ScriptedStream final : public ports::Stream {
         bool open = false;
         int slices_until_connected = 0;
         std::deque<std::string> arriving;
-        /// How long each of them takes; a slice at most.
+        /// Breaks behind what is arriving, instead of falling silent.
+        bool breaks = false;
+        /// How long each of them takes, and each sending; a slice at most.
         milliseconds pace{0};
+        std::size_t takes_at_once = std::string::npos;
         int slices_until_writable = 0;
         std::size_t sent = 0;
         milliseconds waited{0};
@@ -384,14 +387,15 @@ class ScriptedStream final : public ports::Stream {
         state_.waited += slice;
         return false;
     }
-    std::size_t send(base::ByteView bytes, milliseconds slice) override {
+    ports::Sent send(base::ByteView bytes, milliseconds slice) override {
         require_open();
         if (state_.slices_until_writable-- > 0) {
             state_.waited += slice;
-            return 0;
+            return {0, slice};
         }
-        state_.sent += bytes.size();
-        return bytes.size();
+        const std::size_t count = std::min(bytes.size(), state_.takes_at_once);
+        state_.sent += count;
+        return {count, std::min(state_.pace, slice)};
     }
     Received receive(milliseconds slice) override {
         require_open();
@@ -403,6 +407,9 @@ class ScriptedStream final : public ports::Stream {
             received.bytes.assign(bytes.begin(), bytes.end());
             received.waited = std::min(state_.pace, slice);
             state_.arriving.pop_front();
+        } else if (state_.breaks) {
+            state_.open = false;
+            throw base::AutomationError(base::ErrorNumber::component_failed, u"test", u"zerwane");
         }
         state_.waited += std::chrono::duration_cast<milliseconds>(received.waited);
         return received;
