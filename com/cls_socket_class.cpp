@@ -55,8 +55,13 @@ class RaisedSocketEvents final : public SocketEvents {
   public:
     explicit RaisedSocketEvents(std::shared_ptr<EventSinks> sinks) : sinks_(std::move(sinks)) {}
 
+    void method_begins() override { had_listeners_ = has_listeners(); }
     void BinaryData(const base::Bytes& Data) override { raise(row(u"BinaryData"), Data); }
-    void AbortCheck(bool& Abort) override { raise(row(u"AbortCheck"), Abort); }
+    void AbortCheck(bool& Abort) override {
+        raise(row(u"AbortCheck"), Abort);
+        // A host that let go of the object in a handler cannot be asked any more, and waits.
+        if (had_listeners_ && !has_listeners()) Abort = true;
+    }
     void TextData(const base::Text& Text) override { raise(row(u"TextData"), Text); }
     void ProgressInfo(const base::Text& Name, const base::Text& Value) override {
         raise(row(u"ProgressInfo"), Name, Value);
@@ -72,7 +77,10 @@ class RaisedSocketEvents final : public SocketEvents {
         sinks_->fire(*event, arguments...);
     }
 
+    bool has_listeners() const noexcept { return !sinks_->connections().empty(); }
+
     std::shared_ptr<EventSinks> sinks_;
+    bool had_listeners_ = false;
 };
 
 }  // namespace

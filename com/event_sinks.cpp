@@ -82,12 +82,4 @@ void EventSinks::call_sinks(const Member& event, std::span<const EventArgument> 
     }
 }
 
-void EventSinks::guarded(const std::function<void()>& action) noexcept {
-    try {
-        action();
-    } catch (...) {
-        // An event that cannot be told must not end the work it tells of.
-    }
-}
-
 }  // namespace tavrix::com

@@ -62,7 +62,15 @@ class EventSinks {
         }
         return argument;
     }
-    static void guarded(const std::function<void()>& action) noexcept;
+    // A template, because to wrap the action in a std::function may fail outside of the guard.
+    template <typename Action>
+    static void guarded(const Action& action) noexcept {
+        try {
+            action();
+        } catch (...) {
+            // An event that cannot be told must not end the work it tells of.
+        }
+    }
     void call_sinks(const Member& event, std::span<const EventArgument> arguments);
     bool is_connected(DWORD cookie) const noexcept;
 

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "base/error.h"
+#include "base/secret.h"
 
 namespace tavrix::mail {
 namespace {
@@ -18,6 +19,7 @@ constexpr milliseconds check_every{100};
 constexpr milliseconds pause_at_the_end{20};
 constexpr std::size_t send_piece_bytes = 64 * 1024;
 constexpr std::size_t largest_text_bytes = 64u * 1024 * 1024;
+constexpr base::TextView interrupted = u"Przerwano.";
 
 [[noreturn]] void fail(base::TextView reason) {
     throw base::AutomationError(base::ErrorNumber::component_failed, u"clsSocket",
@@ -49,16 +51,22 @@ ports::StreamAddress address_of(base::TextView text) {
     fail(u"Nieprawidłowy adres: oczekiwano host:port.");
 }
 
-/// True for as long as it lives.
+/// True for as long as it lives; then as it was, because methods come inside each other.
 class Mark {
   public:
-    explicit Mark(bool& mark) noexcept : mark_(mark) { mark_ = true; }
-    ~Mark() { mark_ = false; }
+    explicit Mark(bool& mark) noexcept : mark_(mark), before_(std::exchange(mark, true)) {}
+    ~Mark() { mark_ = before_; }
     Mark(const Mark&) = delete;
     Mark& operator=(const Mark&) = delete;
 
   private:
     bool& mark_;
+    bool before_;
+};
+
+/// A wait that ended without a byte: the only failure that leaves the connection as it was.
+struct NothingCame {
+    base::TextView reason;
 };
 
 base::Text reason_of(const std::exception& error) {
@@ -80,23 +88,33 @@ std::int32_t clsSocket::OpeneSocket(std::int32_t ssl, std::int32_t maxWaitMillis
         const milliseconds wait(maxWaitMillisec);
         connect_timeout_ = maxWaitMillisec > 0 ? wait : ports_.settings.connect_timeout;
         transfer_timeout_ = maxWaitMillisec > 0 ? wait : ports_.settings.no_progress_timeout;
+        broken_because_.clear();
         close();
         connect(ssl != 0, base::Text(base::trim(Adress)));
     });
-    ports_.events.TaskCompleted(success);
+    complete(success);
     return success ? 1 : 0;
 }
 
 void clsSocket::CloseSocket() {
-    close();
-    ports_.events.TaskCompleted(true);
+    closed_by_host_ = true;
+    broken_because_.clear();
+    {
+        const Mark busy(busy_);
+        close();
+    }
+    if (!completing_) complete(true);
 }
 
 void clsSocket::SendString(const base::Text& s) {
     if (busy_) return;
-    const bool success = run([&] { send(ports_.code_page.to_bytes(s)); });
-    if (!success) close();
-    ports_.events.TaskCompleted(success);
+    const bool success = run([&] {
+        // A line with a password may be among what is sent.
+        base::Bytes bytes = ports_.code_page.to_bytes(s);
+        const base::WipeOnExit wiped(bytes);
+        send(bytes);
+    });
+    complete(success);
 }
 
 base::Text clsSocket::ReceiveString() {
@@ -111,78 +129,95 @@ base::Text clsSocket::ReceiveString() {
         ports_.events.BinaryData(bytes);
         ports_.events.TextData(text);
     }
-    ports_.events.TaskCompleted(success);
+    complete(success);
     return text;
 }
 
-// The guard of every method: a failure becomes what ProgressInfo says.
+// The guard of every method: a failure becomes what ProgressInfo says, and ends the connection,
+// because nobody knows how much of a text went over it.
 template <typename Task>
 bool clsSocket::run(Task task) {
     const Mark busy(busy_);
     since_check_ = microseconds(0);
+    closed_by_host_ = false;
+    ports_.events.method_begins();
     try {
         task();
         return true;
+    } catch (const NothingCame& ended) {
+        tell(socket_progress::failed, base::Text(ended.reason));
     } catch (const std::exception& error) {
+        // First of all, so that no failure to tell of it leaves it open.
+        ports_.stream->close();
         tell(socket_progress::failed, reason_of(error));
-        return false;
+        close();
     }
+    return false;
+}
+
+void clsSocket::complete(bool success) {
+    const Mark completing(completing_);
+    ports_.events.TaskCompleted(success);
 }
 
 void clsSocket::connect(bool tls, const base::Text& address) {
     const ports::StreamAddress far_end = address_of(address);
-    tell(socket_progress::connecting, address);
+    if (!closed_by_host_) tell(socket_progress::connecting, address);
+    if (closed_by_host_) fail(interrupted);
     ports_.stream->connect(far_end, tls);
     milliseconds left = connect_timeout_;
     for (;;) {
         const milliseconds slice = std::min(check_every, left);
         if (ports_.stream->connected_within(slice)) break;
         left -= slice;
-        const bool stopped = stopped_after(slice);
-        if (stopped || left <= milliseconds(0)) {
-            ports_.stream->close();
-            fail(stopped ? u"Przerwano." : u"Przekroczono czas oczekiwania na połączenie.");
-        }
+        if (stopped_after(slice)) fail(interrupted);
+        if (left <= milliseconds(0)) fail(u"Przekroczono czas oczekiwania na połączenie.");
     }
     address_ = address;
     tell(socket_progress::connected, address);
+    if (closed_by_host_) fail(interrupted);
+}
+
+void clsSocket::require_connection() {
+    if (!broken_because_.empty()) fail(std::exchange(broken_because_, base::Text()));
+    if (address_.empty()) fail(u"Połączenie nie jest otwarte.");
 }
 
 void clsSocket::send(base::ByteView bytes) {
+    require_connection();
     for (std::size_t done = 0; done < bytes.size();) {
         const std::size_t piece = std::min(send_piece_bytes, bytes.size() - done);
         send_piece(bytes.subspan(done, piece));
         done += piece;
         if (bytes.size() <= send_piece_bytes) break;
         bool abort = false;
-        ports_.events.PercentDone(static_cast<std::int32_t>(done * 100 / bytes.size()), abort);
-        if (abort) fail(u"Przerwano.");
+        // 32 bits would not hold the product.
+        const std::uint64_t percent = std::uint64_t{done} * 100 / bytes.size();
+        ports_.events.PercentDone(static_cast<std::int32_t>(percent), abort);
+        if (abort || closed_by_host_) fail(interrupted);
     }
     tell(socket_progress::sent, base::to_decimal(static_cast<std::int64_t>(bytes.size())));
 }
 
 void clsSocket::send_piece(base::ByteView piece) {
-    milliseconds left = transfer_timeout_;
+    microseconds left = transfer_timeout_;
     while (!piece.empty()) {
-        const milliseconds slice = std::min(check_every, left);
-        const std::size_t sent = ports_.stream->send(piece, slice);
-        piece = piece.subspan(sent);
-        if (sent > 0) {
-            left = transfer_timeout_;
-            continue;
-        }
-        left -= slice;
-        if (stopped_after(slice)) fail(u"Przerwano.");
-        if (left <= milliseconds(0)) fail(u"Przekroczono czas oczekiwania na wysłanie.");
+        const milliseconds slice = std::min(check_every, std::chrono::ceil<milliseconds>(left));
+        const ports::Sent sent = ports_.stream->send(piece, slice);
+        piece = piece.subspan(sent.count);
+        left = sent.count > 0 ? microseconds(transfer_timeout_) : left - sent.waited;
+        if (stopped_after(sent.waited)) fail(interrupted);
+        if (left <= microseconds(0)) fail(u"Przekroczono czas oczekiwania na wysłanie.");
     }
 }
 
 base::Bytes clsSocket::receive() {
+    require_connection();
     base::Bytes received;
     microseconds left = transfer_timeout_;
     while (receive_more(received, left)) {
     }
-    if (received.empty()) fail(u"Przekroczono czas oczekiwania na dane.");
+    if (received.empty()) throw NothingCame{u"Przekroczono czas oczekiwania na dane."};
     return received;
 }
 
@@ -192,19 +227,19 @@ bool clsSocket::receive_more(base::Bytes& received, microseconds& left) {
     Received piece;
     try {
         piece = ports_.stream->receive(std::min(slice, std::chrono::ceil<milliseconds>(left)));
-    } catch (const base::AutomationError&) {
+    } catch (const base::AutomationError& error) {
         // What came before the connection broke is the host's; the next call will fail.
         if (received.empty()) throw;
+        broken_because_ = error.description();
+        close();
         return false;
     }
     if (piece.state == Received::State::ended) {
         if (!received.empty()) return false;
-        close();
         fail(u"Druga strona zamknęła połączenie.");
     }
     if (piece.state == Received::State::nothing_yet && !received.empty()) return false;
     if (received.size() + piece.bytes.size() > largest_text_bytes) {
-        close();
         fail(u"Odebrano ponad 64 MiB danych.");
     }
     received.insert(received.end(), piece.bytes.begin(), piece.bytes.end());
@@ -214,19 +249,20 @@ bool clsSocket::receive_more(base::Bytes& received, microseconds& left) {
     }
     left -= piece.waited;
     if (stopped_after(piece.waited)) {
-        if (received.empty()) fail(u"Przerwano.");
+        if (received.empty()) throw NothingCame{interrupted};
         return false;
     }
     return left > microseconds(0);
 }
 
 bool clsSocket::stopped_after(microseconds waited) {
+    if (closed_by_host_) return true;
     since_check_ += waited;
     if (since_check_ < check_every) return false;
     since_check_ = microseconds(0);
     bool abort = false;
     ports_.events.AbortCheck(abort);
-    return abort;
+    return abort || closed_by_host_;
 }
 
 void clsSocket::close() {

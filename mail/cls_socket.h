@@ -24,7 +24,8 @@ struct SocketPorts {
 /// No method raises an error: ProgressInfo gives the reason of a failure, TaskCompleted says that
 /// there was one. Handlers of BinaryData, TextData and TaskCompleted may call every method;
 /// handlers of the other events, which come in the middle of a method, may call CloseSocket, which
-/// ends that method, and find any other method failing.
+/// ends that method, and find any other method failing, without an event. A CloseSocket that a
+/// handler of TaskCompleted calls raises none of its own, because it would never end.
 class clsSocket {
   public:
     explicit clsSocket(SocketPorts ports);
@@ -43,30 +44,39 @@ class clsSocket {
     void SendString(const base::Text& s);
     /// Waits for the first byte and gives everything that comes without a pause of 20 ms from
     /// then on, until the time-out: a long text may come in several calls. Gives the empty text
-    /// when nothing came, when the other side has closed the connection, and when it sends more
-    /// than 64 MiB at once, which closes the connection.
+    /// when nothing came, when the connection is at its end, and when more than 64 MiB come at
+    /// once. Of the failures, only a wait in which nothing came leaves the connection open. One
+    /// that breaks behind some bytes gives these, and the reason to the next method.
     base::Text ReceiveString();
 
   private:
     template <typename Task>
     bool run(Task task);
+    void complete(bool success);
     void connect(bool tls, const base::Text& address);
     void send(base::ByteView bytes);
     void send_piece(base::ByteView piece);
+    void require_connection();
     base::Bytes receive();
     bool receive_more(base::Bytes& received, std::chrono::microseconds& left);
     /// Counts time that a wait took and asks the host about every 100 ms; true when it wants to
-    /// stop.
+    /// stop, or a handler has closed the connection.
     bool stopped_after(std::chrono::microseconds waited);
     void close();
     void tell(base::TextView name, const base::Text& value);
 
     SocketPorts ports_;
+    /// Of the connection that stands; empty when there is none.
     base::Text address_;
+    /// Why the last connection broke, until a method has failed for it.
+    base::Text broken_because_;
     std::chrono::milliseconds connect_timeout_;
     std::chrono::milliseconds transfer_timeout_;
     std::chrono::microseconds since_check_{0};
     bool busy_ = false;
+    bool completing_ = false;
+    /// CloseSocket was called since the method began.
+    bool closed_by_host_ = false;
 };
 
 }  // namespace tavrix::mail

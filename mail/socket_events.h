@@ -12,6 +12,10 @@ class SocketEvents {
   public:
     virtual ~SocketEvents() = default;
 
+    /// No event, and the first call of each method: whoever listens now is to be asked while it
+    /// waits.
+    virtual void method_begins() {}
+
     /// Everything that one ReceiveString brought, as it came.
     virtual void BinaryData(const base::Bytes& Data) = 0;
     /// Comes about every 100 ms of a wait; Abort = True ends it.
@@ -23,7 +27,8 @@ class SocketEvents {
     virtual void ProgressInfo(const base::Text& Name, const base::Text& Value) = 0;
     /// After each 64 KiB of a longer text that is sent; Abort = True stops there.
     virtual void PercentDone(std::int32_t Percent, bool& Abort) = 0;
-    /// The last event of each method.
+    /// The last event of each method that was not refused because another was at work, but for a
+    /// CloseSocket of a handler of this event.
     virtual void TaskCompleted(bool Success) = 0;
 };
 

@@ -18,11 +18,20 @@ struct Received {
     enum class State {
         data,         ///< `bytes`, at least one
         nothing_yet,  ///< the whole slice passed without a byte
-        ended,        ///< the other side has closed its direction in an orderly way; stays so
+        /// The other side has closed its direction in an orderly way, under TLS with the word that
+        /// nobody on the path can forge; stays so.
+        ended,
     };
     State state = State::nothing_yet;
     base::Bytes bytes;
     /// How much of the slice this took, so that callers keep their deadlines without a clock.
+    std::chrono::microseconds waited{0};
+};
+
+/// What became of the bytes that were offered.
+struct Sent {
+    std::size_t count = 0;  ///< how many of them, from the beginning, are on their way
+    /// How much of the slice this took.
     std::chrono::microseconds waited{0};
 };
 
@@ -32,7 +41,10 @@ struct Received {
 ///
 /// No call waits for longer than its slice, so that the caller can do something in between: raise
 /// an event, pump messages, give up. Deadlines and their meaning are the caller's; so is calling
-/// again. Between two calls the caller may close or connect anew at any time.
+/// again. Between two calls the caller may close or connect anew at any time. Two waits are the
+/// system's and keep to no slice: connect() asks it for the proxy, and close() waits for a look-up
+/// of a name that is under way. Its thread must not outlive the code that it runs, which may be
+/// unloaded as soon as the stream is gone.
 ///
 /// Every function but close throws base::AutomationError with the transport's own words when the
 /// connection cannot be made, breaks or is not open (any more); the stream is then closed.
@@ -40,18 +52,20 @@ class Stream {
   public:
     virtual ~Stream() = default;
 
-    /// Closes what was open and begins to connect. Throws for an address that cannot be one; waits
-    /// for nothing.
+    /// Closes what was open and begins to connect. Throws for an address that cannot be one. Waits
+    /// for nothing but the system's word on the proxy, which takes seconds where a configuration
+    /// script is searched for and not found.
     virtual void connect(const StreamAddress& address, bool tls) = 0;
     /// Goes on connecting, TLS included. True as soon as the connection stands, false when the
     /// whole slice passed before.
     virtual bool connected_within(std::chrono::milliseconds slice) = 0;
-    /// Sends from the beginning of `bytes`. Gives how many of them are on their way, 0 when the
-    /// whole slice passed before the other side took any; offer the same bytes again then.
-    virtual std::size_t send(base::ByteView bytes, std::chrono::milliseconds slice) = 0;
+    /// Sends from the beginning of `bytes`, 16 KiB at most. None are on their way when the whole
+    /// slice passed before the other side took any; offer the same bytes again then.
+    virtual Sent send(base::ByteView bytes, std::chrono::milliseconds slice) = 0;
     /// Gives what is there, 64 KiB at most, or what comes first within the slice.
     virtual Received receive(std::chrono::milliseconds slice) = 0;
-    /// Nothing happens when nothing is open.
+    /// Nothing happens when nothing is open. Waits while the system is looking up a name, which it
+    /// gives up after seconds.
     virtual void close() noexcept = 0;
 };
 

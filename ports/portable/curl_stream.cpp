@@ -1,5 +1,7 @@
 #include "ports/portable/curl_stream.h"
 
+#include <openssl/ssl.h>
+
 #include <algorithm>
 #include <array>
 #include <new>
@@ -13,7 +15,11 @@ namespace {
 using SteadyClock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
-constexpr std::size_t piece_bytes = 64 * 1024;
+constexpr std::size_t receive_bytes = 64 * 1024;
+// One record of TLS: of more, nothing counts as sent before all of it is.
+constexpr std::size_t send_bytes = 16 * 1024;
+// How long libcurl may read on behind the end of a slice, before that counts as never ending.
+constexpr std::chrono::seconds patience{1};
 // Only so that libcurl's own limit of five minutes never speaks before the caller's.
 constexpr long connect_timeout_ms = 86'400'000;
 
@@ -52,6 +58,7 @@ class CurlStream final : public Stream {
 
     void connect(const StreamAddress& address, bool tls) override {
         close();
+        tls_ = tls;
         const std::string url = url_of(address, tls);
         easy_ = make_curl_easy();
         multi_.reset(curl_multi_init());
@@ -63,6 +70,10 @@ class CurlStream final : public Stream {
         // What will be spoken is not HTTP.
         set(CURLOPT_SSL_ENABLE_ALPN, 0L);
         set(CURLOPT_CONNECTTIMEOUT_MS, connect_timeout_ms);
+        // libcurl reads what a proxy says to the end, without a look at the clock.
+        set(CURLOPT_NOPROGRESS, 0L);
+        set(CURLOPT_XFERINFOFUNCTION, &CurlStream::stop_what_never_ends);
+        set(CURLOPT_XFERINFODATA, this);
         words_[0] = '\0';
         set(CURLOPT_ERRORBUFFER, words_.data());
         if (curl_multi_add_handle(multi_.get(), easy_.get()) != CURLM_OK) throw std::bad_alloc();
@@ -71,6 +82,7 @@ class CurlStream final : public Stream {
     bool connected_within(milliseconds slice) override {
         require_begun();
         const auto deadline = SteadyClock::now() + slice;
+        never_ending_at_ = deadline + patience;
         while (!connected_) {
             int running = 0;
             curl_multi_perform(multi_.get(), &running);
@@ -79,31 +91,31 @@ class CurlStream final : public Stream {
             const int left_ms = milliseconds_until(deadline);
             if (left_ms == 0) return false;
             curl_multi_poll(multi_.get(), nullptr, 0, left_ms, nullptr);
+            // A machine that slept meanwhile must not look like a proxy that never ends.
+            if (SteadyClock::now() >= deadline) return false;
         }
         return true;
     }
 
-    std::size_t send(base::ByteView bytes, milliseconds slice) override {
+    Sent send(base::ByteView bytes, milliseconds slice) override {
         require_connected();
-        const auto deadline = SteadyClock::now() + slice;
+        bytes = bytes.first(std::min(bytes.size(), send_bytes));
+        const auto start = SteadyClock::now();
         for (;;) {
-            std::size_t sent = 0;
-            const CURLcode code = curl_easy_send(easy_.get(), bytes.data(), bytes.size(), &sent);
-            if (code == CURLE_OK) return sent;
-            if (code != CURLE_AGAIN) give_up(code);
-            if (!wait_until_ready(CURL_WAIT_POLLOUT, deadline)) return 0;
+            std::size_t count = 0;
+            const CURLcode code = curl_easy_send(easy_.get(), bytes.data(), bytes.size(), &count);
+            if (code != CURLE_OK && code != CURLE_AGAIN) give_up(code);
+            if (code == CURLE_OK || !wait_until_ready(CURL_WAIT_POLLOUT, start + slice)) {
+                return {count, since(start)};
+            }
         }
     }
 
     Received receive(milliseconds slice) override {
         require_connected();
         const auto start = SteadyClock::now();
-        const auto waited = [&] {
-            return std::chrono::duration_cast<std::chrono::microseconds>(SteadyClock::now() -
-                                                                         start);
-        };
         Received received;
-        received.bytes.resize(piece_bytes);
+        received.bytes.resize(receive_bytes);
         for (;;) {
             std::size_t count = 0;
             const CURLcode code =
@@ -111,8 +123,9 @@ class CurlStream final : public Stream {
             if (code != CURLE_OK && code != CURLE_AGAIN) give_up(code);
             const bool nothing_yet = code == CURLE_AGAIN;
             if (nothing_yet && wait_until_ready(CURL_WAIT_POLLIN, start + slice)) continue;
+            if (!nothing_yet && count == 0) require_orderly_end();
             received.bytes.resize(count);
-            received.waited = waited();
+            received.waited = since(start);
             received.state = nothing_yet  ? Received::State::nothing_yet
                              : count == 0 ? Received::State::ended
                                           : Received::State::data;
@@ -141,6 +154,26 @@ class CurlStream final : public Stream {
         if (!connected_) fail(u"Połączenie nie jest otwarte.");
     }
 
+    // libcurl takes the bare end of the TCP connection for an end too. Anyone on the path can bring
+    // that about, and so cut a text where it suits him.
+    void require_orderly_end() {
+        if (!tls_) return;
+        const curl_tlssessioninfo* session = nullptr;
+        curl_easy_getinfo(easy_.get(), CURLINFO_TLS_SSL_PTR, &session);
+        if (session != nullptr && session->backend == CURLSSLBACKEND_OPENSSL &&
+            session->internals != nullptr &&
+            (SSL_get_shutdown(static_cast<const SSL*>(session->internals)) &
+             SSL_RECEIVED_SHUTDOWN) != 0) {
+            return;
+        }
+        close();
+        fail(u"Połączenie TLS zostało przerwane.");
+    }
+
+    static int stop_what_never_ends(void* stream, curl_off_t, curl_off_t, curl_off_t, curl_off_t) {
+        return SteadyClock::now() >= static_cast<CurlStream*>(stream)->never_ending_at_ ? 1 : 0;
+    }
+
     void look_for_outcome() {
         int left = 0;
         while (const CURLMsg* message = curl_multi_info_read(multi_.get(), &left)) {
@@ -151,9 +184,17 @@ class CurlStream final : public Stream {
     }
 
     [[noreturn]] void give_up(CURLcode code) {
+        if (code == CURLE_ABORTED_BY_CALLBACK) {
+            close();
+            fail(u"Odpowiedź serwera pośredniczącego nie ma końca.");
+        }
         const std::string words = words_[0] != '\0' ? words_.data() : curl_easy_strerror(code);
         close();
         fail(base::from_utf8(words));
+    }
+
+    static std::chrono::microseconds since(SteadyClock::time_point start) {
+        return std::chrono::duration_cast<std::chrono::microseconds>(SteadyClock::now() - start);
     }
 
     // 0 only when the deadline has passed.
@@ -180,6 +221,8 @@ class CurlStream final : public Stream {
     std::array<char, CURL_ERROR_SIZE> words_{};
     CurlEasy easy_;
     std::unique_ptr<CURLM, MultiDeleter> multi_;
+    SteadyClock::time_point never_ending_at_;
+    bool tls_ = false;
     bool connected_ = false;
 };
 

@@ -28,12 +28,15 @@ base::Text host_of(base::TextView url) {
     const std::size_t scheme = url.find(u"://");
     if (scheme == base::TextView::npos) return {};
     base::TextView host = url.substr(scheme + 3);
+    // The colons of an IPv6 address are its own.
+    if (host.starts_with(u'[')) return base::Text(host.substr(1, host.find(u']') - 1));
     host = host.substr(0, host.find_first_of(u":/?#"));
     return base::Text(host);
 }
 
 bool matches(base::TextView host, base::TextView pattern) {
-    if (pattern == u"<local>") return host.find(u'.') == base::TextView::npos;
+    // Names without a domain; an IPv6 address has no dots either, and is no name.
+    if (pattern == u"<local>") return host.find_first_of(u".:") == base::TextView::npos;
     const std::size_t star = pattern.find(u'*');
     if (star == base::TextView::npos) return base::equal_case_blind(host, pattern);
     const base::TextView before = pattern.substr(0, star);

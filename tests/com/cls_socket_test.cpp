@@ -113,6 +113,44 @@ TEST_F(ClsSocket, AHandlerEndsAWaitThroughAbort) {
     socket = {};
 }
 
+TEST_F(ClsSocket, AHostThatLetsGoInAHandlerIsNotWaitedFor) {
+    const LoopbackServer server([](Peer& peer) {
+        while (!peer.read_some().empty()) {
+        }
+    });
+    std::unique_ptr<ConnectedSink> sink;
+    sink = std::make_unique<ConnectedSink>(socket, socket_events, [&](const ReceivedEvent& event) {
+        return event.id == abort_check ? sink->disconnect() : S_OK;
+    });
+    ASSERT_EQ(open(server.address(), 600'000), 1);
+    EXPECT_EQ(receive(), u"");
+    // Whoever never listened is waited for.
+    ASSERT_EQ(open(server.address(), 150), 1);
+    const ULONGLONG begun = GetTickCount64();
+    EXPECT_EQ(receive(), u"");
+    EXPECT_GE(GetTickCount64() - begun, 140u);
+    socket = {};
+}
+
+TEST_F(ClsSocket, PercentsOfAVeryLongTextOnlyGrow) {
+    const LoopbackServer server([](Peer& peer) {
+        while (!peer.read_some().empty()) {
+        }
+    });
+    std::vector<LONG> percents;
+    const ConnectedSink sink(socket, socket_events, [&](const ReceivedEvent& event) {
+        if (event.id == percent_done) percents.push_back(event.arguments[0].lVal);
+        return S_OK;
+    });
+    ASSERT_EQ(open(server.address(), 10'000), 1);
+    // A hundred times as many do not fit into 32 bits.
+    send(base::Text(43'500'000, u'x'));
+    ASSERT_FALSE(percents.empty());
+    EXPECT_TRUE(std::is_sorted(percents.begin(), percents.end()));
+    EXPECT_EQ(percents.back(), 100);
+    socket = {};
+}
+
 TEST_F(ClsSocket, PercentDoneStopsALongText) {
     const LoopbackServer server([](Peer& peer) {
         while (!peer.read_some().empty()) {
@@ -150,6 +188,76 @@ TEST_F(ClsSocket, WorksWithoutASinkAndRaisesNothing) {
     send(u"nikomu");
     EXPECT_EQ(receive(), u"");
     EXPECT_EQ(call(socket, u"CloseSocket").code, S_OK);
+}
+
+/// The user's manual choice of a proxy, for as long as this lives.
+class ChosenProxy {
+  public:
+    ChosenProxy(const std::string& proxy, const std::string& bypass) {
+        EXPECT_EQ(RegCreateKeyExW(HKEY_CURRENT_USER,
+                                  L"Software\\Microsoft\\Windows\\CurrentVersion\\"
+                                  L"Internet Settings\\Connections",
+                                  0, nullptr, 0, KEY_READ | KEY_WRITE, nullptr, &key_, nullptr),
+                  ERROR_SUCCESS);
+        DWORD size = 0;
+        RegQueryValueExW(key_, value_name, nullptr, nullptr, nullptr, &size);
+        before_.resize(size);
+        RegQueryValueExW(key_, value_name, nullptr, nullptr, before_.data(), &size);
+
+        constexpr DWORD version = 0x46;
+        constexpr DWORD direct_and_proxy = 3;
+        add(version);
+        add(0);
+        add(direct_and_proxy);
+        for (const std::string& text : {proxy, bypass, std::string()}) {
+            add(static_cast<DWORD>(text.size()));
+            settings_.insert(settings_.end(), text.begin(), text.end());
+        }
+        settings_.resize(settings_.size() + 32);
+        write(settings_);
+    }
+    ~ChosenProxy() {
+        if (before_.empty()) {
+            RegDeleteValueW(key_, value_name);
+        } else {
+            write(before_);
+        }
+        RegCloseKey(key_);
+    }
+    ChosenProxy(const ChosenProxy&) = delete;
+    ChosenProxy& operator=(const ChosenProxy&) = delete;
+
+  private:
+    static constexpr const wchar_t* value_name = L"DefaultConnectionSettings";
+
+    void add(DWORD number) {
+        for (int shift = 0; shift < 32; shift += 8) {
+            settings_.push_back(static_cast<std::uint8_t>(number >> shift));
+        }
+    }
+    void write(const base::Bytes& bytes) {
+        EXPECT_EQ(RegSetValueExW(key_, value_name, 0, REG_BINARY, bytes.data(),
+                                 static_cast<DWORD>(bytes.size())),
+                  ERROR_SUCCESS);
+    }
+
+    HKEY key_ = nullptr;
+    base::Bytes before_;
+    base::Bytes settings_;
+};
+
+TEST_F(ClsSocket, AnAddressOfIpv6IsNoLocalNameThatPassesTheProxyBy) {
+    std::string asked;
+    const LoopbackServer proxy([&](Peer& peer) {
+        asked = peer.read_until("\r\n\r\n");
+        peer.write("HTTP/1.1 200 OK\r\n\r\n");
+        while (!peer.read_some().empty()) {
+        }
+    });
+    const ChosenProxy chosen(base::to_utf8(proxy.address()), "<local>");
+    EXPECT_EQ(open(u"[::1]:9", 10'000), 1);
+    socket = {};
+    EXPECT_TRUE(asked.starts_with("CONNECT [::1]:9 ")) << asked;
 }
 
 }  // namespace

@@ -1,11 +1,34 @@
 // Connecting sinks and raising events, against a class that does nothing else.
 
+#include <cstdlib>
+#include <new>
+
 #include "com/dispatch_object.h"
 #include "com/guid.h"
 #include "com/signature.h"
 #include "com/type_library.h"
 #include "tests/com/event_sink.h"
 #include "tests/com/probe.h"
+
+namespace {
+
+thread_local bool memory_is_exhausted = false;
+
+}  // namespace
+
+// The program's own, so that a test can have it fail. Not inlined, or the compiler sees new and
+// free meet and warns.
+[[gnu::noinline]] void* operator new(std::size_t size) {
+    void* const memory = memory_is_exhausted ? nullptr : std::malloc(size);
+    if (memory == nullptr) throw std::bad_alloc();
+    return memory;
+}
+[[gnu::noinline]] void operator delete(void* memory) noexcept {
+    std::free(memory);
+}
+[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept {
+    std::free(memory);
+}
 
 namespace tavrix::test {
 namespace {
@@ -263,6 +286,21 @@ TEST_F(Events, AFailingSinkSpoilsNothing) {
     const ConnectedSink last(talker, events_id);
     EXPECT_EQ(say(), S_OK);
     EXPECT_EQ(last->events.size(), 1u);
+}
+
+TEST(EventSinks, AnEventForWhichThereIsNoMemoryIsLeftOut) {
+    com::EventSinks sinks(talker_events);
+    const auto sink = ComPointer<EventSink>::adopt(new EventSink(events_id));
+    sinks.connect(*sink.get());
+    const com::Member& said = *com::row_of(talker_event_rows, u"Said");
+    const base::Text text = u"tak";
+    const std::int32_t times = 3;
+    memory_is_exhausted = true;
+    sinks.fire(said, text, times);
+    memory_is_exhausted = false;
+    EXPECT_TRUE(sink->events.empty());
+    sinks.fire(said, text, times);
+    EXPECT_EQ(sink->events, std::vector<DISPID>{11});
 }
 
 TEST_F(Events, SinksComeAndGoWhileAnEventIsRaised) {

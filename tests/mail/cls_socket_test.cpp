@@ -6,6 +6,7 @@
 #include <openssl/pem.h>
 #include <openssl/ssl.h>
 #include <openssl/x509v3.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -14,6 +15,7 @@
 #include <deque>
 #include <filesystem>
 #include <functional>
+#include <new>
 #include <thread>
 
 #include "base/error.h"
@@ -44,12 +46,16 @@ class Listener final : public mail::SocketEvents {
     }
     void ProgressInfo(const base::Text& Name, const base::Text& Value) override {
         log.push_back(base::to_utf8(Name) + " " + base::to_utf8(Value));
+        if (on_progress) on_progress(Name);
     }
     void PercentDone(std::int32_t Percent, bool& Abort) override {
         percents.push_back(Percent);
         Abort = Percent >= abort_at_percent;
     }
-    void TaskCompleted(bool Success) override { log.push_back(Success ? "done" : "failed"); }
+    void TaskCompleted(bool Success) override {
+        log.push_back(Success ? "done" : "failed");
+        if (on_completed) on_completed();
+    }
 
     /// True when a line of the log begins so.
     bool has(const std::string& beginning) const {
@@ -64,6 +70,8 @@ class Listener final : public mail::SocketEvents {
     int checks = 0;
     std::function<void(bool&)> on_check;
     std::function<void()> on_text;
+    std::function<void(base::TextView)> on_progress;
+    std::function<void()> on_completed;
     std::int32_t abort_at_percent = 1000;
 };
 
@@ -252,6 +260,37 @@ TEST(Socket, GoesThroughAProxyAsThroughATunnel) {
     EXPECT_EQ(refused.listener.log.back(), "failed");
 }
 
+TEST(Socket, AProxyWhoseAnswerHasNoEndDoesNotHoldTheSlice) {
+    std::atomic<bool> asked = false;
+    std::atomic<bool> answering = false;
+    const LoopbackServer proxy([&](Peer& peer) {
+        peer.read_until("\r\n\r\n");
+        asked = true;
+        while (!answering) std::this_thread::yield();
+        peer.write(
+            "HTTP/1.1 407 Proxy Authentication Required\r\n"
+            "Content-Length: 1000000000000\r\n\r\n");
+        const std::string much(1024 * 1024, 'x');
+        for (int i = 0; i < 2 && peer.write(much); ++i) {
+        }
+    });
+    ports::Settings settings = settings_with();
+    settings.proxy = "http://" + base::to_utf8(proxy.address());
+    const auto stream = ports::make_curl_stream(settings);
+    stream->connect({"poczta.example", 110}, false);
+    while (!asked) EXPECT_FALSE(stream->connected_within(milliseconds(1)));
+    answering = true;
+    base::Text reason;
+    try {
+        // Slices that were over a second ago, instead of a second that the test would wait for.
+        while (!stream->connected_within(milliseconds(-1000))) {
+        }
+    } catch (const base::AutomationError& error) {
+        reason = error.description();
+    }
+    EXPECT_EQ(reason, u"Odpowiedź serwera pośredniczącego nie ma końca.");
+}
+
 // -- TLS ------------------------------------------------------------------------------------------
 
 template <auto Free>
@@ -298,21 +337,39 @@ class TlsIdentity {
 
     /// Says back everything that comes, until the client closes.
     void echo(Peer& peer) const {
-        // OpenSSL writes to clients that have left. Only here: our own side must do without this.
-        sigset_t broken_pipe;
-        sigemptyset(&broken_pipe);
-        sigaddset(&broken_pipe, SIGPIPE);
-        pthread_sigmask(SIG_BLOCK, &broken_pipe, nullptr);
-        const std::unique_ptr<SSL, Freed<SSL_free>> tls(SSL_new(context_.get()));
-        SSL_set_fd(tls.get(), static_cast<int>(peer.socket()));
-        if (SSL_accept(tls.get()) != 1) return;
+        const auto tls = accept(peer);
+        if (!tls) return;
         char buffer[4096];
         for (int count = 0; (count = SSL_read(tls.get(), buffer, sizeof buffer)) > 0;) {
             SSL_write(tls.get(), buffer, count);
         }
     }
+    /// Says one word, and TLS's own word for the end only when `orderly`.
+    void say_and_close(Peer& peer, bool orderly) const {
+        const auto tls = accept(peer);
+        if (!tls) return;
+        SSL_write(tls.get(), "koniec", 6);
+        if (orderly) SSL_shutdown(tls.get());
+        // What is unread when a socket closes makes a reset of its end.
+        shutdown(static_cast<int>(peer.socket()), SHUT_WR);
+        wait_for_the_client_to_leave(peer);
+    }
 
   private:
+    using Tls = std::unique_ptr<SSL, Freed<SSL_free>>;
+
+    Tls accept(Peer& peer) const {
+        // OpenSSL writes to clients that have left. Only here: our own side must do without this.
+        sigset_t broken_pipe;
+        sigemptyset(&broken_pipe);
+        sigaddset(&broken_pipe, SIGPIPE);
+        pthread_sigmask(SIG_BLOCK, &broken_pipe, nullptr);
+        Tls tls(SSL_new(context_.get()));
+        SSL_set_fd(tls.get(), static_cast<int>(peer.socket()));
+        if (SSL_accept(tls.get()) != 1) tls.reset();
+        return tls;
+    }
+
     std::filesystem::path path_;
     Key key_{EVP_EC_gen("P-256")};
     Certificate certificate_{X509_new()};
@@ -342,6 +399,30 @@ TEST(SocketTls, TrustsAPrivateAuthorityAndNobodyElse) {
     EXPECT_TRUE(strict.listener.has("Błąd SSL certificate problem"));
 }
 
+TEST(SocketTls, ACutConnectionIsNoOrderlyEnd) {
+    const TlsIdentity identity;
+    for (const bool orderly : {true, false}) {
+        const LoopbackServer server([&](Peer& peer) { identity.say_and_close(peer, orderly); });
+        Bench bench(settings_with(identity.path()));
+        ASSERT_EQ(bench.socket.OpeneSocket(1, 5000, server.address()), 1);
+        EXPECT_EQ(bench.socket.ReceiveString(), u"koniec");
+        EXPECT_EQ(bench.socket.ReceiveString(), u"");
+        EXPECT_EQ(bench.listener.has("Błąd Druga strona zamknęła połączenie."), orderly);
+        EXPECT_EQ(bench.listener.has("Błąd Połączenie TLS zostało przerwane."), !orderly);
+        EXPECT_TRUE(bench.listener.has("Zamknięto"));
+    }
+}
+
+TEST(SocketTls, PartOfALongTextCountsAsSoonAsItIsOnItsWay) {
+    const TlsIdentity identity;
+    const LoopbackServer server([&](Peer& peer) { identity.echo(peer); });
+    const auto stream = ports::make_curl_stream(settings_with(identity.path()));
+    stream->connect({"127.0.0.1", server.port()}, true);
+    ASSERT_TRUE(stream->connected_within(milliseconds(5000)));
+    const base::Bytes bytes(64 * 1024);
+    EXPECT_EQ(stream->send(bytes, milliseconds(5000)).count, 16u * 1024);
+}
+
 TEST(SocketTls, FailsOnAServerThatDoesNotSpeakIt) {
     const LoopbackServer server([](Peer& peer) {
         peer.write("220 dzie\xF1 dobry\r\n");
@@ -369,8 +450,11 @@ class ScriptedStream final : public ports::Stream {
         bool open = false;
         int slices_until_connected = 0;
         std::deque<std::string> arriving;
-        /// How long each of them takes; a slice at most.
+        /// Breaks behind what is arriving, instead of falling silent.
+        bool breaks = false;
+        /// How long each of them takes, and each sending; a slice at most.
         milliseconds pace{0};
+        std::size_t takes_at_once = std::string::npos;
         int slices_until_writable = 0;
         std::size_t sent = 0;
         milliseconds waited{0};
@@ -384,14 +468,15 @@ class ScriptedStream final : public ports::Stream {
         state_.waited += slice;
         return false;
     }
-    std::size_t send(base::ByteView bytes, milliseconds slice) override {
+    ports::Sent send(base::ByteView bytes, milliseconds slice) override {
         require_open();
         if (state_.slices_until_writable-- > 0) {
             state_.waited += slice;
-            return 0;
+            return {0, slice};
         }
-        state_.sent += bytes.size();
-        return bytes.size();
+        const std::size_t count = std::min(bytes.size(), state_.takes_at_once);
+        state_.sent += count;
+        return {count, std::min(state_.pace, slice)};
     }
     Received receive(milliseconds slice) override {
         require_open();
@@ -403,6 +488,9 @@ class ScriptedStream final : public ports::Stream {
             received.bytes.assign(bytes.begin(), bytes.end());
             received.waited = std::min(state_.pace, slice);
             state_.arriving.pop_front();
+        } else if (state_.breaks) {
+            state_.open = false;
+            throw base::AutomationError(base::ErrorNumber::component_failed, u"test", u"zerwane");
         }
         state_.waited += std::chrono::duration_cast<milliseconds>(received.waited);
         return received;
@@ -509,6 +597,94 @@ TEST_F(SocketWaits, HandlersMayCloseInTheMiddleOfAWait) {
     EXPECT_EQ(bench.socket.ReceiveString(), u"");
     EXPECT_EQ(listener.checks, 2);
     EXPECT_EQ(listener.log.back(), "failed");
+}
+
+TEST_F(SocketWaits, HandlersMayCloseWhereverAnOpeningIs) {
+    for (const base::TextView at : {u"Zamknięto", u"Łączenie", u"Połączono"}) {
+        ASSERT_EQ(open(1000), 1);
+        listener.log.clear();
+        listener.on_progress = [&](base::TextView name) {
+            if (name == at) bench.socket.CloseSocket();
+        };
+        EXPECT_EQ(open(1000), 0) << base::to_utf8(at);
+        EXPECT_TRUE(listener.has("Błąd Przerwano.")) << base::to_utf8(at);
+        EXPECT_EQ(listener.log.back(), "failed");
+        EXPECT_FALSE(stream.open);
+        listener.on_progress = {};
+    }
+}
+
+TEST_F(SocketWaits, ClosingWhenAMethodIsDoneTellsNoEndOfItsOwn) {
+    ASSERT_EQ(open(1000), 1);
+    listener.log.clear();
+    listener.on_completed = [&] { bench.socket.CloseSocket(); };
+    bench.socket.SendString(u"x");
+    EXPECT_EQ(listener.log, (Lines{"Wysłano 1", "done", "Zamknięto host:1"}));
+    listener.log.clear();
+    bench.socket.CloseSocket();
+    EXPECT_EQ(listener.log, Lines{"done"});
+    listener.on_completed = {};
+    bench.socket.CloseSocket();
+    EXPECT_EQ(listener.log, (Lines{"done", "done"}));
+}
+
+TEST_F(SocketWaits, EvenTheEmptyTextNeedsAConnection) {
+    bench.socket.SendString(u"");
+    EXPECT_EQ(listener.log, (Lines{"Błąd Połączenie nie jest otwarte.", "failed"}));
+    ASSERT_EQ(open(1000), 1);
+    bench.socket.SendString(u"");
+    EXPECT_EQ(listener.log.back(), "done");
+}
+
+TEST_F(SocketWaits, WhatCameBeforeABreakIsGivenAndTheReasonNext) {
+    ASSERT_EQ(open(1000), 1);
+    listener.log.clear();
+    stream.arriving = {"ab"};
+    stream.breaks = true;
+    EXPECT_EQ(bench.socket.ReceiveString(), u"ab");
+    EXPECT_EQ(bench.socket.ReceiveString(), u"");
+    bench.socket.SendString(u"x");
+    EXPECT_EQ(listener.log,
+              (Lines{"Odebrano 2", "Zamknięto host:1", "binary 2", "text ab", "done",
+                     "Błąd zerwane", "failed", "Błąd Połączenie nie jest otwarte.", "failed"}));
+    ASSERT_EQ(open(1000), 1);
+    listener.log.clear();
+    EXPECT_EQ(bench.socket.ReceiveString(), u"");
+    EXPECT_EQ(listener.log, (Lines{"Błąd zerwane", "Zamknięto host:1", "failed"}));
+}
+
+/// Has no memory for a text that came.
+class ExhaustedCodePage final : public ports::CodePage {
+  public:
+    std::optional<std::uint8_t> byte_of(char16_t) const override { return {}; }
+    base::Bytes to_bytes(base::TextView text) const override { return base::Bytes(text.size()); }
+    base::Text to_text(base::ByteView) const override { throw std::bad_alloc(); }
+};
+
+TEST_F(SocketWaits, NoTextStartsInTheMiddleBecauseAnEarlierOneWasLost) {
+    const ExhaustedCodePage code_page;
+    clsSocket socket(
+        {std::make_unique<ScriptedStream>(stream), code_page, bench.settings, listener});
+    ASSERT_EQ(socket.OpeneSocket(0, 1000, u"host:1"), 1);
+    stream.arriving = {"ab"};
+    EXPECT_EQ(socket.ReceiveString(), u"");
+    EXPECT_FALSE(stream.open);
+    EXPECT_TRUE(listener.has("Zamknięto"));
+    EXPECT_FALSE(listener.has("binary"));
+    EXPECT_EQ(listener.log.back(), "failed");
+}
+
+TEST_F(SocketWaits, SendingThatMovesSlowlyCanBeAborted) {
+    ASSERT_EQ(open(50), 1);
+    stream.takes_at_once = 1;
+    stream.pace = milliseconds(10);
+    bench.socket.SendString(base::Text(100, u'x'));
+    EXPECT_EQ(stream.sent, 100u) << "the time-out begins anew with each that is taken";
+    EXPECT_EQ(listener.checks, 10);
+    listener.on_check = [](bool& abort) { abort = true; };
+    bench.socket.SendString(base::Text(100, u'x'));
+    EXPECT_EQ(stream.sent, 110u);
+    EXPECT_FALSE(stream.open);
 }
 
 TEST_F(SocketWaits, OtherCallsInTheMiddleOfAWaitFail) {
