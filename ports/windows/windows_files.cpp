@@ -25,7 +25,7 @@ void WindowsFiles::copy(base::TextView from, base::TextView to) {
 }
 
 void WindowsFiles::append(base::TextView path, base::ByteView bytes) {
-    // With the right to append and no other, the system itself finds the end for each write.
+    // With the right to append and no other, Windows itself finds the end for each write.
     HANDLE opened = CreateFileW(wide(base::Text(path)), FILE_APPEND_DATA,
                                 FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
                                 OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);

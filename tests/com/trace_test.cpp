@@ -4,7 +4,6 @@
 
 #include <fstream>
 #include <sstream>
-#include <thread>
 
 #include "ports/windows/ansi_code_page.h"
 #include "ports/windows/kernel_handle.h"
@@ -72,27 +71,6 @@ TEST_F(TraceOnDriveC, WritesThePolishDateAndTheCodePage) {
               "-\r\n"
               "2026-01-02:10.0.36:Po\xB3\xB9"
               "czenie\r\n");
-}
-
-TEST_F(TraceOnDriveC, TakesWholeLinesFromTwoInstances) {
-    is_on = true;
-    constexpr int lines = 200;
-    const auto write_many = [&](base::TextView entry) {
-        windows::WindowsFiles own_files;
-        frame::TraceLog own(is_on, {own_files, clock, locale, code_page});
-        for (int i = 0; i < lines; ++i) own.write(entry);
-    };
-    {
-        const std::jthread first(write_many, u"first");
-        const std::jthread second(write_many, u"second");
-    }
-    std::istringstream content(written());
-    int whole = 0;
-    for (std::string line; std::getline(content, line);) {
-        whole += line == "2026-11-14 21:49:05:10.0.36:first\r" ||
-                 line == "2026-11-14 21:49:05:10.0.36:second\r";
-    }
-    EXPECT_EQ(whole, 2 * lines);
 }
 
 TEST_F(TraceOnDriveC, IsSilentAboutALockedFileAndAMissingFolder) {
