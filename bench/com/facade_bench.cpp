@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <vector>
 
-#include "bench/process_figures.h"
+#include "bench/com/process_figures.h"
 #include "ports/windows/late_bound.h"
 
 namespace {

@@ -7,7 +7,7 @@
 #include <string>
 
 #include "base/windows_1250.h"
-#include "bench/process_figures.h"
+#include "bench/com/process_figures.h"
 #include "ports/windows/late_bound.h"
 
 namespace {
