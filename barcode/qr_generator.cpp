@@ -5,7 +5,7 @@
 #include <limits>
 #include <qrcodegen/qrcodegen.hpp>
 
-#include "barcode/automation.h"
+#include "barcode/surface/automation.h"
 
 namespace tavrix::barcode {
 namespace {

@@ -4,7 +4,7 @@
 #include <optional>
 
 #include "base/text.h"
-#include "ports/drawing.h"
+#include "drawing/drawing.h"
 
 namespace tavrix::barcode {
 

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "base/text.h"
+#include "drawing/drawing.h"
 #include "fonts/layout.h"
-#include "ports/drawing.h"
 
 namespace tavrix::barcode {
 

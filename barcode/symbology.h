@@ -3,8 +3,8 @@
 #include <span>
 
 #include "base/text.h"
+#include "drawing/drawing.h"
 #include "fonts/font.h"
-#include "ports/drawing.h"
 
 namespace tavrix::barcode {
 

@@ -11,7 +11,7 @@
 #include "barcode/code128.h"
 #include "barcode/ean.h"
 #include "barcode/qr_generator.h"
-#include "barcode/rotation.h"
+#include "barcode/surface/rotation.h"
 #include "barcode/symbol_svg.h"
 #include "ports/native/canvas.h"
 

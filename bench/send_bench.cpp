@@ -44,8 +44,8 @@ long open_descriptors() {
 class Bench {
   public:
     Bench() {
-        settings_.proxy = "direct";
-        settings_.ksef.test = base::from_utf8(sandbox_.origin());
+        connection_settings_.proxy = "direct";
+        settings_.service.test = base::from_utf8(sandbox_.origin());
     }
 
     // One host call as hosts make it: a fresh instance, another document number so that nothing is
@@ -54,8 +54,8 @@ class Bench {
         const base::Text invoice =
             base::replace_all(xml_, u"FV/2026/11/0147", u"FV/2026/11/" + base::to_decimal(number));
         ports::SqliteDatabase database(connection_);
-        ksef::KseF_comm client({[this] { return ports::make_curl_http(settings_); }, *crypto_,
-                                clock_, *xml_port_, *code_page_, settings_});
+        ksef::KseF_comm client({[this] { return ports::make_curl_http(connection_settings_); },
+                                *crypto_, clock_, *xml_port_, *code_page_, settings_});
         return client
             .SendInvoiceToKSeF(database, u"5265877635", u"R|nip-5265877635|s", invoice, u"FA (3)",
                                u"1-0E", u"FA", 2, u"dok_fak", 1001)
@@ -101,7 +101,8 @@ class Bench {
 
   private:
     test::Sandbox sandbox_;
-    ports::Settings settings_;
+    ksef::Settings settings_;
+    ports::ConnectionSettings connection_settings_;
     std::unique_ptr<ports::Crypto> crypto_ = ports::make_openssl_crypto();
     test::FakeClock clock_;
     std::unique_ptr<ports::Xml> xml_port_ = ports::make_native_xml();

@@ -4,8 +4,8 @@
 #include <span>
 
 #include "base/text.h"
-#include "ports/windows/automation.h"
-#include "ports/windows/variant.h"
+#include "windows/automation.h"
+#include "windows/variant.h"
 
 namespace tavrix::com {
 

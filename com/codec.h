@@ -2,9 +2,8 @@
 
 #include <vector>
 
-#include "com/frame.h"
-#include "ports/database.h"
-#include "ports/windows/variant.h"
+#include "com/call_arguments.h"
+#include "windows/variant.h"
 
 namespace tavrix::com {
 
@@ -13,6 +12,12 @@ namespace tavrix::com {
 // and throws ArgumentError (DISP_E_TYPEMISMATCH or DISP_E_OVERFLOW, without an index) for the rest.
 template <typename T>
 struct Codec;
+
+bool is_object(const VARIANT& source) noexcept;
+
+/// What an object says when it is asked for no member in particular. Throws ArgumentError when it
+/// says nothing.
+windows::Variant default_property(const VARIANT& source, LCID locale);
 
 /// `source` as type `type`, an object through its default property.
 windows::Variant coerce(const VARIANT& source, VARTYPE type, LCID locale);
@@ -84,14 +89,6 @@ struct Codec<std::vector<base::Text>> {
     static constexpr VARTYPE type = VT_ARRAY | VT_BSTR;
     static std::vector<base::Text> read(const VARIANT& source, LCID locale);
     static windows::Variant write(const std::vector<base::Text>& value);
-};
-
-/// Whatever a field can hold; an object gives its default property.
-template <>
-struct Codec<ports::Value> {
-    static constexpr VARTYPE type = VT_VARIANT;
-    static ports::Value read(const VARIANT& source, LCID locale);
-    static windows::Variant write(const ports::Value& value);
 };
 
 /// The host's own value, a deep copy.

@@ -1,10 +1,10 @@
 #include "com/dispatch_object.h"
 
+#include "com/call_arguments.h"
 #include "com/default_member.h"
 #include "com/error_bridge.h"
-#include "com/frame.h"
 #include "com/type_library.h"
-#include "ports/windows/bstr.h"
+#include "windows/bstr.h"
 
 namespace tavrix::com {
 namespace {

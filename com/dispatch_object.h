@@ -4,7 +4,7 @@
 #include <optional>
 
 #include "com/connection_point.h"
-#include "ports/windows/com_pointer.h"
+#include "windows/com_pointer.h"
 
 namespace tavrix::com {
 

@@ -3,7 +3,7 @@
 #include <functional>
 
 #include "com/unknown.h"
-#include "ports/windows/variant.h"
+#include "windows/variant.h"
 
 namespace tavrix::com {
 

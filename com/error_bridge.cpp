@@ -3,9 +3,9 @@
 #include <new>
 
 #include "base/error.h"
-#include "com/frame.h"
-#include "ports/windows/bstr.h"
-#include "ports/windows/com_pointer.h"
+#include "com/call_arguments.h"
+#include "windows/bstr.h"
+#include "windows/com_pointer.h"
 
 namespace tavrix::com {
 namespace {

@@ -3,8 +3,8 @@
 #include "com/class_factory.h"
 #include "com/error_bridge.h"
 #include "com/registration.h"
-#include "ports/windows/automation.h"
-#include "ports/windows/failure.h"
+#include "windows/automation.h"
+#include "windows/failure.h"
 
 namespace {
 

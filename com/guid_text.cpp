@@ -1,6 +1,6 @@
 #include "com/guid_text.h"
 
-#include "ports/windows/bstr.h"
+#include "windows/bstr.h"
 
 namespace tavrix::com {
 

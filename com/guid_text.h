@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/text.h"
-#include "ports/windows/automation.h"
+#include "windows/automation.h"
 
 namespace tavrix::com {
 

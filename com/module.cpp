@@ -2,8 +2,8 @@
 
 #include <atomic>
 
-#include "ports/windows/automation.h"
-#include "ports/windows/bstr.h"
+#include "windows/automation.h"
+#include "windows/bstr.h"
 
 namespace tavrix::com {
 namespace {

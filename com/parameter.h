@@ -4,7 +4,6 @@
 #include <type_traits>
 
 #include "com/codec.h"
-#include "ports/windows/ado_database.h"
 
 namespace tavrix::com {
 
@@ -138,13 +137,6 @@ class ObjectParameter {
 
   private:
     Adapter adapter_;
-};
-
-/// The host's open connection.
-template <>
-class Parameter<ports::Database&> : public ObjectParameter<ports::Database, windows::AdoDatabase> {
-  public:
-    using ObjectParameter::ObjectParameter;
 };
 
 }  // namespace tavrix::com

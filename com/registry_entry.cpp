@@ -1,8 +1,8 @@
 #include "com/registry_entry.h"
 
-#include "ports/windows/bstr.h"
-#include "ports/windows/failure.h"
-#include "ports/windows/key_handle.h"
+#include "windows/bstr.h"
+#include "windows/failure.h"
+#include "windows/key_handle.h"
 
 namespace tavrix::com {
 namespace {

@@ -3,7 +3,7 @@
 #include <optional>
 
 #include "base/text.h"
-#include "ports/windows/automation.h"
+#include "windows/automation.h"
 
 namespace tavrix::com {
 

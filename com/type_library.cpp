@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "com/module.h"
-#include "ports/windows/failure.h"
+#include "windows/failure.h"
 
 namespace tavrix::com {
 namespace {

@@ -4,7 +4,7 @@
 #include <tuple>
 
 #include "com/module.h"
-#include "ports/windows/automation.h"
+#include "windows/automation.h"
 
 namespace tavrix::com {
 

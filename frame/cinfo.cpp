@@ -16,7 +16,8 @@ constexpr std::int32_t helpdesk_mode = 2;
 
 class GridOfThisCall {
   public:
-    GridOfThisCall(ChartRecord& record, ports::HostObject& grid) noexcept : record_(record) {
+    GridOfThisCall(dialogs::ChartRecord& record, ports::HostObject& grid) noexcept
+        : record_(record) {
         record_.grid = &grid;
     }
     ~GridOfThisCall() { record_.grid = nullptr; }
@@ -24,13 +25,13 @@ class GridOfThisCall {
     GridOfThisCall& operator=(const GridOfThisCall&) = delete;
 
   private:
-    ChartRecord& record_;
+    dialogs::ChartRecord& record_;
 };
 
-Text helpdesk_recipients(const ports::Settings& settings, const Text& tax_number) {
+Text helpdesk_recipients(const mail::Settings& settings, const Text& tax_number) {
     Text recipients = settings.helpdesk_address;
     const Text digits = base::remove_characters(tax_number, u"-");
-    for (const ports::HelpdeskRoute& route : settings.helpdesk_routes) {
+    for (const mail::HelpdeskRoute& route : settings.helpdesk_routes) {
         if (base::remove_characters(route.tax_number, u"-") == digits) {
             return recipients.append(u"; ").append(route.address);
         }
@@ -46,8 +47,8 @@ Text CInfo::VersjaLib() const {
 
 void CInfo::OProgramie() noexcept {
     try {
-        ports_.forms.show_about({base::product_title, version_text(), Text(description),
-                                 [this] { show_system_information(ports_.system_information); }});
+        ports_.about_window.show({base::product_title, version_text(), Text(description),
+                                  [this] { show_system_information(ports_.system_information); }});
     } catch (...) {
         // Out of memory: there is no box to show.
     }
@@ -57,12 +58,12 @@ std::int32_t CInfo::sendmail(const Text& Par_Source, const Text& Par_nip, const 
                              const Text& txt1, const Text& txt2, const Text& txt3,
                              const Text& Pliki, const Text& MailDO2) noexcept {
     return guarded([&] {
-        ports::MailRecord& record = ports_.hand_over.mail;
+        mail::MailRecord& record = ports_.hand_over.mail;
         record.source = Par_Source;
         record.tax_number = Par_nip;
         record.host_version = Par_Wersja;
         record.sender.clear();
-        record.recipients = helpdesk_recipients(ports_.load_settings(), Par_nip) + MailDO2;
+        record.recipients = helpdesk_recipients(ports_.load_settings().mail, Par_nip) + MailDO2;
         record.subject = u"BOK-QUEN";
         record.body = {txt1, txt2, txt3};
         record.attachments = Pliki;
@@ -77,7 +78,7 @@ std::int32_t CInfo::SendMail_dowolny(const Text& MailOD, const Text& MailDo, con
                                      std::int32_t Auto) noexcept {
     return guarded([&] {
         // Source, tax number and version stay as the last message left them.
-        ports::MailRecord& record = ports_.hand_over.mail;
+        mail::MailRecord& record = ports_.hand_over.mail;
         record.sender = MailOD;
         record.recipients = MailDo;
         record.subject = MailTemat;
@@ -89,13 +90,13 @@ std::int32_t CInfo::SendMail_dowolny(const Text& MailOD, const Text& MailDo, con
 }
 
 std::int32_t CInfo::show_message_form() {
-    ports::MailRecord& record = ports_.hand_over.mail;
+    mail::MailRecord& record = ports_.hand_over.mail;
     record.result = 0;
     base::DateTime today = ports_.clock.now_local();
     today.hour = today.minute = today.second = 0;
-    ports_.forms.show_message_form({record, ports_.locale.general_date(today),
-                                    u"Wysyłanie poczty nie jest jeszcze dostępne w tej wersji.",
-                                    false});
+    ports_.message_window.show({record, ports_.locale.general_date(today),
+                                u"Wysyłanie poczty nie jest jeszcze dostępne w tej wersji.",
+                                false});
     return record.result;
 }
 
@@ -120,7 +121,7 @@ void CInfo::Wykres(bool Par_Czy_Pełny_Ekran, ports::HostObject& Par_I_wykresy_F
                    const Text& PAr_I_wykresy_Title, const Text& PAr_I_wykresy_rodzaj,
                    const Text& PAr_I_wykresy_checks, std::int16_t PAr_I_wykresy_options) noexcept {
     guarded([&] {
-        ChartRecord& record = ports_.hand_over.chart;
+        dialogs::ChartRecord& record = ports_.hand_over.chart;
         const GridOfThisCall grid(record, Par_I_wykresy_Flex);
         record.full_screen = Par_Czy_Pełny_Ekran;
         record.column = Par_I_wykresy_Col;
@@ -142,7 +143,7 @@ std::int32_t CInfo::Informator(const Text& Nagłówek, const Text& Treść, cons
                                const Text& Prz7, const Text& Prz8, const Text& Prz9,
                                const Text& Prz10, const Text& Prz11, const Text& Prz12) noexcept {
     return guarded([&] {
-        InformatorRecord& record = ports_.hand_over.informator;
+        dialogs::InformatorRecord& record = ports_.hand_over.informator;
         record.header = Nagłówek;
         record.text = Treść;
         record.buttons = {Prz0, Prz1, Prz2, Prz3,  Prz4,  Prz5, Prz6,
@@ -159,7 +160,7 @@ std::int32_t CInfo::Informator_Zamówień(
     const Text& Prz7, const Text& Prz8, const Text& Prz9, const Text& Przyc0, const Text& Przyc1,
     const Text& Przyc2, const Text& Przyc3, const Text& Przyc4) noexcept {
     return guarded([&] {
-        OrderInformatorRecord& record = ports_.hand_over.order_informator;
+        dialogs::OrderInformatorRecord& record = ports_.hand_over.order_informator;
         record.header = Nagłówek;
         record.text = Treść;
         record.buttons = {Prz1, Prz2, Prz3, Prz4, Prz5, Prz6, Prz7, Prz8, Prz9};
@@ -175,7 +176,7 @@ std::int32_t CInfo::Informator_Zamówień(
 bool CInfo::Browse(std::int32_t Ile_baz, std::vector<Text>& Bazy, Text& ConnectionStr1,
                    Text& ConnectionStr2, Text& Server) noexcept {
     return guarded([&]() -> std::int32_t {
-               BrowserRecord& record = ports_.hand_over.browser;
+               dialogs::BrowserRecord& record = ports_.hand_over.browser;
                record.database_count = Ile_baz;
                record.databases = Bazy;
                record.connection_1 = ConnectionStr1;

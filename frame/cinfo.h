@@ -4,24 +4,26 @@
 #include <functional>
 #include <vector>
 
-#include "frame/hand_over.h"
+#include "frame/about_box.h"
+#include "frame/library_state.h"
+#include "frame/settings.h"
 #include "frame/system_information.h"
 #include "ports/clock.h"
 #include "ports/host_object.h"
 #include "ports/locale.h"
-#include "ports/settings.h"
 
 namespace tavrix::frame {
 
 /// What the facade reaches outside. The references outlive it.
 struct FramePorts {
-    ports::Forms& forms;
+    AboutWindow& about_window;
+    mail::MessageWindow& message_window;
     ports::Clock& clock;
     ports::Locale& locale;
     SystemInformationPorts system_information;
     HandOver& hand_over;
     /// Reads the settings file; throws when it cannot be taken as it stands.
-    std::function<ports::Settings()> load_settings;
+    std::function<Settings()> load_settings;
 };
 
 /// The public class `CInfo`: the library's version and its dialogs. No method raises: numbers are 0

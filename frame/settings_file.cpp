@@ -14,8 +14,6 @@ namespace tavrix::frame {
 namespace {
 
 using Json = nlohmann::ordered_json;
-using ports::Settings;
-
 // Where in the file: JSON values do not know their lines, so a key's line is where its name stands.
 class Source {
   public:
@@ -79,9 +77,9 @@ struct Reader {
         }
         return std::chrono::milliseconds(value.get<std::int64_t>());
     }
-    std::vector<ports::HelpdeskRoute> helpdesk_routes() const {
+    std::vector<mail::HelpdeskRoute> helpdesk_routes() const {
         if (!value.is_object()) source.fail_at_key(key, "oczekiwano obiektu NIP: adres");
-        std::vector<ports::HelpdeskRoute> routes;
+        std::vector<mail::HelpdeskRoute> routes;
         for (const auto& [tax_number, address] : value.items()) {
             if (!address.is_string())
                 source.fail_at_key(key + "." + tax_number, "oczekiwano tekstu");
@@ -99,23 +97,25 @@ struct Key {
 
 // Every key there is; docs/settings.md says what each means.
 constexpr std::array keys = {
-    Key{"ksef.production", [](Settings& s, const Reader& r) { s.ksef.production = r.origin(); }},
-    Key{"ksef.demo", [](Settings& s, const Reader& r) { s.ksef.demo = r.origin(); }},
-    Key{"ksef.test", [](Settings& s, const Reader& r) { s.ksef.test = r.origin(); }},
-    Key{"ksef.path_root", [](Settings& s, const Reader& r) { s.ksef_path_root = r.path_root(); }},
-    Key{"qr.production", [](Settings& s, const Reader& r) { s.qr.production = r.origin(); }},
-    Key{"qr.demo", [](Settings& s, const Reader& r) { s.qr.demo = r.origin(); }},
-    Key{"qr.test", [](Settings& s, const Reader& r) { s.qr.test = r.origin(); }},
-    Key{"http.private_ca_file", [](Settings& s, const Reader& r) { s.private_ca_file = r.text(); }},
+    Key{"ksef.production",
+        [](Settings& s, const Reader& r) { s.ksef.service.production = r.origin(); }},
+    Key{"ksef.demo", [](Settings& s, const Reader& r) { s.ksef.service.demo = r.origin(); }},
+    Key{"ksef.test", [](Settings& s, const Reader& r) { s.ksef.service.test = r.origin(); }},
+    Key{"ksef.path_root", [](Settings& s, const Reader& r) { s.ksef.path_root = r.path_root(); }},
+    Key{"qr.production", [](Settings& s, const Reader& r) { s.ksef.qr.production = r.origin(); }},
+    Key{"qr.demo", [](Settings& s, const Reader& r) { s.ksef.qr.demo = r.origin(); }},
+    Key{"qr.test", [](Settings& s, const Reader& r) { s.ksef.qr.test = r.origin(); }},
+    Key{"http.private_ca_file",
+        [](Settings& s, const Reader& r) { s.connection.private_ca_file = r.text(); }},
     Key{"http.connect_timeout_ms",
-        [](Settings& s, const Reader& r) { s.connect_timeout = r.milliseconds(); }},
+        [](Settings& s, const Reader& r) { s.connection.connect_timeout = r.milliseconds(); }},
     Key{"http.no_progress_timeout_ms",
-        [](Settings& s, const Reader& r) { s.no_progress_timeout = r.milliseconds(); }},
-    Key{"http.proxy", [](Settings& s, const Reader& r) { s.proxy = r.text(); }},
+        [](Settings& s, const Reader& r) { s.connection.no_progress_timeout = r.milliseconds(); }},
+    Key{"http.proxy", [](Settings& s, const Reader& r) { s.connection.proxy = r.text(); }},
     Key{"helpdesk.address",
-        [](Settings& s, const Reader& r) { s.helpdesk_address = r.wide_text(); }},
+        [](Settings& s, const Reader& r) { s.mail.helpdesk_address = r.wide_text(); }},
     Key{"helpdesk.routes",
-        [](Settings& s, const Reader& r) { s.helpdesk_routes = r.helpdesk_routes(); }},
+        [](Settings& s, const Reader& r) { s.mail.helpdesk_routes = r.helpdesk_routes(); }},
     Key{"trace.root", [](Settings& s, const Reader& r) { s.trace_root = r.text(); }},
 };
 

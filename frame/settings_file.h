@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "ports/settings.h"
+#include "frame/settings.h"
 
 namespace tavrix::frame {
 
@@ -12,7 +12,7 @@ namespace tavrix::frame {
 /// key.
 ///
 /// `text` is the file's content, `file` names it in errors.
-ports::Settings parse_settings(const std::string& text, const std::string& file);
-ports::Settings load_settings(const std::string& utf8_path);
+Settings parse_settings(const std::string& text, const std::string& file);
+Settings load_settings(const std::string& utf8_path);
 
 }  // namespace tavrix::frame

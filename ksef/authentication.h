@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ksef/client_state.h"
+#include "ksef/client.h"
 
 namespace tavrix::ksef {
 

@@ -1,7 +1,7 @@
 #include "ksef/ksef_comm.h"
 
 #include "ksef/authentication.h"
-#include "ksef/client_state.h"
+#include "ksef/client.h"
 #include "ksef/encoding.h"
 #include "ksef/online_session.h"
 #include "ksef/token.h"

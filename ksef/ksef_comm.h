@@ -4,12 +4,12 @@
 #include <memory>
 
 #include "base/text.h"
+#include "ksef/settings.h"
 #include "ports/clock.h"
 #include "ports/code_page.h"
 #include "ports/crypto.h"
 #include "ports/database.h"
 #include "ports/http.h"
-#include "ports/settings.h"
 #include "ports/xml.h"
 
 namespace tavrix::ksef {
@@ -21,7 +21,7 @@ struct KsefPorts {
     ports::Clock& clock;
     ports::Xml& xml;
     ports::CodePage& code_page;
-    const ports::Settings& settings;
+    const Settings& settings;
 };
 
 class ClientState;

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "ksef/client_state.h"
-#include "ksef/document_row.h"
+#include "ksef/client.h"
+#include "ksef/rows/document_row.h"
 
 namespace tavrix::ksef {
 

@@ -5,7 +5,7 @@
 
 #include "mail/socket_events.h"
 #include "ports/code_page.h"
-#include "ports/settings.h"
+#include "ports/connection_settings.h"
 #include "ports/stream.h"
 
 namespace tavrix::mail {
@@ -14,7 +14,7 @@ namespace tavrix::mail {
 struct SocketPorts {
     std::unique_ptr<ports::Stream> stream;
     const ports::CodePage& code_page;
-    const ports::Settings& settings;
+    const ports::ConnectionSettings& settings;
     SocketEvents& events;
 };
 

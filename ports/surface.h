@@ -3,7 +3,7 @@
 #include <memory>
 
 #include "base/text.h"
-#include "ports/drawing.h"
+#include "drawing/drawing.h"
 
 namespace tavrix::ports {
 

@@ -23,10 +23,10 @@ if [[ -x /usr/lib/wine/wine ]]; then
     start_sandbox "$bin/tavrix-sandbox" "$work"
     register_dlls 32 "$root/build/win32/bin" "$work/dll"
     write_settings "$work/dll/Tavrix.json"
-    sqlite3 "$work/firma.db" <"$root/apps/host/demo/schema.sql"
+    sqlite3 "$work/firma.db" <"$root/demo/schema.sql"
     # Creating an object a hundred thousand times takes Wine minutes.
     TAVRIX_WINE_TIMEOUT_S=900 wine_program 32 "$root/build/win32/bin/facade_bench.exe" | tr -d '\r'
-    wine_program 32 "$root/build/win32/bin/com_bench.exe" "Z:$work/firma.db" "Z:$root/apps/host/demo/faktura.xml" | tr -d '\r'
+    wine_program 32 "$root/build/win32/bin/com_bench.exe" "Z:$work/firma.db" "Z:$root/demo/faktura.xml" | tr -d '\r'
     python3 "$root/tools/dll_makeup.py" "$root/build/win32"
 else
     echo "COM door: not measured, 32-bit Wine is not to be had on this machine"

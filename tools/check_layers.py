@@ -16,19 +16,27 @@ ADAPTERS = ["ports/native", "ports/windows", "ports/portable"]
 LAYERS = {
     "base": [],
     "fonts": ["base"],
-    "ports": ["base"],
-    "ports/portable": ["base", "ports"],
+    "drawing": ["base", "fonts"],
+    # A kit for Windows programs; knows nothing of the product.
+    "windows": ["base"],
+    "ports": ["base", "drawing"],
+    "ports/portable": ["base", "ports", "drawing"],
     # Where no system draws text, a surface draws the outlines itself.
-    "ports/native": ["base", "ports", "ports/portable", "fonts"],
-    "ports/windows": ["base", "ports", "ports/portable"],
+    "ports/native": ["base", "ports", "ports/portable", "fonts", "drawing"],
+    "ports/windows": ["base", "ports", "ports/portable", "windows", "drawing"],
     **{feature: ["base", "ports"] for feature in FEATURES},
     # A symbol's bars are glyphs.
-    "barcode": ["base", "ports", "fonts"],
+    "barcode": ["base", "ports", "fonts", "drawing"],
     "frame": ["base", "ports", *FEATURES],
-    "com": ["base", "ports", *FEATURES, "frame", "fonts", "ports/windows", "ports/portable"],
-    "apps": ["base", "ports", *FEATURES, "frame", "fonts", *ADAPTERS],
-    # Automation classes for hosts, on the same plumbing as the product's.
-    "apps/host": ["base", "ports", "com", "ports/windows", "ports/portable"],
+    "com": ["base", "windows"],
+    "com/forms": ["base", "ports", *FEATURES, "frame", "windows", "com"],
+    "com/classes": ["base", "ports", *FEATURES, "frame", "windows", "ports/windows", "ports/portable", "com", "com/forms"],
+    # Runs while the library is built.
+    "com/describe": ["base", "windows", "com", "com/classes"],
+    "cli": ["base", "ports", *FEATURES, "frame", "fonts", "drawing", "ports/native", "ports/portable"],
+    "apps": [],
+    # What a development machine lacks, on the product's own plumbing; never part of the product.
+    "stand_ins": ["base", "ports", "windows", "com", "ports/windows", "ports/portable"],
 }
 
 # Foreign headers that would tie a folder to one platform or one library. Tests, benchmarks and fuzzers may use any.
@@ -36,16 +44,16 @@ OUTSIDE = [
     (r"windows\.h|windowsx\.h|win(sock2?|inet|http|crypt|spool|reg|nls|error)\.h|ws2tcpip\.h|ole2?\.h|oleauto\.h|olectl\.h|"
      r"oaidl\.h|ocidl\.h|objbase\.h|unknwn\.h|dispex\.h|comdef\.h|combaseapi\.h|shlobj.*\.h|shellapi\.h|msxml\d?\.h|"
      r"commdlg\.h|commctrl\.h|initguid\.h|tchar\.h|wtypes\.h|exdisp\.h|gdiplus.*\.h",
-     ["ports/windows", "com", "apps/host"], "Windows headers"),
+     ["windows", "ports/windows", "com", "stand_ins"], "Windows headers"),
     (r"unistd\.h|fcntl\.h|poll\.h|pwd\.h|dlfcn\.h|sys/.*\.h|arpa/.*\.h|netinet/.*\.h|netdb\.h",
-     ["ports/native", "apps"], "POSIX headers"),
+     ["ports/native", "cli", "apps"], "POSIX headers"),
     (r"curl/.*|libxml/.*|libxslt/.*|sqlite3\.h", ADAPTERS + ["apps"], "a library behind a port"),
     (r"openssl/.*", ADAPTERS + ["apps"], "a library behind a port"),
-    (r"httplib\.h|spdlog/.*|CLI/.*", ["apps"], "a library of the applications"),
+    (r"httplib\.h|spdlog/.*|CLI/.*", ["cli", "apps"], "a library of the applications"),
 ]
 
 PLATFORM = re.compile(r"\b(_WIN32|_WIN64|WIN32|__MINGW\w*|_MSC_VER|__CYGWIN__|__linux__|__unix__|__APPLE__|__GNUC__)\b")
-MAY_ASK_PLATFORM = ["ports", "com", "tests/ports", "tests/com", "tools"]
+MAY_ASK_PLATFORM = ["ports", "windows", "com", "tests/ports", "tests/com", "tools"]
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]')
 CONDITION = re.compile(r"^\s*#\s*(?:if|ifdef|ifndef|elif)\b(.*)")
 

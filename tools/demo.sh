@@ -8,7 +8,7 @@ root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 source "$root/tools/host.sh"
 bin=$root/build/native/bin
 demo=$root/build/demo
-sources=$root/apps/host/demo
+sources=$root/demo
 # The published schemas, where the machine has them: the sandbox then checks invoices fully.
 schemas=${TAVRIX_KSEF_SCHEMAS:-$root/../shared/ksef/xsd}
 

@@ -42,13 +42,13 @@ class Layers(Tree):
         ("frame/a.cpp", '#include "com/factory.h"'),
         ("com/a.cpp", '#include "ports/native/curl_http.h"'),
         ("base/a.h", "#ifdef _WIN32\n#endif"),
-        ("apps/cli/a.cpp", "#if defined(__linux__) && 1\n#endif"),
+        ("cli/a.cpp", "#if defined(__linux__) && 1\n#endif"),
     ]
     ALLOWED = [
         ("base/a.h", '#include "base/text.h"\n#include <string>'),
         ("ksef/a.cpp", '#include "a.h"\n#include "ports/http.h"\n#include <nlohmann/json.hpp>'),
         ("frame/a.cpp", '#include "ksef/encoding.h"'),
-        ("com/a.cpp", '#include "ports/windows/ado.h"\n#include <windows.h>\n#if _WIN64\n#endif'),
+        ("com/classes/a.cpp", '#include "ports/windows/ado.h"\n#include <windows.h>\n#if _WIN64\n#endif'),
         ("tests/ports/a.cpp", '#include "ports/portable/openssl_crypto.h"\n#include <openssl/evp.h>'),
     ]
 

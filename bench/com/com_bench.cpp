@@ -8,7 +8,7 @@
 
 #include "base/windows_1250.h"
 #include "bench/com/process_figures.h"
-#include "ports/windows/late_bound.h"
+#include "windows/late_bound.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "bench/com/process_figures.h"
-#include "ports/windows/late_bound.h"
+#include "windows/late_bound.h"
 
 namespace {
 

@@ -1,12 +1,29 @@
 #include "com/forms/about_dialog.h"
 
 #include "com/forms/emblem.h"
+#include "com/forms/forms.h"
 #include "com/forms/identifiers.h"
-#include "ports/windows/bstr.h"
+#include "windows/bstr.h"
 
 namespace tavrix::com {
+namespace {
 
-AboutDialog::AboutDialog(const ports::AboutBox& box) noexcept
+FormPlace about_place;
+
+class AboutOnDesktop final : public frame::AboutWindow {
+  public:
+    void show(const frame::AboutBox& box) noexcept override {
+        AboutDialog(box).show_in(about_place);
+    }
+};
+
+}  // namespace
+
+std::unique_ptr<frame::AboutWindow> make_about_window() {
+    return std::make_unique<AboutOnDesktop>();
+}
+
+AboutDialog::AboutDialog(const frame::AboutBox& box) noexcept
     : Dialog(TAVRIX_ABOUT_FORM), box_(box) {}
 
 void AboutDialog::on_open() {

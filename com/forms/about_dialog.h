@@ -1,15 +1,15 @@
 #pragma once
 
 #include "com/forms/dialog.h"
-#include "ports/forms.h"
-#include "ports/windows/gdi.h"
+#include "frame/about_box.h"
+#include "windows/gdi.h"
 
 namespace tavrix::com {
 
 /// The About box.
 class AboutDialog final : public Dialog {
   public:
-    explicit AboutDialog(const ports::AboutBox& box) noexcept;
+    explicit AboutDialog(const frame::AboutBox& box) noexcept;
 
   private:
     void on_open() override;
@@ -17,7 +17,7 @@ class AboutDialog final : public Dialog {
     bool on_message(UINT message, WPARAM wparam, LPARAM lparam) override;
     void enlarge_title();
 
-    const ports::AboutBox& box_;
+    const frame::AboutBox& box_;
     windows::GdiFont title_font_;
 };
 

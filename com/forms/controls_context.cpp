@@ -2,7 +2,7 @@
 
 #include "com/forms/identifiers.h"
 #include "com/module.h"
-#include "ports/windows/bstr.h"
+#include "windows/bstr.h"
 
 namespace tavrix::com {
 namespace {

@@ -4,9 +4,9 @@
 
 #include "com/forms/controls_context.h"
 #include "com/module.h"
-#include "ports/windows/bstr.h"
-#include "ports/windows/gdi.h"
-#include "ports/windows/owned.h"
+#include "windows/bstr.h"
+#include "windows/gdi.h"
+#include "windows/owned.h"
 
 namespace tavrix::com {
 namespace {

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "ports/windows/gdi.h"
+#include "windows/gdi.h"
 
 namespace tavrix::com {
 namespace {

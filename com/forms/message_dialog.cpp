@@ -1,5 +1,6 @@
 #include "com/forms/message_dialog.h"
 
+#include "com/forms/forms.h"
 #include "com/forms/identifiers.h"
 
 namespace tavrix::com {
@@ -21,13 +22,26 @@ base::Text one_below_the_other(base::TextView attachments) {
     return lines;
 }
 
+FormPlace message_place;
+
+class MessageOnDesktop final : public mail::MessageWindow {
+  public:
+    void show(const mail::MessageForm& form) noexcept override {
+        MessageDialog(form).show_in(message_place);
+    }
+};
+
 }  // namespace
 
-MessageDialog::MessageDialog(const ports::MessageForm& form) noexcept
+std::unique_ptr<mail::MessageWindow> make_message_window() {
+    return std::make_unique<MessageOnDesktop>();
+}
+
+MessageDialog::MessageDialog(const mail::MessageForm& form) noexcept
     : Dialog(TAVRIX_MESSAGE_FORM), form_(form) {}
 
 void MessageDialog::on_open() {
-    const ports::MailRecord& record = form_.record;
+    const mail::MailRecord& record = form_.record;
     set_text(TAVRIX_MESSAGE_RECIPIENTS, record.recipients);
     set_text(TAVRIX_MESSAGE_TAX_NUMBER, record.tax_number);
     set_text(TAVRIX_MESSAGE_DATE, form_.date);

@@ -1,20 +1,20 @@
 #pragma once
 
 #include "com/forms/dialog.h"
-#include "ports/forms.h"
+#include "mail/message_form.h"
 
 namespace tavrix::com {
 
 /// The message form: what a message holds before it goes.
 class MessageDialog final : public Dialog {
   public:
-    explicit MessageDialog(const ports::MessageForm& form) noexcept;
+    explicit MessageDialog(const mail::MessageForm& form) noexcept;
 
   private:
     void on_open() override;
     void offer_sending() noexcept;
 
-    const ports::MessageForm& form_;
+    const mail::MessageForm& form_;
 };
 
 }  // namespace tavrix::com

@@ -5,10 +5,10 @@
 #include <cstring>
 
 #include "base/error.h"
+#include "drawing/coverage.h"
 #include "fonts/barcode_fonts.h"
 #include "fonts/layout.h"
 #include "fonts/strokes.h"
-#include "ports/native/coverage.h"
 
 namespace tavrix::ports {
 namespace {

@@ -15,7 +15,7 @@ CurlEasy make_curl_easy() {
     return handle;
 }
 
-void set_connection_options(CURL* handle, const CurlConnectionSettings& settings,
+void set_connection_options(CURL* handle, const ConnectionSettings& settings,
                             const std::string& url) {
     curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);
     curl_easy_setopt(handle, CURLOPT_PROTOCOLS_STR, "http,https");

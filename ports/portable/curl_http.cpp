@@ -101,7 +101,7 @@ int on_progress(void* context, curl_off_t, curl_off_t received, curl_off_t,
 
 class CurlHttp final : public Http {
   public:
-    explicit CurlHttp(const Settings& settings)
+    explicit CurlHttp(const ConnectionSettings& settings)
         : connection_(settings),
           connect_timeout_(settings.connect_timeout),
           no_progress_timeout_(settings.no_progress_timeout) {}
@@ -181,14 +181,14 @@ class CurlHttp final : public Http {
     }
 
     CurlEasy easy_ = make_curl_easy();
-    CurlConnectionSettings connection_;
+    ConnectionSettings connection_;
     std::chrono::milliseconds connect_timeout_;
     std::chrono::milliseconds no_progress_timeout_;
 };
 
 }  // namespace
 
-std::unique_ptr<Http> make_curl_http(const Settings& settings) {
+std::unique_ptr<Http> make_curl_http(const ConnectionSettings& settings) {
     return std::make_unique<CurlHttp>(settings);
 }
 

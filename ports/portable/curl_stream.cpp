@@ -53,7 +53,7 @@ std::string url_of(const StreamAddress& address, bool tls) {
 
 class CurlStream final : public Stream {
   public:
-    explicit CurlStream(const Settings& settings) : settings_(settings) {}
+    explicit CurlStream(const ConnectionSettings& settings) : settings_(settings) {}
     ~CurlStream() override { close(); }
 
     void connect(const StreamAddress& address, bool tls) override {
@@ -217,7 +217,7 @@ class CurlStream final : public Stream {
         return true;
     }
 
-    CurlConnectionSettings settings_;
+    ConnectionSettings settings_;
     std::array<char, CURL_ERROR_SIZE> words_{};
     CurlEasy easy_;
     std::unique_ptr<CURLM, MultiDeleter> multi_;
@@ -228,7 +228,7 @@ class CurlStream final : public Stream {
 
 }  // namespace
 
-std::unique_ptr<Stream> make_curl_stream(const Settings& settings) {
+std::unique_ptr<Stream> make_curl_stream(const ConnectionSettings& settings) {
     return std::make_unique<CurlStream>(settings);
 }
 

@@ -2,13 +2,13 @@
 
 #include <memory>
 
-#include "ports/settings.h"
+#include "ports/connection_settings.h"
 #include "ports/stream.h"
 
 namespace tavrix::ports {
 
 /// A stream on libcurl, through the proxy where there is one. Reads proxy and private CA from
 /// `settings` once; time-outs are the caller's.
-std::unique_ptr<Stream> make_curl_stream(const Settings& settings);
+std::unique_ptr<Stream> make_curl_stream(const ConnectionSettings& settings);
 
 }  // namespace tavrix::ports

@@ -1,7 +1,7 @@
 #include "ports/windows/ado_database.h"
 
-#include "ports/windows/failure.h"
 #include "ports/windows/variant_value.h"
+#include "windows/failure.h"
 
 namespace tavrix::windows {
 namespace {

@@ -1,7 +1,7 @@
 #include "ports/windows/ansi_code_page.h"
 
-#include "ports/windows/automation.h"
-#include "ports/windows/bstr.h"
+#include "windows/automation.h"
+#include "windows/bstr.h"
 
 namespace tavrix::windows {
 

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "ports/windows/key_handle.h"
+#include "windows/key_handle.h"
 
 namespace tavrix::windows {
 namespace {

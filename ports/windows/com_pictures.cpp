@@ -4,9 +4,9 @@
 
 #include <vector>
 
-#include "ports/windows/failure.h"
 #include "ports/windows/memory_surface.h"
-#include "ports/windows/variant.h"
+#include "windows/failure.h"
+#include "windows/variant.h"
 
 namespace tavrix::windows {
 namespace {

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "ports/surface.h"
-#include "ports/windows/com_pointer.h"
-#include "ports/windows/gdi.h"
+#include "windows/com_pointer.h"
+#include "windows/gdi.h"
 
 namespace tavrix::windows {
 

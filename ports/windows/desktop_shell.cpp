@@ -2,13 +2,13 @@
 
 // The shell's header counts on the others being there.
 // clang-format off
-#include "ports/windows/automation.h"
+#include "windows/automation.h"
 #include <shellapi.h>
 // clang-format on
 
-#include "ports/windows/failure.h"
-#include "ports/windows/kernel_handle.h"
-#include "ports/windows/late_bound.h"
+#include "windows/failure.h"
+#include "windows/kernel_handle.h"
+#include "windows/late_bound.h"
 
 namespace tavrix::windows {
 namespace {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "ports/host_object.h"
-#include "ports/windows/com_pointer.h"
+#include "windows/com_pointer.h"
 
 namespace tavrix::windows {
 

@@ -1,8 +1,8 @@
 #include "ports/windows/host_surface.h"
 
 #include "ports/windows/com_pictures.h"
-#include "ports/windows/failure.h"
-#include "ports/windows/gdi.h"
+#include "ports/windows/gdi_drawing.h"
+#include "windows/failure.h"
 
 namespace tavrix::windows {
 namespace {

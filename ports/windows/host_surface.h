@@ -1,7 +1,7 @@
 #pragma once
 
 #include "ports/surface.h"
-#include "ports/windows/late_bound.h"
+#include "windows/late_bound.h"
 
 namespace tavrix::windows {
 

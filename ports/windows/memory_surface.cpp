@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
-#include "ports/windows/bstr.h"
-#include "ports/windows/failure.h"
+#include "windows/bstr.h"
+#include "windows/failure.h"
 
 namespace tavrix::windows {
 namespace {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "ports/surface.h"
-#include "ports/windows/gdi.h"
+#include "ports/windows/gdi_drawing.h"
 
 namespace tavrix::windows {
 

@@ -3,8 +3,8 @@
 #include "base/base64.h"
 #include "base/error.h"
 #include "ports/database.h"
-#include "ports/windows/late_bound.h"
 #include "ports/windows/variant_value.h"
+#include "windows/late_bound.h"
 
 namespace tavrix::windows {
 namespace {

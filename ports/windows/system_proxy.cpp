@@ -7,7 +7,7 @@
 #include <optional>
 #include <string_view>
 
-#include "ports/windows/bstr.h"
+#include "windows/bstr.h"
 
 namespace tavrix::ports {
 namespace {

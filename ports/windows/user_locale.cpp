@@ -1,7 +1,7 @@
 #include "ports/windows/user_locale.h"
 
-#include "ports/windows/bstr.h"
-#include "ports/windows/failure.h"
+#include "windows/bstr.h"
+#include "windows/failure.h"
 
 namespace tavrix::windows {
 

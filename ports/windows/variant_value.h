@@ -1,7 +1,7 @@
 #pragma once
 
 #include "ports/database.h"
-#include "ports/windows/variant.h"
+#include "windows/variant.h"
 
 namespace tavrix::windows {
 

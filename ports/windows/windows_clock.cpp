@@ -1,6 +1,6 @@
 #include "ports/windows/windows_clock.h"
 
-#include "ports/windows/automation.h"
+#include "windows/automation.h"
 
 namespace tavrix::windows {
 

@@ -1,8 +1,8 @@
 #include "ports/windows/windows_files.h"
 
-#include "ports/windows/bstr.h"
-#include "ports/windows/failure.h"
-#include "ports/windows/kernel_handle.h"
+#include "windows/bstr.h"
+#include "windows/failure.h"
+#include "windows/kernel_handle.h"
 
 namespace tavrix::windows {
 namespace {

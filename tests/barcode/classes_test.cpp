@@ -1,13 +1,13 @@
 #include <gtest/gtest.h>
 
-#include "barcode/ean_cls.h"
-#include "barcode/ean_cls128.h"
-#include "barcode/ean_cls813.h"
-#include "barcode/qr_code.h"
+#include "barcode/surface/ean_cls.h"
+#include "barcode/surface/ean_cls128.h"
+#include "barcode/surface/ean_cls813.h"
+#include "barcode/surface/qr_code.h"
 #include "base/error.h"
-#include "ports/native/recording_surface.h"
 #include "tests/support/code_page.h"
 #include "tests/support/fake_desktop.h"
+#include "tests/support/recording_surface.h"
 
 namespace tavrix::barcode {
 namespace {

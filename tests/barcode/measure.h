@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "ports/native/coverage.h"
+#include "drawing/coverage.h"
 
 namespace tavrix::test {
 

@@ -9,9 +9,9 @@
 
 #include "barcode/qr_generator.h"
 #include "barcode/symbology.h"
-#include "ports/windows/bstr.h"
 #include "ports/windows/com_pictures.h"
-#include "ports/windows/failure.h"
+#include "windows/bstr.h"
+#include "windows/failure.h"
 
 // clang-format off
 #include <ocidl.h>

@@ -2,9 +2,9 @@
 // forms and the system's own registry behind them.
 
 #include "com/forms/identifiers.h"
-#include "ports/windows/key_handle.h"
 #include "tests/com/form_user.h"
 #include "tests/com/late_host.h"
+#include "windows/key_handle.h"
 
 namespace tavrix::test {
 namespace {

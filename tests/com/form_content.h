@@ -1,17 +1,18 @@
 #pragma once
 
-#include "ports/forms.h"
+#include "frame/about_box.h"
+#include "mail/message_form.h"
 
 namespace tavrix::test {
 
 /// What hosts fill the forms with.
 struct FormContent {
-    ports::AboutBox about{
+    frame::AboutBox about{
         u"Tavrix", u"10.0.36",
         u"Składniki dla polskich programów handlowych: KSeF, kody kreskowe, poczta, podpis PDF.\n"
         u"© 2026 Autorzy Tavrix, licencja MIT.",
         [] {}};
-    ports::MailRecord record{
+    mail::MailRecord record{
         .source = u"Faktury",
         .tax_number = u"525-000-12-34",
         .host_version = u"8.4.112",
@@ -24,8 +25,8 @@ struct FormContent {
                  u"Błąd 1042: nie można odczytać żądanej wartości z rejestru."},
         .attachments = u"C:\\Faktury\\2026\\FV_118_11_2026.xml;C:\\Faktury\\Dzienniki\\błędy.txt",
         .mode = 2};
-    ports::MessageForm message{record, u"14.11.2026",
-                               u"Wysyłanie poczty nie jest jeszcze dostępne w tej wersji."};
+    mail::MessageForm message{record, u"14.11.2026",
+                              u"Wysyłanie poczty nie jest jeszcze dostępne w tej wersji."};
 };
 
 }  // namespace tavrix::test

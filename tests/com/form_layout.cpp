@@ -1,8 +1,8 @@
 #include "tests/com/form_layout.h"
 
-#include "ports/windows/bstr.h"
-#include "ports/windows/gdi.h"
 #include "tests/com/form_user.h"
+#include "windows/bstr.h"
+#include "windows/gdi.h"
 
 namespace tavrix::test {
 namespace {

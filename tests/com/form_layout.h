@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ports/windows/automation.h"
+#include "windows/automation.h"
 
 namespace tavrix::test {
 

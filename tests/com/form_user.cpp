@@ -1,6 +1,6 @@
 #include "tests/com/form_user.h"
 
-#include "ports/windows/bstr.h"
+#include "windows/bstr.h"
 
 namespace tavrix::test {
 namespace {

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "base/text.h"
-#include "ports/windows/automation.h"
+#include "windows/automation.h"
 
 namespace tavrix::test {
 

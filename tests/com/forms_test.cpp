@@ -1,7 +1,7 @@
 // The library's own windows, as a user meets them: what they show, the keyboard, how they close,
 // and what they do to the host's window.
 
-#include "com/forms/windows_forms.h"
+#include "com/forms/forms.h"
 
 #include <process.h>
 
@@ -10,12 +10,12 @@
 #include <cstdlib>
 
 #include "com/forms/identifiers.h"
-#include "ports/windows/gdi.h"
 #include "tests/com/form_content.h"
 #include "tests/com/form_layout.h"
 #include "tests/com/form_user.h"
 #include "tests/com/gdi_objects.h"
 #include "tests/com/late_host.h"
+#include "windows/gdi.h"
 
 namespace tavrix::test {
 namespace {
@@ -23,14 +23,15 @@ namespace {
 class Forms : public testing::Test {
   protected:
     std::function<void()> about() {
-        return [this] { forms.show_about(content.about); };
+        return [this] { about_window->show(content.about); };
     }
     std::function<void()> message_form() {
-        return [this] { forms.show_message_form(content.message); };
+        return [this] { message_window->show(content.message); };
     }
 
     FormUser user;
-    com::WindowsForms forms;
+    const std::unique_ptr<frame::AboutWindow> about_window = com::make_about_window();
+    const std::unique_ptr<mail::MessageWindow> message_window = com::make_message_window();
     FormContent content;
 };
 
@@ -180,7 +181,7 @@ TEST_F(Forms, BelongToTheHostAlsoWhenAnotherProgramIsInFront) {
         [&] {
             SetActiveWindow(nullptr);
             EXPECT_EQ(GetActiveWindow(), nullptr);
-            forms.show_about(content.about);
+            about_window->show(content.about);
         },
         {[&](HWND form) { EXPECT_EQ(GetWindow(form, GW_OWNER), user.host_window()); },
          press(VK_ESCAPE)});
@@ -191,16 +192,16 @@ TEST_F(Forms, AHostsWindowThatWasDisabledBeforeStaysDisabled) {
         [&] {
             EnableWindow(user.host_window(), FALSE);
             SetActiveWindow(user.host_window());
-            forms.show_about(content.about);
+            about_window->show(content.about);
         },
         {press(VK_ESCAPE)});
     EXPECT_FALSE(IsWindowEnabled(user.host_window()));
 }
 
 TEST_F(Forms, ASecondCallOpensNothingAndBringsTheFirstFormBack) {
-    com::WindowsForms of_another_object;
+    const auto of_another_object = com::make_about_window();
     user.use(about(), {[&](HWND form) {
-                 of_another_object.show_about(content.about);
+                 of_another_object->show(content.about);
                  EXPECT_EQ(open_forms(), std::vector<HWND>{form});
                  // The other kind opens over it; a call for the first one then leads to what lies
                  // on top.
@@ -208,12 +209,12 @@ TEST_F(Forms, ASecondCallOpensNothingAndBringsTheFirstFormBack) {
                      EXPECT_EQ(GetWindow(above, GW_OWNER), form);
                      EXPECT_FALSE(IsWindowEnabled(form));
                      SetActiveWindow(user.host_window());
-                     of_another_object.show_about(content.about);
+                     of_another_object->show(content.about);
                      EXPECT_EQ(open_forms().size(), 2u);
                      EXPECT_EQ(GetActiveWindow(), above);
                      press(VK_ESCAPE)(above);
                  });
-                 forms.show_message_form(content.message);
+                 message_window->show(content.message);
                  EXPECT_EQ(GetActiveWindow(), form);
                  press(VK_ESCAPE)(form);
              }});

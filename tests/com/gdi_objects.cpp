@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 
-#include "ports/windows/automation.h"
+#include "windows/automation.h"
 
 namespace tavrix::test {
 namespace {

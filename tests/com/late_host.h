@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "ports/windows/variant.h"
+#include "windows/variant.h"
 
 namespace tavrix::test {
 

@@ -1,9 +1,9 @@
 // The DLL's own door: class objects, locks, unloading, registration.
 
-#include "ports/windows/key_handle.h"
 #include "tests/com/interface_table.h"
 #include "tests/com/late_host.h"
 #include "tests/com/run_program.h"
+#include "windows/key_handle.h"
 
 namespace tavrix::test {
 namespace {

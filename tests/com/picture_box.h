@@ -1,7 +1,7 @@
 #pragma once
 
-#include "ports/windows/gdi.h"
 #include "tests/com/late_host.h"
+#include "windows/gdi.h"
 
 namespace tavrix::test {
 

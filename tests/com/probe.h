@@ -1,8 +1,8 @@
 #pragma once
 
 #include "com/class_table.h"
-#include "ports/windows/automation.h"
-#include "ports/windows/com_pointer.h"
+#include "windows/automation.h"
+#include "windows/com_pointer.h"
 
 namespace tavrix::test {
 

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "ports/windows/automation.h"
+#include "windows/automation.h"
 
 namespace tavrix::test {
 

@@ -5,10 +5,10 @@
 #include <filesystem>
 #include <fstream>
 
-#include "com/forms/windows_forms.h"
-#include "ports/windows/gdi.h"
+#include "com/forms/forms.h"
 #include "tests/com/form_content.h"
 #include "tests/com/form_user.h"
+#include "windows/gdi.h"
 
 namespace {
 
@@ -62,8 +62,9 @@ int main(int argument_count, char** arguments) {
     const std::filesystem::path folder = arguments[1];
     test::FormUser user;
     test::FormContent content;
-    com::WindowsForms forms;
-    take(user, folder / "about.bmp", [&] { forms.show_about(content.about); });
-    take(user, folder / "message-form.bmp", [&] { forms.show_message_form(content.message); });
+    const std::unique_ptr<frame::AboutWindow> about_window = com::make_about_window();
+    const std::unique_ptr<mail::MessageWindow> message_window = com::make_message_window();
+    take(user, folder / "about.bmp", [&] { about_window->show(content.about); });
+    take(user, folder / "message-form.bmp", [&] { message_window->show(content.message); });
     return 0;
 }

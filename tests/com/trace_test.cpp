@@ -6,11 +6,11 @@
 #include <sstream>
 
 #include "ports/windows/ansi_code_page.h"
-#include "ports/windows/kernel_handle.h"
 #include "ports/windows/user_locale.h"
 #include "ports/windows/windows_files.h"
 #include "tests/com/late_host.h"
 #include "tests/support/fake_clock.h"
+#include "windows/kernel_handle.h"
 
 namespace tavrix::test {
 namespace {

@@ -14,37 +14,42 @@ namespace {
 using base::Text;
 using ports::RegistryRoot;
 
-/// Forms without windows: `while_open` is what happens while one is shown.
-class FakeForms final : public ports::Forms {
-  public:
-    std::function<void(const ports::AboutBox&)> while_about_is_open;
-    std::function<void(const ports::MessageForm&)> while_message_is_open;
-
-    void show_about(const ports::AboutBox& box) noexcept override {
-        if (while_about_is_open) while_about_is_open(box);
+/// Windows that are not there: `while_open` is what happens while one is shown.
+struct FakeAboutWindow final : AboutWindow {
+    std::function<void(const AboutBox&)> while_open;
+    void show(const AboutBox& box) noexcept override {
+        if (while_open) while_open(box);
     }
-    void show_message_form(const ports::MessageForm& form) noexcept override {
-        if (while_message_is_open) while_message_is_open(form);
+};
+struct FakeMessageWindow final : mail::MessageWindow {
+    std::function<void(const mail::MessageForm&)> while_open;
+    void show(const mail::MessageForm& form) noexcept override {
+        if (while_open) while_open(form);
     }
 };
 
 class CInfoTest : public testing::Test {
   protected:
-    FakeForms forms;
+    FakeAboutWindow about_window;
+    FakeMessageWindow message_window;
     test::FakeClock clock;
     test::FakeRegistry registry;
     test::FakeDesktop desktop;
     HandOver hand_over;
-    ports::Settings settings;
+    Settings settings;
     std::unique_ptr<ports::Locale> locale = ports::make_native_locale();
     std::unique_ptr<ports::CodePage> code_page = ports::make_native_code_page();
-    CInfo info{{forms, clock, *locale, {registry, *code_page, desktop, desktop}, hand_over, [this] {
-                    return settings;
-                }}};
+    CInfo info{{about_window,
+                message_window,
+                clock,
+                *locale,
+                {registry, *code_page, desktop, desktop},
+                hand_over,
+                [this] { return settings; }}};
 
     void SetUp() override {
-        settings.helpdesk_address = u"pomoc@firma.example";
-        settings.helpdesk_routes = {{u"526-587-76-35", u"opiekun@firma.example"}};
+        settings.mail.helpdesk_address = u"pomoc@firma.example";
+        settings.mail.helpdesk_routes = {{u"526-587-76-35", u"opiekun@firma.example"}};
     }
     Text recipients_for(const Text& tax_number, const Text& more) {
         info.sendmail(u"", tax_number, u"", u"", u"", u"", u"", more);
@@ -55,18 +60,16 @@ class CInfoTest : public testing::Test {
 TEST_F(CInfoTest, SaysItsVersion) {
     EXPECT_EQ(info.VersjaLib(), u"10.0.36.Tavrix");
     Text shown;
-    forms.while_about_is_open = [&](const ports::AboutBox& box) {
-        shown = box.title + u"/" + box.version;
-    };
+    about_window.while_open = [&](const AboutBox& box) { shown = box.title + u"/" + box.version; };
     info.OProgramie();
     EXPECT_EQ(shown, u"Tavrix/10.0.36");
 }
 
 TEST_F(CInfoTest, HandsTheMessageForTheHelpdeskToTheForm) {
     clock.now = {2026, 11, 21, 13, 5, 0};
-    ports::MailRecord seen;
+    mail::MailRecord seen;
     Text date;
-    forms.while_message_is_open = [&](const ports::MessageForm& form) {
+    message_window.while_open = [&](const mail::MessageForm& form) {
         seen = form.record;
         date = form.date;
         form.record.result = 7;
@@ -85,7 +88,7 @@ TEST_F(CInfoTest, HandsTheMessageForTheHelpdeskToTheForm) {
     EXPECT_EQ(seen.mode, 2);
     EXPECT_EQ(seen.result, 0);
     EXPECT_EQ(date, u"2026-11-21");
-    forms.while_message_is_open = nullptr;
+    message_window.while_open = nullptr;
     EXPECT_EQ(info.sendmail(u"", u"", u"", u"", u"", u"", u"", u""), 0)
         << "a form closed by its cross leaves no result";
 }
@@ -116,7 +119,7 @@ TEST_F(CInfoTest, LetsTheHostAddressFreely) {
 
 TEST_F(CInfoTest, ACallWhileTheFormIsOpenWritesIntoTheSameRecord) {
     int calls = 0;
-    forms.while_message_is_open = [&](const ports::MessageForm& form) {
+    message_window.while_open = [&](const mail::MessageForm& form) {
         if (++calls > 1) return;
         EXPECT_EQ(info.SendMail_dowolny(u"", u"drugi@b.example", u"", u"", u"", u"", u"", u"", 1),
                   0);
@@ -127,16 +130,17 @@ TEST_F(CInfoTest, ACallWhileTheFormIsOpenWritesIntoTheSameRecord) {
 }
 
 TEST_F(CInfoTest, ShowsWhatIsWrongWithTheSettings) {
-    CInfo broken{{forms,
+    CInfo broken{{about_window,
+                  message_window,
                   clock,
                   *locale,
                   {registry, *code_page, desktop, desktop},
                   hand_over,
-                  []() -> ports::Settings {
+                  []() -> Settings {
                       throw base::AutomationError(base::ErrorNumber::component_failed, u"",
                                                   u"Tavrix.json, wiersz 3: zły klucz");
                   }}};
-    forms.while_message_is_open = [](const ports::MessageForm&) { ADD_FAILURE() << "shown"; };
+    message_window.while_open = [](const mail::MessageForm&) { ADD_FAILURE() << "shown"; };
     EXPECT_EQ(broken.sendmail(u"", u"", u"", u"", u"", u"", u"", u""), 0);
     EXPECT_EQ(desktop.done, std::vector<Text>{u"message Tavrix.json, wiersz 3: zły klucz"});
     EXPECT_EQ(broken.VersjaLib(), u"10.0.36.Tavrix") << "needs no settings";
@@ -158,7 +162,7 @@ TEST_F(CInfoTest, TheOtherDialogsGetTheirRecords) {
         info.Informator_Zamówień(value, outcome, 4, u"N", u"T", u"p1", u"p2", u"p3", u"p4", u"p5",
                                  u"p6", u"p7", u"p8", u"p9", u"c0", u"c1", u"c2", u"c3", u"c4"),
         0);
-    const OrderInformatorRecord& orders = hand_over.order_informator;
+    const dialogs::OrderInformatorRecord& orders = hand_over.order_informator;
     EXPECT_EQ(orders.header + orders.text + orders.value, u"NTwartość");
     EXPECT_EQ(orders.outcome_count, 4);
     EXPECT_EQ(orders.outcome, 5);
@@ -168,7 +172,7 @@ TEST_F(CInfoTest, TheOtherDialogsGetTheirRecords) {
 
     ports::HostObject grid;
     info.Wykres(true, grid, 1, u"tekst", 10, 20, 30, u"tytuł", u"rodzaj", u"pola", 2);
-    const ChartRecord& chart = hand_over.chart;
+    const dialogs::ChartRecord& chart = hand_over.chart;
     EXPECT_TRUE(chart.full_screen);
     EXPECT_EQ(chart.grid, nullptr) << "the host's own, and only while the call lasts";
     EXPECT_EQ((std::vector<std::int32_t>{chart.column, chart.x1, chart.x2, chart.x3}),
@@ -181,7 +185,7 @@ TEST_F(CInfoTest, TheOtherDialogsGetTheirRecords) {
     Text second = u"b";
     Text server = u"c";
     EXPECT_FALSE(info.Browse(2, databases, first, second, server));
-    const BrowserRecord& browser = hand_over.browser;
+    const dialogs::BrowserRecord& browser = hand_over.browser;
     EXPECT_EQ(browser.database_count, 2);
     EXPECT_EQ(browser.databases, databases);
     EXPECT_EQ(browser.connection_1 + browser.connection_2 + browser.server, u"abc");
@@ -196,9 +200,7 @@ class SystemInformation : public CInfoTest {
 
     std::vector<Text> press_the_button() {
         desktop.done.clear();
-        forms.while_about_is_open = [](const ports::AboutBox& box) {
-            box.show_system_information();
-        };
+        about_window.while_open = [](const AboutBox& box) { box.show_system_information(); };
         info.OProgramie();
         return desktop.done;
     }

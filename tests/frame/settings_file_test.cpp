@@ -8,23 +8,24 @@ namespace tavrix::frame {
 namespace {
 
 TEST(SettingsFile, TakesEveryKeyAndLeavesTheRestAtItsDefault) {
-    const ports::Settings settings = parse_settings(R"({
+    const Settings settings = parse_settings(R"({
       "ksef": { "test": "https://localhost:8443", "path_root": "/v2" },
       "http": { "connect_timeout_ms": 1500, "proxy": "direct", "private_ca_file": "/ca.pem" },
       "helpdesk": { "address": "bok@firma.example", "routes": { "526-587-76-35": "dwa@firma.example" } },
       "trace": { "root": "/srv/c" }
     })",
-                                                    "Tavrix.json");
-    EXPECT_EQ(settings.ksef.test, u"https://localhost:8443");
-    EXPECT_EQ(settings.ksef.production, ports::Settings{}.ksef.production);
-    EXPECT_EQ(settings.ksef_path_root, u"/v2");
-    EXPECT_EQ(settings.connect_timeout.count(), 1500);
-    EXPECT_EQ(settings.no_progress_timeout.count(), 60'000);
-    EXPECT_EQ(settings.helpdesk_routes.at(0).tax_number, u"5265877635")
+                                             "Tavrix.json");
+    EXPECT_EQ(settings.ksef.service.test, u"https://localhost:8443");
+    EXPECT_EQ(settings.ksef.service.production, Settings{}.ksef.service.production);
+    EXPECT_EQ(settings.ksef.path_root, u"/v2");
+    EXPECT_EQ(settings.connection.connect_timeout.count(), 1500);
+    EXPECT_EQ(settings.connection.no_progress_timeout.count(), 60'000);
+    EXPECT_EQ(settings.mail.helpdesk_routes.at(0).tax_number, u"5265877635")
         << "compared without hyphens";
     EXPECT_EQ(settings.trace_root, "/srv/c");
-    EXPECT_EQ(parse_settings("\xEF\xBB\xBF{}", "x").proxy, "");
-    EXPECT_EQ(load_settings("/no/such/folder/Tavrix.json").proxy, "") << "no file, no change";
+    EXPECT_EQ(parse_settings("\xEF\xBB\xBF{}", "x").connection.proxy, "");
+    EXPECT_EQ(load_settings("/no/such/folder/Tavrix.json").connection.proxy, "")
+        << "no file, no change";
 }
 
 TEST(SettingsFile, NamesFileLineAndKeyOfWhatItCannotTake) {

@@ -253,7 +253,7 @@ TEST_F(SendFaults, NothingHalfDoneWhateverHappensWherever) {
 }
 
 TEST_F(SendFaults, SilentServerCostsTheTimeoutAndNoMore) {
-    settings.no_progress_timeout = 300ms;
+    connection_settings.no_progress_timeout = 300ms;
     const auto begin = std::chrono::steady_clock::now();
     EXPECT_EQ(send_with_fault("auth/challenge", {{"kind", "hang"}}),
               session_failed + "auth/challenge:STATUS:0");

@@ -29,9 +29,9 @@ class SendFixture : public testing::Test {
 
     void SetUp() override {
         sandbox->reset();
-        settings.proxy = "direct";
-        settings.ksef.test = base::from_utf8(sandbox->origin());
-        settings.no_progress_timeout = std::chrono::seconds(20);
+        connection_settings.proxy = "direct";
+        settings.service.test = base::from_utf8(sandbox->origin());
+        connection_settings.no_progress_timeout = std::chrono::seconds(20);
         today();
     }
 
@@ -39,7 +39,7 @@ class SendFixture : public testing::Test {
     void yesterday() { connection = test::make_host_database("2026-11-20"); }
 
     KsefPorts ports() {
-        return {[this] { return ports::make_curl_http(settings); },
+        return {[this] { return ports::make_curl_http(connection_settings); },
                 *crypto,
                 clock,
                 *xml,
@@ -82,7 +82,8 @@ class SendFixture : public testing::Test {
     }
 
     static inline std::unique_ptr<test::Sandbox> sandbox;
-    ports::Settings settings;
+    Settings settings;
+    ports::ConnectionSettings connection_settings;
     std::unique_ptr<ports::Crypto> crypto = ports::make_openssl_crypto();
     test::FakeClock clock;
     std::unique_ptr<ports::Xml> xml = ports::make_native_xml();

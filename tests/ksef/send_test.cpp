@@ -207,7 +207,7 @@ TEST_F(Send, OddInvoicesAreRefusedByKsefNotByACrash) {
 }
 
 TEST_F(Send, PathRootOfTheMinistry) {
-    settings.ksef_path_root = u"/v2";
+    settings.path_root = u"/v2";
     ASSERT_EQ(send(), "");
     EXPECT_EQ(sandbox->requests("auth/challenge").at(0).at("target"), "/v2/auth/challenge");
 }

@@ -174,7 +174,7 @@ TEST(Socket, GoesThroughAProxyAsThroughATunnel) {
         peer.write("HTTP/1.1 200 OK\r\n\r\n220 witaj");
         wait_for_the_client_to_leave(peer);
     });
-    ports::Settings settings = settings_with();
+    ports::ConnectionSettings settings = settings_with();
     settings.proxy = "http://" + base::to_utf8(proxy.address());
     Bench bench(settings);
     ASSERT_EQ(bench.socket.OpeneSocket(0, 5000, u"poczta.example:110"), 1);
@@ -205,7 +205,7 @@ TEST(Socket, AProxyWhoseAnswerHasNoEndDoesNotHoldTheSlice) {
         for (int i = 0; i < 2 && peer.write(much); ++i) {
         }
     });
-    ports::Settings settings = settings_with();
+    ports::ConnectionSettings settings = settings_with();
     settings.proxy = "http://" + base::to_utf8(proxy.address());
     const auto stream = ports::make_curl_stream(settings);
     stream->connect({"poczta.example", 110}, false);

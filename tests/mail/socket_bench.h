@@ -55,8 +55,8 @@ class Listener final : public mail::SocketEvents {
     std::int32_t abort_at_percent = 1000;
 };
 
-inline ports::Settings settings_with(const std::string& private_ca_file = "") {
-    ports::Settings settings;
+inline ports::ConnectionSettings settings_with(const std::string& private_ca_file = "") {
+    ports::ConnectionSettings settings;
     settings.proxy = "direct";
     settings.private_ca_file = private_ca_file;
     return settings;
@@ -64,7 +64,7 @@ inline ports::Settings settings_with(const std::string& private_ca_file = "") {
 
 /// A socket with its surroundings.
 struct Bench {
-    explicit Bench(ports::Settings with = settings_with())
+    explicit Bench(ports::ConnectionSettings with = settings_with())
         : settings(std::move(with)),
           socket({ports::make_curl_stream(settings), *code_page, settings, listener}) {}
     explicit Bench(std::unique_ptr<ports::Stream> stream)
@@ -72,7 +72,7 @@ struct Bench {
 
     Listener listener;
     std::unique_ptr<ports::CodePage> code_page = system_code_page();
-    ports::Settings settings;
+    ports::ConnectionSettings settings;
     mail::clsSocket socket;
 };
 

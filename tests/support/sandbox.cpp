@@ -47,7 +47,7 @@ Sandbox::Sandbox(std::vector<std::string> arguments) {
     if (const std::size_t blank = origin_.find(' '); blank != std::string::npos)
         origin_.erase(blank);
 
-    ports::Settings settings;
+    ports::ConnectionSettings settings;
     settings.proxy = "direct";
     http_ = ports::make_curl_http(settings);
 }

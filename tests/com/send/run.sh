@@ -18,9 +18,9 @@ trap 'leave_host; rm -rf "$work"' EXIT
 start_sandbox "$sandbox" "$work"
 register_dlls "$bits" "$windows_bin" "$work"
 write_settings "$work/Tavrix.json"
-sqlite3 "$work/firma.db" <"$root/apps/host/demo/schema.sql"
+sqlite3 "$work/firma.db" <"$root/demo/schema.sql"
 wine_program "$bits" cscript //nologo "Z:$here/send.js" "$origin" "Z:$work/firma.db" \
-    "Z:$root/apps/host/demo/faktura.xml" >"$work/output" || true
+    "Z:$root/demo/faktura.xml" >"$work/output" || true
 tr -d '\r' <"$work/output" | iconv -f CP852 -t UTF-8
 # Nothing but the count and the sentinel, or a fact did not hold.
 [[ $(tr -d '\r' <"$work/output") == $'cases 16\nKONIEC' ]]

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+#include "cli/exit_code.h"
+
+namespace tavrix::cli {
+
+/// Adds a subcommand to `app`; when it was chosen, its callback leaves the exit code in
+/// `exit_code`.
+void add_send_command(CLI::App& app, int& exit_code);
+void add_hash_command(CLI::App& app, int& exit_code);
+void add_token_command(CLI::App& app, int& exit_code);
+void add_qr_command(CLI::App& app, int& exit_code);
+void add_barcode_command(CLI::App& app, int& exit_code);
+
+}  // namespace tavrix::cli

@@ -1,0 +1,53 @@
+#include <iostream>
+
+#include "base/error.h"
+#include "base/version.h"
+#include "cli/command.h"
+
+namespace {
+
+constexpr const char* footer = R"(
+Kody zakończenia: 0 wykonane; 1 odmowa KSeF, sieci albo bazy; 2 błąd wywołania;
+3 faktura przyjęta, ale bez UPO; 4 błąd w pliku ustawień.
+
+Zmienne: TAVRIX_SETTINGS - plik ustawień (adresy, własny urząd certyfikacji, proxy);
+TAVRIX_TOKEN - token KSeF.
+
+Przykład:
+  tavrix send --nip 5265877635 --token-file token.txt --env test \
+      --xml faktura.xml --db firma.db --table dok_fak --id 1001)";
+
+std::string version() {
+    using namespace tavrix::base;
+    return "tavrix " + std::to_string(version_major) + "." + std::to_string(version_minor) + "." +
+           std::to_string(version_revision);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    using namespace tavrix;
+    int exit_code = cli::exit_usage;
+    CLI::App app("Tavrix - faktury KSeF i kody kreskowe z wiersza poleceń");
+    app.set_help_flag("-h,--help", "Pokazuje tę pomoc");
+    app.set_version_flag("--version", version(), "Pokazuje wersję");
+    app.footer(footer);
+    app.require_subcommand(1);
+    cli::add_send_command(app, exit_code);
+    cli::add_hash_command(app, exit_code);
+    cli::add_token_command(app, exit_code);
+    cli::add_qr_command(app, exit_code);
+    cli::add_barcode_command(app, exit_code);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? cli::exit_done : cli::exit_usage;
+    } catch (const base::AutomationError& error) {
+        std::cerr << error.what() << '\n';
+        return error.source() == u"Tavrix.json" ? cli::exit_settings : cli::exit_failed;
+    } catch (const std::exception& error) {
+        std::cerr << error.what() << '\n';
+        return cli::exit_failed;
+    }
+    return exit_code;
+}

@@ -1,0 +1,73 @@
+#include "cli/ports_bundle.h"
+
+#include <CLI/CLI.hpp>
+#include <cstdlib>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+
+#include "frame/settings_file.h"
+#include "ports/native/adapters.h"
+#include "ports/portable/curl_http.h"
+#include "ports/portable/openssl_crypto.h"
+
+namespace tavrix::cli {
+namespace {
+
+// Says on stderr what it waits for: KSeF may take minutes, and silence looks like a hang.
+class TalkingClock final : public ports::Clock {
+  public:
+    base::DateTime now_local() override { return clock_->now_local(); }
+    void sleep(std::chrono::milliseconds duration) override {
+        std::cerr << "KSeF jeszcze przetwarza, czekam " << duration.count() / 1000 << " s...\n";
+        clock_->sleep(duration);
+    }
+
+  private:
+    std::unique_ptr<ports::Clock> clock_ = ports::make_native_clock();
+};
+
+frame::Settings settings_of_environment() {
+    const char* file = std::getenv("TAVRIX_SETTINGS");
+    return file == nullptr ? frame::Settings{} : frame::load_settings(file);
+}
+
+}  // namespace
+
+PortsBundle::PortsBundle()
+    : settings_(settings_of_environment()),
+      crypto_(ports::make_openssl_crypto()),
+      clock_(std::make_unique<TalkingClock>()),
+      xml_(ports::make_native_xml()),
+      code_page_(ports::make_native_code_page()) {}
+
+ksef::KsefPorts PortsBundle::for_ksef() {
+    return {[this] { return ports::make_curl_http(settings_.connection); },
+            *crypto_,
+            *clock_,
+            *xml_,
+            *code_page_,
+            settings_.ksef};
+}
+
+base::Bytes read_file(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    base::Bytes bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    if (!file.is_open() || file.bad()) throw CLI::ValidationError(path, "nie można odczytać pliku");
+    return bytes;
+}
+
+std::string token_from(const std::string& token, const std::string& token_file) {
+    if (!token.empty()) return token;
+    if (!token_file.empty()) {
+        const base::Bytes bytes = read_file(token_file);
+        std::string text(bytes.begin(), bytes.end());
+        while (!text.empty() && (text.back() == '\n' || text.back() == '\r' || text.back() == ' '))
+            text.pop_back();
+        return text;
+    }
+    if (const char* variable = std::getenv("TAVRIX_TOKEN")) return variable;
+    throw CLI::RequiredError("--token, --token-file albo zmienna TAVRIX_TOKEN");
+}
+
+}  // namespace tavrix::cli

@@ -1,0 +1,138 @@
+#include <iostream>
+#include <memory>
+#include <nlohmann/json.hpp>
+
+#include "base/error.h"
+#include "base/secret.h"
+#include "cli/command.h"
+#include "cli/ports_bundle.h"
+#include "ports/portable/sqlite_database.h"
+
+namespace tavrix::cli {
+namespace {
+
+using base::Text;
+using Json = nlohmann::ordered_json;
+
+struct SendOptions {
+    std::string nip;
+    std::string token;
+    std::string token_file;
+    std::string environment = "test";
+    std::string xml_file;
+    std::string database_file;
+    std::string table;
+    std::int32_t id = 0;
+    std::string system_code = "FA (3)";
+    std::string schema_version = "1-0E";
+    std::string form_code = "FA";
+    bool json = false;
+};
+
+constexpr std::u16string_view accepted_prefix = u"Faktura o numerze KSeF: ";
+
+std::int32_t environment_number(const std::string& name) {
+    if (name == "prod" || name == "1") return 1;
+    if (name == "demo" || name == "0") return 0;
+    return 2;
+}
+
+ExitCode exit_code_of(const Text& result) {
+    if (result.empty()) return exit_done;
+    return result.starts_with(accepted_prefix) ? exit_accepted_no_upo : exit_failed;
+}
+
+// The row's KSeF columns as they stand now; nothing when there is no row or no such table.
+Json row_now(ports::Database& database, const SendOptions& options) {
+    Json row = Json::object();
+    try {
+        const auto rows = database.open(
+            u"select top 1 numer_ksef,NumerRef_ksef,HashFaktury,status_ksef,StatusStr_ksef,"
+            u"Export_Opis_bledu_ksef,DATA_OPERACJI,UPO_ksef from " +
+            base::from_utf8(options.table) + u" where ddout_id=" + base::to_decimal(options.id));
+        if (rows->at_end()) return nullptr;
+        for (const char16_t* column :
+             {u"numer_ksef", u"NumerRef_ksef", u"HashFaktury", u"status_ksef", u"StatusStr_ksef",
+              u"Export_Opis_bledu_ksef", u"DATA_OPERACJI"}) {
+            row[base::to_utf8(column)] = base::to_utf8(ports::text_of(rows->field(column)));
+        }
+        row["upo_bytes"] = base::to_utf8(ports::text_of(rows->field(u"UPO_ksef"))).size();
+    } catch (const base::AutomationError& error) {
+        std::cerr << error.what() << '\n';
+        return nullptr;
+    }
+    return row;
+}
+
+void report(const Text& result, const Json& row, const SendOptions& options) {
+    const ExitCode code = exit_code_of(result);
+    if (options.json) {
+        Json answer;
+        answer["result"] = base::to_utf8(result);
+        answer["accepted"] = code != exit_failed;
+        answer["upo_stored"] = code == exit_done;
+        answer["row"] = row;
+        std::cout << answer.dump(2) << '\n';
+        return;
+    }
+    if (code == exit_done) {
+        std::cout << "Faktura przyjęta, UPO zapisane w bazie.\n";
+    } else if (code == exit_accepted_no_upo) {
+        std::cout << base::to_utf8(result) << "\nFaktura przyjęta, ale UPO nie udało się pobrać.\n";
+    } else {
+        std::cout << "Niepowodzenie: " << base::to_utf8(result) << '\n';
+    }
+    if (row.is_object()) {
+        for (const auto& [column, value] : row.items()) {
+            std::cout << "  " << column << " = "
+                      << (value.is_string() ? value.get<std::string>() : value.dump()) << '\n';
+        }
+    }
+}
+
+ExitCode send(const SendOptions& options) {
+    PortsBundle bundle;
+    std::string token = token_from(options.token, options.token_file);
+    const base::WipeOnExit wipe_token(token);
+    const Text xml = bundle.code_page().to_text(read_file(options.xml_file));
+    ports::SqliteDatabase database(ports::SqliteConnection::open(options.database_file));
+    ksef::KseF_comm client(bundle.for_ksef());
+    const Text result = client.SendInvoiceToKSeF(
+        database, base::from_utf8(options.nip), base::from_utf8(token), xml,
+        base::from_utf8(options.system_code), base::from_utf8(options.schema_version),
+        base::from_utf8(options.form_code), environment_number(options.environment),
+        base::from_utf8(options.table), options.id);
+    report(result, row_now(database, options), options);
+    return exit_code_of(result);
+}
+
+}  // namespace
+
+void add_send_command(CLI::App& app, int& exit_code) {
+    auto options = std::make_shared<SendOptions>();
+    CLI::App* command =
+        app.add_subcommand("send", "Wysyła jedną fakturę do KSeF i zapisuje wynik w bazie");
+    command->add_option("--nip", options->nip, "NIP firmy, ten sam co w tokenie")->required();
+    command->add_option("--token", options->token,
+                        "Token KSeF (REFERENCJA|nip-NNNNNNNNNN|SEKRET); bezpieczniej --token-file "
+                        "albo TAVRIX_TOKEN");
+    command->add_option("--token-file", options->token_file, "Plik, w którym jest tylko token");
+    command->add_option("--env", options->environment, "Środowisko KSeF: prod, demo albo test")
+        ->check(CLI::IsMember({"prod", "demo", "test", "0", "1", "2"}))
+        ->capture_default_str();
+    command->add_option("--xml", options->xml_file, "Plik XML faktury (UTF-8)")->required();
+    command->add_option("--db", options->database_file, "Plik bazy SQLite z dokumentami")
+        ->required();
+    command->add_option("--table", options->table, "Tabela dokumentów, np. dok_fak")->required();
+    command->add_option("--id", options->id, "Klucz dokumentu (kolumna ddout_id)")->required();
+    command->add_option("--system-code", options->system_code, "Kod systemowy formularza")
+        ->capture_default_str();
+    command->add_option("--schema-version", options->schema_version, "Wersja schematu")
+        ->capture_default_str();
+    command->add_option("--form-code", options->form_code, "Wartość kodu formularza")
+        ->capture_default_str();
+    command->add_flag("--json", options->json, "Wynik jako JSON (dla programów)");
+    command->callback([options, &exit_code] { exit_code = send(*options); });
+}
+
+}  // namespace tavrix::cli

@@ -1,0 +1,38 @@
+#include "com/classes/cls_send_mail_class.h"
+
+#include "com/classes/mail_parameters.h"
+#include "com/guid.h"
+#include "com/signature.h"
+
+namespace tavrix::com {
+namespace {
+
+using mail::ClsSendMail;
+
+// DISPIDs are published: append only.
+constexpr auto cls_send_mail_members = members(
+    method<&ClsSendMail::NullStr>(1, u"NullStr", u"Tekst wartości; pusty dla Null i Empty.",
+                                  by_value(u"ds")),
+    pending(method<&ClsSendMail::sendmail>(
+        2, u"sendmail", u"Wysyła wiadomość przez SMTP; pusty tekst, gdy poszła.",
+        by_value(u"dokogo"), by_value(u"temat"), by_value(u"odkogo"), by_value(u"Body"),
+        by_value(u"smtphost"), by_value(u"smtpport"), by_value(u"smtpuser"), by_value(u"smtppass"),
+        by_value(u"Plik"), by_value(u"ssl"), by_value(u"maildw"), by_value(u"htmlBody"),
+        by_value(u"mailudw"), by_value(u"DeliveryNotificationOptions"), by_value(u"Priority"),
+        by_value(u"ReplyTo"), by_value(u"sender"))));
+
+}  // namespace
+
+constexpr ClassTable cls_send_mail_class = {
+    .class_id = guid("FC59A353-9821-45CC-A467-2EACCF089608"),
+    .interface_id = guid("05785896-2426-4995-B104-66DD567A4CDE"),
+    .name = u"ClsSendMail",
+    .help = u"Tavrix: wysyłanie poczty",
+    .members = cls_send_mail_members,
+};
+
+windows::ComPointer<IDispatch> create_cls_send_mail() {
+    return make_object(cls_send_mail_class, std::make_shared<ClsSendMail>());
+}
+
+}  // namespace tavrix::com

@@ -1,0 +1,11 @@
+#pragma once
+
+#include "com/class_table.h"
+#include "windows/com_pointer.h"
+
+namespace tavrix::com {
+
+extern const ClassTable drk_wyd_ean_cls_class;
+windows::ComPointer<IDispatch> create_drk_wyd_ean_cls();
+
+}  // namespace tavrix::com

@@ -1,0 +1,14 @@
+#include "com/classes/installed_settings.h"
+
+#include "com/module.h"
+#include "frame/settings_file.h"
+
+namespace tavrix::com {
+
+frame::Settings load_installed_settings() {
+    const base::Text path = module_path();
+    const base::Text folder = path.substr(0, path.find_last_of(u'\\') + 1);
+    return frame::load_settings(base::to_utf8(folder) + "Tavrix.json");
+}
+
+}  // namespace tavrix::com

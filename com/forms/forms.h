@@ -1,0 +1,16 @@
+#pragma once
+
+#include <memory>
+
+#include "frame/about_box.h"
+#include "mail/message_form.h"
+
+namespace tavrix::com {
+
+// The library's own windows on the user's desktop. One form of each kind at a time in the whole
+// process, whichever object shows it.
+
+std::unique_ptr<frame::AboutWindow> make_about_window();
+std::unique_ptr<mail::MessageWindow> make_message_window();
+
+}  // namespace tavrix::com

@@ -1,0 +1,155 @@
+#include "stand_ins/ado/connection.h"
+
+#include "com/dispatch_object.h"
+#include "com/guid.h"
+#include "com/signature.h"
+#include "ports/portable/tsql/translate.h"
+#include "stand_ins/ado/recordset.h"
+
+namespace tavrix::ado {
+namespace {
+
+using com::by_reference;
+using com::by_value;
+using com::method;
+using com::property;
+using com::read_only;
+
+constexpr base::TextView source = u"ADODB.Connection";
+
+// The value of one key of "key=value;key=value", quotes around it removed.
+base::Text value_of_key(base::TextView connection_string, base::TextView key) {
+    for (const base::Text& piece : base::split(connection_string, u';')) {
+        const std::size_t equals = piece.find(u'=');
+        if (equals == base::Text::npos) continue;
+        const base::TextView whole(piece);
+        if (!base::equal_case_blind(base::trim(whole.substr(0, equals)), key)) continue;
+        base::TextView value = base::trim(whole.substr(equals + 1));
+        const bool quoted = value.size() >= 2 && value.front() == value.back() &&
+                            (value.front() == u'"' || value.front() == u'\'');
+        return base::Text(quoted ? value.substr(1, value.size() - 2) : value);
+    }
+    return {};
+}
+
+constexpr auto connection_members = com::members(
+    property<&Connection::connection_string, &Connection::set_connection_string>(
+        0, u"ConnectionString", u"Parametry połączenia; plik w Data Source."),
+    method<&Connection::Open>(1, u"Open", u"Otwiera plik bazy danych.",
+                              by_value(u"ConnectionString"), by_value(u"UserID"),
+                              by_value(u"Password"), by_value(u"Options")),
+    method<&Connection::Close>(2, u"Close", u"Zamyka połączenie i cofa otwartą transakcję."),
+    method<&Connection::Execute>(3, u"Execute", u"Wykonuje polecenie SQL.",
+                                 by_value(u"CommandText"), by_reference(u"RecordsAffected"),
+                                 by_value(u"Options")),
+    method<&Connection::BeginTrans>(4, u"BeginTrans", u"Zaczyna transakcję; wynik to jej poziom."),
+    method<&Connection::CommitTrans>(5, u"CommitTrans", u"Zatwierdza transakcję."),
+    method<&Connection::RollbackTrans>(6, u"RollbackTrans", u"Cofa transakcję."),
+    read_only<&Connection::state>(7, u"State", u"0 zamknięte, 1 otwarte."),
+    property<&Connection::cursor_location, &Connection::set_cursor_location>(
+        8, u"CursorLocation", u"2 serwer, 3 klient."),
+    property<&Connection::command_timeout, &Connection::set_command_timeout>(
+        9, u"CommandTimeout", u"Sekundy; bez znaczenia."),
+    read_only<&Connection::errors>(10, u"Errors", u"Błędy ostatniej operacji."));
+
+}  // namespace
+
+Connection::~Connection() {
+    // Recordsets may keep the file open longer; their transaction must not outlive the connection.
+    try {
+        if (database_) Close();
+    } catch (const base::AutomationError&) {
+    }
+}
+
+void Connection::Open(const std::optional<base::Text>& connection_string,
+                      const std::optional<base::Text>&, const std::optional<base::Text>&,
+                      const std::optional<std::int32_t>&) {
+    if (database_) raise(AdoError::object_open, source);
+    if (connection_string) connection_string_ = *connection_string;
+    recorded([&] {
+        const base::Text file = value_of_key(connection_string_, u"Data Source");
+        if (file.empty()) raise(AdoError::unspecified, source, u"Data Source names no file.");
+        database_ = ports::SqliteConnection::open(base::to_utf8(file));
+    });
+}
+
+void Connection::Close() {
+    const auto database = database_;
+    this->database(AdoError::object_closed);
+    database_.reset();
+    if (std::exchange(transaction_level_, 0) > 0) database->execute_script("rollback");
+}
+
+windows::ComPointer<IDispatch> Connection::Execute(const base::Text& sql,
+                                                   std::optional<std::int32_t>& records_affected,
+                                                   const std::optional<std::int32_t>& options) {
+    const auto database = this->database(AdoError::object_closed);
+    return recorded([&]() -> windows::ComPointer<IDispatch> {
+        auto rows = std::make_shared<Recordset>();
+        if (ports::tsql::translate(base::to_utf8(sql)).is_query) {
+            rows->open_on(shared_from_this(), sql);
+            records_affected = -1;
+        } else {
+            records_affected = static_cast<std::int32_t>(database->execute(sql));
+        }
+        if ((options.value_or(0) & execute_no_records) != 0) return {};
+        return com::make_object(recordset_class, std::move(rows));
+    });
+}
+
+void Connection::run_in_transaction(const char* at_top, const char* nested) {
+    const auto& database = this->database(AdoError::object_closed);
+    recorded([&] { database->execute_script(transaction_level_ == 0 ? at_top : nested); });
+}
+
+std::int32_t Connection::BeginTrans() {
+    run_in_transaction("begin immediate", "savepoint nested");
+    return ++transaction_level_;
+}
+
+void Connection::CommitTrans() {
+    database(AdoError::object_closed);
+    if (transaction_level_ == 0) raise(AdoError::illegal_operation, source);
+    --transaction_level_;
+    run_in_transaction("commit", "release nested");
+}
+
+void Connection::RollbackTrans() {
+    database(AdoError::object_closed);
+    if (transaction_level_ == 0) raise(AdoError::illegal_operation, source);
+    --transaction_level_;
+    run_in_transaction("rollback", "rollback to nested; release nested");
+}
+
+std::int32_t Connection::state() const {
+    return database_ ? object_state::open : object_state::closed;
+}
+
+void Connection::set_connection_string(const base::Text& value) {
+    if (database_) raise(AdoError::object_open, source);
+    connection_string_ = value;
+}
+
+windows::ComPointer<IDispatch> Connection::errors() const {
+    return com::make_object(errors_class, errors_);
+}
+
+const std::shared_ptr<ports::SqliteConnection>& Connection::database(AdoError when_closed) const {
+    if (!database_) raise(when_closed, source);
+    return database_;
+}
+
+constexpr com::ClassTable connection_class = {
+    .class_id = com::guid("CA80A531-859E-4E57-9732-DA2C51DCF0BB"),
+    .interface_id = com::guid("A9A6C9E4-1E31-4B0B-A624-4C9974A78056"),
+    .name = u"Connection",
+    .help = u"Tavrix: połączenie ADO z plikiem SQLite (do prób)",
+    .members = connection_members,
+};
+
+windows::ComPointer<IDispatch> create_connection() {
+    return com::make_object(connection_class, std::make_shared<Connection>());
+}
+
+}  // namespace tavrix::ado

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <memory>
+
+#include "ports/portable/sqlite_database.h"
+#include "stand_ins/ado/errors.h"
+
+namespace tavrix::ado {
+
+/// ADODB.Connection over one SQLite file, named by `Data Source=` in the connection string.
+class Connection : public std::enable_shared_from_this<Connection> {
+  public:
+    ~Connection();
+
+    void Open(const std::optional<base::Text>& connection_string,
+              const std::optional<base::Text>& user, const std::optional<base::Text>& password,
+              const std::optional<std::int32_t>& options);
+    void Close();
+    windows::ComPointer<IDispatch> Execute(const base::Text& sql,
+                                           std::optional<std::int32_t>& records_affected,
+                                           const std::optional<std::int32_t>& options);
+    std::int32_t BeginTrans();
+    void CommitTrans();
+    void RollbackTrans();
+    std::int32_t state() const;
+    base::Text connection_string() const { return connection_string_; }
+    void set_connection_string(const base::Text& value);
+    std::int32_t cursor_location() const { return cursor_location_; }
+    void set_cursor_location(std::int32_t value) { cursor_location_ = value; }
+    std::int32_t command_timeout() const { return command_timeout_s_; }
+    void set_command_timeout(std::int32_t seconds) { command_timeout_s_ = seconds; }
+    windows::ComPointer<IDispatch> errors() const;
+
+    /// The open database; throws `when_closed` otherwise.
+    const std::shared_ptr<ports::SqliteConnection>& database(AdoError when_closed) const;
+    /// Runs `action` with its failure also listed in Errors, as the database's words.
+    template <typename Action>
+    auto recorded(Action action) {
+        errors_->clear();
+        try {
+            return action();
+        } catch (const base::AutomationError& error) {
+            errors_->record(error);
+            throw;
+        }
+    }
+
+  private:
+    void run_in_transaction(const char* at_top, const char* nested);
+
+    std::shared_ptr<ports::SqliteConnection> database_;
+    std::shared_ptr<Errors> errors_ = std::make_shared<Errors>();
+    base::Text connection_string_;
+    std::int32_t cursor_location_ = cursor_location::server;
+    std::int32_t command_timeout_s_ = 30;
+    std::int32_t transaction_level_ = 0;
+};
+
+extern const com::ClassTable connection_class;
+windows::ComPointer<IDispatch> create_connection();
+
+}  // namespace tavrix::ado

@@ -1,0 +1,294 @@
+#include "stand_ins/ado/recordset.h"
+
+#include <algorithm>
+
+#include "com/dispatch_object.h"
+#include "com/guid.h"
+#include "com/signature.h"
+#include "stand_ins/ado/fields.h"
+#include "stand_ins/ado/value_codec.h"
+
+namespace tavrix::ado {
+namespace {
+
+using com::by_value;
+using com::method;
+using com::property;
+using com::read_only;
+
+constexpr base::TextView source = u"ADODB.Recordset";
+
+constexpr auto recordset_members = com::members(
+    read_only<&Recordset::fields>(0, u"Fields", u"Kolumny bieżącego wiersza."),
+    method<&Recordset::Open>(1, u"Open", u"Czyta wiersze zapytania.", by_value(u"Source"),
+                             by_value(u"ActiveConnection"), by_value(u"CursorType"),
+                             by_value(u"LockType"), by_value(u"Options")),
+    method<&Recordset::Close>(2, u"Close", u"Zamyka; niezapisane zmiany przepadają."),
+    method<&Recordset::AddNew>(3, u"AddNew", u"Zaczyna nowy wiersz."),
+    method<&Recordset::Update>(4, u"Update", u"Kończy edycję wiersza."),
+    method<&Recordset::UpdateBatch>(5, u"UpdateBatch",
+                                    u"Zapisuje wszystkie zmiany w jednej transakcji.",
+                                    by_value(u"AffectRecords")),
+    method<&Recordset::CancelUpdate>(6, u"CancelUpdate", u"Cofa zmiany bieżącego wiersza."),
+    method<&Recordset::CancelBatch>(7, u"CancelBatch", u"Cofa wszystkie niezapisane zmiany.",
+                                    by_value(u"AffectRecords")),
+    method<&Recordset::Delete>(8, u"Delete", u"Usuwa bieżący wiersz.", by_value(u"AffectRecords")),
+    method<&Recordset::MoveFirst>(9, u"MoveFirst", u"Pierwszy wiersz."),
+    method<&Recordset::MoveLast>(10, u"MoveLast", u"Ostatni wiersz."),
+    method<&Recordset::MoveNext>(11, u"MoveNext", u"Następny wiersz."),
+    method<&Recordset::MovePrevious>(12, u"MovePrevious", u"Poprzedni wiersz."),
+    method<&Recordset::Move>(13, u"Move", u"Przesuwa o podaną liczbę wierszy.",
+                             by_value(u"NumRecords")),
+    read_only<&Recordset::at_beginning>(14, u"BOF", u"Przed pierwszym wierszem."),
+    read_only<&Recordset::at_end>(15, u"EOF", u"Za ostatnim wierszem."),
+    read_only<&Recordset::record_count>(16, u"RecordCount",
+                                        u"Liczba wierszy; -1, gdy kursor idzie tylko w przód."),
+    read_only<&Recordset::state>(17, u"State", u"0 zamknięty, 1 otwarty."),
+    read_only<&Recordset::edit>(18, u"EditMode", u"0 bez zmian, 1 zmieniany, 2 nowy wiersz."),
+    property<&Recordset::sql, &Recordset::set_sql>(19, u"Source", u"Treść zapytania."),
+    property<&Recordset::active_connection, &Recordset::set_active_connection>(
+        20, u"ActiveConnection", u"Połączenie."),
+    property<&Recordset::location, &Recordset::set_location>(21, u"CursorLocation",
+                                                             u"2 serwer, 3 klient."),
+    property<&Recordset::cursor, &Recordset::set_cursor>(22, u"CursorType",
+                                                         u"0 w przód, 3 statyczny."),
+    property<&Recordset::lock, &Recordset::set_lock>(
+        23, u"LockType", u"1 odczyt, 3 zapis od razu, 4 zapis zbiorczy."));
+
+}  // namespace
+
+void Recordset::Open(const std::optional<base::Text>& sql,
+                     const std::optional<windows::Variant>& connection,
+                     const std::optional<std::int32_t>& cursor,
+                     const std::optional<std::int32_t>& lock, const std::optional<std::int32_t>&) {
+    require_closed();
+    if (sql) sql_ = *sql;
+    if (connection) set_active_connection(*connection);
+    if (cursor) cursor_ = *cursor;
+    if (lock) lock_ = *lock;
+    open();
+}
+
+void Recordset::open_on(std::shared_ptr<Connection> connection, const base::Text& sql) {
+    connection_ = std::move(connection);
+    sql_ = sql;
+    open();
+}
+
+void Recordset::open() {
+    if (!connection_) raise(AdoError::invalid_connection, source);
+    if (sql_.empty()) raise(AdoError::invalid_argument, source);
+    const auto& database = connection_->database(AdoError::invalid_connection);
+    rows_ = connection_->recorded([&] { return database->open_recordset(sql_); });
+    if (location_ == cursor_location::client || cursor_ > cursor_type::forward_only) {
+        cursor_ = cursor_type::static_rows;
+    }
+    edit_ = edit_mode::none;
+    go_to(rows_->row_count() > 0 ? 0 : -1);
+}
+
+void Recordset::Close() {
+    rows();
+    if (edit_ != edit_mode::none && lock_ != lock_type::batch_optimistic) {
+        raise(AdoError::illegal_operation, source);
+    }
+    rows_.reset();
+    edit_ = edit_mode::none;
+}
+
+void Recordset::AddNew() {
+    finish_edit();
+    require_updatable();
+    connection_->recorded([&] { rows().add_new(); });
+    go_to(static_cast<std::int64_t>(rows().position()));
+    edit_ = edit_mode::added;
+}
+
+void Recordset::Update() {
+    require_updatable();
+    if (lock_ != lock_type::batch_optimistic) {
+        connection_->recorded([&] { rows().update_batch(); });
+    }
+    edit_ = edit_mode::none;
+}
+
+void Recordset::UpdateBatch(const std::optional<std::int32_t>&) {
+    require_updatable();
+    connection_->recorded([&] { rows().update_batch(); });
+    edit_ = edit_mode::none;
+}
+
+void Recordset::CancelUpdate() {
+    require_updatable();
+    if (edit_ == edit_mode::none) return;
+    rows().cancel_row();
+    edit_ = edit_mode::none;
+    go_to(std::min<std::int64_t>(position_, static_cast<std::int64_t>(rows().row_count()) - 1));
+}
+
+void Recordset::CancelBatch(const std::optional<std::int32_t>&) {
+    require_updatable();
+    rows().cancel_batch();
+    edit_ = edit_mode::none;
+    go_to(rows().row_count() > 0 ? 0 : -1);
+}
+
+void Recordset::Delete(const std::optional<std::int32_t>&) {
+    require_updatable();
+    require_row();
+    rows().delete_row();
+    edit_ = edit_mode::none;
+    if (lock_ != lock_type::batch_optimistic) {
+        connection_->recorded([&] { rows().update_batch(); });
+    }
+    // The place of the deleted row lies between its neighbours: the next row is one MoveNext away.
+    go_to(position_ - 1);
+    on_deleted_ = true;
+    on_deleted_ = true;
+}
+
+void Recordset::MoveFirst() {
+    finish_edit();
+    if (rows().row_count() == 0) raise(AdoError::no_current_row, source);
+    go_to(0);
+}
+
+void Recordset::MoveLast() {
+    finish_edit();
+    if (rows().row_count() == 0) raise(AdoError::no_current_row, source);
+    go_to(static_cast<std::int64_t>(rows().row_count()) - 1);
+}
+
+void Recordset::MoveNext() {
+    Move(1);
+}
+
+void Recordset::MovePrevious() {
+    Move(-1);
+}
+
+void Recordset::Move(std::int32_t count) {
+    finish_edit();
+    if (count < 0 && cursor_ == cursor_type::forward_only)
+        raise(AdoError::illegal_operation, source);
+    if ((count > 0 && at_end()) || (count < 0 && at_beginning())) {
+        raise(AdoError::no_current_row, source);
+    }
+    go_to(position_ + count);
+}
+
+bool Recordset::at_beginning() {
+    const bool empty = rows().row_count() == 0;
+    return !on_deleted_ && (empty || position_ < 0);
+}
+
+bool Recordset::at_end() {
+    const auto count = static_cast<std::int64_t>(rows().row_count());
+    return !on_deleted_ && (count == 0 || position_ >= count);
+}
+
+void Recordset::require_row() {
+    if (on_deleted_ || at_beginning() || at_end()) raise(AdoError::no_current_row, source);
+}
+
+std::int32_t Recordset::record_count() {
+    const auto count = static_cast<std::int32_t>(rows().row_count());
+    return cursor_ == cursor_type::forward_only ? -1 : count;
+}
+
+void Recordset::set_sql(const base::Text& value) {
+    require_closed();
+    sql_ = value;
+}
+
+windows::ComPointer<IDispatch> Recordset::active_connection() const {
+    if (!connection_) return {};
+    return com::make_object(connection_class, connection_);
+}
+
+void Recordset::set_active_connection(const windows::Variant& value) {
+    require_closed();
+    const windows::ComPointer<IDispatch> object = windows::object_of(value.get());
+    if (object) {
+        connection_ = com::DispatchObject::target_of<Connection>(object.get(), connection_class);
+        if (!connection_) raise(AdoError::invalid_argument, source);
+    } else if (const VARIANT seen = windows::look_through(value.get()); seen.vt == VT_BSTR) {
+        connection_ = std::make_shared<Connection>();
+        connection_->Open(base::Text(windows::view_of(seen.bstrVal)), {}, {}, {});
+    } else {
+        connection_.reset();
+    }
+}
+
+void Recordset::set_location(std::int32_t value) {
+    require_closed();
+    location_ = value;
+}
+
+void Recordset::set_cursor(std::int32_t value) {
+    require_closed();
+    cursor_ = value;
+}
+
+void Recordset::set_lock(std::int32_t value) {
+    require_closed();
+    lock_ = value;
+}
+
+windows::ComPointer<IDispatch> Recordset::fields() {
+    return com::make_object(fields_class, std::make_shared<Fields>(shared_from_this()));
+}
+
+ports::SqliteRecordset& Recordset::rows() {
+    if (!rows_) raise(AdoError::object_closed, source);
+    return *rows_;
+}
+
+ports::Value Recordset::value(std::size_t column) {
+    require_row();
+    return rows().field_at(column);
+}
+
+void Recordset::set_value(std::size_t column, const ports::Value& value) {
+    require_updatable();
+    require_row();
+    connection_->recorded([&] { rows().set_field_at(column, value); });
+    if (edit_ == edit_mode::none) edit_ = edit_mode::in_progress;
+}
+
+void Recordset::require_closed() const {
+    if (rows_) raise(AdoError::object_open, source);
+}
+
+void Recordset::require_updatable() {
+    rows();
+    if (lock_ != lock_type::optimistic && lock_ != lock_type::batch_optimistic) {
+        raise(AdoError::not_updatable, source);
+    }
+}
+
+void Recordset::finish_edit() {
+    rows();
+    if (edit_ != edit_mode::none) Update();
+}
+
+void Recordset::go_to(std::int64_t position) {
+    const auto count = static_cast<std::int64_t>(rows().row_count());
+    on_deleted_ = false;
+    position_ = std::clamp<std::int64_t>(position, -1, count);
+    rows().move_to(position_ < 0 ? rows().row_count() : static_cast<std::size_t>(position_));
+}
+
+constexpr com::ClassTable recordset_class = {
+    .class_id = com::guid("E3444CC3-F043-49C4-9794-7A2F2FC8D211"),
+    .interface_id = com::guid("5CDFD796-ADA4-4395-87DE-C3B158F510D8"),
+    .name = u"Recordset",
+    .help = u"Tavrix: wiersze ADO z pliku SQLite (do prób)",
+    .members = recordset_members,
+};
+
+windows::ComPointer<IDispatch> create_recordset() {
+    return com::make_object(recordset_class, std::make_shared<Recordset>());
+}
+
+}  // namespace tavrix::ado

@@ -1,0 +1,80 @@
+#pragma once
+
+#include <memory>
+
+#include "stand_ins/ado/connection.h"
+
+namespace tavrix::ado {
+
+/// ADODB.Recordset. Under batch-optimistic locking changes wait for UpdateBatch, which writes all
+/// of them in one transaction or none; under optimistic locking Update, or leaving the row, writes
+/// it at once; any other locking is read-only.
+class Recordset : public std::enable_shared_from_this<Recordset> {
+  public:
+    void Open(const std::optional<base::Text>& sql,
+              const std::optional<windows::Variant>& connection,
+              const std::optional<std::int32_t>& cursor, const std::optional<std::int32_t>& lock,
+              const std::optional<std::int32_t>& options);
+    void Close();
+    void AddNew();
+    void Update();
+    void UpdateBatch(const std::optional<std::int32_t>& affected);
+    void CancelUpdate();
+    void CancelBatch(const std::optional<std::int32_t>& affected);
+    void Delete(const std::optional<std::int32_t>& affected);
+    void MoveFirst();
+    void MoveLast();
+    void MoveNext();
+    void MovePrevious();
+    void Move(std::int32_t count);
+
+    bool at_beginning();
+    bool at_end();
+    std::int32_t record_count();
+    std::int32_t state() const { return rows_ ? object_state::open : object_state::closed; }
+    std::int32_t edit() const { return edit_; }
+    base::Text sql() const { return sql_; }
+    void set_sql(const base::Text& value);
+    windows::ComPointer<IDispatch> active_connection() const;
+    void set_active_connection(const windows::Variant& value);
+    std::int32_t location() const { return location_; }
+    void set_location(std::int32_t value);
+    std::int32_t cursor() const { return cursor_; }
+    void set_cursor(std::int32_t value);
+    std::int32_t lock() const { return lock_; }
+    void set_lock(std::int32_t value);
+    windows::ComPointer<IDispatch> fields();
+
+    /// Opens as Connection.Execute does: forward only, read only.
+    void open_on(std::shared_ptr<Connection> connection, const base::Text& sql);
+    /// The rows; throws when the recordset is closed.
+    ports::SqliteRecordset& rows();
+    ports::Value value(std::size_t column);
+    void set_value(std::size_t column, const ports::Value& value);
+
+  private:
+    void open();
+    void require_closed() const;
+    void require_updatable();
+    /// Leaves the current row: an edit of it is finished first.
+    void finish_edit();
+    void require_row();
+    /// -1 is before the first row, the number of rows behind the last.
+    void go_to(std::int64_t position);
+
+    std::shared_ptr<Connection> connection_;
+    std::unique_ptr<ports::SqliteRecordset> rows_;
+    base::Text sql_;
+    std::int64_t position_ = -1;
+    /// On the place of a row that was just deleted, until a move.
+    bool on_deleted_ = false;
+    std::int32_t edit_ = edit_mode::none;
+    std::int32_t location_ = cursor_location::server;
+    std::int32_t cursor_ = cursor_type::forward_only;
+    std::int32_t lock_ = lock_type::read_only;
+};
+
+extern const com::ClassTable recordset_class;
+windows::ComPointer<IDispatch> create_recordset();
+
+}  // namespace tavrix::ado

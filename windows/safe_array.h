@@ -1,0 +1,41 @@
+#pragma once
+
+#include "base/text.h"
+#include "windows/automation.h"
+#include "windows/owned.h"
+
+namespace tavrix::windows {
+
+struct SafeArrayTraits {
+    using Handle = SAFEARRAY*;
+    static void free(SAFEARRAY* array) noexcept { SafeArrayDestroy(array); }
+};
+using SafeArray = Owned<SafeArrayTraits>;
+
+/// A zero-based array of unsigned bytes. Throws std::bad_alloc.
+SafeArray make_byte_array(base::ByteView bytes);
+
+/// Keeps an array's memory in place while it is read or written.
+class SafeArrayAccess {
+  public:
+    explicit SafeArrayAccess(SAFEARRAY* array) noexcept : array_(array) {
+        if (FAILED(SafeArrayAccessData(array_, &data_))) data_ = nullptr;
+    }
+    ~SafeArrayAccess() {
+        if (data_ != nullptr) SafeArrayUnaccessData(array_);
+    }
+    SafeArrayAccess(const SafeArrayAccess&) = delete;
+    SafeArrayAccess& operator=(const SafeArrayAccess&) = delete;
+
+    /// Null when the array cannot be accessed.
+    void* data() const noexcept { return data_; }
+
+  private:
+    SAFEARRAY* array_;
+    void* data_ = nullptr;
+};
+
+/// The number of elements of an array of one dimension; the null array has none.
+std::size_t element_count(SAFEARRAY* array) noexcept;
+
+}  // namespace tavrix::windows
