@@ -42,10 +42,12 @@ step() {
 try_step() {
     local title=$1 advice=$2
     shift 2
-    local log began_s=$SECONDS
+    local log line began_s=$SECONDS
     mkdir -p "$log_folder"
     log=$log_folder/$(tr -cs 'A-Za-z0-9' '-' <<<"$title" | sed 's/-*$//').log
-    printf '[%4ds] %s ... ' $((SECONDS - started_s)) "$title"
+    line=$(printf '[%4ds] %s ...' $((began_s - started_s)) "$title")
+    # Steps that run side by side print their line when they are over.
+    [[ -n ${side_by_side:-} ]] || printf '%s ' "$line"
     # Descriptor 9 is the lock of the cache; a server left behind by the command must not hold it.
     set +e
     (
@@ -54,6 +56,7 @@ try_step() {
     ) >"$log" 2>&1 </dev/null 9>&-
     step_status=$?
     set -e
+    [[ -z ${side_by_side:-} ]] || printf '%s ' "$line"
     if ((step_status == 0)); then
         printf 'done (%d s)\n' $((SECONDS - began_s))
         return

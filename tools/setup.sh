@@ -8,7 +8,28 @@ need_tools() {
     need_polish_locale
 }
 
+# need_windows bits...: what is missing for two widths is made side by side, because half of the time a library
+# configures itself on one processor.
 need_windows() {
+    local bits missing=() builders=() builder failed=''
+    for bits in "$@"; do
+        [[ -f $(windows_prefix "$bits")/checked ]] || missing+=("$bits")
+    done
+    if ((${#missing[@]} > 0)); then
+        step "download the Windows libraries' sources" "run ./dev setup again when the network works" fetch_windows_sources
+    fi
+    if ((${#missing[@]} > 1)); then
+        for bits in "${missing[@]}"; do
+            (side_by_side=1 && need_windows_width "$bits") &
+            builders+=($!)
+        done
+        for builder in "${builders[@]}"; do wait "$builder" || failed=1; done
+        [[ -z $failed ]] || exit 1
+    fi
+    for bits in "$@"; do need_windows_width "$bits"; done
+}
+
+need_windows_width() {
     local bits=$1 prefix
     need_wine_prefix "$bits"
     prefix=$(windows_prefix "$bits")
@@ -57,16 +78,17 @@ check_system() {
 
 # need part...: tools, 32 (the 32-bit Windows libraries and Wine prefix), 64.
 need() {
-    local part
+    local part widths=()
     check_system
     lock_cache
     sweep_cache
     for part in "$@"; do
         case $part in
             tools) need_tools ;;
-            32 | 64) need_windows "$part" ;;
+            32 | 64) widths+=("$part") ;;
         esac
     done
+    ((${#widths[@]} == 0)) || need_windows "${widths[@]}"
     unlock_cache
 }
 

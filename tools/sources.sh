@@ -49,16 +49,18 @@ source_versions() {
     sources_apt apt-cache showsrc --only-source "$1" | sed -n 's/^Version: //p' | sort -Vru
 }
 
-# fetch_source package version folder: the version asked for, which is the one installed natively; a mirror that has
-# dropped it gives the newest it still has.
+# fetch_source package version: leaves in fetched_source the folder of the version asked for, which is the one installed
+# natively; a mirror that has dropped it gives the newest it still has.
 fetch_source() {
-    local package=$1 wanted=$2 folder=$3 version kept
+    local package=$1 wanted=$2 version kept
+    fetched_source=$tavrix_cache/sources/$package-$wanted
+    [[ ! -d $fetched_source ]] || return 0
     refresh_source_lists
     for version in "$wanted" $(source_versions "$package"); do
         kept=$tavrix_cache/sources/$package-$version
         if [[ ! -d $kept ]] && ! download_source "$package" "$version" "$kept"; then continue; fi
         [[ $version == "$wanted" ]] || echo "note: $package $wanted is not to be had any more, $version taken"
-        cp -a "$kept" "$folder"
+        fetched_source=$kept
         return
     done
     echo "no version of the source package $package could be downloaded"

@@ -51,7 +51,8 @@ build_one_library() {
     mkdir -p "$stage"
     for needed in $needs; do declare "${needed}_folder=$(library_folder "$needed" "$bits")"; done
     if [[ -n $source_package ]]; then
-        fetch_source "$source_package" "$(installed_version "$native_package")" "$work/source"
+        fetch_source "$source_package" "$(installed_version "$native_package")"
+        cp -a "$fetched_source" "$work/source"
     fi
     cd "$work"
     build_library
@@ -69,6 +70,15 @@ assemble_prefix() {
         cp -al "$(library_folder "$library" "$bits")/." "$prefix.new/"
     done
     mv "$prefix.new" "$prefix"
+}
+
+# All sources at once, so that builds that run side by side find them there.
+fetch_windows_sources() {
+    local library
+    for library in "${windows_libraries[@]}"; do
+        load_recipe "$library"
+        [[ -z $source_package ]] || fetch_source "$source_package" "$(installed_version "$native_package")"
+    done
 }
 
 setup_windows_libraries() {

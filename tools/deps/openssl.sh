@@ -11,8 +11,10 @@ build_library() {
     [[ $bits == 64 ]] || target=mingw
     # no-module, no-dso, no-engine: nothing is ever loaded from disk; the legacy provider, which old PFX files
     # need, is linked in. no-autoload-config: nor is a configuration file looked for.
+    # The last line of switches: protocols and ciphers that neither KSeF, mail nor certificates here have ever used.
     ./Configure "$target" "CC=$triplet-gcc-posix" "AR=$triplet-ar" "RANLIB=$triplet-ranlib" \
         "WINDRES=$triplet-windres" no-shared no-tests no-engine no-dso no-module no-comp no-ssl3 no-srp \
+        no-dtls no-ct no-cmp no-sm2 no-sm3 no-sm4 no-aria no-seed no-idea no-mdc2 no-whirlpool no-gost \
         no-autoload-config -D_WIN32_WINNT=0x0601 --prefix="$stage" --libdir=lib
 
     # The default folders would be this machine's cache, which on Windows names a folder anybody may create.
