@@ -12,6 +12,7 @@ set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
 
 option(TAVRIX_SANITIZE "Address and undefined behaviour sanitizers" OFF)
+option(TAVRIX_FUZZ "Fuzz targets for libFuzzer, which clang brings" OFF)
 
 add_library(tavrix_options INTERFACE)
 target_compile_options(tavrix_options INTERFACE
@@ -22,6 +23,9 @@ if(TAVRIX_SANITIZE)
   target_compile_options(tavrix_options INTERFACE -fsanitize=address,undefined -fno-sanitize-recover=undefined
     -fno-omit-frame-pointer)
   target_link_options(tavrix_options INTERFACE -fsanitize=address,undefined)
+endif()
+if(TAVRIX_FUZZ)
+  target_compile_options(tavrix_options INTERFACE -fsanitize=fuzzer-no-link -O1)
 endif()
 if(WIN32)
   # Windows 7 SP1 is the oldest system; nothing newer may be imported.
