@@ -4,7 +4,6 @@
 #include "com/forms/identifiers.h"
 #include "tests/com/form_user.h"
 #include "tests/com/late_host.h"
-#include "windows/handles.h"
 
 namespace tavrix::test {
 namespace {
@@ -75,7 +74,6 @@ TEST_F(Facade, ShowsTheMessageForTheHelpdeskAndGivesItsResult) {
              EXPECT_EQ(text_of(form, TAVRIX_MESSAGE_RECIPIENTS),
                        u"pomoc@tavrix.example; ktos@inny.example");
              EXPECT_EQ(text_of(form, TAVRIX_MESSAGE_TAX_NUMBER), u"525-000-12-34");
-             EXPECT_EQ(text_of(form, TAVRIX_MESSAGE_SUBJECT), u"BOK-QUEN");
              EXPECT_EQ(text_of(form, TAVRIX_MESSAGE_ATTACHMENTS), u"C:\\a.pdf");
          },
          click_cross()});
@@ -84,52 +82,44 @@ TEST_F(Facade, ShowsTheMessageForTheHelpdeskAndGivesItsResult) {
     SysFreeString(more);
 }
 
-class Registry : public testing::Test {
-  protected:
-    windows::KeyHandle key;
-    ComPointer<IDispatch> rejestr = create(u"Tavrix.Rejestr");
-
-    void SetUp() override {
-        ASSERT_EQ(RegCreateKeyExW(HKEY_CURRENT_USER, L"Software\\Tavrix test\\Zażółć", 0, nullptr,
-                                  0, KEY_ALL_ACCESS, nullptr, key.out(), nullptr),
-                  ERROR_SUCCESS);
-    }
-    void TearDown() override { RegDeleteTreeW(HKEY_CURRENT_USER, L"Software\\Tavrix test"); }
-    void put(const char16_t* name, DWORD type, const void* data, std::size_t size) {
-        ASSERT_EQ(RegSetValueExW(key.get(), windows::wide(name), 0, type,
-                                 static_cast<const BYTE*>(data), static_cast<DWORD>(size)),
-                  ERROR_SUCCESS);
-    }
-    // With the zero at its end.
-    void put_text(const char16_t* name, DWORD type, const base::Text& text) {
-        put(name, type, text.c_str(), (text.size() + 1) * sizeof(char16_t));
-    }
-    base::Text read(const char16_t* name, std::int32_t root = 1) {
-        const Variant sub_key(u"Software\\Tavrix test\\Zażółć");
-        const Variant value{base::Text(name)};
+TEST(Registry, GivesTheSystemsOwnValues) {
+    const wchar_t* key = L"Software\\Tavrix test\\Zażółć";
+    const Variant sub_key(u"Software\\Tavrix test\\Zażółć");
+    const auto rejestr = create(u"Tavrix.Rejestr");
+    const auto read = [&](const char16_t* name, LONG root = 1) {
         const Outcome outcome =
-            call(rejestr, u"RegGetValue", {plain(root), sub_key.get(), value.get()});
+            call(rejestr, u"RegGetValue", {plain(root), sub_key.get(), Variant(name).get()});
         EXPECT_EQ(outcome.code, S_OK);
         return bstr_of(outcome.result);
+    };
+    const std::wstring fits(254, L'x');
+    const std::wstring too_long(255, L'x');
+    const DWORD all_bits = 0xFFFFFFFF;
+    const struct {
+        const wchar_t* name;
+        DWORD type;
+        const void* data;
+        std::size_t size;
+        base::Text expected;
+    } values[] = {
+        {L"Gęś", REG_SZ, L"gęgała", 14, u"gęgała"},
+        {L"path", REG_EXPAND_SZ, L"%TEMP%\\x", 18, u"%TEMP%\\x"},  // as it is stored
+        {L"number", REG_DWORD, &all_bits, sizeof all_bits, u"-1"},
+        {L"nothing", REG_SZ, L"", 0, u""},
+        // 255 bytes with the zero, and no more.
+        {L"fits", REG_SZ, fits.c_str(), 2 * 255, base::Text(254, u'x')},
+        {L"too long", REG_SZ, too_long.c_str(), 2 * 256, u""},
+    };
+    for (const auto& row : values) {
+        ASSERT_EQ(RegSetKeyValueW(HKEY_CURRENT_USER, key, row.name, row.type, row.data,
+                                  static_cast<DWORD>(row.size)),
+                  ERROR_SUCCESS);
+        const base::Text name = windows::text_from_wide(row.name);
+        EXPECT_EQ(read(name.c_str()), row.expected) << base::to_utf8(name);
     }
-};
-
-TEST_F(Registry, GivesTheSystemsOwnValues) {
-    put_text(u"Gęś", REG_SZ, u"gęgała");
-    EXPECT_EQ(read(u"Gęś"), u"gęgała");
-    put_text(u"path", REG_EXPAND_SZ, u"%TEMP%\\x");
-    EXPECT_EQ(read(u"path"), u"%TEMP%\\x") << "as it is stored";
-    const std::uint32_t all_bits = 0xFFFFFFFF;
-    put(u"number", REG_DWORD, &all_bits, sizeof all_bits);
-    EXPECT_EQ(read(u"number"), u"-1");
-    put(u"nothing", REG_SZ, nullptr, 0);
-    EXPECT_EQ(read(u"nothing"), u"");
-    put_text(u"long", REG_SZ, base::Text(254, u'x'));
-    EXPECT_EQ(read(u"long"), base::Text(254, u'x'));
-    put_text(u"long", REG_SZ, base::Text(255, u'x'));
-    EXPECT_EQ(read(u"long"), u"") << "255 bytes with the zero, and no more";
     EXPECT_EQ(read(u"missing"), u"");
-    for (const std::int32_t root : {2, 4, 255}) EXPECT_EQ(read(u"number", root), u"") << root;
+    for (const LONG root : {2, 4, 255}) EXPECT_EQ(read(u"number", root), u"") << root;
+    RegDeleteTreeW(HKEY_CURRENT_USER, L"Software\\Tavrix test");
 }
 
 TEST(NullStr, TurnsAnyValueIntoText) {

@@ -38,6 +38,12 @@ TEST_F(KsefComm, ConversionsGoThroughThePlatformsComponents) {
               u"47DEQpj8HBSa+/TImW+5JCeuQeRkm5NMpJWZG3hSuFU=");
 }
 
+TEST_F(KsefComm, InstancesShareNothing) {
+    const auto second = create(u"Tavrix.KseF_comm.10");
+    put(ksef, u"baseUrl", {Variant(u"https://one").get()});
+    EXPECT_EQ(bstr_of(get(second, u"baseUrl").result), u"");
+}
+
 TEST_F(KsefComm, FailuresOfConversionsReachTheHost) {
     const Outcome outcome =
         call(ksef, u"TimestampToUnixMs", {Variant(u"2025-07-11T12:23:56+00:00").get()});

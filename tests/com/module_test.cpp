@@ -109,14 +109,6 @@ TEST_F(Module, RefusesWhatItDoesNotHave) {
     EXPECT_EQ(can_unload_now(), S_OK);
 }
 
-TEST_F(Module, InstancesShareNothing) {
-    const auto first = create(u"Tavrix.KseF_comm");
-    const auto second = create(u"Tavrix.KseF_comm.10");
-    EXPECT_NE(first.get(), second.get());
-    put(first, u"baseUrl", {Variant(u"https://one").get()});
-    EXPECT_EQ(bstr_of(get(second, u"baseUrl").result), u"");
-}
-
 using Lines = std::vector<std::wstring>;
 
 windows::KeyHandle open_key(HKEY root, const std::wstring& path) {
@@ -206,39 +198,23 @@ TEST_F(Registration, OfTheMachineGoesInAndOutWithoutATrace) {
     EXPECT_EQ(unregister_server(), S_OK) << "there may be nothing to remove";
 }
 
-class ActivationContext {
-  public:
-    explicit ActivationContext(const base::Text& manifest) {
-        ACTCTXW wanted{};
-        wanted.cbSize = sizeof wanted;
-        wanted.lpSource = windows::wide(manifest);
-        context_ = CreateActCtxW(&wanted);
-        active_ = context_ != INVALID_HANDLE_VALUE && ActivateActCtx(context_, &cookie_);
-    }
-    ~ActivationContext() {
-        if (active_) DeactivateActCtx(0, cookie_);
-        if (context_ != INVALID_HANDLE_VALUE) ReleaseActCtx(context_);
-    }
-    ActivationContext(const ActivationContext&) = delete;
-    ActivationContext& operator=(const ActivationContext&) = delete;
-    bool active() const { return active_; }
-
-  private:
-    HANDLE context_ = INVALID_HANDLE_VALUE;
-    ULONG_PTR cookie_ = 0;
-    bool active_ = false;
-};
-
 TEST_F(Registration, IsNotNeededByAHostWithAManifest) {
     CLSID found{};
     ASSERT_NE(CLSIDFromProgID(L"Tavrix.CInfo", &found), S_OK);
-    const ActivationContext context(beside_program(u"host.exe.manifest"));
-    ASSERT_TRUE(context.active()) << GetLastError();
+    const base::Text manifest = beside_program(u"host.exe.manifest");
+    ACTCTXW wanted{};
+    wanted.cbSize = sizeof wanted;
+    wanted.lpSource = windows::wide(manifest);
+    const HANDLE context = CreateActCtxW(&wanted);
+    ULONG_PTR cookie = 0;
+    ASSERT_TRUE(ActivateActCtx(context, &cookie)) << GetLastError();
     for (const PublishedClass& published : published_classes()) {
         EXPECT_TRUE(create((u"Tavrix." + base::Text(published.name)).c_str()))
             << base::to_utf8(published.name);
     }
     EXPECT_EQ(bstr_of(call(create(u"Tavrix.CInfo"), u"VersjaLib").result), u"10.0.36.Tavrix");
+    DeactivateActCtx(0, cookie);
+    ReleaseActCtx(context);
 }
 
 TEST_F(Registration, OfTheUserLeavesTheMachineAlone) {
