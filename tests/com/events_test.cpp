@@ -142,7 +142,11 @@ TEST_F(Events, PointsAreFoundByTheirInterfaceAndOneByOne) {
     IID id{};
     EXPECT_EQ(point->GetConnectionInterface(&id), S_OK);
     EXPECT_EQ(id, events_id);
-    // The point keeps its source alive.
+    // The point keeps its source alive, and is counted with it.
+    const ULONG references = (point->AddRef(), point->Release());
+    EXPECT_EQ(point.query<IUnknown>().get(), static_cast<IUnknown*>(point.get()));
+    EXPECT_EQ((point->AddRef(), point->Release()), references);
+    EXPECT_FALSE(point.query<IDispatch>());
     container = {};
     talker = {};
     ASSERT_EQ(point->GetConnectionPointContainer(container.out()), S_OK);
