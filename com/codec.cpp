@@ -5,6 +5,7 @@
 
 #include "base/error.h"
 #include "windows/late_bound.h"
+#include "windows/variant_value.h"
 
 namespace tavrix::com {
 namespace {
@@ -14,6 +15,23 @@ using windows::Variant;
 [[noreturn]] void refuse(HRESULT code) {
     if (code == E_OUTOFMEMORY) throw std::bad_alloc();
     throw ArgumentError(code == DISP_E_OVERFLOW ? code : DISP_E_TYPEMISMATCH);
+}
+
+// Takes no other way for the object than DISPID 0, which needs no name.
+Variant default_property(const VARIANT& source, LCID locale) {
+    const windows::ComPointer<IDispatch> object = windows::object_of(source);
+    Variant value;
+    DISPPARAMS none{};
+    if (!object || FAILED(object->Invoke(DISPID_VALUE, IID_NULL, locale,
+                                         DISPATCH_PROPERTYGET | DISPATCH_METHOD, &none, value.out(),
+                                         nullptr, nullptr))) {
+        refuse(DISP_E_TYPEMISMATCH);
+    }
+    return value;
+}
+
+bool is_object(const VARIANT& source) noexcept {
+    return source.vt == VT_DISPATCH || source.vt == VT_UNKNOWN;
 }
 
 // Calls `visit` with each element as a value of its own.
@@ -66,23 +84,6 @@ void for_each(const VARIANT& source, LCID locale, Visit visit) {
 }
 
 }  // namespace
-
-// Takes no other way for the object than DISPID 0, which needs no name.
-Variant default_property(const VARIANT& source, LCID locale) {
-    const windows::ComPointer<IDispatch> object = windows::object_of(source);
-    Variant value;
-    DISPPARAMS none{};
-    if (!object || FAILED(object->Invoke(DISPID_VALUE, IID_NULL, locale,
-                                         DISPATCH_PROPERTYGET | DISPATCH_METHOD, &none, value.out(),
-                                         nullptr, nullptr))) {
-        refuse(DISP_E_TYPEMISMATCH);
-    }
-    return value;
-}
-
-bool is_object(const VARIANT& source) noexcept {
-    return source.vt == VT_DISPATCH || source.vt == VT_UNKNOWN;
-}
 
 Variant coerce(const VARIANT& source, VARTYPE type, LCID locale) {
     Variant through_default;
@@ -138,6 +139,15 @@ Variant Codec<std::vector<base::Text>>::write(const std::vector<base::Text>& val
         ++index;
     }
     return {std::move(array), VT_BSTR};
+}
+
+base::Value Codec<base::Value>::read(const VARIANT& source, LCID locale) {
+    if (!is_object(source)) return windows::value_of(source);
+    return windows::value_of(default_property(source, locale).get());
+}
+
+Variant Codec<base::Value>::write(const base::Value& value) {
+    return windows::variant_of(value);
 }
 
 windows::ComPointer<IDispatch> Codec<windows::ComPointer<IDispatch>>::read(const VARIANT& source,

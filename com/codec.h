@@ -2,6 +2,8 @@
 
 #include <vector>
 
+#include "base/currency.h"
+#include "base/value.h"
 #include "com/call_arguments.h"
 #include "windows/variant.h"
 
@@ -12,12 +14,6 @@ namespace tavrix::com {
 // and throws ArgumentError (DISP_E_TYPEMISMATCH or DISP_E_OVERFLOW, without an index) for the rest.
 template <typename T>
 struct Codec;
-
-bool is_object(const VARIANT& source) noexcept;
-
-/// What an object says when it is asked for no member in particular. Throws ArgumentError when it
-/// says nothing.
-windows::Variant default_property(const VARIANT& source, LCID locale);
 
 /// `source` as type `type`, an object through its default property.
 windows::Variant coerce(const VARIANT& source, VARTYPE type, LCID locale);
@@ -75,6 +71,18 @@ struct Codec<bool> {
     static windows::Variant write(bool value) { return value; }
 };
 
+template <>
+struct Codec<base::Currency> {
+    static constexpr VARTYPE type = VT_CY;
+    static base::Currency read(const VARIANT& source, LCID locale) {
+        return {source.vt == type ? source.cyVal.int64
+                                  : coerce(source, type, locale).get().cyVal.int64};
+    }
+    static windows::Variant write(base::Currency value) {
+        return windows::Variant::currency(value.ten_thousandths);
+    }
+};
+
 /// Bytes come as an array of bytes, as an array of anything that counts as bytes (script hosts), or
 /// as a script's array object.
 template <>
@@ -89,6 +97,14 @@ struct Codec<std::vector<base::Text>> {
     static constexpr VARTYPE type = VT_ARRAY | VT_BSTR;
     static std::vector<base::Text> read(const VARIANT& source, LCID locale);
     static windows::Variant write(const std::vector<base::Text>& value);
+};
+
+/// Whatever a field can hold; an object gives its default property.
+template <>
+struct Codec<base::Value> {
+    static constexpr VARTYPE type = VT_VARIANT;
+    static base::Value read(const VARIANT& source, LCID locale);
+    static windows::Variant write(const base::Value& value);
 };
 
 /// The host's own value, a deep copy.

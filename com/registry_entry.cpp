@@ -2,7 +2,7 @@
 
 #include "windows/bstr.h"
 #include "windows/failure.h"
-#include "windows/key_handle.h"
+#include "windows/handles.h"
 
 namespace tavrix::com {
 namespace {

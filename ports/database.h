@@ -1,17 +1,14 @@
 #pragma once
 
-#include <cstdint>
 #include <memory>
-#include <variant>
+#include <optional>
 
-#include "base/date_time.h"
-#include "base/text.h"
+#include "base/value.h"
 
 namespace tavrix::ports {
 
-/// A field's value. Null is std::monostate.
-using Value = std::variant<std::monostate, bool, std::int64_t, double, base::DateTime, base::Text,
-                           base::Bytes>;
+/// A field's value.
+using Value = base::Value;
 
 /// The value as a host's string conversion gives it: null and empty are "", numbers decimal with a
 /// point, true "True", dates "YYYY-MM-DD HH:MM:SS" (without a midnight's time), bytes read as

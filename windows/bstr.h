@@ -8,11 +8,7 @@ namespace tavrix::windows {
 
 static_assert(sizeof(wchar_t) == sizeof(char16_t), "the system's wide text is UTF-16");
 
-struct BstrTraits {
-    using Handle = BSTR;
-    static void free(BSTR text) noexcept { SysFreeString(text); }
-};
-using Bstr = Owned<BstrTraits>;
+using Bstr = Owned<BSTR, SysFreeString>;
 
 /// Throws std::bad_alloc. Embedded zeros are kept; the empty text is an allocated, empty BSTR.
 Bstr make_bstr(base::TextView text);

@@ -8,11 +8,6 @@
 namespace tavrix::windows {
 namespace {
 
-struct LocalTextTraits {
-    using Handle = wchar_t*;
-    static void free(wchar_t* text) noexcept { LocalFree(text); }
-};
-
 base::Text hexadecimal(HRESULT code) {
     char digits[16];
     std::snprintf(digits, sizeof digits, "0x%08lX", static_cast<unsigned long>(code));
@@ -22,7 +17,7 @@ base::Text hexadecimal(HRESULT code) {
 }  // namespace
 
 base::Text system_message(HRESULT code) {
-    Owned<LocalTextTraits> message;
+    Owned<wchar_t*, LocalFree> message;
     FormatMessageW(
         FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS,
         nullptr, static_cast<DWORD>(code), 0, reinterpret_cast<LPWSTR>(message.out()), 0, nullptr);

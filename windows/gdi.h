@@ -5,20 +5,10 @@
 
 namespace tavrix::windows {
 
-template <typename Object>
-struct GdiObjectTraits {
-    using Handle = Object;
-    static void free(Object object) noexcept { DeleteObject(object); }
-};
-using GdiFont = Owned<GdiObjectTraits<HFONT>>;
-using GdiBitmap = Owned<GdiObjectTraits<HBITMAP>>;
-using GdiBrush = Owned<GdiObjectTraits<HBRUSH>>;
-
-struct MemoryDeviceTraits {
-    using Handle = HDC;
-    static void free(HDC device) noexcept { DeleteDC(device); }
-};
-using MemoryDevice = Owned<MemoryDeviceTraits>;
+using GdiFont = Owned<HFONT, DeleteObject>;
+using GdiBitmap = Owned<HBITMAP, DeleteObject>;
+using GdiBrush = Owned<HBRUSH, DeleteObject>;
+using MemoryDevice = Owned<HDC, DeleteDC>;
 
 /// Selects an object into a device for as long as the scope lasts.
 class Selected {

@@ -4,13 +4,11 @@
 
 namespace tavrix::windows {
 
-/// Owns one handle of the system. `Traits` names the handle's type (`Handle`, whose
-/// value-initialised value means "none") and how it is given back (`free`).
-template <typename Traits>
+/// Owns one handle of the system, whose value-initialised value means "none"; `give_back` is the
+/// function that ends it, of whatever calling convention, and what it returns is nobody's business.
+template <typename Handle, auto give_back>
 class Owned {
   public:
-    using Handle = typename Traits::Handle;
-
     Owned() noexcept = default;
     explicit Owned(Handle handle) noexcept : handle_(handle) {}
     Owned(Owned&& other) noexcept : handle_(other.release()) {}
@@ -25,7 +23,7 @@ class Owned {
     Handle release() noexcept { return std::exchange(handle_, Handle{}); }
     void reset(Handle handle = Handle{}) noexcept {
         const Handle old = std::exchange(handle_, handle);
-        if (old != Handle{}) Traits::free(old);
+        if (old != Handle{}) give_back(old);
     }
     /// Where a function of the system stores the handle that it gives away.
     Handle* out() noexcept {

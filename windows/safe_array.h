@@ -6,11 +6,7 @@
 
 namespace tavrix::windows {
 
-struct SafeArrayTraits {
-    using Handle = SAFEARRAY*;
-    static void free(SAFEARRAY* array) noexcept { SafeArrayDestroy(array); }
-};
-using SafeArray = Owned<SafeArrayTraits>;
+using SafeArray = Owned<SAFEARRAY*, SafeArrayDestroy>;
 
 /// A zero-based array of unsigned bytes. Throws std::bad_alloc.
 SafeArray make_byte_array(base::ByteView bytes);

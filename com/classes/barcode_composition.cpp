@@ -1,20 +1,16 @@
-#include "com/classes/barcode_composition.h"
-
 #include "com/classes/compose.h"
-#include "ports/windows/ansi_code_page.h"
-#include "ports/windows/com_pictures.h"
-#include "ports/windows/desktop_shell.h"
-#include "ports/windows/windows_files.h"
+#include "com/classes/compositions.h"
+#include "ports/windows/adapters.h"
 
 namespace tavrix::com {
 namespace {
 
 struct ComposedDispatcher {
-    windows::DesktopShell shell;
-    windows::WindowsFiles files;
-    windows::ComPictures pictures;
-    windows::AnsiCodePage code_page;
-    barcode::Drk_Wyd_Ean_cls object{{shell, files, pictures, code_page}};
+    std::unique_ptr<ports::Shell> shell = ports::make_windows_shell();
+    std::unique_ptr<ports::Files> files = ports::make_windows_files();
+    std::unique_ptr<ports::Pictures> pictures = ports::make_windows_pictures();
+    std::unique_ptr<ports::CodePage> code_page = ports::make_windows_code_page();
+    barcode::Drk_Wyd_Ean_cls object{{*shell, *files, *pictures, *code_page}};
 };
 
 }  // namespace
@@ -24,7 +20,7 @@ std::shared_ptr<barcode::Drk_Wyd_Ean_cls> compose_ean_cls() {
 }
 
 std::shared_ptr<barcode::Drk_Wyd_Ean_cls128> compose_ean_cls128() {
-    return std::make_shared<barcode::Drk_Wyd_Ean_cls128>(windows::AnsiCodePage());
+    return std::make_shared<barcode::Drk_Wyd_Ean_cls128>(*ports::make_windows_code_page());
 }
 
 }  // namespace tavrix::com

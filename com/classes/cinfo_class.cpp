@@ -1,6 +1,6 @@
-#include "com/classes/cinfo_class.h"
+#include "com/classes/classes.h"
 
-#include "com/classes/frame_composition.h"
+#include "com/classes/compositions.h"
 #include "com/classes/host_parameters.h"
 #include "com/dispatch_object.h"
 #include "com/guid.h"
@@ -58,9 +58,7 @@ constexpr auto cinfo_members = members(
         by_reference(u"sSmtpUser"), by_reference(u"sSmtpPword"), by_reference(u"sFilePath"),
         by_reference(u"bSmtpSSL"))));
 
-}  // namespace
-
-constexpr ClassTable cinfo_class = {
+constexpr ClassTable table = {
     .class_id = guid("853BF860-8D1B-4BDE-95D8-6C8CDCE7156A"),
     .interface_id = guid("C16C54CD-2D44-4041-B489-5203FF6EC829"),
     .name = u"CInfo",
@@ -68,8 +66,8 @@ constexpr ClassTable cinfo_class = {
     .members = cinfo_members,
 };
 
-windows::ComPointer<IDispatch> create_cinfo() {
-    return make_object(cinfo_class, compose_cinfo());
-}
+}  // namespace
+
+constexpr CreatableClass cinfo_class = {table, [] { return make_object(table, compose_cinfo()); }};
 
 }  // namespace tavrix::com

@@ -1,11 +1,22 @@
-#include "com/classes/cls_get_mail_class.h"
+#include "com/classes/classes.h"
 
-#include "com/classes/mail_parameters.h"
+#include "com/dispatch_object.h"
 #include "com/guid.h"
 #include "com/signature.h"
 #include "mail/cls_get_mail.h"
 
 namespace tavrix::com {
+
+/// Results only: the message as an object of its class, or Nothing.
+template <>
+struct Codec<std::shared_ptr<mail::CMessage>> {
+    static constexpr VARTYPE type = VT_DISPATCH;
+    static windows::Variant write(std::shared_ptr<mail::CMessage> message) {
+        if (!message) return windows::ComPointer<IDispatch>();
+        return make_object(cmessage_class.table, std::move(message));
+    }
+};
+
 namespace {
 
 using mail::ClsGetMail;
@@ -22,9 +33,7 @@ constexpr auto cls_get_mail_members = members(
         by_reference(u"host"), by_reference(u"port"), by_reference(u"user"), by_reference(u"Pass"),
         by_reference(u"Delete"), by_reference(u"Katalog"), by_reference(u"czyssl"))));
 
-}  // namespace
-
-constexpr ClassTable cls_get_mail_class = {
+constexpr ClassTable table = {
     .class_id = guid("1584D392-6775-4897-B6E5-1837BC7AAC79"),
     .interface_id = guid("63AFE13F-71B4-48B7-A755-BD4AE4B3A0C1"),
     .name = u"ClsGetMail",
@@ -32,8 +41,9 @@ constexpr ClassTable cls_get_mail_class = {
     .members = cls_get_mail_members,
 };
 
-windows::ComPointer<IDispatch> create_cls_get_mail() {
-    return make_object(cls_get_mail_class, std::make_shared<ClsGetMail>());
-}
+}  // namespace
+
+constexpr CreatableClass cls_get_mail_class = {
+    table, [] { return make_object(table, std::make_shared<ClsGetMail>()); }};
 
 }  // namespace tavrix::com

@@ -1,4 +1,4 @@
-#include "com/classes/cls_pdf_podpis_class.h"
+#include "com/classes/classes.h"
 
 #include "com/dispatch_object.h"
 #include "com/guid.h"
@@ -15,9 +15,7 @@ constexpr auto cls_pdf_podpis_members = members(pending(method<&ClsPdfPodpis::pd
     1, u"pdfpodpis", u"Podpisuje plik PDF certyfikatem z pliku PFX.", by_reference(u"Plik"),
     by_reference(u"plikpodpisany"), by_reference(u"cenrtPFX"), by_reference(u"pin"))));
 
-}  // namespace
-
-constexpr ClassTable cls_pdf_podpis_class = {
+constexpr ClassTable table = {
     .class_id = guid("10AD282D-EFC0-4CEA-B55E-A530377C0BE9"),
     .interface_id = guid("574AA55E-4773-437B-89B8-B34593C5E277"),
     .name = u"ClsPdfPodpis",
@@ -25,8 +23,9 @@ constexpr ClassTable cls_pdf_podpis_class = {
     .members = cls_pdf_podpis_members,
 };
 
-windows::ComPointer<IDispatch> create_cls_pdf_podpis() {
-    return make_object(cls_pdf_podpis_class, std::make_shared<ClsPdfPodpis>());
-}
+}  // namespace
+
+constexpr CreatableClass cls_pdf_podpis_class = {
+    table, [] { return make_object(table, std::make_shared<ClsPdfPodpis>()); }};
 
 }  // namespace tavrix::com

@@ -1,10 +1,26 @@
-#include "com/classes/cls_send_mail_class.h"
+#include "com/classes/classes.h"
 
-#include "com/classes/mail_parameters.h"
+#include "com/dispatch_object.h"
 #include "com/guid.h"
 #include "com/signature.h"
+#include "mail/cls_send_mail.h"
 
 namespace tavrix::com {
+
+/// Arguments only: whatever the system can turn into text in the caller's locale.
+template <>
+struct Codec<mail::NullableText> {
+    static constexpr VARTYPE type = VT_VARIANT;
+    static mail::NullableText read(const VARIANT& source, LCID locale) {
+        if (source.vt == VT_EMPTY || source.vt == VT_NULL) return {};
+        try {
+            return {Codec<base::Text>::read(source, locale)};
+        } catch (const ArgumentError&) {
+            return {};
+        }
+    }
+};
+
 namespace {
 
 using mail::ClsSendMail;
@@ -21,9 +37,7 @@ constexpr auto cls_send_mail_members = members(
         by_value(u"mailudw"), by_value(u"DeliveryNotificationOptions"), by_value(u"Priority"),
         by_value(u"ReplyTo"), by_value(u"sender"))));
 
-}  // namespace
-
-constexpr ClassTable cls_send_mail_class = {
+constexpr ClassTable table = {
     .class_id = guid("FC59A353-9821-45CC-A467-2EACCF089608"),
     .interface_id = guid("05785896-2426-4995-B104-66DD567A4CDE"),
     .name = u"ClsSendMail",
@@ -31,8 +45,9 @@ constexpr ClassTable cls_send_mail_class = {
     .members = cls_send_mail_members,
 };
 
-windows::ComPointer<IDispatch> create_cls_send_mail() {
-    return make_object(cls_send_mail_class, std::make_shared<ClsSendMail>());
-}
+}  // namespace
+
+constexpr CreatableClass cls_send_mail_class = {
+    table, [] { return make_object(table, std::make_shared<ClsSendMail>()); }};
 
 }  // namespace tavrix::com

@@ -1,6 +1,6 @@
-#include "com/classes/cls_socket_class.h"
+#include "com/classes/classes.h"
 
-#include "com/classes/mail_composition.h"
+#include "com/classes/compositions.h"
 #include "com/dispatch_object.h"
 #include "com/guid.h"
 #include "com/signature.h"
@@ -83,9 +83,7 @@ class RaisedSocketEvents final : public SocketEvents {
     bool had_listeners_ = false;
 };
 
-}  // namespace
-
-constexpr ClassTable cls_socket_class = {
+constexpr ClassTable table = {
     .class_id = guid("0BC4E5D1-D904-4E1E-ADB1-3C809597E8BE"),
     .interface_id = guid("0FB68367-C86A-4775-94AF-1A5EE650DD4D"),
     .name = u"clsSocket",
@@ -94,10 +92,13 @@ constexpr ClassTable cls_socket_class = {
     .events = &cls_socket_events,
 };
 
-windows::ComPointer<IDispatch> create_cls_socket() {
-    auto sinks = std::make_shared<EventSinks>(cls_socket_events);
-    auto socket = compose_cls_socket(std::make_unique<RaisedSocketEvents>(sinks));
-    return make_object(cls_socket_class, std::move(socket), std::move(sinks));
-}
+}  // namespace
+
+constexpr CreatableClass cls_socket_class = {
+    table, [] {
+        auto sinks = std::make_shared<EventSinks>(cls_socket_events);
+        auto socket = compose_cls_socket(std::make_unique<RaisedSocketEvents>(sinks));
+        return make_object(table, std::move(socket), std::move(sinks));
+    }};
 
 }  // namespace tavrix::com

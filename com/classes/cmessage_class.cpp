@@ -1,4 +1,4 @@
-#include "com/classes/cmessage_class.h"
+#include "com/classes/classes.h"
 
 #include "com/dispatch_object.h"
 #include "com/guid.h"
@@ -46,9 +46,7 @@ constexpr auto cmessage_members = members(
                                 u"Ścieżki zapisanych załączników, przed każdą średnik."),
     read_only<&CMessage::Size>(22, u"Size", u"Liczba znaków w MessageText."));
 
-}  // namespace
-
-constexpr ClassTable cmessage_class = {
+constexpr ClassTable table = {
     .class_id = guid("8B668BEB-CDC9-4F4E-B517-7DF1671B2465"),
     .interface_id = guid("17FA61E3-4213-4E46-89CA-448C0EFA056D"),
     .name = u"CMessage",
@@ -56,8 +54,9 @@ constexpr ClassTable cmessage_class = {
     .members = cmessage_members,
 };
 
-windows::ComPointer<IDispatch> create_cmessage() {
-    return make_object(cmessage_class, std::make_shared<CMessage>());
-}
+}  // namespace
+
+constexpr CreatableClass cmessage_class = {
+    table, [] { return make_object(table, std::make_shared<CMessage>()); }};
 
 }  // namespace tavrix::com

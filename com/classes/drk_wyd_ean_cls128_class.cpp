@@ -1,7 +1,7 @@
-#include "com/classes/drk_wyd_ean_cls128_class.h"
+#include "com/classes/classes.h"
 
-#include "com/classes/barcode_composition.h"
 #include "com/classes/barcode_parameters.h"
+#include "com/classes/compositions.h"
 #include "com/dispatch_object.h"
 #include "com/guid.h"
 #include "com/signature.h"
@@ -23,9 +23,7 @@ constexpr auto drk_wyd_ean_cls128_members = members(
         by_value(u"pict"), by_reference(u"EAN_text"), by_value(u"Rozm"), by_value(u"bn"),
         by_value(u"rotate")));
 
-}  // namespace
-
-constexpr ClassTable drk_wyd_ean_cls128_class = {
+constexpr ClassTable table = {
     .class_id = guid("4228D013-F714-49B1-A882-DF8A521704C0"),
     .interface_id = guid("D62FDE4F-2802-40FC-832C-8D2CF0F98D5B"),
     .name = u"Drk_Wyd_Ean_cls128",
@@ -33,8 +31,9 @@ constexpr ClassTable drk_wyd_ean_cls128_class = {
     .members = drk_wyd_ean_cls128_members,
 };
 
-windows::ComPointer<IDispatch> create_drk_wyd_ean_cls128() {
-    return make_object(drk_wyd_ean_cls128_class, compose_ean_cls128());
-}
+}  // namespace
+
+constexpr CreatableClass drk_wyd_ean_cls128_class = {
+    table, [] { return make_object(table, compose_ean_cls128()); }};
 
 }  // namespace tavrix::com

@@ -1,4 +1,4 @@
-#include "com/classes/drk_wyd_ean_cls813_class.h"
+#include "com/classes/classes.h"
 
 #include "barcode/surface/ean_cls813.h"
 #include "com/classes/barcode_parameters.h"
@@ -39,9 +39,7 @@ constexpr auto drk_wyd_ean_cls813_members = members(
         by_value(u"SourcePicture"), by_value(u"DestPicture"), by_value(u"lngAngle"),
         by_value(u"XDest"), by_value(u"YDest")));
 
-}  // namespace
-
-constexpr ClassTable drk_wyd_ean_cls813_class = {
+constexpr ClassTable table = {
     .class_id = guid("9B7A6587-B867-4216-BE18-6A4D93654BD3"),
     .interface_id = guid("EF8A212B-75EF-4DAF-A367-869CB25AF07D"),
     .name = u"Drk_Wyd_Ean_cls813",
@@ -49,8 +47,9 @@ constexpr ClassTable drk_wyd_ean_cls813_class = {
     .members = drk_wyd_ean_cls813_members,
 };
 
-windows::ComPointer<IDispatch> create_drk_wyd_ean_cls813() {
-    return make_object(drk_wyd_ean_cls813_class, std::make_shared<Drk_Wyd_Ean_cls813>());
-}
+}  // namespace
+
+constexpr CreatableClass drk_wyd_ean_cls813_class = {
+    table, [] { return make_object(table, std::make_shared<Drk_Wyd_Ean_cls813>()); }};
 
 }  // namespace tavrix::com

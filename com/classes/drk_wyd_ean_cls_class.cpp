@@ -1,7 +1,7 @@
-#include "com/classes/drk_wyd_ean_cls_class.h"
+#include "com/classes/classes.h"
 
-#include "com/classes/barcode_composition.h"
 #include "com/classes/barcode_parameters.h"
+#include "com/classes/compositions.h"
 #include "com/dispatch_object.h"
 #include "com/guid.h"
 #include "com/signature.h"
@@ -46,9 +46,7 @@ constexpr auto drk_wyd_ean_cls_members = members(
         by_value(u"SourcePicture"), by_value(u"DestPicture"), by_value(u"lngAngle"),
         by_value(u"XDest"), by_value(u"YDest")));
 
-}  // namespace
-
-constexpr ClassTable drk_wyd_ean_cls_class = {
+constexpr ClassTable table = {
     .class_id = guid("D1320870-9CBC-441C-A42D-1436BFA331C2"),
     .interface_id = guid("CBD3E482-754C-48F5-B716-E2668DB60EC8"),
     .name = u"Drk_Wyd_Ean_cls",
@@ -56,8 +54,9 @@ constexpr ClassTable drk_wyd_ean_cls_class = {
     .members = drk_wyd_ean_cls_members,
 };
 
-windows::ComPointer<IDispatch> create_drk_wyd_ean_cls() {
-    return make_object(drk_wyd_ean_cls_class, compose_ean_cls());
-}
+}  // namespace
+
+constexpr CreatableClass drk_wyd_ean_cls_class = {
+    table, [] { return make_object(table, compose_ean_cls()); }};
 
 }  // namespace tavrix::com

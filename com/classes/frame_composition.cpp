@@ -1,15 +1,9 @@
-#include "com/classes/frame_composition.h"
-
 #include "com/classes/compose.h"
+#include "com/classes/compositions.h"
 #include "com/classes/installed_settings.h"
 #include "com/forms/forms.h"
 #include "frame/library_state.h"
-#include "ports/windows/ansi_code_page.h"
-#include "ports/windows/ansi_registry.h"
-#include "ports/windows/desktop_shell.h"
-#include "ports/windows/user_locale.h"
-#include "ports/windows/windows_clock.h"
-#include "ports/windows/windows_files.h"
+#include "ports/windows/adapters.h"
 
 namespace tavrix::com {
 namespace {
@@ -22,25 +16,25 @@ frame::LibraryState& library_state() {
 struct ComposedCInfo {
     std::unique_ptr<frame::AboutWindow> about_window = make_about_window();
     std::unique_ptr<mail::MessageWindow> message_window = make_message_window();
-    windows::WindowsClock clock;
-    windows::UserLocale locale;
-    windows::AnsiRegistry registry;
-    windows::AnsiCodePage code_page;
-    windows::WindowsFiles files;
-    windows::DesktopShell shell;
+    std::unique_ptr<ports::Clock> clock = ports::make_windows_clock();
+    std::unique_ptr<ports::Locale> locale = ports::make_windows_locale();
+    std::unique_ptr<ports::Registry> registry = ports::make_windows_registry();
+    std::unique_ptr<ports::CodePage> code_page = ports::make_windows_code_page();
+    std::unique_ptr<ports::Files> files = ports::make_windows_files();
+    std::unique_ptr<ports::Shell> shell = ports::make_windows_shell();
     frame::CInfo object{{*about_window,
                          *message_window,
-                         clock,
-                         locale,
-                         {registry, code_page, files, shell},
+                         *clock,
+                         *locale,
+                         {*registry, *code_page, *files, *shell},
                          library_state().hand_over,
                          &load_installed_settings}};
 };
 
 struct ComposedRejestr {
-    windows::AnsiRegistry registry;
-    windows::AnsiCodePage code_page;
-    frame::Rejestr object{registry, code_page};
+    std::unique_ptr<ports::Registry> registry = ports::make_windows_registry();
+    std::unique_ptr<ports::CodePage> code_page = ports::make_windows_code_page();
+    frame::Rejestr object{*registry, *code_page};
 };
 
 }  // namespace

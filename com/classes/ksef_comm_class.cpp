@@ -1,7 +1,7 @@
-#include "com/classes/ksef_comm_class.h"
+#include "com/classes/classes.h"
 
+#include "com/classes/compositions.h"
 #include "com/classes/host_parameters.h"
-#include "com/classes/ksef_composition.h"
 #include "com/dispatch_object.h"
 #include "com/guid.h"
 #include "com/signature.h"
@@ -84,9 +84,7 @@ constexpr auto ksef_comm_members = members(
         22, u"XMLdoHTML", u"Zapisuje XML przekształcony arkuszem XSL do pliku HTML.",
         by_value(u"strXML"), by_value(u"strXSL"), by_value(u"Plik"))));
 
-}  // namespace
-
-constexpr ClassTable ksef_comm_class = {
+constexpr ClassTable table = {
     .class_id = guid("D422C633-A288-42AD-9710-6414035C1877"),
     .interface_id = guid("992E9225-68D6-4DC5-83EA-5AED2EA48896"),
     .name = u"KseF_comm",
@@ -94,8 +92,9 @@ constexpr ClassTable ksef_comm_class = {
     .members = ksef_comm_members,
 };
 
-windows::ComPointer<IDispatch> create_ksef_comm() {
-    return make_object(ksef_comm_class, compose_ksef_comm());
-}
+}  // namespace
+
+constexpr CreatableClass ksef_comm_class = {table,
+                                            [] { return make_object(table, compose_ksef_comm()); }};
 
 }  // namespace tavrix::com

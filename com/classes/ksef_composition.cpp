@@ -1,38 +1,26 @@
-#include "com/classes/ksef_composition.h"
-
 #include "com/classes/compose.h"
+#include "com/classes/compositions.h"
 #include "com/classes/installed_settings.h"
 #include "ports/portable/curl_http.h"
 #include "ports/portable/openssl_crypto.h"
-#include "ports/portable/openssl_lifetime.h"
-#include "ports/windows/ansi_code_page.h"
-#include "ports/windows/msxml.h"
-#include "ports/windows/windows_clock.h"
+#include "ports/windows/adapters.h"
 
 namespace tavrix::com {
 namespace {
 
-/// Everything outside that a public object reaches.
-struct Environment {
+struct ComposedKsef {
     frame::Settings settings = load_installed_settings();
     std::unique_ptr<ports::Crypto> crypto = ports::make_openssl_crypto();
-    windows::WindowsClock clock;
-    windows::Msxml xml;
-    windows::AnsiCodePage code_page;
-};
-
-struct ComposedKsef {
-    Environment environment;
-    ksef::KseF_comm object{
-        {[this] { return ports::make_curl_http(environment.settings.connection); },
-         *environment.crypto, environment.clock, environment.xml, environment.code_page,
-         environment.settings.ksef}};
+    std::unique_ptr<ports::Clock> clock = ports::make_windows_clock();
+    std::unique_ptr<ports::Xml> xml = ports::make_windows_xml();
+    std::unique_ptr<ports::CodePage> code_page = ports::make_windows_code_page();
+    ksef::KseF_comm object{{[this] { return ports::make_curl_http(settings.connection); }, *crypto,
+                            *clock, *xml, *code_page, settings.ksef}};
 };
 
 }  // namespace
 
 std::shared_ptr<ksef::KseF_comm> compose_ksef_comm() {
-    ports::keep_openssl_off_the_exit_list();
     return compose<ComposedKsef>();
 }
 

@@ -1,10 +1,8 @@
-#include "com/classes/mail_composition.h"
-
 #include "com/classes/compose.h"
+#include "com/classes/compositions.h"
 #include "com/classes/installed_settings.h"
 #include "ports/portable/curl_stream.h"
-#include "ports/portable/openssl_lifetime.h"
-#include "ports/windows/ansi_code_page.h"
+#include "ports/windows/adapters.h"
 
 namespace tavrix::com {
 namespace {
@@ -15,14 +13,13 @@ struct ComposedSocket {
 
     std::unique_ptr<mail::SocketEvents> events;
     ports::ConnectionSettings settings = load_installed_settings().connection;
-    windows::AnsiCodePage code_page;
-    mail::clsSocket object{{ports::make_curl_stream(settings), code_page, settings, *events}};
+    std::unique_ptr<ports::CodePage> code_page = ports::make_windows_code_page();
+    mail::clsSocket object{{ports::make_curl_stream(settings), *code_page, settings, *events}};
 };
 
 }  // namespace
 
 std::shared_ptr<mail::clsSocket> compose_cls_socket(std::unique_ptr<mail::SocketEvents> events) {
-    ports::keep_openssl_off_the_exit_list();
     return compose<ComposedSocket>(std::move(events));
 }
 

@@ -1,6 +1,6 @@
-#include "com/classes/rejestr_class.h"
+#include "com/classes/classes.h"
 
-#include "com/classes/frame_composition.h"
+#include "com/classes/compositions.h"
 #include "com/dispatch_object.h"
 #include "com/guid.h"
 #include "com/signature.h"
@@ -16,9 +16,7 @@ constexpr auto rejestr_members = members(method<&Rejestr::RegGetValue>(
     u"Wartość z rejestru systemu jako tekst; pusty tekst, gdy jej nie ma albo ma ponad 255 bajtów.",
     by_value(u"MainKey_def"), by_value(u"SubKey"), by_value(u"Value")));
 
-}  // namespace
-
-constexpr ClassTable rejestr_class = {
+constexpr ClassTable table = {
     .class_id = guid("8EC24FA8-89C1-4F8E-941B-A3B2339F5EA4"),
     .interface_id = guid("CD38548A-9090-4CA6-92AF-5F2CA9751927"),
     .name = u"Rejestr",
@@ -26,8 +24,9 @@ constexpr ClassTable rejestr_class = {
     .members = rejestr_members,
 };
 
-windows::ComPointer<IDispatch> create_rejestr() {
-    return make_object(rejestr_class, compose_rejestr());
-}
+}  // namespace
+
+constexpr CreatableClass rejestr_class = {table,
+                                          [] { return make_object(table, compose_rejestr()); }};
 
 }  // namespace tavrix::com

@@ -11,12 +11,8 @@
 namespace tavrix::com {
 namespace {
 
-struct WindowTraits {
-    using Handle = HWND;
-    // Also for a window that went before, with its owner.
-    static void free(HWND window) noexcept { DestroyWindow(window); }
-};
-using OwnedWindow = windows::Owned<WindowTraits>;
+// Also of a window that goes before, with its owner.
+using OwnedWindow = windows::Owned<HWND, DestroyWindow>;
 
 // Keeps the user out of every window of the thread, as the hosts' own modal forms do. A window that
 // was disabled before is left alone.

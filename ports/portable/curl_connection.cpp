@@ -3,13 +3,17 @@
 #include <mutex>
 #include <new>
 
+#include "ports/portable/openssl_lifetime.h"
 #include "ports/portable/system_proxy.h"
 
 namespace tavrix::ports {
 
 CurlEasy make_curl_easy() {
     static std::once_flag once;
-    std::call_once(once, [] { curl_global_init(CURL_GLOBAL_ALL); });
+    std::call_once(once, [] {
+        start_openssl();
+        curl_global_init(CURL_GLOBAL_ALL);
+    });
     CurlEasy handle(curl_easy_init());
     if (!handle) throw std::bad_alloc();
     return handle;

@@ -11,6 +11,7 @@
 #include <climits>
 
 #include "base/error.h"
+#include "ports/portable/openssl_lifetime.h"
 
 namespace tavrix::ports {
 namespace {
@@ -151,6 +152,7 @@ class OpensslCrypto final : public Crypto {
 }  // namespace
 
 std::unique_ptr<Crypto> make_openssl_crypto() {
+    start_openssl();
     return std::make_unique<OpensslCrypto>();
 }
 

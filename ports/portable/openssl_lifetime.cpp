@@ -4,7 +4,7 @@
 
 namespace tavrix::ports {
 
-void keep_openssl_off_the_exit_list() {
+void start_openssl() {
     OPENSSL_init_crypto(OPENSSL_INIT_NO_ATEXIT, nullptr);
 }
 

@@ -6,8 +6,9 @@ namespace tavrix::ports {
 // linked into a DLL. A DLL that was unloaded before would leave a call into nowhere there, so a DLL
 // takes the clean-up upon itself.
 
-/// Call before anything that uses OpenSSL, as often as you like.
-void keep_openssl_off_the_exit_list();
+/// Makes OpenSSL ready, off the exit list. The adapters call it before they first use OpenSSL, or
+/// libcurl, which uses it too; whoever composes adapters need not know.
+void start_openssl();
 
 /// Frees what OpenSSL holds. Call when the DLL goes while the process stays; nothing may use
 /// OpenSSL afterwards.

@@ -1,7 +1,7 @@
 #include "ports/windows/ado_database.h"
 
-#include "ports/windows/variant_value.h"
 #include "windows/failure.h"
+#include "windows/variant_value.h"
 
 namespace tavrix::windows {
 namespace {

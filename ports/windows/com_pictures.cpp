@@ -4,25 +4,22 @@
 
 #include <vector>
 
+#include "ports/windows/adapters.h"
 #include "ports/windows/memory_surface.h"
 #include "windows/failure.h"
+#include "windows/gdi.h"
 #include "windows/variant.h"
 
 namespace tavrix::windows {
 namespace {
 
-struct MetafileTraits {
-    using Handle = HENHMETAFILE;
-    static void free(HENHMETAFILE file) noexcept { DeleteEnhMetaFile(file); }
-};
-using Metafile = Owned<MetafileTraits>;
+using Metafile = Owned<HENHMETAFILE, DeleteEnhMetaFile>;
 
-/// A metafile that is being written; abandoned, it is closed and deleted.
-struct MetafileDeviceTraits {
-    using Handle = HDC;
-    static void free(HDC device) noexcept { DeleteEnhMetaFile(CloseEnhMetaFile(device)); }
-};
-using MetafileDevice = Owned<MetafileDeviceTraits>;
+void abandon(HDC metafile) noexcept {
+    DeleteEnhMetaFile(CloseEnhMetaFile(metafile));
+}
+/// A metafile that is being written.
+using MetafileDevice = Owned<HDC, abandon>;
 
 // One PolyPolygon for each row of the drawing.
 void draw_rows(HDC device, const ports::Drawing& drawing) {
@@ -67,6 +64,17 @@ ComPointer<IDispatch> make_picture(PICTDESC& description) {
     return picture.query<IDispatch>();
 }
 
+/// Owns the bitmap.
+std::unique_ptr<ComPicture> picture_of_bitmap(GdiBitmap bitmap) {
+    PICTDESC description{};
+    description.cbSizeofstruct = description_bytes;
+    description.picType = PICTYPE_BITMAP;
+    description.bmp.hbitmap = bitmap.get();
+    auto picture = std::make_unique<ComPicture>(make_picture(description));
+    bitmap.release();
+    return picture;
+}
+
 // Two boxes out of sight.
 class MemoryForm final : public ports::PictureForm {
   public:
@@ -83,17 +91,12 @@ class MemoryForm final : public ports::PictureForm {
     base::Text version_;
 };
 
-}  // namespace
-
-std::unique_ptr<ComPicture> picture_of_bitmap(GdiBitmap bitmap) {
-    PICTDESC description{};
-    description.cbSizeofstruct = description_bytes;
-    description.picType = PICTYPE_BITMAP;
-    description.bmp.hbitmap = bitmap.get();
-    auto picture = std::make_unique<ComPicture>(make_picture(description));
-    bitmap.release();
-    return picture;
-}
+class ComPictures final : public ports::Pictures {
+  public:
+    std::unique_ptr<ports::Picture> from_drawing(const ports::Drawing& drawing) override;
+    std::unique_ptr<ports::Picture> load(base::TextView path) override;
+    std::unique_ptr<ports::PictureForm> open_form() override;
+};
 
 std::unique_ptr<ports::Picture> ComPictures::from_drawing(const ports::Drawing& drawing) {
     Metafile metafile = make_metafile(drawing);
@@ -118,4 +121,13 @@ std::unique_ptr<ports::PictureForm> ComPictures::open_form() {
     return std::make_unique<MemoryForm>();
 }
 
+}  // namespace
 }  // namespace tavrix::windows
+
+namespace tavrix::ports {
+
+std::unique_ptr<Pictures> make_windows_pictures() {
+    return std::make_unique<windows::ComPictures>();
+}
+
+}  // namespace tavrix::ports

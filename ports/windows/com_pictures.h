@@ -2,11 +2,10 @@
 
 #include "ports/surface.h"
 #include "windows/com_pointer.h"
-#include "windows/gdi.h"
 
 namespace tavrix::windows {
 
-/// An OLE picture, as hosts' surfaces paint it.
+/// An OLE picture, as hosts' surfaces paint it: in sight because a surface hands it to its host.
 class ComPicture final : public ports::Picture {
   public:
     explicit ComPicture(ComPointer<IDispatch> picture) : picture_(std::move(picture)) {}
@@ -14,17 +13,6 @@ class ComPicture final : public ports::Picture {
 
   private:
     ComPointer<IDispatch> picture_;
-};
-
-/// A picture that owns the bitmap. Throws base::AutomationError.
-std::unique_ptr<ComPicture> picture_of_bitmap(GdiBitmap bitmap);
-
-/// Drawings become enhanced metafiles; files are loaded by the system.
-class ComPictures final : public ports::Pictures {
-  public:
-    std::unique_ptr<ports::Picture> from_drawing(const ports::Drawing& drawing) override;
-    std::unique_ptr<ports::Picture> load(base::TextView path) override;
-    std::unique_ptr<ports::PictureForm> open_form() override;
 };
 
 }  // namespace tavrix::windows

@@ -5,7 +5,8 @@
 
 namespace tavrix::windows {
 
-/// A host's object behind its dispatch interface; may be Nothing.
+/// A host's object behind its dispatch interface; may be Nothing. In sight because the public
+/// classes' arguments become one.
 class HostObject final : public ports::HostObject {
   public:
     explicit HostObject(ComPointer<IDispatch> object) noexcept : object_(std::move(object)) {}

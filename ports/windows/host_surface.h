@@ -6,7 +6,7 @@
 namespace tavrix::windows {
 
 /// A host's picture box or printer, whose members are called by name; pixels and turned text go
-/// around it to its hDC.
+/// around it to its hDC. In sight because the public classes' arguments become one.
 class HostSurface final : public ports::Surface {
   public:
     explicit HostSurface(ComPointer<IDispatch> object) : host_(std::move(object)) {}

@@ -12,17 +12,8 @@
 namespace tavrix::ports {
 namespace {
 
-struct GlobalTextTraits {
-    using Handle = wchar_t*;
-    static void free(wchar_t* text) noexcept { GlobalFree(text); }
-};
-using GlobalText = windows::Owned<GlobalTextTraits>;
-
-struct SessionTraits {
-    using Handle = HINTERNET;
-    static void free(HINTERNET session) noexcept { WinHttpCloseHandle(session); }
-};
-using Session = windows::Owned<SessionTraits>;
+using GlobalText = windows::Owned<wchar_t*, GlobalFree>;
+using Session = windows::Owned<HINTERNET, WinHttpCloseHandle>;
 
 base::Text host_of(base::TextView url) {
     const std::size_t scheme = url.find(u"://");

@@ -4,7 +4,6 @@
 #include "com/enumerator.h"
 #include "com/guid.h"
 #include "com/signature.h"
-#include "stand_ins/ado/value_codec.h"
 
 namespace tavrix::ado {
 namespace {

@@ -6,7 +6,6 @@
 #include "com/guid.h"
 #include "com/signature.h"
 #include "stand_ins/ado/fields.h"
-#include "stand_ins/ado/value_codec.h"
 
 namespace tavrix::ado {
 namespace {

@@ -82,6 +82,11 @@ TEST_F(Conversions, TextsComeFromNumbersDatesAndNothing) {
               DISP_E_TYPEMISMATCH);
 }
 
+TEST_F(Conversions, TextsComeAsAnArrayOfTextsToo) {
+    const Outcome split = call(probe, u"Split", {Variant(u"a,b").get()});
+    EXPECT_EQ(bstr_of(call(probe, u"Join", {split.result.get()}).result), u"a|b|");
+}
+
 TEST_F(Conversions, NumbersFollowTheCallersLocale) {
     VARIANT text = Variant(u"2,5").release();
     DISPPARAMS parameters{&text, nullptr, 1, 0};

@@ -9,9 +9,11 @@
 
 #include "barcode/qr_generator.h"
 #include "barcode/symbology.h"
+#include "ports/windows/adapters.h"
 #include "ports/windows/com_pictures.h"
 #include "windows/bstr.h"
 #include "windows/failure.h"
+#include "windows/gdi.h"
 
 // clang-format off
 #include <ocidl.h>
@@ -109,7 +111,7 @@ void draw_qr(const Order& order) {
     generator.set_xModuleSize(120);
     const auto drawing = generator.QRCodegenBarcode(order.text);
     const int side_px = drawing->width_twips() / 120 * 2 * module_px(order.dots_per_inch);
-    const auto picture = windows::ComPictures().from_drawing(*drawing);
+    const auto picture = ports::make_windows_pictures()->from_drawing(*drawing);
     const auto ole = dynamic_cast<windows::ComPicture&>(*picture).dispatch().query<IPicture>();
     OLE_HANDLE handle = 0;
     windows::check(ole->get_Handle(&handle), u"Handle");

@@ -4,6 +4,7 @@
 #include <map>
 #include <ostream>
 
+#include "com/guid.h"
 #include "tests/com/interface_table.h"
 #include "tests/com/type_info.h"
 
@@ -134,6 +135,14 @@ TEST(Interface, HasTheNumbersAndTheLanguageOfTheLibrary) {
     tavrix->ReleaseTLibAttr(attributes);
 }
 
+TEST(Interface, IsRegisteredForCompilers) {
+    ComPointer<ITypeLib> registered;
+    EXPECT_EQ(LoadRegTypeLib(com::guid("5FC8EFCB-3C8D-44BB-8DB5-710083B78EB0"), 10, 0,
+                             LOCALE_USER_DEFAULT, registered.out()),
+              S_OK);
+    EXPECT_TRUE(registered);
+}
+
 TEST(Interface, OffersNoOtherClass) {
     const auto tavrix = library();
     ASSERT_TRUE(tavrix);
@@ -167,6 +176,7 @@ class PublishedInterface : public testing::TestWithParam<PublishedClass> {
 };
 
 TEST_P(PublishedInterface, DeclaresEachMemberAndNoOther) {
+    EXPECT_EQ(name_of(members.get()), u"_" + name);
     std::map<MEMBERID, std::string> declared = written_members(members.get());
     MEMBERID number = 0;
     for (const char16_t* line : GetParam().members) {
@@ -184,6 +194,7 @@ TEST_P(PublishedInterface, DeclaresItsEventsAsTheDefaultSource) {
         return;
     }
     ASSERT_TRUE(events) << base::to_utf8(name) << " has no source of events";
+    EXPECT_EQ(name_of(events.get()), u"__" + name);
     std::map<MEMBERID, base::Text> declared;
     const TypeAttributes type(events.get());
     for (UINT i = 0; i < type->cFuncs; ++i) {

@@ -25,38 +25,6 @@ class KsefComm : public testing::Test {
     }
 };
 
-TEST_F(KsefComm, PublishedNumbersStandStill) {
-    const char16_t* in_order[] = {u"baseUrl",
-                                  u"ExtractTokenFromResponse",
-                                  u"Base64DecodeToBytes",
-                                  u"SendInvoiceToKSeF",
-                                  u"TimestampToUnixMs",
-                                  u"HexStringToBytes",
-                                  u"ExtractPublicKeyFromXML",
-                                  u"Base64ToBytes",
-                                  u"Base64EncodeSS",
-                                  u"Base64Encode",
-                                  u"Base64DecodeSS",
-                                  u"Sha256XmlSimpleb"};
-    DISPID expected = 1;
-    for (const char16_t* name : in_order)
-        EXPECT_EQ(id_of(ksef.get(), name), expected++) << base::to_utf8(name);
-}
-
-TEST_F(KsefComm, SendingTakesItsArgumentsByName) {
-    const char16_t* names[] = {
-        u"SendInvoiceToKSeF", u"dbb",      u"nip",    u"Token",   u"xmlContent", u"systemCode",
-        u"schemaVersion",     u"formcode", u"pog517", u"Tablica", u"Tablica_id"};
-    std::vector<LPOLESTR> wide_names;
-    for (const char16_t* name : names)
-        wide_names.push_back(const_cast<wchar_t*>(windows::wide(name)));
-    std::vector<DISPID> ids(wide_names.size());
-    ASSERT_EQ(ksef->GetIDsOfNames(IID_NULL, wide_names.data(), static_cast<UINT>(ids.size()), 0,
-                                  ids.data()),
-              S_OK);
-    for (std::size_t i = 1; i < ids.size(); ++i) EXPECT_EQ(ids[i], static_cast<DISPID>(i - 1));
-}
-
 TEST_F(KsefComm, ConversionsGoThroughThePlatformsComponents) {
     EXPECT_EQ(text(u"Base64EncodeSS", Variant(u"Zażółć").get()), u"WmG/87Pm");
     EXPECT_EQ(text(u"Base64DecodeSS", Variant(u"WmG/87Pm").get()), u"Zażółć");
@@ -68,6 +36,12 @@ TEST_F(KsefComm, ConversionsGoThroughThePlatformsComponents) {
     // FIPS 180-4: the digest of no bytes.
     EXPECT_EQ(text(u"Sha256XmlSimpleb", Variant(base::Bytes{}).get()),
               u"47DEQpj8HBSa+/TImW+5JCeuQeRkm5NMpJWZG3hSuFU=");
+}
+
+TEST_F(KsefComm, InstancesShareNothing) {
+    const auto second = create(u"Tavrix.KseF_comm.10");
+    put(ksef, u"baseUrl", {Variant(u"https://one").get()});
+    EXPECT_EQ(bstr_of(get(second, u"baseUrl").result), u"");
 }
 
 TEST_F(KsefComm, FailuresOfConversionsReachTheHost) {
@@ -99,13 +73,6 @@ TEST_F(KsefComm, SendingReportsEveryOutcomeInItsText) {
     EXPECT_EQ(bstr_of(schema), u"1-0E");
     EXPECT_EQ(windows::view_of(form), u"FA");
     SysFreeString(form);
-}
-
-TEST_F(KsefComm, MegabytesPassWhole) {
-    base::Bytes big(10 * 1024 * 1024);
-    for (std::size_t i = 0; i < big.size(); ++i) big[i] = static_cast<std::uint8_t>(i * 31);
-    const base::Text encoded = text(u"Base64Encode", Variant(big).get());
-    EXPECT_TRUE(bytes(u"Base64ToBytes", Variant(encoded).get()) == big);
 }
 
 }  // namespace

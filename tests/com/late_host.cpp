@@ -70,38 +70,10 @@ base::Text bstr_of(const Variant& value) {
     return base::Text(windows::view_of(value.get().bstrVal));
 }
 
-VARIANT by_reference(BSTR* text) {
+VARIANT reference(void* variable, int type) {
     VARIANT value{};
-    value.vt = VT_BYREF | VT_BSTR;
-    value.pbstrVal = text;
-    return value;
-}
-
-VARIANT by_reference(LONG* number) {
-    VARIANT value{};
-    value.vt = VT_BYREF | VT_I4;
-    value.plVal = number;
-    return value;
-}
-
-VARIANT by_reference(SHORT* number) {
-    VARIANT value{};
-    value.vt = VT_BYREF | VT_I2;
-    value.piVal = number;
-    return value;
-}
-
-VARIANT by_reference(SAFEARRAY** array, VARTYPE element_type) {
-    VARIANT value{};
-    value.vt = static_cast<VARTYPE>(VT_BYREF | VT_ARRAY | element_type);
-    value.pparray = array;
-    return value;
-}
-
-VARIANT by_reference(VARIANT* variable) {
-    VARIANT value{};
-    value.vt = VT_BYREF | VT_VARIANT;
-    value.pvarVal = variable;
+    value.vt = static_cast<VARTYPE>(VT_BYREF | type);
+    value.byref = variable;
     return value;
 }
 

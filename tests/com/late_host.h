@@ -45,11 +45,22 @@ Outcome put(const ComPointer<IDispatch>& object, const char16_t* name,
 base::Text bstr_of(const Variant& value);
 
 // References to what a host keeps in variables.
-VARIANT by_reference(BSTR* text);
-VARIANT by_reference(LONG* number);
-VARIANT by_reference(SHORT* number);
-VARIANT by_reference(SAFEARRAY** array, VARTYPE element_type);
-VARIANT by_reference(VARIANT* variable);
+VARIANT reference(void* variable, int type);
+inline VARIANT by_reference(BSTR* text) {
+    return reference(text, VT_BSTR);
+}
+inline VARIANT by_reference(LONG* number) {
+    return reference(number, VT_I4);
+}
+inline VARIANT by_reference(SHORT* number) {
+    return reference(number, VT_I2);
+}
+inline VARIANT by_reference(SAFEARRAY** array, VARTYPE element_type) {
+    return reference(array, VT_ARRAY | element_type);
+}
+inline VARIANT by_reference(VARIANT* variable) {
+    return reference(variable, VT_VARIANT);
+}
 VARIANT plain(LONG number);
 
 /// The path of a file that stands beside the test program.

@@ -8,6 +8,7 @@
 #include "com/dispatch_object.h"
 #include "com/guid.h"
 #include "com/signature.h"
+#include "ports/windows/gdi_drawing.h"
 
 namespace tavrix::test {
 namespace {

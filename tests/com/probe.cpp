@@ -35,7 +35,7 @@ class Probe {
         return joined;
     }
     std::vector<base::Text> Split(const base::Text& text) const { return base::split(text, u','); }
-    ports::Value Same(const ports::Value& value) const { return value; }
+    base::Value Same(const base::Value& value) const { return value; }
     windows::ComPointer<IDispatch> SameObject(const windows::ComPointer<IDispatch>& object) const {
         return object;
     }

@@ -5,12 +5,10 @@
 #include <fstream>
 #include <sstream>
 
-#include "ports/windows/ansi_code_page.h"
-#include "ports/windows/user_locale.h"
-#include "ports/windows/windows_files.h"
+#include "ports/windows/adapters.h"
 #include "tests/com/late_host.h"
 #include "tests/support/fake_clock.h"
-#include "windows/kernel_handle.h"
+#include "windows/handles.h"
 
 namespace tavrix::test {
 namespace {
@@ -21,13 +19,13 @@ constexpr const wchar_t* log_file = L"C:\\quensql\\debug-info.dta.quen";
 
 class TraceOnDriveC : public testing::Test {
   protected:
-    windows::WindowsFiles files;
-    windows::UserLocale locale;
-    windows::AnsiCodePage code_page;
+    const std::unique_ptr<ports::Files> files = ports::make_windows_files();
+    const std::unique_ptr<ports::Locale> locale = ports::make_windows_locale();
+    const std::unique_ptr<ports::CodePage> code_page = ports::make_windows_code_page();
     FakeClock clock;
     frame::TraceSwitch is_on = false;
     wchar_t usual_format[80] = L"";
-    frame::TraceLog log{is_on, {files, clock, locale, code_page}};
+    frame::TraceLog log{is_on, {*files, clock, *locale, *code_page}};
 
     // The user's own way of writing a date, whatever this system has for Poland.
     static void write_dates(const wchar_t* format) {
@@ -58,7 +56,7 @@ TEST_F(TraceOnDriveC, WritesThePolishDateAndTheCodePage) {
     log.look_for_switch();
     EXPECT_FALSE(is_on) << "a folder is no switch";
     RemoveDirectoryW(switch_file);
-    files.append(u"c:\\quensql\\debug-Info.quen", {});
+    files->append(u"c:\\quensql\\debug-Info.quen", {});
     log.look_for_switch();
     log.write(u"C_Getmail:DisconnectMe:2k");
     // Somebody looks at the log meanwhile, and somebody else writes into it.
@@ -89,7 +87,7 @@ TEST_F(TraceOnDriveC, IsSilentAboutALockedFileAndAMissingFolder) {
     DeleteFileW(log_file);
     RemoveDirectoryW(folder);
     log.write(u"d");
-    EXPECT_FALSE(files.is_file(u"C:\\quensql\\debug-info.dta.quen"));
+    EXPECT_FALSE(files->is_file(u"C:\\quensql\\debug-info.dta.quen"));
 }
 
 }  // namespace

@@ -74,13 +74,4 @@ base::Text help_of(ITypeInfo* info, MEMBERID member) {
     return base::Text(windows::view_of(help.get()));
 }
 
-UINT index_of(ITypeInfo* info, MEMBERID member) {
-    const TypeAttributes type(info);
-    for (UINT i = 0; i < type->cFuncs; ++i) {
-        if (Function(info, i)->memid == member) return i;
-    }
-    ADD_FAILURE() << "no function with the number " << member;
-    return 0;
-}
-
 }  // namespace tavrix::test

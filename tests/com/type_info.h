@@ -43,7 +43,4 @@ base::Text name_of(ITypeInfo* info);
 /// The help of a type or of one of its members.
 base::Text help_of(ITypeInfo* info, MEMBERID member = MEMBERID_NIL);
 
-/// The index of the function behind a member; the test fails when there is none.
-UINT index_of(ITypeInfo* info, MEMBERID member);
-
 }  // namespace tavrix::test

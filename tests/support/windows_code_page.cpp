@@ -1,10 +1,10 @@
-#include "ports/windows/ansi_code_page.h"
+#include "ports/windows/adapters.h"
 #include "tests/support/code_page.h"
 
 namespace tavrix::test {
 
 std::unique_ptr<ports::CodePage> system_code_page() {
-    return std::make_unique<windows::AnsiCodePage>();
+    return ports::make_windows_code_page();
 }
 
 }  // namespace tavrix::test

@@ -1,9 +1,25 @@
-#include "ports/windows/ansi_code_page.h"
+#include "ports/windows/adapters.h"
+
+#include <unordered_map>
 
 #include "windows/automation.h"
 #include "windows/bstr.h"
 
-namespace tavrix::windows {
+namespace tavrix::ports {
+namespace {
+
+class AnsiCodePage final : public CodePage {
+  public:
+    AnsiCodePage();
+    std::optional<std::uint8_t> byte_of(char16_t character) const override;
+    base::Bytes to_bytes(base::TextView text) const override;
+    base::Text to_text(base::ByteView bytes) const override;
+    bool is_single_byte() const override { return single_byte_; }
+
+  private:
+    bool single_byte_ = true;
+    std::unordered_map<char16_t, std::uint8_t> bytes_;
+};
 
 // The way back is the inverse of the way in, because the system's own way back never says whether
 // it fitted a character to a similar one, and treats the bytes that a code page leaves undefined
@@ -32,11 +48,11 @@ std::optional<std::uint8_t> AnsiCodePage::byte_of(char16_t character) const {
 base::Bytes AnsiCodePage::to_bytes(base::TextView text) const {
     if (text.empty()) return {};
     const auto length = static_cast<int>(text.size());
-    const int needed =
-        WideCharToMultiByte(CP_ACP, 0, wide(text.data()), length, nullptr, 0, nullptr, nullptr);
+    const int needed = WideCharToMultiByte(CP_ACP, 0, windows::wide(text.data()), length, nullptr,
+                                           0, nullptr, nullptr);
     base::Bytes bytes(static_cast<std::size_t>(needed));
-    WideCharToMultiByte(CP_ACP, 0, wide(text.data()), length, reinterpret_cast<char*>(bytes.data()),
-                        needed, nullptr, nullptr);
+    WideCharToMultiByte(CP_ACP, 0, windows::wide(text.data()), length,
+                        reinterpret_cast<char*>(bytes.data()), needed, nullptr, nullptr);
     return bytes;
 }
 
@@ -50,4 +66,10 @@ base::Text AnsiCodePage::to_text(base::ByteView bytes) const {
     return text;
 }
 
-}  // namespace tavrix::windows
+}  // namespace
+
+std::unique_ptr<CodePage> make_windows_code_page() {
+    return std::make_unique<AnsiCodePage>();
+}
+
+}  // namespace tavrix::ports

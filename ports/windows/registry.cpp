@@ -1,21 +1,23 @@
-#include "ports/windows/ansi_registry.h"
+#include "ports/windows/adapters.h"
 
 #include <string>
 
-#include "windows/key_handle.h"
+#include "windows/handles.h"
 
-namespace tavrix::windows {
+namespace tavrix::ports {
 namespace {
 
-HKEY handle_of(ports::RegistryRoot root) noexcept {
+using windows::KeyHandle;
+
+HKEY handle_of(RegistryRoot root) noexcept {
     switch (root) {
-        case ports::RegistryRoot::classes_root:
+        case RegistryRoot::classes_root:
             return HKEY_CLASSES_ROOT;
-        case ports::RegistryRoot::current_user:
+        case RegistryRoot::current_user:
             return HKEY_CURRENT_USER;
-        case ports::RegistryRoot::local_machine:
+        case RegistryRoot::local_machine:
             return HKEY_LOCAL_MACHINE;
-        case ports::RegistryRoot::users:
+        case RegistryRoot::users:
             return HKEY_USERS;
     }
     return nullptr;
@@ -25,13 +27,12 @@ std::string terminated(base::ByteView name) {
     return std::string(base::chars_of(name));
 }
 
-class OpenKey final : public ports::RegistryKey {
+class OpenKey final : public RegistryKey {
   public:
     explicit OpenKey(KeyHandle key) noexcept : key_(std::move(key)) {}
 
-    std::optional<ports::RegistryValue> query(base::ByteView name,
-                                              std::size_t capacity_bytes) override {
-        ports::RegistryValue value;
+    std::optional<RegistryValue> query(base::ByteView name, std::size_t capacity_bytes) override {
+        RegistryValue value;
         value.data.resize(capacity_bytes);
         DWORD type = 0;
         auto size = static_cast<DWORD>(capacity_bytes);
@@ -48,10 +49,12 @@ class OpenKey final : public ports::RegistryKey {
     KeyHandle key_;
 };
 
-}  // namespace
+class AnsiRegistry final : public Registry {
+  public:
+    std::unique_ptr<RegistryKey> open(RegistryRoot root, base::ByteView sub_key) override;
+};
 
-std::unique_ptr<ports::RegistryKey> AnsiRegistry::open(ports::RegistryRoot root,
-                                                       base::ByteView sub_key) {
+std::unique_ptr<RegistryKey> AnsiRegistry::open(RegistryRoot root, base::ByteView sub_key) {
     KeyHandle key;
     if (RegOpenKeyExA(handle_of(root), terminated(sub_key).c_str(), 0, KEY_READ, key.out()) !=
         ERROR_SUCCESS) {
@@ -60,4 +63,10 @@ std::unique_ptr<ports::RegistryKey> AnsiRegistry::open(ports::RegistryRoot root,
     return std::make_unique<OpenKey>(std::move(key));
 }
 
-}  // namespace tavrix::windows
+}  // namespace
+
+std::unique_ptr<Registry> make_windows_registry() {
+    return std::make_unique<AnsiRegistry>();
+}
+
+}  // namespace tavrix::ports

@@ -1,17 +1,24 @@
-#include "ports/windows/windows_files.h"
+#include "ports/windows/adapters.h"
 
 #include "windows/bstr.h"
 #include "windows/failure.h"
-#include "windows/kernel_handle.h"
+#include "windows/handles.h"
 
-namespace tavrix::windows {
+namespace tavrix::ports {
 namespace {
 
+using windows::wide;
+
 [[noreturn]] void throw_last_error(base::TextView source) {
-    throw_failure(HRESULT_FROM_WIN32(GetLastError()), source);
+    windows::throw_failure(HRESULT_FROM_WIN32(GetLastError()), source);
 }
 
-}  // namespace
+class WindowsFiles final : public Files {
+  public:
+    bool is_file(base::TextView path) override;
+    void copy(base::TextView from, base::TextView to) override;
+    void append(base::TextView path, base::ByteView bytes) override;
+};
 
 bool WindowsFiles::is_file(base::TextView path) {
     const DWORD attributes = GetFileAttributesW(wide(base::Text(path)));
@@ -30,11 +37,17 @@ void WindowsFiles::append(base::TextView path, base::ByteView bytes) {
                                 FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
                                 OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (opened == INVALID_HANDLE_VALUE) throw_last_error(u"CreateFile");
-    const KernelHandle file(opened);
+    const windows::KernelHandle file(opened);
     DWORD written = 0;
     if (!WriteFile(file.get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr)) {
         throw_last_error(u"WriteFile");
     }
 }
 
-}  // namespace tavrix::windows
+}  // namespace
+
+std::unique_ptr<Files> make_windows_files() {
+    return std::make_unique<WindowsFiles>();
+}
+
+}  // namespace tavrix::ports

@@ -1,4 +1,4 @@
-#include "ports/windows/variant_value.h"
+#include "windows/variant_value.h"
 
 #include <cmath>
 #include <cstring>
@@ -8,12 +8,12 @@ namespace tavrix::windows {
 namespace {
 
 template <typename Number>
-ports::Value integer(Number number) {
+base::Value integer(Number number) {
     return static_cast<std::int64_t>(number);
 }
 
 // Exact only below 2^53, which is far more than any key or amount needs.
-ports::Value number(double value) {
+base::Value number(double value) {
     constexpr double exact_limit = 9007199254740992.0;
     if (std::trunc(value) == value && std::fabs(value) < exact_limit) {
         return static_cast<std::int64_t>(value);
@@ -21,7 +21,7 @@ ports::Value number(double value) {
     return value;
 }
 
-ports::Value decimal(VARIANT variant) {
+base::Value decimal(VARIANT variant) {
     LONG64 whole = 0;
     // Rounds, so only a decimal without a fraction may take this way.
     if (variant.decVal.scale == 0 && SUCCEEDED(VarI8FromDec(&variant.decVal, &whole))) {
@@ -32,7 +32,7 @@ ports::Value decimal(VARIANT variant) {
     return number(value);
 }
 
-ports::Value bytes(SAFEARRAY* array) {
+base::Value bytes(SAFEARRAY* array) {
     if (array == nullptr || SafeArrayGetDim(array) != 1) return {};
     base::Bytes copy(element_count(array));
     const SafeArrayAccess access(array);
@@ -61,7 +61,7 @@ struct ToVariant {
 
 }  // namespace
 
-ports::Value value_of(const VARIANT& variant) {
+base::Value value_of(const VARIANT& variant) {
     const VARIANT seen = look_through(variant);
     switch (seen.vt) {
         case VT_BOOL:
@@ -103,7 +103,7 @@ ports::Value value_of(const VARIANT& variant) {
     }
 }
 
-Variant variant_of(const ports::Value& value) {
+Variant variant_of(const base::Value& value) {
     return std::visit(ToVariant{}, value);
 }
 

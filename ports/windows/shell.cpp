@@ -1,4 +1,4 @@
-#include "ports/windows/desktop_shell.h"
+#include "ports/windows/adapters.h"
 
 // The shell's header counts on the others being there.
 // clang-format off
@@ -7,11 +7,15 @@
 // clang-format on
 
 #include "windows/failure.h"
-#include "windows/kernel_handle.h"
+#include "windows/handles.h"
 #include "windows/late_bound.h"
 
-namespace tavrix::windows {
+namespace tavrix::ports {
 namespace {
+
+using windows::LateBound;
+using windows::object_of;
+using windows::wide;
 
 // Waits for `process` while the host's windows go on being painted: the caller's thread is the
 // user interface's.
@@ -27,7 +31,14 @@ void wait_for(HANDLE process) {
     }
 }
 
-}  // namespace
+class DesktopShell final : public Shell {
+  public:
+    void invoke_verb(base::TextView folder, base::TextView item, base::TextView verb) override;
+    bool run_and_wait(base::TextView command_line, bool hidden) override;
+    bool start(base::TextView path) override;
+    base::Text expand(base::TextView text) override;
+    void show_message(base::TextView text, std::int32_t help_context) override;
+};
 
 void DesktopShell::invoke_verb(base::TextView folder, base::TextView item, base::TextView verb) {
     const LateBound shell = LateBound::create(u"Shell.Application");
@@ -50,8 +61,8 @@ bool DesktopShell::run_and_wait(base::TextView command_line, bool hidden) {
                         FALSE, 0, nullptr, nullptr, &start, &started)) {
         return false;
     }
-    const KernelHandle process(started.hProcess);
-    const KernelHandle thread(started.hThread);
+    const windows::KernelHandle process(started.hProcess);
+    const windows::KernelHandle thread(started.hThread);
     wait_for(process.get());
     return true;
 }
@@ -92,4 +103,10 @@ void DesktopShell::show_message(base::TextView text, std::int32_t help_context) 
     MessageBoxIndirectW(&box);
 }
 
-}  // namespace tavrix::windows
+}  // namespace
+
+std::unique_ptr<Shell> make_windows_shell() {
+    return std::make_unique<DesktopShell>();
+}
+
+}  // namespace tavrix::ports

@@ -5,11 +5,9 @@
 
 namespace tavrix::windows {
 
-struct KernelHandleTraits {
-    using Handle = HANDLE;
-    static void free(HANDLE handle) noexcept { CloseHandle(handle); }
-};
 /// A process, thread or file. "None" is the null handle: CreateFile's own "none" is another one.
-using KernelHandle = Owned<KernelHandleTraits>;
+using KernelHandle = Owned<HANDLE, CloseHandle>;
+/// An open key of the registry.
+using KeyHandle = Owned<HKEY, RegCloseKey>;
 
 }  // namespace tavrix::windows

@@ -1,21 +1,22 @@
-#include "ports/windows/msxml.h"
+#include "ports/windows/adapters.h"
 
 #include "base/base64.h"
 #include "base/error.h"
-#include "ports/database.h"
-#include "ports/windows/variant_value.h"
 #include "windows/late_bound.h"
+#include "windows/variant_value.h"
 
-namespace tavrix::windows {
+namespace tavrix::ports {
 namespace {
 
-const char16_t* prog_id(ports::DomDocument document) {
+using windows::LateBound;
+
+const char16_t* prog_id(DomDocument document) {
     switch (document) {
-        case ports::DomDocument::version_6:
+        case DomDocument::version_6:
             return u"Msxml2.DOMDocument.6.0";
-        case ports::DomDocument::version_3:
+        case DomDocument::version_3:
             return u"MSXML2.DOMDocument.3.0";
-        case ports::DomDocument::unversioned:
+        case DomDocument::unversioned:
             break;
     }
     return u"MSXML2.DOMDocument";
@@ -27,10 +28,11 @@ struct TypedElement {
     LateBound element;
 };
 
-TypedElement create_base64_element(ports::DomDocument version, base::TextView name) {
+TypedElement create_base64_element(DomDocument version, base::TextView name) {
     TypedElement typed;
     typed.document = LateBound::create(prog_id(version));
-    typed.element = LateBound(object_of(typed.document.call(u"createElement", name).get()));
+    typed.element =
+        LateBound(windows::object_of(typed.document.call(u"createElement", name).get()));
     typed.element.put(u"dataType", u"bin.base64");
     return typed;
 }
@@ -44,24 +46,36 @@ void require_base64(base::TextView element, base::TextView base64) {
                                     u"' as bin.base64 datatype.");
 }
 
-}  // namespace
+class Msxml final : public Xml {
+  public:
+    base::Bytes bytes_from_base64(DomDocument document, base::TextView element,
+                                  base::TextView base64) override;
+    base::Text base64_from_bytes(DomDocument document, base::TextView element,
+                                 base::ByteView bytes) override;
+};
 
-base::Bytes Msxml::bytes_from_base64(ports::DomDocument document, base::TextView element,
+base::Bytes Msxml::bytes_from_base64(DomDocument document, base::TextView element,
                                      base::TextView base64) {
     require_base64(element, base64);
     const TypedElement typed = create_base64_element(document, element);
     typed.element.put(u"text", base64);
     // An element without text has no typed value at all.
-    ports::Value value = value_of(typed.element.get(u"nodeTypedValue").get());
+    base::Value value = windows::value_of(typed.element.get(u"nodeTypedValue").get());
     auto* bytes = std::get_if<base::Bytes>(&value);
     return bytes != nullptr ? std::move(*bytes) : base::Bytes();
 }
 
-base::Text Msxml::base64_from_bytes(ports::DomDocument document, base::TextView element,
+base::Text Msxml::base64_from_bytes(DomDocument document, base::TextView element,
                                     base::ByteView bytes) {
     const TypedElement typed = create_base64_element(document, element);
     typed.element.put(u"nodeTypedValue", bytes);
-    return base::Text(view_of(typed.element.get(u"text").get().bstrVal));
+    return base::Text(windows::view_of(typed.element.get(u"text").get().bstrVal));
 }
 
-}  // namespace tavrix::windows
+}  // namespace
+
+std::unique_ptr<Xml> make_windows_xml() {
+    return std::make_unique<Msxml>();
+}
+
+}  // namespace tavrix::ports
