@@ -1,5 +1,5 @@
 // Signing in with a token, and everything that can be wrong with it.
-#include "apps/sandbox/crypto.h"
+#include "sandbox/basics/crypto.h"
 #include "tests/sandbox/fixture.h"
 
 namespace tavrix::sandbox::testing {

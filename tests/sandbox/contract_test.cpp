@@ -3,8 +3,8 @@
 
 #include <algorithm>
 
-#include "apps/sandbox/ksef_number.h"
-#include "apps/sandbox/routes.h"
+#include "sandbox/basics/ksef_number.h"
+#include "sandbox/http/routes.h"
 #include "tests/sandbox/fixture.h"
 
 namespace tavrix::sandbox::testing {

@@ -7,8 +7,8 @@
 #include <string>
 #include <thread>
 
-#include "apps/sandbox/dispatcher.h"
-#include "apps/sandbox/http_server.h"
+#include "sandbox/http/dispatcher.h"
+#include "sandbox/http/http_server.h"
 #include "tests/sandbox/client.h"
 #include "tests/sandbox/sample_invoice.h"
 

@@ -1,6 +1,6 @@
 // One invoice: what is refused at once, what is rejected later, what is accepted and found again.
-#include "apps/sandbox/crypto.h"
-#include "apps/sandbox/ksef_number.h"
+#include "sandbox/basics/crypto.h"
+#include "sandbox/basics/ksef_number.h"
 #include "tests/sandbox/fixture.h"
 
 namespace tavrix::sandbox::testing {

@@ -1,9 +1,9 @@
 // Published vectors and the texts of moments.
 #include <gtest/gtest.h>
 
-#include "apps/sandbox/clock.h"
-#include "apps/sandbox/crypto.h"
-#include "apps/sandbox/ksef_number.h"
+#include "sandbox/basics/clock.h"
+#include "sandbox/basics/crypto.h"
+#include "sandbox/basics/ksef_number.h"
 
 namespace tavrix::sandbox::testing {
 namespace {

@@ -3,8 +3,8 @@
 
 #include <fstream>
 
-#include "apps/sandbox/crypto.h"
-#include "apps/sandbox/xml.h"
+#include "sandbox/basics/crypto.h"
+#include "sandbox/basics/xml.h"
 #include "tests/sandbox/fixture.h"
 
 namespace tavrix::sandbox::testing {

@@ -1,0 +1,192 @@
+#include "sandbox/http/dispatcher.h"
+
+#include <spdlog/spdlog.h>
+
+#include <algorithm>
+#include <chrono>
+
+#include "sandbox/pages/page.h"
+#include "sandbox/service/processing.h"
+
+namespace tavrix::sandbox {
+namespace {
+
+/// The path without the root of the interface: `/v2`, or `/api/v2` as older clients have it.
+std::string_view strip_root(std::string_view path) {
+    for (const std::string_view root : {"/api/v2/", "/v2/"})
+        if (path.starts_with(root)) return path.substr(root.size());
+    return {};
+}
+
+bool suits(Need need, BearerKind kind) {
+    switch (need) {
+        case Need::nothing:
+            return true;
+        case Need::authentication_token:
+            return kind == BearerKind::authentication;
+        case Need::access_token:
+            return kind == BearerKind::access;
+        case Need::refresh_token:
+            return kind == BearerKind::refresh;
+        case Need::access_or_refresh_token:
+            return kind == BearerKind::access || kind == BearerKind::refresh;
+    }
+    return false;
+}
+
+class Stopwatch {
+  public:
+    double elapsed_ms() const {
+        return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start_)
+            .count();
+    }
+
+  private:
+    std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
+};
+
+/// What an operation saves becomes durable before its answer leaves.
+class Transaction {
+  public:
+    explicit Transaction(Store& store) : store_(store) { store_.begin(); }
+    ~Transaction() {
+        try {
+            store_.commit();
+        } catch (const std::exception& error) {
+            spdlog::error("{}", error.what());
+        }
+    }
+    Transaction(const Transaction&) = delete;
+    Transaction& operator=(const Transaction&) = delete;
+    void commit() { store_.commit(); }
+
+  private:
+    Store& store_;
+};
+
+Answer internal_error(const std::exception& error) {
+    spdlog::error("an operation failed: {}", error.what());
+    return Answer::empty(500);
+}
+
+}  // namespace
+
+Dispatcher::Dispatcher(Options options, std::unique_ptr<Clock> clock, std::unique_ptr<Store> store)
+    : service_(std::move(options), std::move(clock), std::move(store)),
+      log_(std::size_t(service_.options.log_size)) {}
+
+Dispatcher::Outcome Dispatcher::handle(Request& request) {
+    const std::string_view raw_path =
+        std::string_view(request.target).substr(0, request.target.find('?'));
+    const std::lock_guard lock(mutex_);
+    const Stopwatch watch;
+
+    bool path_known = false;
+    const Route* route = nullptr;
+    const std::string_view inside = strip_root(raw_path);
+    if (!inside.empty()) route = find_route(interface_routes(), request, inside, path_known);
+    if (inside.empty() && raw_path.starts_with("/storage/"))
+        route = find_route(interface_routes(), request, raw_path.substr(1), path_known);
+    if (route == nullptr && inside.empty()) {
+        try {
+            return {serve_own_page(request, raw_path), {}};
+        } catch (const std::exception& error) {
+            return {internal_error(error), {}};
+        }
+    }
+
+    request.bearer = service_.bearer_tokens.read(request.header("Authorization"), service_.now());
+    Outcome outcome;
+    std::vector<Fault> faults;
+    if (route == nullptr) {
+        outcome.answer = Answer::empty(path_known ? 405 : 404);
+    } else {
+        faults = service_.faults.take(route->step);
+        if (!prevents_handling(faults)) outcome = serve_interface(*route, request);
+        outcome.delivery = apply_faults(faults, outcome.answer);
+    }
+    const auto warning = request.header("X-Test-System-Warning");
+    if (!warning.empty()) outcome.answer.headers.emplace_back("X-System-Warning", warning);
+    log(request, route, outcome, faults, watch.elapsed_ms());
+    return outcome;
+}
+
+Dispatcher::Outcome Dispatcher::serve_interface(const Route& route, Request& request) {
+    try {
+        Transaction transaction(*service_.store);
+        Answer answer;
+        try {
+            answer = carry_out(route, request);
+        } catch (const Refusal& refusal) {
+            answer = refusal.answer(request, service_.now(), service_.options.time);
+        }
+        transaction.commit();
+        return {std::move(answer), {}};
+    } catch (const std::exception& error) {
+        return {internal_error(error), {}};
+    }
+}
+
+Answer Dispatcher::carry_out(const Route& route, Request& request) {
+    check_bearer(route, request);
+    check_rate(route, request);
+    settle(service_);
+    return route.handler(service_, request);
+}
+
+void Dispatcher::check_bearer(const Route& route, const Request& request) {
+    if (route.need == Need::nothing) return;
+    if (!suits(route.need, request.bearer.kind) || request.bearer.expired) throw Unauthorized();
+    const auto& present = service_.authentication_of(request).permissions;
+    const auto required = route.permissions;
+    const bool held =
+        required.empty() || std::any_of(required.begin(), required.end(), [&](auto name) {
+            return std::find(present.begin(), present.end(), name) != present.end();
+        });
+    if (!held) throw Forbidden({required.begin(), required.end()}, present);
+}
+
+void Dispatcher::check_rate(const Route& route, const Request& request) {
+    if (!service_.options.rate_limits) return;
+    std::string caller = request.remote_address;
+    if (request.bearer.kind == BearerKind::access)
+        caller += "\n" + service_.authentication_of(request).context.value;
+    limiter_.admit(caller, route.group, service_.now());
+}
+
+Answer Dispatcher::serve_own_page(Request& request, std::string_view raw_path) {
+    Transaction transaction(*service_.store);
+    settle(service_);
+    ControlRoom room{service_, limiter_, log_};
+    Answer answer = raw_path.starts_with("/sandbox/") ? control(room, request)
+                                                      : show_page(service_.state, log_, request);
+    transaction.commit();
+    return answer;
+}
+
+void Dispatcher::log(const Request& request, const Route* route, const Outcome& outcome,
+                     const std::vector<Fault>& faults, double duration_ms) {
+    LoggedRequest entry;
+    entry.time = service_.now();
+    entry.connection = request.connection;
+    entry.method = request.method;
+    entry.target = request.target;
+    entry.path = request.path;
+    entry.query = request.query;
+    entry.headers = request.headers;
+    for (auto& [name, value] : entry.headers)
+        if (name.size() == 13 && request.header(name) == request.header("Authorization"))
+            value = to_string(request.bearer.kind);
+    entry.bearer = request.bearer.kind;
+    entry.body = request.body;
+    entry.step = route == nullptr ? "unknown" : std::string(route->step);
+    for (const Fault& fault : faults) entry.faults.emplace_back(to_string(fault.kind));
+    entry.status = outcome.answer.status;
+    entry.duration_ms = duration_ms;
+    if (!service_.options.quiet)
+        spdlog::info("{} {} {} {:.2f} ms{}", entry.method, mask_tokens(entry.target), entry.status,
+                     duration_ms, faults.empty() ? "" : " (fault: " + entry.faults.front() + ")");
+    log_.add(std::move(entry));
+}
+
+}  // namespace tavrix::sandbox

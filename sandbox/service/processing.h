@@ -1,0 +1,20 @@
+// What the service does behind the scenes: verifying invoices and finishing sessions.
+#pragma once
+
+#include "sandbox/service/service.h"
+
+namespace tavrix::sandbox {
+
+/// Carries out everything that is due by now. Run before each request, so that an answer never
+/// depends on who asked last.
+void settle(Service& service);
+
+/// What an invoice's or a session's status is now; asking counts where the pace is counted in
+/// polls.
+Status observe(Service& service, Invoice& invoice);
+Status observe(Service& service, Session& session);
+
+/// Closes a session: no more invoices, confirmations follow.
+void close_session(Service& service, Session& session, Instant when);
+
+}  // namespace tavrix::sandbox

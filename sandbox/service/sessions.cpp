@@ -1,0 +1,181 @@
+#include "sandbox/service/sessions.h"
+
+#include <algorithm>
+
+#include "sandbox/exchange/body.h"
+#include "sandbox/service/processing.h"
+#include "sandbox/service/storage.h"
+#include "sandbox/store/statuses.h"
+
+namespace tavrix::sandbox {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto online_session_lifetime = 12h;
+
+// Source: the table of supported schemas under OpenOnlineSessionRequest.
+const FormCode supported_forms[] = {{"FA (2)", "1-0E", "FA"},
+                                    {"FA (3)", "1-0E", "FA"},
+                                    {"PEF (3)", "2-1", "PEF"},
+                                    {"PEF_KOR (3)", "2-1", "PEF"},
+                                    {"FA_RR (1)", "1-1E", "FA_RR"}};
+
+FormCode read_form_code(const Json& body) {
+    const Json& form = required_object(body, "formCode");
+    const FormCode code{required_text(form, "systemCode"), required_text(form, "schemaVersion"),
+                        required_text(form, "value")};
+    if (std::find(std::begin(supported_forms), std::end(supported_forms), code) ==
+        std::end(supported_forms))
+        throw invalid_input("Wskazany kod formularza nie jest wspierany.");
+    return code;
+}
+
+/// The filter values of the session list.
+const char* common_status(const Session& session) {
+    if (session.stage != SessionStage::finished) return "InProgress";
+    if (session.status.code == 200) return "Succeeded";
+    return session.status.code == 440 ? "Cancelled" : "Failed";
+}
+
+bool within(const Request& request, const std::string& name, std::optional<Instant> moment) {
+    const auto bound = [&](const std::string& parameter) -> std::optional<Instant> {
+        const auto text = request.parameter(parameter);
+        if (!text) return std::nullopt;
+        const auto value = parse_instant(*text);
+        if (!value) throw invalid_input("Parametr '" + parameter + "' ma nieprawidłowy format.");
+        return value;
+    };
+    const auto from = bound(name + "From"), to = bound(name + "To");
+    if (!from && !to) return true;
+    return moment && (!from || *moment >= *from) && (!to || *moment <= *to);
+}
+
+struct SessionFilter {
+    SessionKind kind;
+    std::vector<std::string> statuses;
+    std::optional<std::string> reference;
+
+    bool admits(const Request& request, const Session& session) const {
+        return session.kind == kind &&
+               (statuses.empty() || std::find(statuses.begin(), statuses.end(),
+                                              common_status(session)) != statuses.end()) &&
+               (!reference || session.reference == *reference) &&
+               within(request, "dateCreated", session.created) &&
+               within(request, "dateClosed", session.closed) &&
+               within(request, "dateModified", session.updated);
+    }
+};
+
+SessionFilter read_filter(const Request& request) {
+    const std::string kind = request.parameter("sessionType").value_or("");
+    if (kind != "Online" && kind != "Batch")
+        throw invalid_input("Parametr 'sessionType' musi mieć wartość Online lub Batch.");
+    SessionFilter filter{kind == "Online" ? SessionKind::online : SessionKind::batch,
+                         request.parameters_named("statuses"),
+                         request.parameter("referenceNumber")};
+    for (const std::string& status : filter.statuses)
+        if (status != "InProgress" && status != "Succeeded" && status != "Failed" &&
+            status != "Cancelled")
+            throw invalid_input("Nieznany status sesji: " + status + ".");
+    return filter;
+}
+
+}  // namespace
+
+Answer open_online_session(Service& service, Request& request) {
+    const Json body = read_body(request);
+    Session session;
+    session.form_code = read_form_code(body);
+    const Json& encryption = required_object(body, "encryption");
+    const std::string encrypted_key = required_bytes(encryption, "encryptedSymmetricKey");
+    session.initialization_vector = required_bytes(encryption, "initializationVector");
+    if (session.initialization_vector.size() != 16)
+        throw invalid_input("Wektor inicjujący musi mieć długość 16 bajtów.");
+    const std::string key_id = optional_text(encryption, "publicKeyId");
+    if (!key_id.empty() && !service.keys.knows(symmetric_key_usage, key_id, service.now()))
+        throw BadRequest(ErrorCode::unknown_key,
+                         {"Klucz o identyfikatorze " + key_id + " nie jest wspierany."});
+
+    const Authentication& authentication = service.authentication_of(request);
+    session.reference = service.new_reference("SO");
+    session.context = authentication.context;
+    session.authentication_reference = authentication.reference;
+    session.created = session.updated = service.now();
+    session.valid_until = session.created + online_session_lifetime;
+    session.status = make_status(StatusOf::online_session, 100);
+    session.symmetric_key =
+        service.keys.decrypt(symmetric_key_usage, encrypted_key, service.now(), key_id)
+            .value_or("");
+    if (session.symmetric_key.size() != 32) {
+        // The service finds this out after it has answered; the session exists and is of no use.
+        session.symmetric_key.clear();
+        session.stage = SessionStage::finished;
+        session.status = make_status(StatusOf::online_session, 415);
+    }
+    const Session& kept = service.state.add(std::move(session));
+    service.store->save(kept);
+    return Answer::json(201, {{"referenceNumber", kept.reference},
+                              {"validUntil", service.time_text(kept.valid_until)}});
+}
+
+Answer close_online_session(Service& service, Request& request) {
+    Session& session = service.session_of(request, reference_parameter(request, 0), "odnaleziona");
+    if (session.stage != SessionStage::open || session.kind != SessionKind::online)
+        throw BadRequest(ErrorCode::session_status,
+                         {"Status sesji " + std::to_string(session.status.code) +
+                          " uniemożliwia jej zamknięcie."});
+    close_session(service, session, service.now());
+    return Answer::empty(204);
+}
+
+Answer session_status(Service& service, Request& request) {
+    Session& session = service.session_of(request, reference_parameter(request, 0));
+    const Status status = observe(service, session);
+    Json answer = {{"status", to_json(status)},
+                   {"dateCreated", service.time_text(session.created)},
+                   {"dateUpdated", service.time_text(session.updated)},
+                   {"validUntil", service.time_text(session.valid_until)}};
+    if (!session.upo_reference.empty()) {
+        const StorageLink link = session_upo_link(service, request, session);
+        answer["upo"]["pages"] =
+            Json::array({{{"referenceNumber", session.upo_reference},
+                          {"downloadUrl", link.url},
+                          {"downloadUrlExpirationDate", service.time_text(link.valid_until)}}});
+    }
+    answer["invoiceCount"] = session.invoices.size();
+    answer["successfulInvoiceCount"] = session.successful;
+    answer["failedInvoiceCount"] = session.failed;
+    return Answer::json(200, answer);
+}
+
+Answer list_sessions(Service& service, Request& request) {
+    const SessionFilter filter = read_filter(request);
+    const std::size_t size = page_size(request, 10, 1000);
+    const Context& context = service.authentication_of(request).context;
+    std::vector<const Session*> found;
+    for (auto reference = service.state.session_order.rbegin();
+         reference != service.state.session_order.rend(); ++reference) {
+        const Session& session = service.state.sessions.at(*reference);
+        if (session.context == context && filter.admits(request, session))
+            found.push_back(&session);
+    }
+    const Page page = page_of(request, found.size(), size);
+    Json answer = Json::object();
+    if (!page.continuation_token.empty()) answer["continuationToken"] = page.continuation_token;
+    answer["sessions"] = Json::array();
+    for (std::size_t i = page.from; i < page.to; ++i) {
+        const Session& session = *found[i];
+        answer["sessions"].push_back({{"referenceNumber", session.reference},
+                                      {"status", to_json(session.status)},
+                                      {"dateCreated", service.time_text(session.created)},
+                                      {"dateUpdated", service.time_text(session.updated)},
+                                      {"validUntil", service.time_text(session.valid_until)},
+                                      {"totalInvoiceCount", session.invoices.size()},
+                                      {"successfulInvoiceCount", session.successful},
+                                      {"failedInvoiceCount", session.failed}});
+    }
+    return Answer::json(200, answer);
+}
+
+}  // namespace tavrix::sandbox
