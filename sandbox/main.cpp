@@ -10,9 +10,9 @@
 #include <iostream>
 #include <thread>
 
+#include "sandbox/command_line.h"
 #include "sandbox/http/dispatcher.h"
 #include "sandbox/http/http_server.h"
-#include "sandbox/service/options.h"
 
 namespace {
 
@@ -42,16 +42,16 @@ std::unique_ptr<Store> open_store(const Options& options) {
 
 /// The same identity after a restart, so that clients that trust its authority go on doing so.
 ServerIdentity server_identity(Store& store, Instant now) {
-    if (const auto saved = store.setting("server-identity")) {
+    if (const auto saved = store.read("setting", "server-identity")) {
         const Json json = parse_json(*saved);
         return {json.at("authority"), {json.at("privateKey"), json.at("certificate")}};
     }
     ServerIdentity identity =
         make_server_identity({now - std::chrono::days(1), now + std::chrono::days(3650)});
-    store.save_setting("server-identity",
-                       dump(Json{{"authority", identity.authority_pem},
-                                 {"privateKey", identity.server.private_key_pem},
-                                 {"certificate", identity.server.certificate_pem}}));
+    store.write("setting", "server-identity",
+                dump(Json{{"authority", identity.authority_pem},
+                          {"privateKey", identity.server.private_key_pem},
+                          {"certificate", identity.server.certificate_pem}}));
     return identity;
 }
 
@@ -89,12 +89,13 @@ class SignalWatch {
 };
 
 int serve(Options options) {
+    Clock clock;
     auto store = open_store(options);
     std::optional<ServerIdentity> identity;
-    if (options.https) identity = server_identity(*store, SystemClock().now());
+    if (options.https) identity = server_identity(*store, clock.now());
     if (!options.ca_file_out.empty()) write_file(options.ca_file_out, identity->authority_pem);
 
-    Dispatcher dispatcher(options, std::make_unique<SystemClock>(), std::move(store));
+    Dispatcher dispatcher(options, clock, std::move(store));
     HttpServer server(dispatcher, identity ? &identity->server : nullptr);
     const int port = server.bind(options.bind_address, options.port);
     const SignalWatch watch(server);

@@ -21,23 +21,18 @@ KeyHandle generate_key() {
     return key;
 }
 
-std::string text_of(BIO* memory) {
-    char* data = nullptr;
-    const long size = BIO_get_mem_data(memory, &data);
-    return {data, std::size_t(size)};
-}
-
-std::string pem_of(const X509* certificate) {
-    const BioHandle memory(BIO_new(BIO_s_mem()));
-    require(PEM_write_bio_X509(memory.get(), certificate) == 1, "write a certificate");
-    return text_of(memory.get());
-}
-
-std::string pem_of(const EVP_PKEY* key) {
-    const BioHandle memory(BIO_new(BIO_s_mem()));
-    require(PEM_write_bio_PrivateKey(memory.get(), key, nullptr, nullptr, 0, nullptr, nullptr) == 1,
-            "write a private key");
-    return text_of(memory.get());
+KeyPair pem_of(const EVP_PKEY* key, const X509* certificate) {
+    const auto text = [](auto write) {
+        const BioHandle memory(BIO_new(BIO_s_mem()));
+        require(write(memory.get()) == 1, "write PEM");
+        char* data = nullptr;
+        const long size = BIO_get_mem_data(memory.get(), &data);
+        return std::string(data, std::size_t(size));
+    };
+    return {text([&](BIO* to) {
+                return PEM_write_bio_PrivateKey(to, key, nullptr, nullptr, 0, nullptr, nullptr);
+            }),
+            text([&](BIO* to) { return PEM_write_bio_X509(to, certificate); })};
 }
 
 void set_name(X509_NAME* name, std::string_view common_name) {
@@ -82,6 +77,16 @@ void sign(X509* certificate, const X509* issuer, EVP_PKEY* issuer_key) {
     require(X509_sign(certificate, issuer_key, EVP_sha256()) > 0, "sign a certificate");
 }
 
+template <typename Object>
+std::string der_of(const Object* object, int (*encode)(const Object*, unsigned char**)) {
+    const int size = encode(object, nullptr);
+    require(size > 0, "encode what a certificate holds");
+    std::string der(std::size_t(size), '\0');
+    auto* out = reinterpret_cast<unsigned char*>(der.data());
+    encode(object, &out);
+    return der;
+}
+
 Instant instant_of(const ASN1_TIME* time) {
     tm broken{};
     require(ASN1_TIME_to_tm(time, &broken) == 1, "read a certificate's validity");
@@ -96,7 +101,7 @@ KeyPair make_encryption_certificate(std::string_view common_name, Validity valid
     add_extension(certificate.get(), certificate.get(), NID_key_usage,
                   "critical,keyEncipherment,dataEncipherment");
     sign(certificate.get(), certificate.get(), key.get());
-    return {pem_of(key.get()), pem_of(certificate.get())};
+    return pem_of(key.get(), certificate.get());
 }
 
 ServerIdentity make_server_identity(Validity validity) {
@@ -118,7 +123,8 @@ ServerIdentity make_server_identity(Validity validity) {
     add_extension(certificate.get(), authority.get(), NID_subject_alt_name,
                   "DNS:localhost,IP:127.0.0.1,IP:::1");
     sign(certificate.get(), authority.get(), authority_key.get());
-    return {pem_of(authority.get()), {pem_of(key.get()), pem_of(certificate.get())}};
+    return {pem_of(authority_key.get(), authority.get()).certificate_pem,
+            pem_of(key.get(), certificate.get())};
 }
 
 KeyHandle read_private_key(std::string_view pem) {
@@ -136,22 +142,11 @@ CertificateHandle read_certificate(std::string_view pem) {
 }
 
 std::string certificate_der(const X509* certificate) {
-    const int size = i2d_X509(certificate, nullptr);
-    require(size > 0, "encode a certificate");
-    std::string der(std::size_t(size), '\0');
-    auto* out = reinterpret_cast<unsigned char*>(der.data());
-    i2d_X509(certificate, &out);
-    return der;
+    return der_of(certificate, i2d_X509);
 }
 
 std::string public_key_der(const X509* certificate) {
-    const X509_PUBKEY* key = X509_get_X509_PUBKEY(certificate);
-    const int size = i2d_X509_PUBKEY(key, nullptr);
-    require(size > 0, "encode a public key");
-    std::string der(std::size_t(size), '\0');
-    auto* out = reinterpret_cast<unsigned char*>(der.data());
-    i2d_X509_PUBKEY(key, &out);
-    return der;
+    return der_of(X509_get_X509_PUBKEY(certificate), i2d_X509_PUBKEY);
 }
 
 Validity certificate_validity(const X509* certificate) {

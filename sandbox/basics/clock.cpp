@@ -65,24 +65,9 @@ std::optional<int> digits(std::string_view text, std::size_t at, std::size_t cou
 
 }  // namespace
 
-Instant SystemClock::now() const {
-    const std::lock_guard lock(mutex_);
-    return floor<Ticks>(std::chrono::system_clock::now()) + offset_;
-}
-
-void SystemClock::advance(Ticks step) {
-    const std::lock_guard lock(mutex_);
-    offset_ += step;
-}
-
-Instant StillClock::now() const {
-    const std::lock_guard lock(mutex_);
-    return now_;
-}
-
-void StillClock::advance(Ticks step) {
-    const std::lock_guard lock(mutex_);
-    now_ += step;
+Instant Clock::now() const {
+    const Instant base = start_ ? *start_ : floor<Ticks>(std::chrono::system_clock::now());
+    return base + Ticks(advanced_);
 }
 
 std::string TimeFormat::text(Instant moment) const {

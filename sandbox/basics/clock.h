@@ -2,9 +2,9 @@
 // moments.
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <cstdint>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -17,33 +17,18 @@ using Instant = std::chrono::time_point<std::chrono::system_clock, Ticks>;
 /// Where the sandbox takes the time from. Calls may come from any thread.
 class Clock {
   public:
-    virtual ~Clock() = default;
-    virtual Instant now() const = 0;
+    /// The computer's clock.
+    Clock() = default;
+    /// Stands still until advanced; for tests.
+    explicit Clock(Instant start) : start_(start) {}
+
+    Instant now() const;
     /// Moves the clock forward; a negative step is refused by the callers.
-    virtual void advance(Ticks step) = 0;
-};
-
-/// The computer's clock plus what has been advanced so far.
-class SystemClock : public Clock {
-  public:
-    Instant now() const override;
-    void advance(Ticks step) override;
+    void advance(Ticks step) { advanced_ += step.count(); }
 
   private:
-    mutable std::mutex mutex_;
-    Ticks offset_{0};
-};
-
-/// Stands still until advanced; for tests.
-class StillClock : public Clock {
-  public:
-    explicit StillClock(Instant start) : now_(start) {}
-    Instant now() const override;
-    void advance(Ticks step) override;
-
-  private:
-    mutable std::mutex mutex_;
-    Instant now_;
+    std::optional<Instant> start_;
+    std::atomic<Ticks::rep> advanced_{0};
 };
 
 /// How the service prints a moment. It writes up to seven fraction digits and drops the zeros at

@@ -1,9 +1,9 @@
 #include "sandbox/basics/json.h"
 
-#include <charconv>
-#include <optional>
 #include <stdexcept>
 #include <vector>
+
+#include "sandbox/basics/text.h"
 
 namespace tavrix::sandbox {
 namespace {
@@ -54,12 +54,8 @@ std::vector<Step> parse_path(std::string_view path) {
             if (inside == "*") {
                 steps.push_back({.member = {}, .index = {}, .every = true});
             } else {
-                std::size_t index = 0;
-                const auto read =
-                    std::from_chars(inside.data(), inside.data() + inside.size(), index);
-                if (inside.empty() || read.ec != std::errc() ||
-                    read.ptr != inside.data() + inside.size())
-                    refuse();
+                const auto index = number_of<std::size_t>(inside);
+                if (!index) refuse();
                 steps.push_back({.member = {}, .index = index, .every = false});
             }
             at = end + 1;
@@ -122,6 +118,20 @@ Json parse_json(std::string_view text) {
     if (nesting_depth(text) > deepest_nesting)
         throw Json::parse_error::create(101, 0, "nested too deeply", nullptr);
     return Json::parse(text);
+}
+
+std::optional<Json> read_json(std::string_view text) {
+    try {
+        return parse_json(text);
+    } catch (const Json::exception&) {
+        return std::nullopt;
+    }
+}
+
+std::optional<std::int64_t> whole_number(const Json& value) {
+    if (value.is_number_integer()) return value.get<std::int64_t>();
+    if (value.is_string()) return number_of<std::int64_t>(value.get_ref<const std::string&>());
+    return std::nullopt;
 }
 
 std::size_t set_at_path(Json& root, std::string_view path, const Json& value) {

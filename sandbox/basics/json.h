@@ -2,7 +2,9 @@
 // position.
 #pragma once
 
+#include <cstdint>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -16,6 +18,11 @@ std::string dump(const Json& value, int indent = -1);
 /// Parses a text whose nesting stays below a fixed depth, so that hostile nesting cannot exhaust
 /// the stack of whoever walks the value later. Throws nlohmann::json::exception.
 Json parse_json(std::string_view text);
+/// The same; nothing instead of an exception.
+std::optional<Json> read_json(std::string_view text);
+
+/// A whole number, which a command line or an older client writes as text; nothing for all else.
+std::optional<std::int64_t> whole_number(const Json& value);
 
 /// Sets or removes the value at a path such as `invoices[0].status.code`, `[*].usage` or `status`.
 /// Members that do not exist are made on setting; `[*]` means every element. An index past the end

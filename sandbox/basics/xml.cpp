@@ -3,6 +3,8 @@
 #include <libxml/parser.h>
 #include <libxml/parserInternals.h>
 
+#include "sandbox/basics/text.h"
+
 namespace tavrix::sandbox {
 namespace {
 
@@ -53,10 +55,7 @@ ParsedXml parse_xml(std::string_view text) {
 
 std::string declared_encoding(const XmlDocument& document) {
     if (!document || document->encoding == nullptr) return {};
-    std::string name = as_text(document->encoding);
-    for (char& c : name)
-        if (c >= 'a' && c <= 'z') c = char(c - 'a' + 'A');
-    return name;
+    return upper(as_text(document->encoding));
 }
 
 bool is_utf8(std::string_view text) {

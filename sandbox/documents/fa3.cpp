@@ -3,14 +3,15 @@
 #include <charconv>
 #include <cmath>
 
+#include "sandbox/basics/text.h"
+
 namespace tavrix::sandbox {
 namespace {
 
 /// The identifier of a party: exactly one of these stands in `DaneIdentyfikacyjne`.
-Party read_party(const Element& element) {
+Party read_party(const Element& element, const char* role_name = nullptr) {
     const Element data = element.child("DaneIdentyfikacyjne");
-    Party party;
-    party.name = data.text("Nazwa");
+    Party party{"None", "", data.text("Nazwa"), 0};
     if (const Element nip = data.child("NIP")) {
         party.identifier_type = "Nip";
         party.identifier = nip.text();
@@ -23,14 +24,16 @@ Party read_party(const Element& element) {
     } else if (const Element other = data.child("NrID")) {
         party.identifier_type = "Other";
         party.identifier = other.text();
-    } else {
-        party.identifier_type = "None";
     }
+    if (role_name != nullptr) party.role = number_of<int>(element.text(role_name)).value_or(0);
     return party;
 }
 
-int number_of(const std::string& text) {
-    int value = 0;
+/// An amount as the schema writes it, or 0 for something else.
+double amount_of(const std::string& text) {
+    double value = 0;
+    // Numbers the schema does not know, "nan" and "1e9" among them, must not reach the metadata.
+    if (text.find_first_not_of("0123456789.-") != std::string::npos) return 0;
     std::from_chars(text.data(), text.data() + text.size(), value);
     return value;
 }
@@ -40,14 +43,6 @@ double rounded(double amount) {
 }
 
 }  // namespace
-
-double amount_of(const std::string& text) {
-    double value = 0;
-    // Numbers the schema does not know, "nan" and "1e9" among them, must not reach the metadata.
-    if (text.find_first_not_of("0123456789.-") != std::string::npos) return 0;
-    std::from_chars(text.data(), text.data() + text.size(), value);
-    return value;
-}
 
 std::string form_system_code(const Element& invoice) {
     return invoice.child("Naglowek").child("KodFormularza").attribute("kodSystemowy");
@@ -63,14 +58,10 @@ SummaryResult summarize_invoice(const Element& invoice) {
     summary.currency = body.text("KodWaluty");
     summary.seller = read_party(invoice.child("Podmiot1"));
     summary.buyer = read_party(invoice.child("Podmiot2"));
-    for (const Element& third : invoice.children("Podmiot3")) {
-        summary.third_parties.push_back(read_party(third));
-        summary.third_parties.back().role = number_of(third.text("Rola"));
-    }
-    if (const Element authorized = invoice.child("PodmiotUpowazniony")) {
-        summary.authorized = read_party(authorized);
-        summary.authorized->role = number_of(authorized.text("RolaPU"));
-    }
+    for (const Element& third : invoice.children("Podmiot3"))
+        summary.third_parties.push_back(read_party(third, "Rola"));
+    if (const Element authorized = invoice.child("PodmiotUpowazniony"))
+        summary.authorized = read_party(authorized, "RolaPU");
     // P_13_x are the net sums by rate, P_14_x the tax; of an invoice in another currency P_14_xW is
     // the same tax in zloty, which is what the metadata carry.
     for (const Element& field : body.children()) {

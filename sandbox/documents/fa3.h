@@ -22,7 +22,4 @@ SummaryResult summarize_invoice(const Element& invoice);
 /// `kodSystemowy` of the heading, for example `FA (3)`.
 std::string form_system_code(const Element& invoice);
 
-/// An amount as the schema writes it, or 0 for something else.
-double amount_of(const std::string& text);
-
 }  // namespace tavrix::sandbox

@@ -4,9 +4,10 @@
 #include <libxml/parserInternals.h>
 #include <libxml/xmlschemas.h>
 
-#include <algorithm>
 #include <mutex>
 #include <stdexcept>
+
+#include "sandbox/basics/text.h"
 
 namespace tavrix::sandbox {
 namespace {
@@ -50,12 +51,6 @@ void collect_error(void* target, ReportedError error) {
     std::string message = error->message;
     message.erase(message.find_last_not_of("\r\n ") + 1);
     errors.push_back("Wiersz " + std::to_string(error->line) + ": " + message);
-}
-
-std::string lower(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(),
-                   [](char c) { return c >= 'A' && c <= 'Z' ? char(c - 'A' + 'a') : c; });
-    return text;
 }
 
 }  // namespace

@@ -76,7 +76,7 @@ void write_document(UpoWriter& upo, const Invoice& invoice) {
     upo.value("DataPrzeslaniaDokumentu", polish_time_text(invoice.received));
     upo.value("DataNadaniaNumeruKSeF", polish_time_text(invoice.acquired));
     upo.value("SkrotDokumentu", invoice.invoice_hash);
-    upo.value("TrybWysylki", invoice.offline ? "Offline" : "Online");
+    upo.value("TrybWysylki", mode_name(invoice));
     upo.close("Dokument");
 }
 

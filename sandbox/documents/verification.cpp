@@ -66,9 +66,9 @@ Check check_meaning(const Criteria& criteria, const Session& session, Invoice& i
 }
 
 Check check_uniqueness(const State& state, const Invoice& invoice) {
-    const auto original = state.invoice_by_identity.find(identity_of(*invoice.summary));
-    if (original == state.invoice_by_identity.end()) return std::nullopt;
-    const Invoice& first = state.invoices.at(original->second);
+    const auto* original = look_up(state.invoice_by_identity, identity_of(*invoice.summary));
+    if (original == nullptr) return std::nullopt;
+    const Invoice& first = state.invoices.at(*original);
     Status status = rejected(
         440, {"Duplikat faktury. Faktura o numerze KSeF: " + first.ksef_number +
               " została już prawidłowo przesłana do systemu w sesji: " + first.session_reference});
@@ -80,7 +80,8 @@ Check check_uniqueness(const State& state, const Invoice& invoice) {
 }  // namespace
 
 Status verify_invoice(const Criteria& criteria, const Session& session, Invoice& invoice) {
-    auto plain = aes_256_cbc_decrypt(session.symmetric_key, session.initialization_vector,
+    auto plain = aes_256_cbc_decrypt(base64_decode(session.symmetric_key).value_or(""),
+                                     base64_decode(session.initialization_vector).value_or(""),
                                      invoice.encrypted);
     invoice.encrypted.clear();
     if (!plain) return rejected(435);

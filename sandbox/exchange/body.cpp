@@ -1,9 +1,8 @@
 #include "sandbox/exchange/body.h"
 
-#include <charconv>
-
 #include "sandbox/basics/crypto.h"
-#include "sandbox/exchange/errors.h"
+#include "sandbox/basics/text.h"
+#include "sandbox/exchange/refusals.h"
 
 namespace tavrix::sandbox {
 namespace {
@@ -12,31 +11,28 @@ std::string quoted(const char* name) {
     return std::string("'") + name + "'";
 }
 
-const Json* member(const Json& body, const char* name) {
-    const auto found = body.find(name);
-    return found == body.end() || found->is_null() ? nullptr : &*found;
-}
-
 const Json& required(const Json& body, const char* name) {
-    const Json* value = member(body, name);
+    const Json* value = given(body, name);
     if (value == nullptr) throw invalid_input("Pole " + quoted(name) + " jest wymagane.");
     return *value;
 }
 
-BadRequest wrong_type(const char* name) {
+Refusal wrong_type(const char* name) {
     return invalid_input("Pole " + quoted(name) + " ma nieprawidłowy format.");
 }
 
 }  // namespace
 
+const Json* given(const Json& body, const char* name) {
+    const auto found = body.find(name);
+    return found == body.end() || found->is_null() ? nullptr : &*found;
+}
+
 Json read_body(const Request& request) {
-    try {
-        Json body = parse_json(request.body);
-        if (body.is_object()) return body;
-    } catch (const Json::exception&) {
-        // Falls through: a text that is no JSON and JSON that is no object are refused alike.
-    }
-    throw invalid_input("Treść żądania nie jest poprawnym obiektem JSON.");
+    auto body = read_json(request.body);
+    if (!body || !body->is_object())
+        throw invalid_input("Treść żądania nie jest poprawnym obiektem JSON.");
+    return std::move(*body);
 }
 
 const Json& required_object(const Json& body, const char* name) {
@@ -54,14 +50,14 @@ std::string required_text(const Json& body, const char* name) {
 }
 
 std::string optional_text(const Json& body, const char* name) {
-    const Json* value = member(body, name);
+    const Json* value = given(body, name);
     if (value == nullptr) return {};
     if (!value->is_string()) throw wrong_type(name);
     return value->get<std::string>();
 }
 
 bool optional_flag(const Json& body, const char* name) {
-    const Json* value = member(body, name);
+    const Json* value = given(body, name);
     if (value == nullptr) return false;
     if (!value->is_boolean()) throw wrong_type(name);
     return value->get<bool>();
@@ -69,18 +65,10 @@ bool optional_flag(const Json& body, const char* name) {
 
 std::int64_t required_count(const Json& body, const char* name) {
     const Json& value = required(body, name);
-    std::int64_t count = 0;
-    if (value.is_number_integer()) {
-        count = value.get<std::int64_t>();
-    } else if (value.is_string()) {
-        const auto& text = value.get_ref<const std::string&>();
-        const auto read = std::from_chars(text.data(), text.data() + text.size(), count);
-        if (read.ec != std::errc() || read.ptr != text.data() + text.size()) throw wrong_type(name);
-    } else {
-        throw wrong_type(name);
-    }
-    if (count < 1) throw invalid_input("Pole " + quoted(name) + " musi być większe od zera.");
-    return count;
+    const auto count = whole_number(value);
+    if (!count) throw wrong_type(name);
+    if (*count < 1) throw invalid_input("Pole " + quoted(name) + " musi być większe od zera.");
+    return *count;
 }
 
 std::string required_bytes(const Json& body, const char* name) {

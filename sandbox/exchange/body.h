@@ -1,4 +1,4 @@
-// Reading JSON bodies of requests: everything that does not fit is BadRequest 21405.
+// Reading JSON bodies of requests: everything that does not fit is refused with 21405.
 #pragma once
 
 #include <cstdint>
@@ -12,6 +12,8 @@ namespace tavrix::sandbox {
 /// The body as a JSON object.
 Json read_body(const Request& request);
 
+/// A member of an object, null when it is absent or null.
+const Json* given(const Json& body, const char* name);
 const Json& required_object(const Json& body, const char* name);
 std::string required_text(const Json& body, const char* name);
 /// Empty when the member is absent or null.

@@ -1,7 +1,6 @@
 // One request and its answer, free of the HTTP library.
 #pragma once
 
-#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -62,10 +61,6 @@ struct Answer {
     static Answer html(std::string body);
     static Answer empty(int status) { return {status, {}, {}, {}}; }
 };
-
-/// Undoes percent-encoding; a broken escape stays as it is.
-std::string percent_decode(std::string_view text, bool plus_is_space = false);
-std::string percent_encode(std::string_view text);
 
 /// Matches a path against a pattern segment by segment and decodes what stands for `{}`.
 bool match_path(std::string_view pattern, std::string_view path,

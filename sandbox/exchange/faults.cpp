@@ -1,27 +1,31 @@
 #include "sandbox/exchange/faults.h"
 
-#include <array>
-#include <charconv>
+#include <algorithm>
 #include <stdexcept>
+
+#include "sandbox/exchange/refusals.h"
 
 namespace tavrix::sandbox {
 namespace {
 
-struct KindName {
+using Mode = Delivery::Mode;
+
+struct Kind {
     FaultKind kind;
     std::string_view name;
     /// The operation does not run when this hits.
     bool prevents_handling;
+    Mode mode = Mode::whole;
 };
 
-constexpr KindName kinds[] = {
-    {FaultKind::refuse, "refuse", true},
-    {FaultKind::drop, "drop", false},
-    {FaultKind::reset, "reset", false},
-    {FaultKind::cut, "cut", false},
-    {FaultKind::hang, "hang", true},
+constexpr Kind kinds[] = {
+    {FaultKind::refuse, "refuse", true, Mode::drop},
+    {FaultKind::drop, "drop", false, Mode::drop},
+    {FaultKind::reset, "reset", false, Mode::reset},
+    {FaultKind::cut, "cut", false, Mode::cut},
+    {FaultKind::hang, "hang", true, Mode::hang},
     {FaultKind::delay, "delay", false},
-    {FaultKind::drip, "drip", false},
+    {FaultKind::drip, "drip", false, Mode::drip},
     {FaultKind::status, "status", true},
     {FaultKind::too_many, "429", true},
     {FaultKind::malformed, "malformed", true},
@@ -34,16 +38,15 @@ constexpr KindName kinds[] = {
     {FaultKind::verdict, "verdict", false},
 };
 
-const KindName& entry_of(FaultKind kind) {
-    for (const KindName& entry : kinds)
-        if (entry.kind == kind) return entry;
-    throw std::invalid_argument("no such fault");
+const Kind& entry_of(FaultKind kind) {
+    return *std::find_if(std::begin(kinds), std::end(kinds),
+                         [kind](const Kind& entry) { return entry.kind == kind; });
 }
 
-FaultKind kind_named(std::string_view name) {
-    for (const KindName& entry : kinds)
+FaultKind kind_named(const std::string& name) {
+    for (const Kind& entry : kinds)
         if (entry.name == name) return entry.kind;
-    throw std::invalid_argument("unknown kind of fault: " + std::string(name));
+    throw std::invalid_argument("unknown kind of fault: " + name);
 }
 
 bool edits_answer(FaultKind kind) {
@@ -54,56 +57,46 @@ bool is_processing(std::string_view step) {
     return step.starts_with("processing/");
 }
 
-/// A number, which a command line or a careless client may write as text.
-int integer(const std::string& name, const Json& value) {
-    if (value.is_number_integer()) return value.get<int>();
-    if (value.is_string()) {
-        const auto& text = value.get_ref<const std::string&>();
-        int result = 0;
-        const auto read = std::from_chars(text.data(), text.data() + text.size(), result);
-        if (read.ec == std::errc() && read.ptr == text.data() + text.size()) return result;
-    }
-    throw std::invalid_argument("not a number: " + name);
-}
+constexpr std::pair<std::string_view, int Fault::*> numbers[] = {
+    {"skip", &Fault::skip},
+    {"count", &Fault::count},
+    {"status", &Fault::status},
+    {"retry_after", &Fault::retry_after_s},
+    {"delay_ms", &Fault::delay_ms},
+    {"bytes", &Fault::bytes},
+    {"interval_ms", &Fault::interval_ms},
+    {"code", &Fault::code},
+};
 
-std::string string_of(const std::string& name, const Json& value) {
+constexpr std::pair<std::string_view, std::string Fault::*> texts[] = {
+    {"step", &Fault::step}, {"type", &Fault::content_type},       {"path", &Fault::path},
+    {"name", &Fault::name}, {"description", &Fault::description},
+};
+
+std::string text_of(const std::string& name, const Json& value) {
     if (!value.is_string()) throw std::invalid_argument("not a text: " + name);
     return value.get<std::string>();
 }
 
 void read_member(Fault& fault, const std::string& name, const Json& value) {
-    if (name == "step")
-        fault.step = string_of(name, value);
-    else if (name == "kind")
-        fault.kind = kind_named(string_of(name, value));
-    else if (name == "skip")
-        fault.skip = integer(name, value);
-    else if (name == "count")
-        fault.count = integer(name, value);
-    else if (name == "status")
-        fault.status = integer(name, value);
+    for (const auto& [known, member] : numbers) {
+        if (name != known) continue;
+        const auto number = whole_number(value);
+        if (!number) throw std::invalid_argument("not a number: " + name);
+        fault.*member = int(*number);
+        return;
+    }
+    for (const auto& [known, member] : texts) {
+        if (name != known) continue;
+        fault.*member = text_of(name, value);
+        return;
+    }
+    if (name == "kind")
+        fault.kind = kind_named(text_of(name, value));
     else if (name == "body")
         fault.body = value.is_string() ? value.get<std::string>() : dump(value);
-    else if (name == "type")
-        fault.content_type = string_of(name, value);
-    else if (name == "retry_after")
-        fault.retry_after_s = integer(name, value);
-    else if (name == "delay_ms")
-        fault.delay_ms = integer(name, value);
-    else if (name == "bytes")
-        fault.bytes = integer(name, value);
-    else if (name == "interval_ms")
-        fault.interval_ms = integer(name, value);
-    else if (name == "path")
-        fault.path = string_of(name, value);
     else if (name == "value")
         fault.value = value;
-    else if (name == "name")
-        fault.name = string_of(name, value);
-    else if (name == "code")
-        fault.code = integer(name, value);
-    else if (name == "description")
-        fault.description = string_of(name, value);
     else if (name == "details")
         fault.details = value.is_string() ? std::vector{value.get<std::string>()}
                                           : value.get<std::vector<std::string>>();
@@ -134,85 +127,34 @@ void edit(const Fault& fault, Answer& answer) {
         answer.headers.emplace_back(fault.name, fault.value.get<std::string>());
         return;
     }
-    Json body = Json::parse(answer.body, nullptr, false);
-    if (body.is_discarded()) return;
+    auto body = read_json(answer.body);
+    if (!body) return;
     if (fault.kind == FaultKind::json)
-        set_at_path(body, fault.path, fault.value);
+        set_at_path(*body, fault.path, fault.value);
     else
-        remove_at_path(body, fault.path);
-    answer.body = dump(body);
-}
-
-Answer too_many_requests(int retry_after_s) {
-    const std::string text = "Przekroczono limit 20 żądań na minutę. Spróbuj ponownie po " +
-                             std::to_string(retry_after_s) + " sekundach.";
-    Answer answer = Answer::json(429, {{"status",
-                                        {{"code", 429},
-                                         {"description", "Too Many Requests"},
-                                         {"details", Json::array({text})}}}});
-    answer.headers.emplace_back("Retry-After", std::to_string(retry_after_s));
-    return answer;
+        remove_at_path(*body, fault.path);
+    answer.body = dump(*body);
 }
 
 constexpr const char* firewall_page =
     "<!DOCTYPE html><html><head><title>Request blocked</title></head><body><h1>Request blocked</h1>"
     "<p>The requested URL was rejected. Please consult your administrator.</p></body></html>";
 
-Delivery apply(const Fault& fault, Answer& answer) {
-    using Mode = Delivery::Mode;
-    Delivery delivery;
-    delivery.piece_bytes = std::size_t(fault.bytes);
-    delivery.interval_ms = fault.interval_ms;
-    switch (fault.kind) {
-        case FaultKind::refuse:
-        case FaultKind::drop:
-            delivery.mode = Mode::drop;
-            break;
-        case FaultKind::reset:
-            delivery.mode = Mode::reset;
-            break;
-        case FaultKind::cut:
-            delivery.mode = Mode::cut;
-            break;
-        case FaultKind::hang:
-            delivery.mode = Mode::hang;
-            break;
-        case FaultKind::drip:
-            delivery.mode = Mode::drip;
-            break;
-        case FaultKind::delay:
-            delivery.delay_ms = fault.delay_ms;
-            break;
-        case FaultKind::status:
-            answer = {fault.status, fault.body.empty() ? "" : fault.content_type, fault.body, {}};
-            break;
-        case FaultKind::too_many:
-            answer = too_many_requests(fault.retry_after_s);
-            break;
-        case FaultKind::malformed:
-            answer = {200,
-                      "application/json",
-                      fault.body.empty() ? "{\"status\": {code:" : fault.body,
-                      {}};
-            break;
-        case FaultKind::truncated:
-            answer.body.resize(answer.body.size() / 2);
-            break;
-        case FaultKind::html:
-            answer = Answer::html(fault.body.empty() ? firewall_page : fault.body);
-            break;
-        case FaultKind::empty:
-            answer = Answer::empty(200);
-            break;
-        case FaultKind::json:
-        case FaultKind::remove:
-        case FaultKind::header:
-            edit(fault, answer);
-            break;
-        case FaultKind::verdict:
-            break;
-    }
-    return delivery;
+/// The answer of a fault that has one of its own, or the proper answer spoilt.
+void replace(const Fault& fault, Answer& answer) {
+    const auto body_or = [&](const char* usual) { return fault.body.empty() ? usual : fault.body; };
+    if (fault.kind == FaultKind::status)
+        answer = {fault.status, fault.body.empty() ? "" : fault.content_type, fault.body, {}};
+    else if (fault.kind == FaultKind::too_many)
+        answer = too_many_requests_answer(20, "minutę", fault.retry_after_s);
+    else if (fault.kind == FaultKind::malformed)
+        answer = {200, "application/json", body_or("{\"status\": {code:"), {}};
+    else if (fault.kind == FaultKind::truncated)
+        answer.body.resize(answer.body.size() / 2);
+    else if (fault.kind == FaultKind::html)
+        answer = Answer::html(body_or(firewall_page));
+    else if (fault.kind == FaultKind::empty)
+        answer = Answer::empty(200);
 }
 
 }  // namespace
@@ -254,8 +196,9 @@ Json parse_fault_text(std::string_view text) {
             to = at = std::min(text.find(' ', from), text.size());
         }
         const std::string value(text.substr(from, to - from));
-        const Json parsed = name == "value" ? Json::parse(value, nullptr, false) : Json(value);
-        fault[name] = parsed.is_discarded() ? Json(value) : parsed;
+        fault[name] = Json(value);
+        if (name != "value") continue;
+        if (const auto parsed = read_json(value)) fault[name] = *parsed;
     }
     return fault;
 }
@@ -284,17 +227,20 @@ Json FaultList::to_json() const {
 }
 
 bool prevents_handling(const std::vector<Fault>& faults) {
-    for (const Fault& fault : faults)
-        if (entry_of(fault.kind).prevents_handling) return true;
-    return false;
+    return std::any_of(faults.begin(), faults.end(),
+                       [](const Fault& fault) { return entry_of(fault.kind).prevents_handling; });
 }
 
 Delivery apply_faults(const std::vector<Fault>& faults, Answer& answer) {
     Delivery delivery;
     for (const Fault& fault : faults)
-        if (edits_answer(fault.kind)) apply(fault, answer);
-    for (const Fault& fault : faults)
-        if (!edits_answer(fault.kind)) delivery = apply(fault, answer);
+        if (edits_answer(fault.kind)) edit(fault, answer);
+    for (const Fault& fault : faults) {
+        if (edits_answer(fault.kind)) continue;
+        replace(fault, answer);
+        delivery = {entry_of(fault.kind).mode, fault.kind == FaultKind::delay ? fault.delay_ms : 0,
+                    std::size_t(fault.bytes), fault.interval_ms};
+    }
     return delivery;
 }
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "sandbox/exchange/errors.h"
+#include "sandbox/exchange/refusals.h"
 
 namespace tavrix::sandbox {
 namespace {
@@ -38,8 +38,8 @@ void check_window(const std::deque<Instant>& requests, Instant now, int limit,
     const Instant blocking = requests[requests.size() - std::size_t(limit)];
     const Ticks wait = blocking + window - now;
     if (wait > Ticks(0))
-        throw TooManyRequests(limit, window_name,
-                              int(std::chrono::ceil<std::chrono::seconds>(wait).count()));
+        throw too_many_requests(limit, window_name,
+                                int(std::chrono::ceil<std::chrono::seconds>(wait).count()));
 }
 
 }  // namespace

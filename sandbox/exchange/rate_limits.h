@@ -35,7 +35,7 @@ Json published_rate_limits();
 /// Counts requests in sliding windows of a second, a minute and an hour.
 class RateLimiter {
   public:
-    /// Counts one request of a caller, or throws TooManyRequests and counts nothing.
+    /// Counts one request of a caller, or throws a refusal and counts nothing.
     void admit(const std::string& caller, RateGroup group, Instant now);
     void clear() { requests_.clear(); }
 

@@ -21,11 +21,7 @@ void shorten_texts(Json& value) {
 /// Bodies are parsed when somebody looks, not when they come: a client's time is not spent on it.
 Json body_json(const std::string& body) {
     if (body.empty()) return nullptr;
-    try {
-        return parse_json(body);
-    } catch (const Json::exception&) {
-        return body;
-    }
+    return read_json(body).value_or(Json(body));
 }
 
 }  // namespace
@@ -51,19 +47,19 @@ void RequestLog::clear() {
 }
 
 Json to_json(const LoggedRequest& entry, const TimeFormat& time) {
-    Json query = Json::array(), headers = Json::array();
-    for (const auto& [name, value] : entry.query)
-        query.push_back({{"name", name}, {"value", value}});
-    for (const auto& [name, value] : entry.headers)
-        headers.push_back({{"name", name}, {"value", value}});
+    const auto list = [](const auto& pairs) {
+        Json items = Json::array();
+        for (const auto& [name, value] : pairs) items.push_back({{"name", name}, {"value", value}});
+        return items;
+    };
     return {{"number", entry.number},
             {"time", time.text(entry.time)},
             {"connection", entry.connection},
             {"method", entry.method},
             {"target", entry.target},
             {"path", entry.path},
-            {"query", query},
-            {"headers", headers},
+            {"query", list(entry.query)},
+            {"headers", list(entry.headers)},
             {"authorization", to_string(entry.bearer)},
             {"body", body_json(entry.body)},
             {"step", entry.step},

@@ -12,12 +12,18 @@
 #include <array>
 #include <stdexcept>
 
+#include "sandbox/basics/text.h"
+
 namespace tavrix::sandbox {
 namespace {
 
 constexpr int transfer_timeout_ms = 30'000;
 
-void describe(const sockaddr_storage& address, std::string& ip, int& port) {
+/// Asks with getpeername or getsockname.
+void describe(int socket, int (*ask)(int, sockaddr*, socklen_t*), std::string& ip, int& port) {
+    sockaddr_storage address{};
+    socklen_t size = sizeof address;
+    if (ask(socket, reinterpret_cast<sockaddr*>(&address), &size) != 0) return;
     std::array<char, INET6_ADDRSTRLEN> text{};
     if (address.ss_family == AF_INET) {
         const auto& v4 = reinterpret_cast<const sockaddr_in&>(address);
@@ -38,12 +44,6 @@ void announce_close(std::string& answer) {
     const std::size_t from = answer.find(keep_alive);
     if (from == std::string::npos) return;
     answer.replace(from, answer.find("\r\n", from + 2) - from, "\r\nConnection: close");
-}
-
-bool contains_header(const std::string& head, std::string_view name) {
-    const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? char(c - 'A' + 'a') : c; };
-    return std::search(head.begin(), head.end(), name.begin(), name.end(),
-                       [&](char a, char b) { return lower(a) == lower(b); }) != head.end();
 }
 
 }  // namespace
@@ -129,8 +129,9 @@ void Connection::drain() {
 
 void Connection::inspect_head() {
     head_read_ = true;
-    no_body_ = !contains_header(head_, "\ncontent-length:") &&
-               !contains_header(head_, "\ntransfer-encoding:");
+    const std::string head = lower(std::exchange(head_, {}));
+    no_body_ = head.find("\ncontent-length:") == std::string::npos &&
+               head.find("\ntransfer-encoding:") == std::string::npos;
     head_.clear();
 }
 
@@ -210,17 +211,11 @@ bool Connection::deliver() {
 }
 
 void Connection::get_remote_ip_and_port(std::string& ip, int& port) const {
-    sockaddr_storage address{};
-    socklen_t size = sizeof address;
-    if (getpeername(socket_.get(), reinterpret_cast<sockaddr*>(&address), &size) == 0)
-        describe(address, ip, port);
+    describe(socket_.get(), ::getpeername, ip, port);
 }
 
 void Connection::get_local_ip_and_port(std::string& ip, int& port) const {
-    sockaddr_storage address{};
-    socklen_t size = sizeof address;
-    if (getsockname(socket_.get(), reinterpret_cast<sockaddr*>(&address), &size) == 0)
-        describe(address, ip, port);
+    describe(socket_.get(), ::getsockname, ip, port);
 }
 
 }  // namespace tavrix::sandbox

@@ -12,11 +12,10 @@ namespace tavrix::sandbox {
 namespace {
 
 Json body_of(const Request& request) {
-    try {
-        return request.body.empty() ? Json::object() : parse_json(request.body);
-    } catch (const Json::exception&) {
-        throw std::invalid_argument("the body is not JSON");
-    }
+    if (request.body.empty()) return Json::object();
+    const auto body = read_json(request.body);
+    if (!body) throw std::invalid_argument("the body is not JSON");
+    return *body;
 }
 
 Answer get_state(ControlRoom& room, Request&) {
@@ -63,13 +62,9 @@ Answer move_clock(ControlRoom& room, Request& request) {
     constexpr std::int64_t ten_years_ms = 10LL * 366 * 24 * 3600 * 1000;
     if (step_ms < 0 || step_ms > ten_years_ms)
         throw std::invalid_argument("the clock moves forward, by at most ten years");
-    room.service.clock->advance(std::chrono::milliseconds(step_ms));
+    room.service.clock.advance(std::chrono::milliseconds(step_ms));
     settle(room.service);
     return Answer::json(200, {{"now", room.service.time_text(room.service.now())}});
-}
-
-Json pace_json(const Pace& pace) {
-    return {{"delay_ms", pace.delay_ms}, {"polls", pace.polls}};
 }
 
 /// `{"authentication": {"polls": 2}, "invoice": {"delay_ms": 50}}`; what is not named stays.
@@ -93,7 +88,7 @@ Answer set_pace(ControlRoom& room, Request& request) {
             pace->delay_ms = body[name].value("delay_ms", pace->delay_ms);
             pace->polls = body[name].value("polls", pace->polls);
         }
-        answer[name] = pace_json(*pace);
+        answer[name] = {{"delay_ms", pace->delay_ms}, {"polls", pace->polls}};
     }
     return Answer::json(200, answer);
 }
@@ -114,9 +109,9 @@ Answer rotate_keys(ControlRoom& room, Request& request) {
 }
 
 const Invoice& invoice_named(ControlRoom& room, const Request& request) {
-    const auto found = room.service.state.invoices.find(request.parameters.at(0));
-    if (found == room.service.state.invoices.end()) throw std::invalid_argument("no such invoice");
-    return found->second;
+    const Invoice* invoice = look_up(room.service.state.invoices, request.parameters.at(0));
+    if (invoice == nullptr) throw std::invalid_argument("no such invoice");
+    return *invoice;
 }
 
 Answer invoice_xml(ControlRoom& room, Request& request) {

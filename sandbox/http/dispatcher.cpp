@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <chrono>
 
+#include "sandbox/basics/text.h"
 #include "sandbox/pages/page.h"
 #include "sandbox/service/processing.h"
 
@@ -19,31 +20,18 @@ std::string_view strip_root(std::string_view path) {
 }
 
 bool suits(Need need, BearerKind kind) {
-    switch (need) {
-        case Need::nothing:
-            return true;
-        case Need::authentication_token:
-            return kind == BearerKind::authentication;
-        case Need::access_token:
-            return kind == BearerKind::access;
-        case Need::refresh_token:
-            return kind == BearerKind::refresh;
-        case Need::access_or_refresh_token:
-            return kind == BearerKind::access || kind == BearerKind::refresh;
-    }
-    return false;
+    if (need == Need::access_or_refresh_token)
+        return kind == BearerKind::access || kind == BearerKind::refresh;
+    return kind == (need == Need::access_token    ? BearerKind::access
+                    : need == Need::refresh_token ? BearerKind::refresh
+                                                  : BearerKind::authentication);
 }
 
-class Stopwatch {
-  public:
-    double elapsed_ms() const {
-        return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start_)
-            .count();
-    }
-
-  private:
-    std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
-};
+double ms_since(std::chrono::steady_clock::time_point start) {
+    const std::chrono::duration<double, std::milli> elapsed =
+        std::chrono::steady_clock::now() - start;
+    return elapsed.count();
+}
 
 /// What an operation saves becomes durable before its answer leaves.
 class Transaction {
@@ -71,15 +59,15 @@ Answer internal_error(const std::exception& error) {
 
 }  // namespace
 
-Dispatcher::Dispatcher(Options options, std::unique_ptr<Clock> clock, std::unique_ptr<Store> store)
-    : service_(std::move(options), std::move(clock), std::move(store)),
+Dispatcher::Dispatcher(Options options, Clock& clock, std::unique_ptr<Store> store)
+    : service_(std::move(options), clock, std::move(store)),
       log_(std::size_t(service_.options.log_size)) {}
 
 Dispatcher::Outcome Dispatcher::handle(Request& request) {
     const std::string_view raw_path =
         std::string_view(request.target).substr(0, request.target.find('?'));
     const std::lock_guard lock(mutex_);
-    const Stopwatch watch;
+    const auto start = std::chrono::steady_clock::now();
 
     bool path_known = false;
     const Route* route = nullptr;
@@ -107,7 +95,7 @@ Dispatcher::Outcome Dispatcher::handle(Request& request) {
     }
     const auto warning = request.header("X-Test-System-Warning");
     if (!warning.empty()) outcome.answer.headers.emplace_back("X-System-Warning", warning);
-    log(request, route, outcome, faults, watch.elapsed_ms());
+    log(request, route, outcome, faults, ms_since(start));
     return outcome;
 }
 
@@ -136,14 +124,13 @@ Answer Dispatcher::carry_out(const Route& route, Request& request) {
 
 void Dispatcher::check_bearer(const Route& route, const Request& request) {
     if (route.need == Need::nothing) return;
-    if (!suits(route.need, request.bearer.kind) || request.bearer.expired) throw Unauthorized();
+    if (!suits(route.need, request.bearer.kind) || request.bearer.expired) throw unauthorized();
     const auto& present = service_.authentication_of(request).permissions;
     const auto required = route.permissions;
-    const bool held =
-        required.empty() || std::any_of(required.begin(), required.end(), [&](auto name) {
-            return std::find(present.begin(), present.end(), name) != present.end();
-        });
-    if (!held) throw Forbidden({required.begin(), required.end()}, present);
+    const bool held = required.empty() ||
+                      std::any_of(required.begin(), required.end(),
+                                  [&](std::string_view name) { return contains(present, name); });
+    if (!held) throw forbidden({required.begin(), required.end()}, present);
 }
 
 void Dispatcher::check_rate(const Route& route, const Request& request) {
@@ -175,8 +162,7 @@ void Dispatcher::log(const Request& request, const Route* route, const Outcome& 
     entry.query = request.query;
     entry.headers = request.headers;
     for (auto& [name, value] : entry.headers)
-        if (name.size() == 13 && request.header(name) == request.header("Authorization"))
-            value = to_string(request.bearer.kind);
+        if (lower(name) == "authorization") value = to_string(request.bearer.kind);
     entry.bearer = request.bearer.kind;
     entry.body = request.body;
     entry.step = route == nullptr ? "unknown" : std::string(route->step);

@@ -15,7 +15,7 @@ namespace tavrix::sandbox {
 
 class Dispatcher {
   public:
-    Dispatcher(Options options, std::unique_ptr<Clock> clock, std::unique_ptr<Store> store);
+    Dispatcher(Options options, Clock& clock, std::unique_ptr<Store> store);
 
     struct Outcome {
         Answer answer;

@@ -5,6 +5,7 @@
 #include <stdexcept>
 #include <thread>
 
+#include "sandbox/basics/text.h"
 #include "sandbox/http/connection.h"
 
 namespace tavrix::sandbox {

@@ -2,14 +2,6 @@
 
 #include <algorithm>
 
-#include "sandbox/service/authentication.h"
-#include "sandbox/service/invoices.h"
-#include "sandbox/service/limits.h"
-#include "sandbox/service/metadata.h"
-#include "sandbox/service/sessions.h"
-#include "sandbox/service/storage.h"
-#include "sandbox/service/tokens.h"
-
 namespace tavrix::sandbox {
 namespace {
 

@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "sandbox/exchange/rate_limits.h"
-#include "sandbox/service/service.h"
+#include "sandbox/service/operations.h"
 
 namespace tavrix::sandbox {
 
@@ -18,8 +18,6 @@ enum class Need {
     access_or_refresh_token
 };
 
-using Handler = Answer (*)(Service&, Request&);
-
 struct Route {
     std::string_view method;
     /// Segments between slashes; `{}` stands for any one segment.
@@ -30,7 +28,7 @@ struct Route {
     Need need;
     /// The caller's token must hold one of these; none named means none needed.
     std::span<const std::string_view> permissions;
-    Handler handler;
+    Operation* handler;
 };
 
 /// Operations of the published interface; their patterns stand under `/v2` and `/api/v2`.

@@ -8,10 +8,6 @@
 namespace tavrix::sandbox {
 namespace {
 
-std::string row(const std::string& label, const std::string& value) {
-    return value.empty() ? "" : "<tr><th>" + label + "</th><td>" + xml_escape(value) + "</td></tr>";
-}
-
 std::string party_identifier(const Element& data) {
     if (const Element nip = data.child("NIP")) return "NIP " + nip.text();
     if (const Element internal = data.child("IDWew"))
@@ -131,13 +127,17 @@ std::string kind_text(const std::string& kind) {
 std::string render_payment(const Element& payment) {
     if (!payment) return "";
     const std::string rows =
-        row("Termin płatności", payment.child("TerminPlatnosci").text("Termin")) +
-        row("Rachunek bankowy", payment.child("RachunekBankowy").text("NrRB")) +
-        row("Data zapłaty", payment.text("DataZaplaty"));
+        fact("Termin płatności", payment.child("TerminPlatnosci").text("Termin")) +
+        fact("Rachunek bankowy", payment.child("RachunekBankowy").text("NrRB")) +
+        fact("Data zapłaty", payment.text("DataZaplaty"));
     return rows.empty() ? "" : "<h3>Płatność</h3><table class=\"facts\">" + rows + "</table>";
 }
 
 }  // namespace
+
+std::string fact(const std::string& label, const std::string& value) {
+    return value.empty() ? "" : "<tr><th>" + label + "</th><td>" + xml_escape(value) + "</td></tr>";
+}
 
 std::string money_text(double amount) {
     char text[400];
@@ -157,9 +157,9 @@ std::string render_invoice(const std::string& xml) {
 
     std::string html = "<h2>" + xml_escape(kind_text(body.text("RodzajFaktury"))) + " " +
                        xml_escape(body.text("P_2")) + "</h2><table class=\"facts\">" +
-                       row("Data wystawienia", body.text("P_1")) +
-                       row("Miejsce wystawienia", body.text("P_1M")) +
-                       row("Data dostawy lub wykonania usługi", body.text("P_6")) + "</table>";
+                       fact("Data wystawienia", body.text("P_1")) +
+                       fact("Miejsce wystawienia", body.text("P_1M")) +
+                       fact("Data dostawy lub wykonania usługi", body.text("P_6")) + "</table>";
     html += "<div class=\"parties\">" + render_party("Sprzedawca", root.child("Podmiot1")) +
             render_party("Nabywca", root.child("Podmiot2"));
     for (const Element& third : root.children("Podmiot3"))

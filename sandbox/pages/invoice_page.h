@@ -9,6 +9,9 @@ namespace tavrix::sandbox {
 /// cannot be read. Every text of the document is escaped.
 std::string render_invoice(const std::string& xml);
 
+/// One row of a table of facts, nothing without a value.
+std::string fact(const std::string& label, const std::string& value);
+
 /// An amount in Polish writing, with two digits after the comma.
 std::string money_text(double amount);
 

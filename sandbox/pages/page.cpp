@@ -1,5 +1,6 @@
 #include "sandbox/pages/page.h"
 
+#include "sandbox/basics/text.h"
 #include "sandbox/basics/xml.h"
 #include "sandbox/pages/invoice_page.h"
 #include "sandbox/service/bearer_tokens.h"
@@ -140,10 +141,6 @@ Answer overview(const State& state, const RequestLog& log) {
     return page("Piaskownica KSeF", html);
 }
 
-std::string fact(const std::string& label, const std::string& value) {
-    return value.empty() ? "" : "<tr><th>" + label + "</th><td>" + xml_escape(value) + "</td></tr>";
-}
-
 std::string document(const std::string& title, const std::string& text) {
     return text.empty()
                ? ""
@@ -192,11 +189,11 @@ Answer show_page(const State& state, const RequestLog& log, const Request& reque
     if (request.method == "GET" || request.method == "HEAD") {
         if (request.path == "/") return overview(state, log);
         if (match_path("/sesja/{}", request.path, parameters))
-            if (const auto it = state.sessions.find(parameters[0]); it != state.sessions.end())
-                return session_page(state, it->second);
+            if (const Session* session = look_up(state.sessions, parameters[0]))
+                return session_page(state, *session);
         if (match_path("/faktura/{}", request.path, parameters))
-            if (const auto it = state.invoices.find(parameters[0]); it != state.invoices.end())
-                return invoice_details(it->second);
+            if (const Invoice* invoice = look_up(state.invoices, parameters[0]))
+                return invoice_details(*invoice);
     }
     Answer answer =
         page("Nie ma takiej strony",

@@ -1,10 +1,10 @@
-#include "sandbox/service/authentication.h"
-
-#include <charconv>
+#include "sandbox/service/operations.h"
 
 #include "sandbox/basics/crypto.h"
 #include "sandbox/basics/ksef_number.h"
+#include "sandbox/basics/text.h"
 #include "sandbox/exchange/body.h"
+#include "sandbox/service/processing.h"
 #include "sandbox/service/tokens.h"
 #include "sandbox/store/statuses.h"
 
@@ -30,11 +30,9 @@ Context read_context(const Json& body) {
 
 /// Takes a challenge out of the list: each serves one attempt.
 Instant take_challenge(Service& service, const std::string& challenge) {
-    const auto found = service.state.challenges.find(challenge);
-    if (found == service.state.challenges.end()) throw BadRequest(ErrorCode::bad_challenge);
-    const Instant made = found->second;
-    service.state.challenges.erase(found);
-    return made;
+    const auto taken = service.state.challenges.extract(challenge);
+    if (taken.empty()) throw bad_request(ErrorCode::bad_challenge);
+    return taken.mapped();
 }
 
 /// The outcome of an attempt whose request was well formed.
@@ -50,11 +48,8 @@ Status judge_attempt(Service& service, Authentication& attempt, Instant challeng
     const std::size_t bar = plain->rfind('|');
     if (bar == std::string::npos) return refused("Nieprawidłowy token");
 
-    std::int64_t sent_ms = 0;
-    const char* end = plain->data() + plain->size();
-    const auto read = std::from_chars(plain->data() + bar + 1, end, sent_ms);
-    if (read.ec != std::errc() || read.ptr != end || sent_ms != unix_ms(challenge_made))
-        return refused("Nieprawidłowy czas tokena");
+    const auto sent_ms = number_of<std::int64_t>(std::string_view(*plain).substr(bar + 1));
+    if (sent_ms != unix_ms(challenge_made)) return refused("Nieprawidłowy czas tokena");
 
     const std::string token = plain->substr(0, bar);
     TokenVerdict verdict = judge_token(service, token, attempt.context);
@@ -71,7 +66,7 @@ Status observe(Service& service, Authentication& authentication) {
     if (!authentication.finished && authentication.polls >= pace.polls &&
         service.now() >= authentication.started + std::chrono::milliseconds(pace.delay_ms)) {
         authentication.finished = true;
-        service.store->save(authentication);
+        service.save(authentication);
     }
     if (authentication.revoked)
         return make_status(
@@ -89,7 +84,7 @@ Json status_json(const Service& service, const Authentication& authentication,
                  {"authenticationMethod", "Token"},
                  {"authenticationMethodInfo",
                   {{"category", "Token"}, {"code", "token.ksef"}, {"displayName", "Token KSeF"}}},
-                 {"status", to_json(status)}};
+                 {"status", status}};
     if (status.code == 200) json["isTokenRedeemed"] = authentication.redeemed;
     if (authentication.last_refresh)
         json["lastTokenRefreshDate"] = service.time_text(*authentication.last_refresh);
@@ -111,7 +106,7 @@ Json access_token(const Service& service, const Authentication& authentication) 
 
 void revoke(Service& service, Authentication& authentication) {
     authentication.revoked = true;
-    service.store->save(authentication);
+    service.save(authentication);
 }
 
 }  // namespace
@@ -144,20 +139,15 @@ Answer authenticate_with_token(Service& service, Request& request) {
     attempt.context = read_context(body);
     const std::string encrypted_token = required_bytes(body, "encryptedToken");
     const std::string key_id = optional_text(body, "publicKeyId");
-    if (!key_id.empty() && !service.keys.knows(token_usage, key_id, service.now()))
-        throw BadRequest(ErrorCode::unknown_key,
-                         {"Klucz o identyfikatorze " + key_id + " nie jest wspierany."});
+    check_key_id(service, token_usage, key_id);
     const Instant challenge_made = take_challenge(service, challenge);
 
     attempt.reference = service.new_reference("AU");
     attempt.started = service.now();
     attempt.outcome = judge_attempt(service, attempt, challenge_made, encrypted_token, key_id);
-    for (const Fault& fault : service.faults.take("processing/authentication")) {
-        attempt.outcome = make_status(StatusOf::authentication, fault.code, fault.details);
-        if (!fault.description.empty()) attempt.outcome.description = fault.description;
-    }
+    apply_verdicts(service, "processing/authentication", StatusOf::authentication, attempt.outcome);
     const Authentication& kept = service.state.add(std::move(attempt));
-    service.store->save(kept);
+    service.save(kept);
     const Instant valid_until = kept.started + authentication_token_lifetime;
     return Answer::json(202,
                         {{"referenceNumber", kept.reference},
@@ -169,9 +159,9 @@ Answer authentication_status(Service& service, Request& request) {
     const std::string& reference = reference_parameter(request, 0);
     Authentication& authentication = service.authentication_of(request);
     if (authentication.reference != reference)
-        throw BadRequest(ErrorCode::not_authenticated,
-                         {"Operacja uwierzytelniania o numerze referencyjnym " + reference +
-                          " nie została znaleziona."});
+        throw bad_request(ErrorCode::not_authenticated,
+                          "Operacja uwierzytelniania o numerze referencyjnym " + reference +
+                              " nie została znaleziona.");
     const Status status = observe(service, authentication);
     return Answer::json(200, status_json(service, authentication, status));
 }
@@ -181,17 +171,17 @@ Answer redeem_tokens(Service& service, Request& request) {
     const int code = authentication.finished ? authentication.outcome.code
                                              : observe(service, authentication).code;
     if (code != 200)
-        throw BadRequest(ErrorCode::not_authorised,
-                         {"Status uwierzytelniania (" + std::to_string(code) +
-                          ") nie pozwala na pobranie tokenów."});
+        throw bad_request(ErrorCode::not_authorised, "Status uwierzytelniania (" +
+                                                         std::to_string(code) +
+                                                         ") nie pozwala na pobranie tokenów.");
     if (authentication.redeemed)
-        throw BadRequest(ErrorCode::not_authorised,
-                         {"Tokeny dla operacji uwierzytelniania " + authentication.reference +
-                          " zostały już pobrane."});
+        throw bad_request(ErrorCode::not_authorised, "Tokeny dla operacji uwierzytelniania " +
+                                                         authentication.reference +
+                                                         " zostały już pobrane.");
     const Instant refresh_until = service.now() + refresh_token_lifetime;
     authentication.redeemed = true;
     authentication.refresh_valid_until = refresh_until;
-    service.store->save(authentication);
+    service.save(authentication);
     return Answer::json(200, {{"accessToken", access_token(service, authentication)},
                               {"refreshToken", token_info(service, BearerKind::refresh,
                                                           authentication, refresh_until)}});
@@ -200,38 +190,33 @@ Answer redeem_tokens(Service& service, Request& request) {
 Answer refresh_access_token(Service& service, Request& request) {
     Authentication& authentication = service.authentication_of(request);
     if (authentication.revoked)
-        throw BadRequest(
+        throw bad_request(
             ErrorCode::not_authorised,
             {"Status uwierzytelniania (425) nie pozwala na odświeżenie tokenu dostępowego."});
-    const auto token = service.state.tokens.find(authentication.token_reference);
-    if (token != service.state.tokens.end() && token->second.revoked)
-        throw BadRequest(ErrorCode::not_authorised, {"Token KSeF został unieważniony."});
+    const auto* token = look_up(service.state.tokens, authentication.token_reference);
+    if (token != nullptr && token->revoked)
+        throw bad_request(ErrorCode::not_authorised, "Token KSeF został unieważniony.");
     authentication.last_refresh = service.now();
-    service.store->save(authentication);
+    service.save(authentication);
     return Answer::json(200, {{"accessToken", access_token(service, authentication)}});
 }
 
 Answer list_authentications(Service& service, Request& request) {
     const Authentication& caller = service.authentication_of(request);
-    std::vector<Authentication*> active;
+    std::vector<const Authentication*> active;
     for (auto reference = service.state.authentication_order.rbegin();
          reference != service.state.authentication_order.rend(); ++reference) {
-        Authentication& it = service.state.authentications.at(*reference);
+        const Authentication& it = service.state.authentications.at(*reference);
         if (it.context == caller.context && it.redeemed && !it.revoked &&
             it.refresh_valid_until > service.now())
             active.push_back(&it);
     }
-    const Page page = page_of(request, active.size(), page_size(request, 10, 100));
-    Json answer = Json::object();
-    if (!page.continuation_token.empty()) answer["continuationToken"] = page.continuation_token;
-    answer["items"] = Json::array();
-    for (std::size_t i = page.from; i < page.to; ++i) {
-        Json item = status_json(service, *active[i], active[i]->outcome);
-        item["referenceNumber"] = active[i]->reference;
-        item["isCurrent"] = active[i]->reference == caller.reference;
-        answer["items"].push_back(std::move(item));
-    }
-    return Answer::json(200, answer);
+    return list_answer(request, 100, "items", active, [&](const Authentication* it) {
+        Json item = status_json(service, *it, it->outcome);
+        item["referenceNumber"] = it->reference;
+        item["isCurrent"] = it->reference == caller.reference;
+        return item;
+    });
 }
 
 Answer revoke_current_authentication(Service& service, Request& request) {
@@ -241,12 +226,11 @@ Answer revoke_current_authentication(Service& service, Request& request) {
 
 Answer revoke_authentication(Service& service, Request& request) {
     const std::string& reference = reference_parameter(request, 0);
-    const auto found = service.state.authentications.find(reference);
-    if (found == service.state.authentications.end() ||
-        found->second.context != service.authentication_of(request).context)
+    Authentication* found = look_up(service.state.authentications, reference);
+    if (found == nullptr || found->context != service.authentication_of(request).context)
         throw invalid_input("Sesja uwierzytelnienia o numerze referencyjnym " + reference +
                             " nie została znaleziona.");
-    revoke(service, found->second);
+    revoke(service, *found);
     return Answer::empty(204);
 }
 

@@ -2,6 +2,8 @@
 
 #include <openssl/crypto.h>
 
+#include <algorithm>
+
 #include "sandbox/basics/crypto.h"
 
 namespace tavrix::sandbox {
@@ -9,25 +11,13 @@ namespace {
 
 constexpr std::string_view token_start = "eyJ";
 
-/// The service's own names of the kinds.
-std::string_view kind_claim(BearerKind kind) {
-    switch (kind) {
-        case BearerKind::authentication:
-            return "OperationToken";
-        case BearerKind::access:
-            return "ContextToken";
-        case BearerKind::refresh:
-            return "RefreshToken";
-        default:
-            return "";
-    }
-}
+/// The service's own names of the kinds, by BearerKind.
+constexpr std::string_view claims_of[] = {"", "", "OperationToken", "ContextToken", "RefreshToken"};
 
 BearerKind kind_from_claim(std::string_view claim) {
-    for (const BearerKind kind :
-         {BearerKind::authentication, BearerKind::access, BearerKind::refresh})
-        if (kind_claim(kind) == claim) return kind;
-    return BearerKind::unknown;
+    const auto* found = std::find(std::begin(claims_of) + 2, std::end(claims_of), claim);
+    return found == std::end(claims_of) ? BearerKind::unknown
+                                        : BearerKind(found - std::begin(claims_of));
 }
 
 }  // namespace
@@ -39,7 +29,7 @@ std::string BearerTokens::sign(std::string_view head_and_claims) const {
 std::string BearerTokens::make(BearerKind kind, const Authentication& authentication,
                                Instant issued, Instant valid_until) const {
     const Json head = {{"alg", "HS256"}, {"typ", "JWT"}};
-    Json claims = {{"token-type", kind_claim(kind)},
+    Json claims = {{"token-type", claims_of[int(kind)]},
                    {"operation-reference-number", authentication.reference}};
     if (kind != BearerKind::authentication) {
         claims["context-identifier-type"] = authentication.context.type;

@@ -1,4 +1,6 @@
-#include "sandbox/service/invoices.h"
+#include "sandbox/service/operations.h"
+
+#include <algorithm>
 
 #include "sandbox/basics/crypto.h"
 #include "sandbox/basics/ksef_number.h"
@@ -31,38 +33,28 @@ Json invoice_json(Service& service, const Request& request, Invoice& invoice) {
         json["permanentStorageDate"] = service.time_text(permanent_storage_date(invoice));
         json["upoDownloadUrl"] = link.url;
         json["upoDownloadUrlExpirationDate"] = service.time_text(link.valid_until);
-        json["invoicingMode"] = invoice.offline ? "Offline" : "Online";
+        json["invoicingMode"] = mode_name(invoice);
     }
-    json["status"] = to_json(status);
+    json["status"] = status;
     return json;
 }
 
-Answer invoice_page(Service& service, Request& request,
+Answer invoice_list(Service& service, const Request& request,
                     const std::vector<std::string>& references) {
-    const Page page = page_of(request, references.size(), page_size(request, 10, 1000));
-    Json answer = Json::object();
-    if (!page.continuation_token.empty()) answer["continuationToken"] = page.continuation_token;
-    answer["invoices"] = Json::array();
-    for (std::size_t i = page.from; i < page.to; ++i)
-        answer["invoices"].push_back(
-            invoice_json(service, request, service.state.invoices.at(references[i])));
-    return Answer::json(200, answer);
-}
-
-BadRequest invoice_unknown(const std::string& reference) {
-    return invalid_input("Faktura o numerze referencyjnym " + reference +
-                         " nie została znaleziona w sesji.");
+    return list_answer(request, 1000, "invoices", references, [&](const std::string& reference) {
+        return invoice_json(service, request, service.state.invoices.at(reference));
+    });
 }
 
 /// An invoice of the session in the path. The contract knows no code of its own for an unknown one.
 Invoice& invoice_of(Service& service, Request& request) {
-    const Session& session = service.session_of(request, reference_parameter(request, 0));
+    const Session& session = service.session_of(request);
     const std::string& reference = reference_parameter(request, 1);
-    const auto found = service.state.invoices.find(reference);
-    if (found == service.state.invoices.end() ||
-        found->second.session_reference != session.reference)
-        throw invoice_unknown(reference);
-    return found->second;
+    Invoice* invoice = look_up(service.state.invoices, reference);
+    if (invoice == nullptr || invoice->session_reference != session.reference)
+        throw invalid_input("Faktura o numerze referencyjnym " + reference +
+                            " nie została znaleziona w sesji.");
+    return *invoice;
 }
 
 const std::string& ksef_number_parameter(const Request& request, std::size_t index) {
@@ -71,44 +63,45 @@ const std::string& ksef_number_parameter(const Request& request, std::size_t ind
     return number;
 }
 
+/// True when one of the invoices under a hash was sent in the context and accepted.
+bool any_accepted(const State& state,
+                  const std::unordered_multimap<std::string, std::string>& index,
+                  const std::string& hash, const Context& context) {
+    const auto [from, to] = index.equal_range(hash);
+    return std::any_of(from, to, [&](const auto& entry) {
+        const Invoice& invoice = state.invoices.at(entry.second);
+        return invoice.status.code == 200 &&
+               state.sessions.at(invoice.session_reference).context == context;
+    });
+}
+
 /// A technical correction replaces a rejected offline invoice, once.
-void check_correction(const Service& service, const Context& context,
-                      const std::string& corrected_hash) {
-    const auto [from, to] = service.state.invoices_by_hash.equal_range(corrected_hash);
-    for (auto it = from; it != to; ++it) {
-        const Invoice& original = service.state.invoices.at(it->second);
-        const bool own = service.state.sessions.at(original.session_reference).context == context;
-        if (own && original.status.code == 200)
-            throw BadRequest(
-                ErrorCode::correction_not_allowed,
-                {"Nie można wysłać korekty technicznej do prawidłowo przetworzonej faktury."});
-    }
-    const auto [first, last] = service.state.corrections_by_hash.equal_range(corrected_hash);
-    for (auto it = first; it != last; ++it) {
-        const Invoice& correction = service.state.invoices.at(it->second);
-        if (correction.status.code == 200 &&
-            service.state.sessions.at(correction.session_reference).context == context)
-            throw BadRequest(ErrorCode::correction_already_done,
-                             {"Faktura posiada już przetworzoną prawidłowo korektę techniczną."});
-    }
+void check_correction(const State& state, const Context& context, const std::string& hash) {
+    if (any_accepted(state, state.invoices_by_hash, hash, context))
+        throw bad_request(
+            ErrorCode::correction_not_allowed,
+            "Nie można wysłać korekty technicznej do prawidłowo przetworzonej faktury.");
+    if (any_accepted(state, state.corrections_by_hash, hash, context))
+        throw bad_request(ErrorCode::correction_already_done,
+                          "Faktura posiada już przetworzoną prawidłowo korektę techniczną.");
 }
 
 void check_session_takes_invoices(const Session& session) {
     if (session.stage != SessionStage::open || session.kind != SessionKind::online)
-        throw BadRequest(ErrorCode::session_status,
-                         {"Status sesji " + std::to_string(session.status.code) +
-                          " uniemożliwia wysyłkę faktur."});
+        throw bad_request(ErrorCode::session_status, "Status sesji " +
+                                                         std::to_string(session.status.code) +
+                                                         " uniemożliwia wysyłkę faktur.");
     if (session.invoices.size() >= most_invoices_per_session)
-        throw BadRequest(ErrorCode::invoice_limit_reached,
-                         {"Sesja o numerze referencyjnym " + session.reference +
-                          " osiągnęła dozwolony limit liczby faktur " +
-                          std::to_string(most_invoices_per_session) + "."});
+        throw bad_request(ErrorCode::invoice_limit_reached,
+                          "Sesja o numerze referencyjnym " + session.reference +
+                              " osiągnęła dozwolony limit liczby faktur " +
+                              std::to_string(most_invoices_per_session) + ".");
 }
 
 }  // namespace
 
 Answer send_invoice(Service& service, Request& request) {
-    const std::string& reference = reference_parameter(request, 0);
+    reference_parameter(request, 0);  // refused before the body is looked at
     const Json body = read_body(request);
     Invoice invoice;
     invoice.invoice_hash = required_hash(body, "invoiceHash");
@@ -117,23 +110,23 @@ Answer send_invoice(Service& service, Request& request) {
     const std::int64_t encrypted_size = required_count(body, "encryptedInvoiceSize");
     invoice.encrypted = required_bytes(body, "encryptedInvoiceContent");
     invoice.offline_declared = optional_flag(body, "offlineMode");
-    if (body.contains("hashOfCorrectedInvoice") && !body["hashOfCorrectedInvoice"].is_null())
+    if (given(body, "hashOfCorrectedInvoice") != nullptr)
         invoice.hash_of_corrected = required_hash(body, "hashOfCorrectedInvoice");
 
-    Session& session = service.session_of(request, reference, "odnaleziona");
+    Session& session = service.session_of(request, "odnaleziona");
     check_session_takes_invoices(session);
     if (invoice.invoice_size > largest_declared_size)
         throw invalid_input("Rozmiar faktury przekracza dozwolone " +
                             std::to_string(largest_declared_size) + " bajtów.");
     if (encrypted_size != std::int64_t(invoice.encrypted.size()))
-        throw BadRequest(ErrorCode::wrong_size,
-                         {"Długość treści nie zgadza się z rozmiarem pliku."});
+        throw bad_request(ErrorCode::wrong_size,
+                          "Długość treści nie zgadza się z rozmiarem pliku.");
     if (encrypted_hash != sha256_base64(invoice.encrypted))
-        throw BadRequest(ErrorCode::wrong_hash, {"Skrót treści nie zgadza się ze skrótem pliku."});
+        throw bad_request(ErrorCode::wrong_hash, "Skrót treści nie zgadza się ze skrótem pliku.");
     if (!invoice.hash_of_corrected.empty()) {
         if (!invoice.offline_declared)
             throw invalid_input("Korekta techniczna wymaga trybu offline (offlineMode).");
-        check_correction(service, session.context, invoice.hash_of_corrected);
+        check_correction(service.state, session.context, invoice.hash_of_corrected);
     }
 
     invoice.reference = service.new_reference("EE");
@@ -143,25 +136,25 @@ Answer send_invoice(Service& service, Request& request) {
     invoice.status = make_status(StatusOf::invoice, 100);
     session.invoices.push_back(invoice.reference);
     const Invoice& kept = service.state.add(std::move(invoice));
-    service.store->save(kept);
-    service.store->save(session);
+    service.save(kept);
+    service.save(session);
     return Answer::json(202, {{"referenceNumber", kept.reference}});
 }
 
 Answer list_session_invoices(Service& service, Request& request) {
-    const Session& session = service.session_of(request, reference_parameter(request, 0));
-    return invoice_page(service, request, session.invoices);
+    const Session& session = service.session_of(request);
+    return invoice_list(service, request, session.invoices);
 }
 
 Answer list_failed_invoices(Service& service, Request& request) {
-    const Session& session = service.session_of(request, reference_parameter(request, 0));
+    const Session& session = service.session_of(request);
     std::vector<std::string> failed;
     for (const std::string& reference : session.invoices) {
         const Invoice& invoice = service.state.invoices.at(reference);
         if (invoice.stage == InvoiceStage::finished && invoice.status.code != 200)
             failed.push_back(reference);
     }
-    return invoice_page(service, request, failed);
+    return invoice_list(service, request, failed);
 }
 
 Answer invoice_status(Service& service, Request& request) {
@@ -172,42 +165,40 @@ Answer invoice_status(Service& service, Request& request) {
 Answer invoice_upo(Service& service, Request& request) {
     const Invoice& invoice = invoice_of(service, request);
     if (invoice.upo.empty())
-        throw BadRequest(ErrorCode::upo_not_found,
-                         {"UPO faktury o numerze referencyjnym " + invoice.reference +
-                          " nie zostało znalezione."});
+        throw bad_request(ErrorCode::upo_not_found, "UPO faktury o numerze referencyjnym " +
+                                                        invoice.reference +
+                                                        " nie zostało znalezione.");
     return hashed_xml(invoice.upo);
 }
 
 Answer invoice_upo_by_ksef_number(Service& service, Request& request) {
-    const Session& session = service.session_of(request, reference_parameter(request, 0));
+    const Session& session = service.session_of(request);
     const std::string& number = ksef_number_parameter(request, 1);
-    const auto found = service.state.invoice_by_ksef_number.find(number);
-    if (found == service.state.invoice_by_ksef_number.end() ||
-        service.state.invoices.at(found->second).session_reference != session.reference)
-        throw BadRequest(ErrorCode::upo_not_found,
-                         {"UPO faktury o numerze KSeF " + number + " nie zostało znalezione."});
-    return hashed_xml(service.state.invoices.at(found->second).upo);
+    const Invoice* invoice = service.state.accepted(number);
+    if (invoice == nullptr || invoice->session_reference != session.reference)
+        throw bad_request(ErrorCode::upo_not_found,
+                          "UPO faktury o numerze KSeF " + number + " nie zostało znalezione.");
+    return hashed_xml(invoice->upo);
 }
 
 Answer session_upo(Service& service, Request& request) {
-    const Session& session = service.session_of(request, reference_parameter(request, 0));
+    const Session& session = service.session_of(request);
     const std::string& reference = reference_parameter(request, 1);
     if (session.upo_reference.empty() || session.upo_reference != reference)
-        throw BadRequest(ErrorCode::upo_not_found,
-                         {"UPO o numerze referencyjnym " + reference + " dla sesji " +
-                          session.reference + " nie zostało znalezione."});
+        throw bad_request(ErrorCode::upo_not_found, "UPO o numerze referencyjnym " + reference +
+                                                        " dla sesji " + session.reference +
+                                                        " nie zostało znalezione.");
     return hashed_xml(session.upo);
 }
 
 Answer invoice_by_ksef_number(Service& service, Request& request) {
     const std::string& number = ksef_number_parameter(request, 0);
-    const auto found = service.state.invoice_by_ksef_number.find(number);
+    const Invoice* invoice = service.state.accepted(number);
     const std::string nip = service.authentication_of(request).context.nip();
-    if (found == service.state.invoice_by_ksef_number.end() ||
-        !concerns(*service.state.invoices.at(found->second).summary, nip))
-        throw BadRequest(ErrorCode::invoice_not_found,
-                         {"Faktura o numerze KSeF " + number + " nie została znaleziona."});
-    return hashed_xml(service.state.invoices.at(found->second).xml);
+    if (invoice == nullptr || !concerns(*invoice->summary, nip))
+        throw bad_request(ErrorCode::invoice_not_found,
+                          "Faktura o numerze KSeF " + number + " nie została znaleziona.");
+    return hashed_xml(invoice->xml);
 }
 
 }  // namespace tavrix::sandbox

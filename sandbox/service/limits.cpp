@@ -1,5 +1,5 @@
 // Values: the examples of /limits/context, /limits/subject and /rate-limits in the contract.
-#include "sandbox/service/limits.h"
+#include "sandbox/service/operations.h"
 
 #include "sandbox/exchange/rate_limits.h"
 

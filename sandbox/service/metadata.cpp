@@ -1,10 +1,9 @@
-#include "sandbox/service/metadata.h"
+#include "sandbox/service/operations.h"
 
 #include <algorithm>
-#include <charconv>
 #include <functional>
 
-#include "sandbox/basics/ksef_number.h"
+#include "sandbox/basics/text.h"
 #include "sandbox/exchange/body.h"
 
 namespace tavrix::sandbox {
@@ -12,57 +11,52 @@ namespace {
 
 constexpr std::size_t most_results = 10'000;
 
-struct KindName {
-    const char* schema;
-    const char* metadata;
-};
 // TRodzajFaktury of FA (3) to InvoiceType of the contract.
-constexpr KindName kind_names[] = {
+constexpr std::pair<const char*, const char*> kind_names[] = {
     {"VAT", "Vat"},        {"KOR", "Kor"},      {"ZAL", "Zal"},
     {"ROZ", "Roz"},        {"UPR", "Upr"},      {"KOR_ZAL", "KorZal"},
     {"KOR_ROZ", "KorRoz"}, {"VAT_RR", "VatRr"}, {"KOR_VAT_RR", "KorVatRr"}};
 
 const char* invoice_type(const std::string& kind) {
-    for (const KindName& name : kind_names)
-        if (kind == name.schema) return name.metadata;
+    for (const auto& [schema_name, name] : kind_names)
+        if (kind == schema_name) return name;
     return "Vat";
 }
 
-Json buyer_identifier(const Party& party) {
-    Json identifier = {{"type", party.identifier_type}};
-    if (!party.identifier.empty()) identifier["value"] = party.identifier;
-    return identifier;
+Json named(Json json, const Party& party) {
+    if (!party.name.empty()) json["name"] = party.name;
+    return json;
 }
 
-void add_name(Json& json, const Party& party) {
-    if (!party.name.empty()) json["name"] = party.name;
+/// A seller or an authorised subject, who always has a tax number.
+Json company_json(const Party& party) {
+    return named({{"nip", party.identifier}}, party);
+}
+
+Json party_json(const Party& party) {
+    Json identifier = {{"type", party.identifier_type}};
+    if (!party.identifier.empty()) identifier["value"] = party.identifier;
+    return named({{"identifier", identifier}}, party);
 }
 
 /// The order of members is the service's own; older clients read them by position.
 Json metadata_json(const Service& service, const Invoice& invoice, const FormCode& form) {
     const InvoiceSummary& summary = *invoice.summary;
-    Json seller = {{"nip", summary.seller.identifier}};
-    add_name(seller, summary.seller);
-    Json buyer = {{"identifier", buyer_identifier(summary.buyer)}};
-    add_name(buyer, summary.buyer);
     Json json = {{"ksefNumber", invoice.ksef_number},
                  {"invoiceNumber", summary.invoice_number},
                  {"issueDate", summary.issue_date},
                  {"invoicingDate", service.time_text(invoice.received)},
                  {"acquisitionDate", service.time_text(invoice.acquired)},
                  {"permanentStorageDate", service.time_text(permanent_storage_date(invoice))},
-                 {"seller", seller},
-                 {"buyer", buyer},
+                 {"seller", company_json(summary.seller)},
+                 {"buyer", party_json(summary.buyer)},
                  {"netAmount", summary.net_amount},
                  {"grossAmount", summary.gross_amount},
                  {"vatAmount", summary.vat_amount},
                  {"currency", summary.currency},
-                 {"invoicingMode", invoice.offline ? "Offline" : "Online"},
+                 {"invoicingMode", mode_name(invoice)},
                  {"invoiceType", invoice_type(summary.kind)},
-                 {"formCode",
-                  {{"systemCode", form.system_code},
-                   {"schemaVersion", form.schema_version},
-                   {"value", form.value}}},
+                 {"formCode", form},
                  {"isSelfInvoicing", summary.self_invoicing},
                  {"hasAttachment", summary.has_attachment},
                  {"invoiceHash", invoice.invoice_hash}};
@@ -70,16 +64,12 @@ Json metadata_json(const Service& service, const Invoice& invoice, const FormCod
         json["hashOfCorrectedInvoice"] = invoice.hash_of_corrected;
     json["thirdSubjects"] = Json::array();
     for (const Party& party : summary.third_parties) {
-        Json third = {{"identifier", buyer_identifier(party)}};
-        add_name(third, party);
-        third["role"] = party.role;
-        json["thirdSubjects"].push_back(third);
+        json["thirdSubjects"].push_back(party_json(party));
+        json["thirdSubjects"].back()["role"] = party.role;
     }
     if (summary.authorized) {
-        Json authorized = {{"nip", summary.authorized->identifier}};
-        add_name(authorized, *summary.authorized);
-        authorized["role"] = summary.authorized->role;
-        json["authorizedSubject"] = authorized;
+        json["authorizedSubject"] = company_json(*summary.authorized);
+        json["authorizedSubject"]["role"] = summary.authorized->role;
     }
     return json;
 }
@@ -117,7 +107,7 @@ DateRange read_date_range(const Json& body, Instant now) {
     DateRange result{required_text(range, "dateType"), required_moment(range, "from"), now};
     if (result.type != "Issue" && result.type != "Invoicing" && result.type != "PermanentStorage")
         throw invalid_input("Nieznany typ daty: " + result.type + ".");
-    if (range.contains("to") && !range["to"].is_null()) result.to = required_moment(range, "to");
+    if (given(range, "to") != nullptr) result.to = required_moment(range, "to");
     if (result.to < result.from)
         throw invalid_input("Początek zakresu dat jest późniejszy niż jego koniec.");
     return result;
@@ -148,7 +138,7 @@ std::vector<Condition> read_conditions(const Json& body) {
         return form.value == value;
     });
     const auto flag = [&](const char* name, bool InvoiceSummary::*member) {
-        if (!body.contains(name) || body[name].is_null()) return;
+        if (given(body, name) == nullptr) return;
         const bool wanted = optional_flag(body, name);
         conditions.push_back(
             [=](const Invoice& it, const FormCode&) { return (*it.summary).*member == wanted; });
@@ -156,11 +146,11 @@ std::vector<Condition> read_conditions(const Json& body) {
     flag("isSelfInvoicing", &InvoiceSummary::self_invoicing);
     flag("hasAttachment", &InvoiceSummary::has_attachment);
     const auto list = [&](const char* name, auto value_of) {
-        if (!body.contains(name) || body[name].is_null()) return;
+        if (given(body, name) == nullptr) return;
         const auto wanted = text_list(body, name);
         if (wanted.empty()) return;
         conditions.push_back([=](const Invoice& it, const FormCode&) {
-            return std::find(wanted.begin(), wanted.end(), value_of(*it.summary)) != wanted.end();
+            return contains(wanted, value_of(*it.summary));
         });
     };
     list("currencyCodes", [](const InvoiceSummary& it) { return it.currency; });
@@ -194,11 +184,10 @@ std::vector<Condition> read_conditions(const Json& body) {
 
 std::size_t page_offset(const Request& request) {
     const std::string text = request.parameter("pageOffset").value_or("0");
-    std::size_t offset = 0;
-    const auto read = std::from_chars(text.data(), text.data() + text.size(), offset);
-    if (read.ec != std::errc() || read.ptr != text.data() + text.size() || offset > most_results)
+    const auto offset = number_of<std::size_t>(text);
+    if (!offset || *offset > most_results)
         throw invalid_input("Parametr 'pageOffset' ma nieprawidłową wartość.");
-    return offset;
+    return *offset;
 }
 
 }  // namespace
@@ -212,7 +201,7 @@ Answer query_metadata(Service& service, Request& request) {
     const std::string order = request.parameter("sortOrder").value_or("Asc");
     if (order != "Asc" && order != "Desc")
         throw invalid_input("Parametr 'sortOrder' musi mieć wartość Asc lub Desc.");
-    const std::size_t size = page_size(request, 10, 250), offset = page_offset(request);
+    const std::size_t size = page_size(request, 250), offset = page_offset(request);
     const DateRange range = read_date_range(body, service.now());
     const auto conditions = read_conditions(body);
     const std::string nip = service.authentication_of(request).context.nip();

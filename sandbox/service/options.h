@@ -1,4 +1,4 @@
-// What can be set on the command line.
+// What a sandbox can be told before it starts.
 #pragma once
 
 #include <optional>
@@ -44,13 +44,5 @@ struct Options {
     bool quiet = false;
     bool list_steps = false;
 };
-
-/// Reads the command line. With --help, --version or a mistake it prints what is due and returns
-/// the exit status instead of options.
-struct CommandLine {
-    std::optional<Options> options;
-    int exit_status = 0;
-};
-CommandLine read_command_line(int count, char** arguments);
 
 }  // namespace tavrix::sandbox

@@ -20,19 +20,12 @@ std::optional<Instant> stage_end(const Pace& pace, int polls, Instant since, Ins
     return pace.polls > 0 ? now : due;
 }
 
-void apply_verdicts(Service& service, std::string_view step, StatusOf what, Status& status) {
-    for (const Fault& fault : service.faults.take(step)) {
-        status = make_status(what, fault.code, fault.details);
-        if (!fault.description.empty()) status.description = fault.description;
-    }
-}
-
 std::string new_ksef_number(const Service& service, const Invoice& invoice) {
     std::string number;
     do {
         number = make_ksef_number(invoice.summary->seller.identifier,
                                   polish_compact_date(invoice.received), random_hex(12));
-    } while (service.state.invoice_by_ksef_number.contains(number));
+    } while (service.state.accepted(number) != nullptr);
     return number;
 }
 
@@ -46,18 +39,16 @@ void finish_invoice(Service& service, Session& session, Invoice& invoice, Instan
         invoice.status = make_status(StatusOf::invoice, 450);
     invoice.stage = InvoiceStage::finished;
     if (invoice.status.code == 200) {
-        ++session.successful;
         invoice.acquired = when;
         invoice.ksef_number = new_ksef_number(service, invoice);
         service.state.index_accepted(invoice);
         invoice.upo = make_invoice_upo(
             session, service.state.authentications.at(session.authentication_reference), invoice);
-    } else {
-        ++session.failed;
     }
+    session.count(invoice.status);
     session.updated = std::max(session.updated, when);
-    service.store->save(invoice);
-    service.store->save(session);
+    service.save(invoice);
+    service.save(session);
 }
 
 void advance(Service& service, Invoice& invoice, Instant now) {
@@ -69,7 +60,7 @@ void advance(Service& service, Invoice& invoice, Instant now) {
         invoice.stage = InvoiceStage::processing;
         invoice.stage_since = *end;
         invoice.polls = 0;
-        service.store->save(invoice);
+        service.save(invoice);
     }
     if (invoice.stage == InvoiceStage::processing) {
         const auto end =
@@ -103,7 +94,7 @@ void finish_session(Service& service, Session& session, Instant when) {
         session.upo = make_session_upo(
             session, service.state.authentications.at(session.authentication_reference), accepted);
     }
-    service.store->save(session);
+    service.save(session);
 }
 
 void advance(Service& service, Session& session, Instant now) {
@@ -115,13 +106,20 @@ void advance(Service& service, Session& session, Instant now) {
 
 }  // namespace
 
+void apply_verdicts(Service& service, std::string_view step, StatusOf what, Status& status) {
+    for (const Fault& fault : service.faults.take(step)) {
+        status = make_status(what, fault.code, fault.details);
+        if (!fault.description.empty()) status.description = fault.description;
+    }
+}
+
 void close_session(Service& service, Session& session, Instant when) {
     session.stage = SessionStage::closed;
     session.status = make_status(StatusOf::online_session, 170);
     session.closed = when;
     session.updated = when;
     service.state.closing_sessions.push_back(session.reference);
-    service.store->save(session);
+    service.save(session);
 }
 
 void settle(Service& service) {

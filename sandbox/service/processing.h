@@ -2,6 +2,7 @@
 #pragma once
 
 #include "sandbox/service/service.h"
+#include "sandbox/store/statuses.h"
 
 namespace tavrix::sandbox {
 
@@ -13,6 +14,9 @@ void settle(Service& service);
 /// polls.
 Status observe(Service& service, Invoice& invoice);
 Status observe(Service& service, Session& session);
+
+/// What due verdicts of a step have ordered instead of the status found.
+void apply_verdicts(Service& service, std::string_view step, StatusOf what, Status& status);
 
 /// Closes a session: no more invoices, confirmations follow.
 void close_session(Service& service, Session& session, Instant when);

@@ -1,31 +1,28 @@
 #include "sandbox/service/service.h"
 
-#include <charconv>
+#include <algorithm>
 
 #include "sandbox/basics/crypto.h"
 #include "sandbox/basics/ksef_number.h"
+#include "sandbox/basics/text.h"
 #include "sandbox/service/tokens.h"
 
 namespace tavrix::sandbox {
 namespace {
 
 std::string stored_secret(Store& store) {
-    if (const auto saved = store.setting("secret"))
+    if (const auto saved = store.read("setting", "secret"))
         if (auto secret = base64_decode(*saved)) return *secret;
     std::string secret = random_bytes(32);
-    store.save_setting("secret", base64_encode(secret));
+    store.write("setting", "secret", base64_encode(secret));
     return secret;
 }
 
 KeyRing stored_keys(Store& store, Instant now) {
-    if (const auto saved = store.setting("keys")) return KeyRing::load(*saved);
+    if (const auto saved = store.read("setting", "keys")) return KeyRing::load(*saved);
     KeyRing keys = KeyRing::generate(now);
-    store.save_setting("keys", keys.save());
+    store.write("setting", "keys", keys.save());
     return keys;
-}
-
-BadRequest bad_continuation_token() {
-    return BadRequest(ErrorCode::bad_continuation_token);
 }
 
 /// The service's own tokens are opaque Base64 of JSON; so are these.
@@ -34,33 +31,30 @@ std::string make_continuation_token(std::size_t offset) {
 }
 
 std::size_t read_continuation_token(const std::string& token) {
-    const auto text = base64_decode(token);
-    if (!text) throw bad_continuation_token();
     try {
-        return parse_json(*text).at(0).at("skipCount").get<std::size_t>();
+        const std::string text = base64_decode(token).value_or("");
+        return parse_json(text).at(0).at("skipCount").get<std::size_t>();
     } catch (const Json::exception&) {
-        throw bad_continuation_token();
+        throw bad_request(ErrorCode::bad_continuation_token);
     }
 }
 
 }  // namespace
 
-Service::Service(Options given, std::unique_ptr<Clock> its_clock, std::unique_ptr<Store> its_store)
+Service::Service(Options given, Clock& its_clock, std::unique_ptr<Store> its_store)
     : options(std::move(given)),
-      clock(std::move(its_clock)),
+      clock(its_clock),
       store(std::move(its_store)),
       secret(stored_secret(*store)),
-      keys(stored_keys(*store, clock->now())),
+      keys(stored_keys(*store, clock.now())),
       bearer_tokens(secret) {
     if (!options.schema_folder.empty()) schemas.emplace(options.schema_folder);
-    store->load(state);
-    for (const std::string& token : options.tokens) register_token(*this, token);
-    if (options.rotate_keys) {
-        keys.rotate(token_usage, now());
-        keys.rotate(symmetric_key_usage, now());
-        save_keys();
-    }
-    for (const Fault& fault : options.faults) faults.add(fault);
+    load(*store, state);
+    take_over_options();
+    if (!options.rotate_keys) return;
+    keys.rotate(token_usage, now());
+    keys.rotate(symmetric_key_usage, now());
+    save_keys();
 }
 
 std::string Service::new_reference(std::string_view kind) const {
@@ -68,26 +62,29 @@ std::string Service::new_reference(std::string_view kind) const {
 }
 
 Authentication& Service::authentication_of(const Request& request) {
-    const auto found = state.authentications.find(request.bearer.authentication_reference);
-    if (found == state.authentications.end()) throw Unauthorized();
-    return found->second;
+    auto* found = look_up(state.authentications, request.bearer.authentication_reference);
+    if (found == nullptr) throw unauthorized();
+    return *found;
 }
 
-Session& Service::session_of(const Request& request, const std::string& reference,
-                             std::string_view not_found) {
-    const auto found = state.sessions.find(reference);
-    if (found == state.sessions.end() ||
-        found->second.context != authentication_of(request).context)
-        throw BadRequest(ErrorCode::session_not_found,
-                         {"Sesja o numerze referencyjnym " + reference + " nie została " +
-                          std::string(not_found) + "."});
-    return found->second;
+Session& Service::session_of(const Request& request, const char* not_found) {
+    const std::string& reference = reference_parameter(request, 0);
+    Session* session = look_up(state.sessions, reference);
+    if (session == nullptr || session->context != authentication_of(request).context)
+        throw bad_request(
+            ErrorCode::session_not_found,
+            "Sesja o numerze referencyjnym " + reference + " nie została " + not_found + ".");
+    return *session;
 }
 
 void Service::reset() {
     state = State();
-    store->clear();
+    forget_state(*store);
     faults.clear();
+    take_over_options();
+}
+
+void Service::take_over_options() {
     for (const std::string& token : options.tokens) register_token(*this, token);
     for (const Fault& fault : options.faults) faults.add(fault);
 }
@@ -99,24 +96,29 @@ const std::string& reference_parameter(const Request& request, std::size_t index
     return reference;
 }
 
-std::size_t page_size(const Request& request, std::size_t least, std::size_t most) {
-    const auto text = request.parameter("pageSize");
-    if (!text) return 10;
-    std::size_t size = 0;
-    const auto read = std::from_chars(text->data(), text->data() + text->size(), size);
-    if (read.ec != std::errc() || read.ptr != text->data() + text->size() || size < least ||
-        size > most)
-        throw invalid_input("Rozmiar strony musi być liczbą od " + std::to_string(least) + " do " +
-                            std::to_string(most) + ".");
-    return size;
+void check_key_id(const Service& service, std::string_view usage, const std::string& key_id) {
+    if (!key_id.empty() && !service.keys.knows(usage, key_id, service.now()))
+        throw bad_request(ErrorCode::unknown_key,
+                          "Klucz o identyfikatorze " + key_id + " nie jest wspierany.");
 }
 
-Page page_of(const Request& request, std::size_t total, std::size_t size) {
+std::size_t page_size(const Request& request, std::size_t most) {
+    constexpr std::size_t least = 10;
+    const auto text = request.parameter("pageSize");
+    if (!text) return least;
+    const auto size = number_of<std::size_t>(*text);
+    if (!size || *size < least || *size > most)
+        throw invalid_input("Rozmiar strony musi być liczbą od " + std::to_string(least) + " do " +
+                            std::to_string(most) + ".");
+    return *size;
+}
+
+Page page_of(const Request& request, std::size_t total, std::size_t most) {
+    const std::size_t size = page_size(request, most);
     std::string token(request.header("x-continuation-token"));
     if (token.empty()) token = request.parameter("x-continuation-token").value_or("");
     // A token in a query is rarely encoded, and '+' then arrives as a blank.
-    for (char& c : token)
-        if (c == ' ') c = '+';
+    std::replace(token.begin(), token.end(), ' ', '+');
     Page page;
     page.from = std::min(token.empty() ? 0 : read_continuation_token(token), total);
     page.to = std::min(page.from + size, total);

@@ -1,7 +1,9 @@
-#include "sandbox/service/sessions.h"
+#include "sandbox/service/operations.h"
 
 #include <algorithm>
 
+#include "sandbox/basics/crypto.h"
+#include "sandbox/basics/text.h"
 #include "sandbox/exchange/body.h"
 #include "sandbox/service/processing.h"
 #include "sandbox/service/storage.h"
@@ -25,13 +27,14 @@ FormCode read_form_code(const Json& body) {
     const Json& form = required_object(body, "formCode");
     const FormCode code{required_text(form, "systemCode"), required_text(form, "schemaVersion"),
                         required_text(form, "value")};
-    if (std::find(std::begin(supported_forms), std::end(supported_forms), code) ==
-        std::end(supported_forms))
+    if (!contains(supported_forms, code))
         throw invalid_input("Wskazany kod formularza nie jest wspierany.");
     return code;
 }
 
-/// The filter values of the session list.
+constexpr std::string_view common_statuses[] = {"InProgress", "Succeeded", "Failed", "Cancelled"};
+
+/// One of them, by which the session list is filtered.
 const char* common_status(const Session& session) {
     if (session.stage != SessionStage::finished) return "InProgress";
     if (session.status.code == 200) return "Succeeded";
@@ -58,8 +61,7 @@ struct SessionFilter {
 
     bool admits(const Request& request, const Session& session) const {
         return session.kind == kind &&
-               (statuses.empty() || std::find(statuses.begin(), statuses.end(),
-                                              common_status(session)) != statuses.end()) &&
+               (statuses.empty() || contains(statuses, common_status(session))) &&
                (!reference || session.reference == *reference) &&
                within(request, "dateCreated", session.created) &&
                within(request, "dateClosed", session.closed) &&
@@ -75,8 +77,7 @@ SessionFilter read_filter(const Request& request) {
                          request.parameters_named("statuses"),
                          request.parameter("referenceNumber")};
     for (const std::string& status : filter.statuses)
-        if (status != "InProgress" && status != "Succeeded" && status != "Failed" &&
-            status != "Cancelled")
+        if (!contains(common_statuses, status))
             throw invalid_input("Nieznany status sesji: " + status + ".");
     return filter;
 }
@@ -88,14 +89,12 @@ Answer open_online_session(Service& service, Request& request) {
     Session session;
     session.form_code = read_form_code(body);
     const Json& encryption = required_object(body, "encryption");
-    const std::string encrypted_key = required_bytes(encryption, "encryptedSymmetricKey");
-    session.initialization_vector = required_bytes(encryption, "initializationVector");
-    if (session.initialization_vector.size() != 16)
-        throw invalid_input("Wektor inicjujący musi mieć długość 16 bajtów.");
+    const std::string encrypted_key = required_bytes(encryption, "encryptedSymmetricKey"),
+                      vector = required_bytes(encryption, "initializationVector");
+    if (vector.size() != 16) throw invalid_input("Wektor inicjujący musi mieć długość 16 bajtów.");
+    session.initialization_vector = base64_encode(vector);
     const std::string key_id = optional_text(encryption, "publicKeyId");
-    if (!key_id.empty() && !service.keys.knows(symmetric_key_usage, key_id, service.now()))
-        throw BadRequest(ErrorCode::unknown_key,
-                         {"Klucz o identyfikatorze " + key_id + " nie jest wspierany."});
+    check_key_id(service, symmetric_key_usage, key_id);
 
     const Authentication& authentication = service.authentication_of(request);
     session.reference = service.new_reference("SO");
@@ -104,35 +103,35 @@ Answer open_online_session(Service& service, Request& request) {
     session.created = session.updated = service.now();
     session.valid_until = session.created + online_session_lifetime;
     session.status = make_status(StatusOf::online_session, 100);
-    session.symmetric_key =
-        service.keys.decrypt(symmetric_key_usage, encrypted_key, service.now(), key_id)
-            .value_or("");
-    if (session.symmetric_key.size() != 32) {
+    const auto key =
+        service.keys.decrypt(symmetric_key_usage, encrypted_key, service.now(), key_id);
+    if (key && key->size() == 32) {
+        session.symmetric_key = base64_encode(*key);
+    } else {
         // The service finds this out after it has answered; the session exists and is of no use.
-        session.symmetric_key.clear();
         session.stage = SessionStage::finished;
         session.status = make_status(StatusOf::online_session, 415);
     }
     const Session& kept = service.state.add(std::move(session));
-    service.store->save(kept);
+    service.save(kept);
     return Answer::json(201, {{"referenceNumber", kept.reference},
                               {"validUntil", service.time_text(kept.valid_until)}});
 }
 
 Answer close_online_session(Service& service, Request& request) {
-    Session& session = service.session_of(request, reference_parameter(request, 0), "odnaleziona");
+    Session& session = service.session_of(request, "odnaleziona");
     if (session.stage != SessionStage::open || session.kind != SessionKind::online)
-        throw BadRequest(ErrorCode::session_status,
-                         {"Status sesji " + std::to_string(session.status.code) +
-                          " uniemożliwia jej zamknięcie."});
+        throw bad_request(ErrorCode::session_status, "Status sesji " +
+                                                         std::to_string(session.status.code) +
+                                                         " uniemożliwia jej zamknięcie.");
     close_session(service, session, service.now());
     return Answer::empty(204);
 }
 
 Answer session_status(Service& service, Request& request) {
-    Session& session = service.session_of(request, reference_parameter(request, 0));
+    Session& session = service.session_of(request);
     const Status status = observe(service, session);
-    Json answer = {{"status", to_json(status)},
+    Json answer = {{"status", status},
                    {"dateCreated", service.time_text(session.created)},
                    {"dateUpdated", service.time_text(session.updated)},
                    {"validUntil", service.time_text(session.valid_until)}};
@@ -151,7 +150,6 @@ Answer session_status(Service& service, Request& request) {
 
 Answer list_sessions(Service& service, Request& request) {
     const SessionFilter filter = read_filter(request);
-    const std::size_t size = page_size(request, 10, 1000);
     const Context& context = service.authentication_of(request).context;
     std::vector<const Session*> found;
     for (auto reference = service.state.session_order.rbegin();
@@ -160,22 +158,16 @@ Answer list_sessions(Service& service, Request& request) {
         if (session.context == context && filter.admits(request, session))
             found.push_back(&session);
     }
-    const Page page = page_of(request, found.size(), size);
-    Json answer = Json::object();
-    if (!page.continuation_token.empty()) answer["continuationToken"] = page.continuation_token;
-    answer["sessions"] = Json::array();
-    for (std::size_t i = page.from; i < page.to; ++i) {
-        const Session& session = *found[i];
-        answer["sessions"].push_back({{"referenceNumber", session.reference},
-                                      {"status", to_json(session.status)},
-                                      {"dateCreated", service.time_text(session.created)},
-                                      {"dateUpdated", service.time_text(session.updated)},
-                                      {"validUntil", service.time_text(session.valid_until)},
-                                      {"totalInvoiceCount", session.invoices.size()},
-                                      {"successfulInvoiceCount", session.successful},
-                                      {"failedInvoiceCount", session.failed}});
-    }
-    return Answer::json(200, answer);
+    return list_answer(request, 1000, "sessions", found, [&](const Session* session) {
+        return Json{{"referenceNumber", session->reference},
+                    {"status", session->status},
+                    {"dateCreated", service.time_text(session->created)},
+                    {"dateUpdated", service.time_text(session->updated)},
+                    {"validUntil", service.time_text(session->valid_until)},
+                    {"totalInvoiceCount", session->invoices.size()},
+                    {"successfulInvoiceCount", session->successful},
+                    {"failedInvoiceCount", session->failed}};
+    });
 }
 
 }  // namespace tavrix::sandbox

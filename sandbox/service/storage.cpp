@@ -1,18 +1,14 @@
 #include "sandbox/service/storage.h"
 
 #include "sandbox/basics/crypto.h"
+#include "sandbox/basics/text.h"
+#include "sandbox/service/operations.h"
 
 namespace tavrix::sandbox {
 namespace {
 
 constexpr std::chrono::days link_lifetime{3};
 constexpr std::string_view storage_root = "/storage/01/";
-
-std::string lower(std::string text) {
-    for (char& c : text)
-        if (c >= 'A' && c <= 'Z') c = char(c - 'A' + 'a');
-    return text;
-}
 
 /// Whole seconds, as the storage writes them.
 std::string second_text(Instant moment) {
@@ -71,22 +67,15 @@ Answer download_invoice_upo(Service& service, Request& request) {
     if (!authorised(service, request)) return refused();
     // upo_{number}.xml
     const std::string& file = request.parameters.at(1);
-    const auto found =
-        file.size() < 8
-            ? service.state.invoice_by_ksef_number.end()
-            : service.state.invoice_by_ksef_number.find(file.substr(4, file.size() - 8));
-    if (found == service.state.invoice_by_ksef_number.end()) return Answer::empty(404);
-    return hashed_xml(service.state.invoices.at(found->second).upo);
+    const Invoice* invoice =
+        file.size() < 8 ? nullptr : service.state.accepted(file.substr(4, file.size() - 8));
+    return invoice == nullptr ? Answer::empty(404) : hashed_xml(invoice->upo);
 }
 
 Answer download_session_upo(Service& service, Request& request) {
     if (!authorised(service, request)) return refused();
-    std::string reference = request.parameters.at(0);
-    for (char& c : reference)
-        if (c >= 'a' && c <= 'z') c = char(c - 'a' + 'A');
-    const auto found = service.state.sessions.find(reference);
-    if (found == service.state.sessions.end()) return Answer::empty(404);
-    return hashed_xml(found->second.upo);
+    const Session* session = look_up(service.state.sessions, upper(request.parameters.at(0)));
+    return session == nullptr ? Answer::empty(404) : hashed_xml(session->upo);
 }
 
 Answer hashed_xml(const std::string& xml) {

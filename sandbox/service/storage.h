@@ -16,9 +16,6 @@ StorageLink invoice_upo_link(const Service& service, const Request& request,
 StorageLink session_upo_link(const Service& service, const Request& request,
                              const Session& session);
 
-Answer download_invoice_upo(Service& service, Request& request);
-Answer download_session_upo(Service& service, Request& request);
-
 /// The XML answer with the header that carries its hash.
 Answer hashed_xml(const std::string& xml);
 

@@ -6,7 +6,9 @@
 
 #include "sandbox/basics/crypto.h"
 #include "sandbox/basics/ksef_number.h"
+#include "sandbox/basics/text.h"
 #include "sandbox/exchange/body.h"
+#include "sandbox/service/operations.h"
 
 namespace tavrix::sandbox {
 namespace {
@@ -29,9 +31,7 @@ std::optional<TokenText> read_token_text(const std::string& token) {
     const std::string owner = token.substr(first + 1, second - first - 1);
     const std::size_t hyphen = owner.find('-');
     if (first == 0 || hyphen == std::string::npos) return std::nullopt;
-    std::string kind = owner.substr(0, hyphen);
-    std::transform(kind.begin(), kind.end(), kind.begin(),
-                   [](char c) { return c >= 'A' && c <= 'Z' ? char(c - 'A' + 'a') : c; });
+    const std::string kind = lower(owner.substr(0, hyphen));
     TokenText text{token.substr(0, first), {"", owner.substr(hyphen + 1)}};
     if (kind == "nip" && is_nip(text.context.value)) text.context.type = "Nip";
     if (kind == "internalid" && is_nip(text.context.nip()) && text.context.value.size() == 16)
@@ -48,28 +48,26 @@ bool covers(const Context& token, const Context& asked) {
 
 Json token_json(const Service& service, const KsefToken& token) {
     const Json owner = {{"type", "Nip"}, {"value", token.context.nip()}};
-    Json json = {
-        {"referenceNumber", token.reference},
-        {"authorIdentifier", owner},
-        {"contextIdentifier", {{"type", token.context.type}, {"value", token.context.value}}},
-        {"description", token.description},
-        {"requestedPermissions", token.permissions},
-        {"dateCreated", service.time_text(token.created)}};
+    Json json = {{"referenceNumber", token.reference},
+                 {"authorIdentifier", owner},
+                 {"contextIdentifier", token.context},
+                 {"description", token.description},
+                 {"requestedPermissions", token.permissions},
+                 {"dateCreated", service.time_text(token.created)}};
     if (token.last_used) json["lastUseDate"] = service.time_text(*token.last_used);
     json["status"] = token.revoked ? "Revoked" : "Active";
     json["statusDetails"] = Json::array();
     return json;
 }
 
-/// A token of the caller's context, or BadRequest 21405, the only code the contract has for it.
+/// A token of the caller's context, or refusal 21405, the only code the contract has for it.
 KsefToken& own_token(Service& service, Request& request) {
     const std::string& reference = reference_parameter(request, 0);
-    const auto found = service.state.tokens.find(reference);
-    if (found == service.state.tokens.end() ||
-        found->second.context != service.authentication_of(request).context)
+    KsefToken* token = look_up(service.state.tokens, reference);
+    if (token == nullptr || token->context != service.authentication_of(request).context)
         throw invalid_input("Token o numerze referencyjnym " + reference +
                             " nie został znaleziony.");
-    return found->second;
+    return *token;
 }
 
 }  // namespace
@@ -82,17 +80,15 @@ TokenVerdict judge_token(Service& service, const std::string& token, const Conte
         return verdict;
     }
     verdict.reference = text->reference;
-    const auto known = service.state.tokens.find(text->reference);
-    if (known != service.state.tokens.end()) {
-        KsefToken& entry = known->second;
-        verdict.permissions = entry.permissions;
-        if (entry.hash != sha256_base64(token)) {
+    if (KsefToken* known = look_up(service.state.tokens, text->reference)) {
+        verdict.permissions = known->permissions;
+        if (known->hash != sha256_base64(token)) {
             verdict.refusal = "Nieprawidłowy token";
-        } else if (entry.revoked) {
+        } else if (known->revoked) {
             verdict.refusal = "Token unieważniony";
         } else {
-            entry.last_used = service.now();
-            service.store->save(entry);
+            known->last_used = service.now();
+            service.save(*known);
         }
         return verdict;
     }
@@ -113,7 +109,7 @@ void register_token(Service& service, const std::string& token) {
     entry.description = "Token z wiersza poleceń";
     entry.permissions.assign(all_permissions.begin(), all_permissions.end());
     entry.created = service.now();
-    service.store->save(entry);
+    service.save(entry);
     service.state.tokens[entry.reference] = entry;
 }
 
@@ -125,13 +121,11 @@ Answer create_token(Service& service, Request& request) {
     if (token.permissions.empty())
         throw invalid_input("Wymagane jest co najmniej jedno uprawnienie.");
     for (const std::string& permission : token.permissions) {
-        if (std::find(all_permissions.begin(), all_permissions.end(), permission) ==
-            all_permissions.end())
+        if (!contains(all_permissions, permission))
             throw invalid_input("Nieznane uprawnienie: " + permission + ".");
-        if (std::find(author.permissions.begin(), author.permissions.end(), permission) ==
-            author.permissions.end())
-            throw BadRequest(ErrorCode::permissions_not_held,
-                             {"Brak uprawnienia: " + permission + "."});
+        if (!contains(author.permissions, permission))
+            throw bad_request(ErrorCode::permissions_not_held,
+                              "Brak uprawnienia: " + permission + ".");
     }
     token.description = required_text(body, "description");
     if (token.description.size() < 5 || token.description.size() > 256)
@@ -143,7 +137,7 @@ Answer create_token(Service& service, Request& request) {
     const std::string text = token.reference + "|" + kind + "-" + token.context.value + "|" +
                              lower_hex(random_bytes(32));
     token.hash = sha256_base64(text);
-    service.store->save(token);
+    service.save(token);
     const std::string reference = token.reference;
     service.state.tokens[reference] = std::move(token);
     return Answer::json(202, {{"referenceNumber", reference}, {"token", text}});
@@ -157,20 +151,14 @@ Answer list_tokens(Service& service, Request& request) {
     for (const auto& [reference, token] : service.state.tokens) {
         const std::string status = token.revoked ? "Revoked" : "Active";
         if (token.context == context && token.description.find(description) != std::string::npos &&
-            (statuses.empty() ||
-             std::find(statuses.begin(), statuses.end(), status) != statuses.end()))
+            (statuses.empty() || contains(statuses, status)))
             found.push_back(&token);
     }
     std::stable_sort(found.begin(), found.end(), [](const KsefToken* a, const KsefToken* b) {
         return a->created > b->created;
     });
-    const Page page = page_of(request, found.size(), page_size(request, 10, 100));
-    Json answer = Json::object();
-    if (!page.continuation_token.empty()) answer["continuationToken"] = page.continuation_token;
-    answer["tokens"] = Json::array();
-    for (std::size_t i = page.from; i < page.to; ++i)
-        answer["tokens"].push_back(token_json(service, *found[i]));
-    return Answer::json(200, answer);
+    return list_answer(request, 100, "tokens", found,
+                       [&](const KsefToken* token) { return token_json(service, *token); });
 }
 
 Answer token_status(Service& service, Request& request) {
@@ -180,7 +168,7 @@ Answer token_status(Service& service, Request& request) {
 Answer revoke_token(Service& service, Request& request) {
     KsefToken& token = own_token(service, request);
     token.revoked = true;
-    service.store->save(token);
+    service.save(token);
     return Answer::empty(204);
 }
 

@@ -1,4 +1,4 @@
-// KSeF tokens: which are good, and the operations that make, list and revoke them.
+// KSeF tokens: which are good.
 #pragma once
 
 #include <optional>
@@ -22,10 +22,5 @@ TokenVerdict judge_token(Service& service, const std::string& token, const Conte
 /// Makes a token named on the command line good. Throws std::invalid_argument when it has not the
 /// form `reference|nip-NNNNNNNNNN|secret`.
 void register_token(Service& service, const std::string& token);
-
-Answer create_token(Service& service, Request& request);
-Answer list_tokens(Service& service, Request& request);
-Answer token_status(Service& service, Request& request);
-Answer revoke_token(Service& service, Request& request);
 
 }  // namespace tavrix::sandbox

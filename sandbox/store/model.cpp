@@ -35,6 +35,11 @@ void State::index_accepted(const Invoice& invoice) {
     if (invoice.summary) invoice_by_identity[identity_of(*invoice.summary)] = invoice.reference;
 }
 
+const Invoice* State::accepted(const std::string& ksef_number) const {
+    const std::string* reference = look_up(invoice_by_ksef_number, ksef_number);
+    return reference == nullptr ? nullptr : &invoices.at(*reference);
+}
+
 std::string identity_of(const InvoiceSummary& summary) {
     return summary.seller.identifier + '\n' + summary.kind + '\n' + summary.invoice_number;
 }
@@ -48,6 +53,26 @@ bool concerns(const InvoiceSummary& summary, const std::string& nip) {
 
 Instant permanent_storage_date(const Invoice& invoice) {
     return invoice.acquired + Ticks(1000);
+}
+
+const char* mode_name(const Invoice& invoice) {
+    return invoice.offline ? "Offline" : "Online";
+}
+
+void to_json(Json& json, const Status& status) {
+    json = {{"code", status.code}, {"description", status.description}};
+    if (!status.details.empty()) json["details"] = status.details;
+    for (const auto& [name, text] : status.extensions) json["extensions"][name] = text;
+}
+
+void to_json(Json& json, const Context& context) {
+    json = {{"type", context.type}, {"value", context.value}};
+}
+
+void to_json(Json& json, const FormCode& form) {
+    json = {{"systemCode", form.system_code},
+            {"schemaVersion", form.schema_version},
+            {"value", form.value}};
 }
 
 }  // namespace tavrix::sandbox

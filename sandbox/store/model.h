@@ -78,6 +78,7 @@ struct Session {
     Context context;
     std::string authentication_reference;
     FormCode form_code;
+    /// Both in Base64; no key when it could not be decrypted.
     std::string symmetric_key;
     std::string initialization_vector;
     Instant created;
@@ -93,6 +94,9 @@ struct Session {
     std::vector<std::string> invoices;
     int successful = 0;
     int failed = 0;
+
+    /// Counts an invoice that is finished.
+    void count(const Status& outcome) { ++(outcome.code == 200 ? successful : failed); }
 };
 
 /// A party of an invoice as the metadata name it.
@@ -176,6 +180,8 @@ struct State {
     Invoice& add(Invoice invoice);
     /// Enters an accepted invoice under its KSeF number and its identity.
     void index_accepted(const Invoice& invoice);
+    /// The accepted invoice of a KSeF number, null when there is none.
+    const Invoice* accepted(const std::string& ksef_number) const;
 };
 
 /// What makes an invoice the only one of its kind: seller, kind and number.
@@ -187,17 +193,19 @@ bool concerns(const InvoiceSummary& summary, const std::string& nip);
 /// When an accepted invoice reached the repository: shortly after it got its number.
 Instant permanent_storage_date(const Invoice& invoice);
 
-Json to_json(const Status& status);
-Status status_from_json(const Json& value);
+/// `Online` or `Offline`, as answers and confirmations name how an invoice came.
+const char* mode_name(const Invoice& invoice);
 
-// The stored forms, without the large texts, which the store keeps beside them.
-Json to_record(const KsefToken& token);
-Json to_record(const Authentication& authentication);
-Json to_record(const Session& session);
-Json to_record(const Invoice& invoice);
-KsefToken token_from_record(const Json& record);
-Authentication authentication_from_record(const Json& record);
-Session session_from_record(const Json& record);
-Invoice invoice_from_record(const Json& record);
+// As answers carry them.
+void to_json(Json& json, const Status& status);
+void to_json(Json& json, const Context& context);
+void to_json(Json& json, const FormCode& form);
+
+/// The value of a key in a map, null when there is none.
+template <typename Map>
+auto* look_up(Map& map, const std::string& key) {
+    const auto found = map.find(key);
+    return found == map.end() ? nullptr : &found->second;
+}
 
 }  // namespace tavrix::sandbox

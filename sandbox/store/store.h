@@ -1,33 +1,32 @@
 // Where the records survive a restart.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 
-#include "sandbox/store/model.h"
-
 namespace tavrix::sandbox {
 
-/// Keeps what it is given until clear(). Saves between begin() and commit() become durable
-/// together. Called under the sandbox's mutex only. Failures throw std::runtime_error with the
-/// cause.
+/// Keeps records: a kind, a key within the kind, a value. What is written between begin() and
+/// commit() becomes durable together. Called under the sandbox's mutex only. Failures throw
+/// std::runtime_error with the cause.
 class Store {
   public:
+    using Visit = std::function<void(const std::string& key, std::string value)>;
+
     virtual ~Store() = default;
     virtual void begin() = 0;
     virtual void commit() = 0;
-    virtual void save(const KsefToken& token) = 0;
-    virtual void save(const Authentication& authentication) = 0;
-    virtual void save(const Session& session) = 0;
-    virtual void save(const Invoice& invoice) = 0;
-    virtual void save_setting(std::string_view name, std::string_view value) = 0;
-    virtual std::optional<std::string> setting(std::string_view name) = 0;
-    /// Forgets all records, not the settings.
-    virtual void clear() = 0;
-    /// Fills an empty state with everything saved.
-    virtual void load(State& state) = 0;
+    /// Adds a record, or replaces its value.
+    virtual void write(std::string_view kind, std::string_view key, std::string_view value) = 0;
+    virtual std::optional<std::string> read(std::string_view kind, std::string_view key) = 0;
+    /// Visits the records of a kind, oldest first. The visitor may read().
+    virtual void each(std::string_view kind, const Visit& visit) = 0;
+    /// Removes one record, or all of a kind.
+    virtual void forget(std::string_view kind, std::string_view key) = 0;
+    virtual void forget(std::string_view kind) = 0;
 };
 
 /// Remembers nothing: the state in memory is all there is.
@@ -35,14 +34,11 @@ class NoStore : public Store {
   public:
     void begin() override {}
     void commit() override {}
-    void save(const KsefToken&) override {}
-    void save(const Authentication&) override {}
-    void save(const Session&) override {}
-    void save(const Invoice&) override {}
-    void save_setting(std::string_view, std::string_view) override {}
-    std::optional<std::string> setting(std::string_view) override { return std::nullopt; }
-    void clear() override {}
-    void load(State&) override {}
+    void write(std::string_view, std::string_view, std::string_view) override {}
+    std::optional<std::string> read(std::string_view, std::string_view) override { return {}; }
+    void each(std::string_view, const Visit&) override {}
+    void forget(std::string_view, std::string_view) override {}
+    void forget(std::string_view) override {}
 };
 
 /// A database file in write-ahead mode: what was committed survives the end of the process, however

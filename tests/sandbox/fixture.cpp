@@ -14,16 +14,16 @@ namespace {
 /// first.
 class SharedKeys : public NoStore {
   public:
-    std::optional<std::string> setting(std::string_view name) override {
-        if (name != "keys") return std::nullopt;
+    std::optional<std::string> read(std::string_view, std::string_view key) override {
+        if (key != "keys") return std::nullopt;
         std::ifstream file(TAVRIX_KEY_CACHE);
         if (!file) return std::nullopt;
         std::stringstream content;
         content << file.rdbuf();
         return content.str();
     }
-    void save_setting(std::string_view name, std::string_view value) override {
-        if (name != "keys" || std::filesystem::exists(TAVRIX_KEY_CACHE)) return;
+    void write(std::string_view, std::string_view key, std::string_view value) override {
+        if (key != "keys" || std::filesystem::exists(TAVRIX_KEY_CACHE)) return;
         const std::string partial = TAVRIX_KEY_CACHE + std::string(".") + std::to_string(getpid());
         std::ofstream(partial) << value;
         std::filesystem::rename(partial, TAVRIX_KEY_CACHE);
@@ -40,10 +40,8 @@ RunningSandbox::RunningSandbox(Options options, std::unique_ptr<Store> store,
                                const KeyPair* identity) {
     options.quiet = true;
     spdlog::set_level(spdlog::level::err);
-    auto clock = std::make_unique<StillClock>(test_start());
-    clock_ = clock.get();
     if (!store) store = std::make_unique<SharedKeys>();
-    dispatcher_ = std::make_unique<Dispatcher>(options, std::move(clock), std::move(store));
+    dispatcher_ = std::make_unique<Dispatcher>(options, clock_, std::move(store));
     server_ = std::make_unique<HttpServer>(*dispatcher_, identity);
     port_ = server_->bind("127.0.0.1", 0);
     thread_ = std::thread([this] { server_->run(); });

@@ -25,10 +25,10 @@ class RunningSandbox {
     ~RunningSandbox();
 
     int port() const { return port_; }
-    void advance(std::chrono::milliseconds step) { clock_->advance(step); }
+    void advance(std::chrono::milliseconds step) { clock_.advance(step); }
 
   private:
-    StillClock* clock_ = nullptr;
+    Clock clock_{test_start()};
     std::unique_ptr<Dispatcher> dispatcher_;
     std::unique_ptr<HttpServer> server_;
     int port_ = 0;

@@ -98,7 +98,7 @@ TEST_F(RestartTest, ForeignAndBusyFilesAreRefused) {
     EXPECT_THROW(open_sqlite_store(file()), std::runtime_error);
     std::filesystem::remove(file());
     const auto first = open_sqlite_store(file());
-    first->save_setting("a", "b");
+    first->write("setting", "a", "b");
     EXPECT_THROW(open_sqlite_store(file()), std::runtime_error);
 }
 

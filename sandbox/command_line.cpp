@@ -1,4 +1,4 @@
-#include "sandbox/service/options.h"
+#include "sandbox/command_line.h"
 
 #include <CLI/CLI.hpp>
 
