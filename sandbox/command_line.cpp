@@ -24,12 +24,9 @@ CommandLine read_command_line(int count, char** arguments) {
 
     CLI::App app(
         "A KSeF (national e-invoicing system, API 2) of your own, on this computer, for testing "
-        "programs "
-        "that send and fetch invoices. It keeps its own keys, checks what it is sent as the real "
-        "system "
-        "does, and nothing it holds ever leaves this computer. Open its address in a browser to "
-        "see what "
-        "has arrived.",
+        "programs that send and fetch invoices. It keeps its own keys, checks what it is sent as "
+        "the real system does, and nothing it holds ever leaves this computer. Open its address "
+        "in a browser to see what has arrived.",
         "tavrix-sandbox");
     app.set_version_flag("--version", std::string("tavrix-sandbox " TAVRIX_VERSION));
 

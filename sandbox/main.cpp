@@ -1,4 +1,5 @@
-// tavrix-sandbox: a KSeF of one's own on loopback.
+// tavrix-sandbox: a KSeF of one's own on loopback. An independent second reading of the published
+// interface: nothing here includes anything of the library that is tested against it.
 #include <signal.h>
 #include <spdlog/sinks/stdout_color_sinks.h>
 #include <spdlog/spdlog.h>

@@ -3,6 +3,8 @@
 #include <libxml/parser.h>
 #include <libxml/parserInternals.h>
 
+#include <algorithm>
+
 #include "sandbox/basics/text.h"
 
 namespace tavrix::sandbox {
@@ -145,31 +147,19 @@ std::string Element::text() const {
 }
 
 std::string xml_escape(std::string_view text) {
+    constexpr std::pair<char, std::string_view> escapes[] = {
+        {'&', "&amp;"}, {'<', "&lt;"}, {'>', "&gt;"}, {'"', "&quot;"}, {'\'', "&#39;"}};
     std::string result;
     result.reserve(text.size());
     for (const char c : text) {
-        switch (c) {
-            case '&':
-                result += "&amp;";
-                break;
-            case '<':
-                result += "&lt;";
-                break;
-            case '>':
-                result += "&gt;";
-                break;
-            case '"':
-                result += "&quot;";
-                break;
-            case '\'':
-                result += "&#39;";
-                break;
-            default:
-                if (static_cast<unsigned char>(c) < 0x20 && c != '\t' && c != '\n' && c != '\r')
-                    result += "\xEF\xBF\xBD";
-                else
-                    result += c;
-        }
+        const auto* escape = std::find_if(std::begin(escapes), std::end(escapes),
+                                          [c](const auto& it) { return it.first == c; });
+        if (escape != std::end(escapes))
+            result += escape->second;
+        else if (static_cast<unsigned char>(c) < 0x20 && c != '\t' && c != '\n' && c != '\r')
+            result += "\xEF\xBF\xBD";
+        else
+            result += c;
     }
     return result;
 }

@@ -22,7 +22,8 @@ struct Bearer {
     bool expired = false;
 };
 
-struct Request {
+/// What the log keeps of a request, too.
+struct RequestHead {
     std::string method;
     /// Path and query exactly as they came, percent-encoding included.
     std::string target;
@@ -32,9 +33,13 @@ struct Request {
     std::vector<std::pair<std::string, std::string>> query;
     /// Names as sent.
     std::vector<std::pair<std::string, std::string>> headers;
+    /// Number of the TCP connection.
+    unsigned connection = 0;
+};
+
+struct Request : RequestHead {
     std::string_view body;
     std::string remote_address;
-    unsigned connection = 0;
     /// Scheme, host and port the client used, for the addresses in answers.
     std::string origin;
 

@@ -10,17 +10,10 @@
 
 namespace tavrix::sandbox {
 
-struct LoggedRequest {
+/// What stands in Authorization is replaced by the kind of token.
+struct LoggedRequest : RequestHead {
     std::uint64_t number = 0;
     Instant time;
-    unsigned connection = 0;
-    std::string method;
-    /// As it came, percent-encoding included.
-    std::string target;
-    std::string path;
-    std::vector<std::pair<std::string, std::string>> query;
-    /// With what stands in Authorization replaced by the kind of token.
-    std::vector<std::pair<std::string, std::string>> headers;
     BearerKind bearer = BearerKind::none;
     std::string body;
     std::string step;

@@ -123,10 +123,11 @@ Answer Dispatcher::carry_out(const Route& route, Request& request) {
 }
 
 void Dispatcher::check_bearer(const Route& route, const Request& request) {
-    if (route.need == Need::nothing) return;
-    if (!suits(route.need, request.bearer.kind) || request.bearer.expired) throw unauthorized();
+    if (route.access.need == Need::nothing) return;
+    if (!suits(route.access.need, request.bearer.kind) || request.bearer.expired)
+        throw unauthorized();
     const auto& present = service_.authentication_of(request).permissions;
-    const auto required = route.permissions;
+    const auto required = route.access.permissions;
     const bool held = required.empty() ||
                       std::any_of(required.begin(), required.end(),
                                   [&](std::string_view name) { return contains(present, name); });
@@ -154,13 +155,8 @@ Answer Dispatcher::serve_own_page(Request& request, std::string_view raw_path) {
 void Dispatcher::log(const Request& request, const Route* route, const Outcome& outcome,
                      const std::vector<Fault>& faults, double duration_ms) {
     LoggedRequest entry;
+    static_cast<RequestHead&>(entry) = request;
     entry.time = service_.now();
-    entry.connection = request.connection;
-    entry.method = request.method;
-    entry.target = request.target;
-    entry.path = request.path;
-    entry.query = request.query;
-    entry.headers = request.headers;
     for (auto& [name, value] : entry.headers)
         if (lower(name) == "authorization") value = to_string(request.bearer.kind);
     entry.bearer = request.bearer.kind;

@@ -18,6 +18,13 @@ enum class Need {
     access_or_refresh_token
 };
 
+/// Who may use an operation.
+struct Access {
+    Need need;
+    /// The caller's token must hold one of these; none named means none needed.
+    std::span<const std::string_view> permissions;
+};
+
 struct Route {
     std::string_view method;
     /// Segments between slashes; `{}` stands for any one segment.
@@ -25,9 +32,7 @@ struct Route {
     /// Name of the step in faults, logs and counters.
     std::string_view step;
     RateGroup group;
-    Need need;
-    /// The caller's token must hold one of these; none named means none needed.
-    std::span<const std::string_view> permissions;
+    Access access;
     Operation* handler;
 };
 

@@ -119,24 +119,16 @@ std::vector<Condition> read_conditions(const Json& body) {
     const auto text = [&](const char* name, auto test) {
         const std::string value = optional_text(body, name);
         if (!value.empty())
-            conditions.push_back(
-                [=](const Invoice& it, const FormCode& form) { return test(it, form, value); });
+            conditions.push_back([=](auto& it, auto& form) { return test(it, form, value); });
     };
-    text("ksefNumber", [](const Invoice& it, const FormCode&, const std::string& value) {
-        return it.ksef_number == value;
-    });
-    text("invoiceNumber", [](const Invoice& it, const FormCode&, const std::string& value) {
-        return it.summary->invoice_number == value;
-    });
-    text("sellerNip", [](const Invoice& it, const FormCode&, const std::string& value) {
-        return it.summary->seller.identifier == value;
-    });
-    text("invoicingMode", [](const Invoice& it, const FormCode&, const std::string& value) {
-        return it.offline == (value == "Offline");
-    });
-    text("formType", [](const Invoice&, const FormCode& form, const std::string& value) {
-        return form.value == value;
-    });
+    text("ksefNumber", [](auto& it, auto&, auto& value) { return it.ksef_number == value; });
+    text("invoiceNumber",
+         [](auto& it, auto&, auto& value) { return it.summary->invoice_number == value; });
+    text("sellerNip",
+         [](auto& it, auto&, auto& value) { return it.summary->seller.identifier == value; });
+    text("invoicingMode",
+         [](auto& it, auto&, auto& value) { return it.offline == (value == "Offline"); });
+    text("formType", [](auto&, auto& form, auto& value) { return form.value == value; });
     const auto flag = [&](const char* name, bool InvoiceSummary::*member) {
         if (given(body, name) == nullptr) return;
         const bool wanted = optional_flag(body, name);

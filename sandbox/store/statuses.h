@@ -6,7 +6,7 @@
 
 namespace tavrix::sandbox {
 
-enum class StatusOf { authentication, online_session, batch_session, invoice };
+enum class StatusOf { authentication, online_session, invoice };
 
 /// A status with the published description of its code; a code of no table gets "Nieznany błąd
 /// (code)".

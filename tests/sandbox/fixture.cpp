@@ -36,13 +36,12 @@ Instant test_start() {
     return *parse_instant("2026-11-21T08:15:30.1234567Z");
 }
 
-RunningSandbox::RunningSandbox(Options options, std::unique_ptr<Store> store,
-                               const KeyPair* identity) {
+RunningSandbox::RunningSandbox(Options options, std::unique_ptr<Store> store) {
     options.quiet = true;
     spdlog::set_level(spdlog::level::err);
     if (!store) store = std::make_unique<SharedKeys>();
     dispatcher_ = std::make_unique<Dispatcher>(options, clock_, std::move(store));
-    server_ = std::make_unique<HttpServer>(*dispatcher_, identity);
+    server_ = std::make_unique<HttpServer>(*dispatcher_, nullptr);
     port_ = server_->bind("127.0.0.1", 0);
     thread_ = std::thread([this] { server_->run(); });
 }
@@ -52,7 +51,9 @@ RunningSandbox::~RunningSandbox() {
     thread_.join();
 }
 
-void SandboxTest::start(Options options) {
+void SandboxTest::start(const std::function<void(Options&)>& change) {
+    Options options;
+    change(options);
     sandbox_ = std::make_unique<RunningSandbox>(std::move(options));
     client_ = std::make_unique<Client>(sandbox_->port());
     control_ = std::make_unique<Client>(sandbox_->port(), "");
@@ -66,6 +67,16 @@ Client& SandboxTest::client() {
 RunningSandbox& SandboxTest::sandbox() {
     client();
     return *sandbox_;
+}
+
+Client SandboxTest::client_of(const std::string& nip) {
+    Client other(sandbox().port());
+    EXPECT_EQ(other.sign_in(nip).status, 200);
+    return other;
+}
+
+Reply SandboxTest::post_invoice(const Json& body) {
+    return client().post("/sessions/online/" + client().session + "/invoices", body);
 }
 
 void SandboxTest::open_as_seller() {
