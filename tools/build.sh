@@ -2,8 +2,9 @@
 
 all_doors=(native win32 win64 asan)
 
-# Two checkouts, or two worktrees of one, share what they compiled: paths count from the checkout's root.
-export CCACHE_BASEDIR=$root CCACHE_NOHASHDIR=1
+# Two checkouts, or two worktrees of one, share what they compiled: paths count from the checkout's root. What uses a
+# precompiled header (the sandbox) is only kept when ccache is told that macros of it and of the time do not matter.
+export CCACHE_BASEDIR=$root CCACHE_NOHASHDIR=1 CCACHE_SLOPPINESS=pch_defines,time_macros
 
 bits_of() { echo "${1#win}"; }
 is_windows() { [[ $1 == win* ]]; }

@@ -13,6 +13,10 @@ from tree import ROOT, files
 FEATURES = ["ksef", "barcode", "mail", "pdfsign", "dialogs"]
 ADAPTERS = ["ports/native", "ports/windows", "ports/portable"]
 
+# The sandbox reads the published interface a second time, so it shares nothing with the product: a mistake must not be
+# made twice. Its rooms, each with those it stands on.
+SANDBOX = ["basics", "exchange", "store", "documents", "service", "pages", "http"]
+
 LAYERS = {
     "base": [],
     "fonts": ["base"],
@@ -34,9 +38,10 @@ LAYERS = {
     # Runs while the library is built.
     "com/describe": ["base", "windows", "com", "com/classes"],
     "cli": ["base", "ports", *FEATURES, "frame", "fonts", "drawing", "ports/native", "ports/portable"],
-    "apps": [],
     # What a development machine lacks, on the product's own plumbing; never part of the product.
     "stand_ins": ["base", "ports", "windows", "com", "ports/windows", "ports/portable"],
+    "sandbox": [f"sandbox/{room}" for room in SANDBOX],
+    **{f"sandbox/{room}": [f"sandbox/{below}" for below in SANDBOX[:place]] for place, room in enumerate(SANDBOX)},
 }
 
 # Foreign headers that would tie a folder to one platform or one library. Tests, benchmarks and fuzzers may use any.
@@ -46,10 +51,13 @@ OUTSIDE = [
      r"commdlg\.h|commctrl\.h|initguid\.h|tchar\.h|wtypes\.h|exdisp\.h|gdiplus.*\.h",
      ["windows", "ports/windows", "com", "stand_ins"], "Windows headers"),
     (r"unistd\.h|fcntl\.h|poll\.h|pwd\.h|dlfcn\.h|sys/.*\.h|arpa/.*\.h|netinet/.*\.h|netdb\.h",
-     ["ports/native", "cli", "apps"], "POSIX headers"),
-    (r"curl/.*|libxml/.*|libxslt/.*|sqlite3\.h", ADAPTERS + ["apps"], "a library behind a port"),
-    (r"openssl/.*", ADAPTERS + ["apps"], "a library behind a port"),
-    (r"httplib\.h|spdlog/.*|CLI/.*", ["cli", "apps"], "a library of the applications"),
+     ["ports/native", "cli", "sandbox"], "POSIX headers"),
+    (r"curl/.*|libxslt/.*", ADAPTERS, "a library behind a port"),
+    (r"libxml/.*", ADAPTERS + ["sandbox/basics", "sandbox/documents"], "a library behind a port"),
+    (r"sqlite3\.h", ADAPTERS + ["sandbox/store"], "a library behind a port"),
+    (r"openssl/.*", ADAPTERS + ["sandbox/basics", "sandbox/service"], "a library behind a port"),
+    (r"httplib\.h", ["sandbox/http"], "a library of the applications"),
+    (r"spdlog/.*|CLI/.*", ["cli", "sandbox"], "a library of the applications"),
 ]
 
 PLATFORM = re.compile(r"\b(_WIN32|_WIN64|WIN32|__MINGW\w*|_MSC_VER|__CYGWIN__|__linux__|__unix__|__APPLE__|__GNUC__)\b")

@@ -2,8 +2,8 @@
 
 #include <openssl/rsa.h>
 
-#include "apps/sandbox/certificates.h"
-#include "apps/sandbox/crypto.h"
+#include "sandbox/basics/certificates.h"
+#include "sandbox/basics/crypto.h"
 
 namespace tavrix::sandbox::testing {
 namespace {

@@ -7,7 +7,7 @@
 #include <memory>
 #include <string>
 
-#include "apps/sandbox/json.h"
+#include "sandbox/basics/json.h"
 
 namespace tavrix::sandbox::testing {
 

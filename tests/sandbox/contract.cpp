@@ -3,8 +3,8 @@
 #include <fstream>
 #include <regex>
 
-#include "apps/sandbox/clock.h"
-#include "apps/sandbox/crypto.h"
+#include "sandbox/basics/clock.h"
+#include "sandbox/basics/crypto.h"
 
 namespace tavrix::sandbox::testing {
 namespace {

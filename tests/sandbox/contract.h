@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "apps/sandbox/json.h"
+#include "sandbox/basics/json.h"
 
 namespace tavrix::sandbox::testing {
 

@@ -1,10 +1,7 @@
 // Every answer of a working day, judged by the published interface.
 #include "tests/sandbox/contract.h"
 
-#include <algorithm>
-
-#include "apps/sandbox/ksef_number.h"
-#include "apps/sandbox/routes.h"
+#include "sandbox/basics/ksef_number.h"
 #include "tests/sandbox/fixture.h"
 
 namespace tavrix::sandbox::testing {
@@ -17,12 +14,26 @@ class ContractTest : public SandboxTest {
         contract_ = std::make_unique<Contract>(contract_folder());
     }
 
-    Reply agree(const std::string& method, const std::string& path, const Reply& reply) {
-        for (const std::string& problem : contract_->judge(
-                 method, path, reply.status, reply.header("Content-Type"), reply.json()))
-            ADD_FAILURE() << method << " " << path << " " << problem << "\n"
-                          << reply.body.substr(0, 600);
+    /// Sends to a path of the interface, its `{...}` replaced in order, and judges the answer.
+    Reply agree(const std::string& method, const std::string& pattern,
+                const std::vector<std::string>& parameters = {}, const Json& body = Json::object(),
+                const std::string& query = "") {
+        std::string path = pattern;
+        for (const std::string& parameter : parameters)
+            path.replace(path.find('{'), path.find('}') - path.find('{') + 1, parameter);
+        Client& it = client();
+        const Reply reply = method == "get"    ? it.get(path + query)
+                            : method == "post" ? it.post(path, body)
+                                               : it.remove(path);
+        judge(method, pattern, reply);
         return reply;
+    }
+    void judge(const std::string& method, const std::string& pattern, const Reply& reply) {
+        const std::string type = reply.header("Content-Type");
+        for (const auto& problem :
+             contract_->judge(method, pattern, reply.status, type, reply.json()))
+            ADD_FAILURE() << method << " " << pattern << " " << problem << "\n"
+                          << reply.body.substr(0, 600);
     }
 
     std::unique_ptr<Contract> contract_;
@@ -30,90 +41,76 @@ class ContractTest : public SandboxTest {
 
 TEST_F(ContractTest, AnswersOfAWorkingDayAgree) {
     Client& it = client();
-    agree("post", "/auth/challenge", it.post("/auth/challenge"));
-    agree("get", "/security/public-key-certificates", it.get("/security/public-key-certificates"));
-    agree("post", "/auth/ksef-token",
+    agree("post", "/auth/challenge");
+    agree("get", "/security/public-key-certificates");
+    judge("post", "/auth/ksef-token",
           it.send_token(token_of(seller_nip), seller_nip, it.challenge()));
     it.bearer = it.authentication_token;
-    agree("get", "/auth/{referenceNumber}", it.get("/auth/" + it.authentication_reference));
-    const Reply tokens = agree("post", "/auth/token/redeem", it.post("/auth/token/redeem"));
-    agree("post", "/auth/token/redeem", it.post("/auth/token/redeem"));
-    it.bearer = tokens.json().at("refreshToken").at("token");
-    agree("post", "/auth/token/refresh", it.post("/auth/token/refresh"));
-    it.bearer = tokens.json().at("accessToken").at("token");
-    agree("get", "/auth/sessions", it.get("/auth/sessions"));
+    agree("get", "/auth/{referenceNumber}", {it.authentication_reference});
+    const Json tokens = agree("post", "/auth/token/redeem").json();
+    agree("post", "/auth/token/redeem");
+    it.bearer = tokens.at("refreshToken").at("token");
+    agree("post", "/auth/token/refresh");
+    it.bearer = tokens.at("accessToken").at("token");
+    agree("get", "/auth/sessions");
 
-    agree("post", "/sessions/online",
-          it.post("/sessions/online", it.open_body(std::string(31, 'k'))));
+    agree("post", "/sessions/online", {}, it.open_body(std::string(31, 'k')));
     ASSERT_NE(it.open_session(), "");
-    const std::string session = "/sessions/" + it.session;
     SampleInvoice rich;
     rich.other_parties =
         "<Podmiot3><DaneIdentyfikacyjne><IDWew>5265877635-12345</IDWew><Nazwa>Oddział</Nazwa>"
         "</DaneIdentyfikacyjne><Rola>4</Rola></Podmiot3><PodmiotUpowazniony><DaneIdentyfikacyjne>"
-        "<NIP>1111111111</NIP><Nazwa>Biuro</Nazwa></DaneIdentyfikacyjne><Adres><KodKraju>PL</"
-        "KodKraju>"
-        "<AdresL1>Rynek 1</AdresL1></Adres><RolaPU>1</RolaPU></PodmiotUpowazniony>";
-    const Reply sent =
-        agree("post", "/sessions/online/{referenceNumber}/invoices",
-              it.post("/sessions/online/" + it.session + "/invoices", it.invoice_body(rich.xml())));
-    const std::string invoice = sent.json().at("referenceNumber");
+        "<NIP>1111111111</NIP><Nazwa>Biuro</Nazwa></DaneIdentyfikacyjne><Adres><KodKraju>PL"
+        "</KodKraju><AdresL1>Rynek 1</AdresL1></Adres><RolaPU>1</RolaPU></PodmiotUpowazniony>";
+    const Reply sent = agree("post", "/sessions/online/{referenceNumber}/invoices", {it.session},
+                             it.invoice_body(rich.xml()));
     it.send(rich.xml());         // a duplicate
     it.send("<Faktura>broken");  // no XML
-    agree("get", "/sessions/{referenceNumber}", it.get(session));
-    const Reply list =
-        agree("get", "/sessions/{referenceNumber}/invoices", it.get(session + "/invoices"));
-    agree("get", "/sessions/{referenceNumber}/invoices/failed",
-          it.get(session + "/invoices/failed"));
+    agree("get", "/sessions/{referenceNumber}", {it.session});
+    const Json first = agree("get", "/sessions/{referenceNumber}/invoices", {it.session})
+                           .json()
+                           .at("invoices")
+                           .at(0);
+    agree("get", "/sessions/{referenceNumber}/invoices/failed", {it.session});
     agree("get", "/sessions/{referenceNumber}/invoices/{invoiceReferenceNumber}",
-          it.get(session + "/invoices/" + invoice));
-    agree("post", "/sessions/online/{referenceNumber}/close",
-          it.post("/sessions/online/" + it.session + "/close"));
-    agree("post", "/sessions/online/{referenceNumber}/close",
-          it.post("/sessions/online/" + it.session + "/close"));
-    const Reply closed = agree("get", "/sessions/{referenceNumber}", it.get(session));
-    EXPECT_EQ(closed.json().at("status").at("code"), 200);
-    EXPECT_TRUE(closed.json().contains("upo"));
-    agree("get", "/sessions", it.get("/sessions?sessionType=Online"));
-    agree("get", "/sessions", it.get("/sessions?sessionType=Fax"));
+          {it.session, sent.json().at("referenceNumber")});
+    agree("post", "/sessions/online/{referenceNumber}/close", {it.session});
+    agree("post", "/sessions/online/{referenceNumber}/close", {it.session});
+    const Json closed = agree("get", "/sessions/{referenceNumber}", {it.session}).json();
+    EXPECT_EQ(closed.at("status").at("code"), 200);
+    EXPECT_TRUE(closed.contains("upo"));
+    for (const char* kind : {"Online", "Fax"})
+        agree("get", "/sessions", {}, {}, std::string("?sessionType=") + kind);
 
-    ASSERT_EQ(list.json().at("invoices")[0].at("status").at("code"), 200) << list.body;
-    const std::string number = list.json().at("invoices")[0].at("ksefNumber");
-    agree("get", "/invoices/ksef/{ksefNumber}",
-          it.get("/invoices/ksef/" + number.substr(0, 33) + "XX"));
+    ASSERT_EQ(first.at("status").at("code"), 200) << first;
+    const std::string number = first.at("ksefNumber");
+    agree("get", "/invoices/ksef/{ksefNumber}", {number.substr(0, 33) + "XX"});
     sandbox().advance(std::chrono::seconds(1));
-    const Reply metadata = agree(
-        "post", "/invoices/query/metadata",
-        it.post("/invoices/query/metadata",
-                {{"subjectType", "Subject1"},
-                 {"dateRange",
-                  {{"dateType", "PermanentStorage"}, {"from", "2026-11-01T00:00:00+00:00"}}}}));
+    const Json range = {{"dateType", "PermanentStorage"}, {"from", "2026-11-01T00:00:00+00:00"}};
+    const Reply metadata = agree("post", "/invoices/query/metadata", {},
+                                 {{"subjectType", "Subject1"}, {"dateRange", range}});
     ASSERT_EQ(metadata.json().at("invoices").size(), 1u) << metadata.body;
-    agree("post", "/invoices/query/metadata", it.post("/invoices/query/metadata"));
+    agree("post", "/invoices/query/metadata");
 
-    agree("get", "/rate-limits", it.get("/rate-limits"));
-    agree("get", "/limits/context", it.get("/limits/context"));
-    agree("get", "/limits/subject", it.get("/limits/subject"));
-    const Reply token = agree(
-        "post", "/tokens",
-        it.post("/tokens", {{"permissions", {"InvoiceRead"}}, {"description", "Do odczytu"}}));
-    const std::string token_path =
-        "/tokens/" + token.json().at("referenceNumber").get<std::string>();
-    agree("get", "/tokens", it.get("/tokens"));
-    agree("get", "/tokens/{referenceNumber}", it.get(token_path));
-    agree("delete", "/tokens/{referenceNumber}", it.remove(token_path));
-    agree("delete", "/auth/sessions/current", it.remove("/auth/sessions/current"));
+    for (const char* path : {"/rate-limits", "/limits/context", "/limits/subject"})
+        agree("get", path);
+    const Reply token = agree("post", "/tokens", {},
+                              {{"permissions", {"InvoiceRead"}}, {"description", "Do odczytu"}});
+    const std::string reference = token.json().at("referenceNumber");
+    agree("get", "/tokens");
+    agree("get", "/tokens/{referenceNumber}", {reference});
+    agree("delete", "/tokens/{referenceNumber}", {reference});
+    agree("delete", "/auth/sessions/current");
     it.bearer = "nonsense";
-    agree("get", "/sessions", it.get("/sessions?sessionType=Online"));
+    agree("get", "/sessions", {}, {}, "?sessionType=Online");
 }
 
 TEST_F(ContractTest, ErrorsAgreeInBothFormats) {
     open_as_seller();
-    const std::string path = "/sessions/online/" + client().session + "/invoices";
-    agree("post", "/sessions/online/{referenceNumber}/invoices", client().post(path));
+    const std::string path = "/sessions/online/{referenceNumber}/invoices";
+    agree("post", path, {client().session});
     client().headers["X-Error-Format"] = "problem-details";
-    const Reply problem =
-        agree("post", "/sessions/online/{referenceNumber}/invoices", client().post(path));
+    const Reply problem = agree("post", path, {client().session});
     EXPECT_EQ(problem.header("Content-Type"), "application/problem+json");
     EXPECT_EQ(problem.json().at("errors")[0].at("code"), 21405);
 }
@@ -123,18 +120,16 @@ TEST_F(ContractTest, ATokenWithoutPermissionIsForbidden) {
     const Reply made =
         client().post("/tokens", {{"permissions", {"InvoiceRead"}}, {"description", "Odczyt"}});
     client().sign_in(seller_nip, made.json().at("token"));
-    const Reply reply = agree("post", "/sessions/online", client().post("/sessions/online"));
+    const Reply reply = agree("post", "/sessions/online");
     EXPECT_EQ(reply.status, 403);
     EXPECT_EQ(reply.json().at("reasonCode"), "missing-permissions");
 }
 
 TEST_F(ContractTest, TooManyRequestsAgree) {
-    Options options;
-    options.rate_limits = true;
-    start(options);
+    start([](Options& it) { it.rate_limits = true; });
     client().sign_in(seller_nip);
-    for (int i = 0; i < 5; ++i) ASSERT_EQ(client().get("/sessions?sessionType=Online").status, 200);
-    const Reply reply = agree("get", "/sessions", client().get("/sessions?sessionType=Online"));
+    for (int i = 0; i < 5; ++i) ASSERT_EQ(list_sessions().status, 200);
+    const Reply reply = agree("get", "/sessions", {}, {}, "?sessionType=Online");
     EXPECT_EQ(reply.status, 429);
     EXPECT_EQ(reply.header("Retry-After"), "1");
 }
@@ -145,24 +140,17 @@ TEST_F(SandboxTest, MetadataKeepTheOrderClientsReadByPosition) {
     open_as_seller();
     client().send(SampleInvoice().xml());
     sandbox().advance(std::chrono::seconds(1));
-    const Json entry =
-        client()
-            .post("/invoices/query/metadata",
-                  {{"subjectType", "Subject1"},
-                   {"dateRange",
-                    {{"dateType", "Invoicing"}, {"from", "2026-11-01T00:00:00.0+00:00"}}}})
-            .json()
-            .at("invoices")
-            .at(0);
-    std::vector<std::string> names;
-    for (const auto& [name, value] : entry.items()) names.push_back(name);
-    const std::vector<std::string> expected = {
-        "ksefNumber",      "invoiceNumber",        "issueDate",    "invoicingDate",
-        "acquisitionDate", "permanentStorageDate", "seller",       "buyer",
-        "netAmount",       "grossAmount",          "vatAmount",    "currency",
-        "invoicingMode",   "invoiceType",          "formCode",     "isSelfInvoicing",
-        "hasAttachment",   "invoiceHash",          "thirdSubjects"};
-    EXPECT_EQ(names, expected);
+    const Json range = {{"dateType", "Invoicing"}, {"from", "2026-11-01T00:00:00.0+00:00"}};
+    const Reply reply = client().post("/invoices/query/metadata",
+                                      {{"subjectType", "Subject1"}, {"dateRange", range}});
+    const Json entry = reply.json().at("invoices").at(0);
+    std::string names;
+    for (const auto& [name, value] : entry.items()) names += name + " ";
+    EXPECT_EQ(names,
+              "ksefNumber invoiceNumber issueDate invoicingDate acquisitionDate "
+              "permanentStorageDate seller buyer netAmount grossAmount vatAmount currency "
+              "invoicingMode invoiceType formCode isSelfInvoicing hasAttachment invoiceHash "
+              "thirdSubjects ");
     EXPECT_EQ(entry.at("netAmount"), 1600.5);
     EXPECT_EQ(entry.at("vatAmount"), 350.03);
     EXPECT_EQ(entry.at("grossAmount"), 1950.53);

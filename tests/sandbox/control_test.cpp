@@ -33,10 +33,8 @@ TEST_F(ControlTest, TheStateShowsWhatAClientSentAndNoSecrets) {
     EXPECT_EQ(invoice.at("xmlHash"), invoice.at("invoiceHash"));
     EXPECT_EQ(invoice.at("xmlSize"), xml.size());
     EXPECT_EQ(invoice.at("offlineMode"), false);
-    EXPECT_EQ(control_get("/sandbox/invoices/" + invoice.at("referenceNumber").get<std::string>() +
-                          "/xml")
-                  .body,
-              xml);
+    const std::string reference = invoice.at("referenceNumber");
+    EXPECT_EQ(control_get("/sandbox/invoices/" + reference + "/xml").body, xml);
 }
 
 TEST_F(ControlTest, ConnectionsAreToldApart) {
@@ -58,17 +56,17 @@ TEST_F(ControlTest, ResetForgetsAllButTheKeys) {
     const Json all = state();
     for (const char* list : {"sessions", "invoices", "authentications", "faults", "requests"})
         EXPECT_EQ(all.at(list).size(), 0u) << list;
-    EXPECT_EQ(client().get("/sessions?sessionType=Online").status, 401);
+    EXPECT_EQ(list_sessions().status, 401);
     EXPECT_EQ(client().certificate("SymmetricKeyEncryption"), certificate);
     open_as_seller();
-    EXPECT_EQ(client().invoice_status(client().send(SampleInvoice().xml())).at("code"), 200);
+    EXPECT_EQ(code_of(SampleInvoice().xml()), 200);
 }
 
 TEST_F(ControlTest, TheClockMovesForwardAndThePaceChanges) {
     open_as_seller();
     EXPECT_EQ(control_post("/sandbox/clock", {{"advance_ms", 900'000}}).json().at("now"),
               "2026-11-21T08:30:30.1234567+00:00");
-    EXPECT_EQ(client().get("/sessions?sessionType=Online").status, 401);
+    EXPECT_EQ(list_sessions().status, 401);
     for (const Json& bad :
          {Json{{"advance_ms", -1}}, Json{{"advance_ms", "1"}}, Json::object(), Json(5)})
         EXPECT_EQ(control_post("/sandbox/clock", bad).status, 400) << bad;
@@ -89,27 +87,23 @@ TEST_F(ControlTest, PagesOfOtherSitesCannotSteer) {
 }
 
 TEST_F(ControlTest, RateLimitsAreCountedPerContextAndTellWhenToComeBack) {
-    Options options;
-    options.rate_limits = true;
-    start(options);
+    start([](Options& it) { it.rate_limits = true; });
     client().sign_in(seller_nip);
-    const auto list = [&] { return client().get("/sessions?sessionType=Online"); };
     for (int i = 0; i < 10; ++i) {
-        EXPECT_EQ(list().status, 200) << i;
+        EXPECT_EQ(list_sessions().status, 200) << i;
         sandbox().advance(std::chrono::milliseconds(1500));
     }
-    const Reply refused = list();
+    const Reply refused = list_sessions();
     EXPECT_EQ(refused.status, 429);
     EXPECT_EQ(refused.header("Retry-After"), "45");
     EXPECT_EQ(refused.json().at("status").at("details")[0],
               "Przekroczono limit 10 żądań na minutę. Spróbuj ponownie po 45 sekundach.");
-    Client other(sandbox().port());
-    other.sign_in(buyer_nip);
+    Client other = client_of(buyer_nip);
     EXPECT_EQ(other.get("/sessions?sessionType=Online").status, 200);
     sandbox().advance(std::chrono::milliseconds(44'999));
-    EXPECT_EQ(list().status, 429);
+    EXPECT_EQ(list_sessions().status, 429);
     sandbox().advance(std::chrono::milliseconds(1));
-    EXPECT_EQ(list().status, 200);
+    EXPECT_EQ(list_sessions().status, 200);
 }
 
 }  // namespace

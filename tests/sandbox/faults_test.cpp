@@ -38,14 +38,26 @@ RawReply raw_request(int port, const std::string& text) {
 constexpr const char* challenge_request =
     "POST /v2/auth/challenge HTTP/1.1\r\nHost: x\r\nContent-Length: 2\r\n\r\n{}";
 
-class FaultsTest : public SandboxTest {};
+class FaultsTest : public SandboxTest {
+  protected:
+    void spoil_challenge(Json fault) {
+        fault["step"] = "auth/challenge";
+        set_fault(fault);
+    }
+    /// What a client gets when it asks for a challenge.
+    Reply challenge_with(const Json& fault) {
+        spoil_challenge(fault);
+        return client().post("/auth/challenge");
+    }
+    RawReply raw_challenge_with(const char* kind) {
+        spoil_challenge({{"kind", kind}});
+        return raw_request(sandbox().port(), challenge_request);
+    }
+    void clear_faults() { Client(sandbox().port(), "").remove("/sandbox/faults"); }
+};
 
 TEST_F(FaultsTest, FaultsHitTheChosenRequestsOnly) {
-    set_fault({{"step", "auth/challenge"},
-               {"kind", "status"},
-               {"status", 503},
-               {"skip", 1},
-               {"count", 2}});
+    spoil_challenge({{"kind", "status"}, {"status", 503}, {"skip", 1}, {"count", 2}});
     std::vector<int> statuses;
     for (int i = 0; i < 5; ++i) {
         statuses.push_back(client().post("/auth/challenge").status);
@@ -54,11 +66,9 @@ TEST_F(FaultsTest, FaultsHitTheChosenRequestsOnly) {
     EXPECT_EQ(statuses, (std::vector<int>{200, 503, 503, 200, 200}));
     EXPECT_EQ(state().at("requests")[2].at("faults"), Json::array({"status"}));
 
-    set_fault({{"step", "auth/challenge"}, {"kind", "empty"}, {"count", -1}});
+    EXPECT_EQ(challenge_with({{"kind", "empty"}, {"count", -1}}).body, "");
     EXPECT_EQ(client().post("/auth/challenge").body, "");
-    EXPECT_EQ(client().post("/auth/challenge").body, "");
-    Client control(sandbox().port(), "");
-    EXPECT_EQ(control.remove("/sandbox/faults").status, 204);
+    clear_faults();
     EXPECT_NE(client().post("/auth/challenge").body, "");
 }
 
@@ -75,47 +85,36 @@ TEST_F(FaultsTest, BodiesAreSpoiltAsAsked) {
          "text/plain",
          "short"},
         {{{"kind", "malformed"}, {"body", "{\"a\":"}}, 200, "application/json", "{\"a\":"},
-        {{{"kind", "html"}, {"body", "<html>no</html>"}},
-         200,
-         "text/html; charset=utf-8",
-         "<html>no</html>"},
+        {{{"kind", "html"}, {"body", "<p>no"}}, 200, "text/html; charset=utf-8", "<p>no"},
         {{{"kind", "empty"}}, 200, "", ""},
     };
-    for (Case it : cases) {
-        it.fault["step"] = "auth/challenge";
-        set_fault(it.fault);
-        const Reply reply = client().post("/auth/challenge");
+    for (const Case& it : cases) {
+        const Reply reply = challenge_with(it.fault);
         EXPECT_EQ(reply.status, it.status) << it.fault;
         EXPECT_EQ(reply.header("Content-Type"), it.type) << it.fault;
         EXPECT_EQ(reply.body, it.body) << it.fault;
     }
-    set_fault({{"step", "auth/challenge"}, {"kind", "429"}, {"retry_after", 7}});
-    const Reply busy = client().post("/auth/challenge");
+    const Reply busy = challenge_with({{"kind", "429"}, {"retry_after", 7}});
     EXPECT_EQ(busy.status, 429);
     EXPECT_EQ(busy.header("Retry-After"), "7");
-    set_fault({{"step", "auth/challenge"}, {"kind", "truncated"}});
-    const Reply cut = client().post("/auth/challenge");
+    const Reply cut = challenge_with({{"kind", "truncated"}});
     EXPECT_EQ(cut.status, 200);
     EXPECT_TRUE(cut.json().is_null() && !cut.body.empty());
 }
 
 TEST_F(FaultsTest, ValuesInAnAnswerAreReplacedAndRemoved) {
-    set_fault(Json::array({{{"step", "security/public-key-certificates"},
-                            {"kind", "json"},
-                            {"path", "[*].usage"},
-                            {"value", {"KsefTokenEncryption", "SymmetricKeyEncryption"}}},
-                           {{"step", "security/public-key-certificates"},
-                            {"kind", "remove"},
-                            {"path", "[0].certificate"}},
-                           {{"step", "security/public-key-certificates"},
-                            {"kind", "header"},
-                            {"name", "X-Y"},
-                            {"value", "z"}}}));
+    const Json faults[] = {{{"kind", "json"}, {"path", "[*].usage"}, {"value", {"a", "b"}}},
+                           {{"kind", "remove"}, {"path", "[0].certificate"}},
+                           {{"kind", "header"}, {"name", "X-Y"}, {"value", "z"}}};
+    for (Json fault : faults) {
+        fault["step"] = "security/public-key-certificates";
+        set_fault(fault);
+    }
     const Reply reply = client().get("/security/public-key-certificates");
     const Json list = reply.json();
     ASSERT_EQ(list.size(), 2u);
-    EXPECT_EQ(list[0].at("usage").size(), 2u);
-    EXPECT_EQ(list[1].at("usage").size(), 2u);
+    EXPECT_EQ(list[0].at("usage"), Json({"a", "b"}));
+    EXPECT_EQ(list[1].at("usage"), Json({"a", "b"}));
     EXPECT_FALSE(list[0].contains("certificate"));
     EXPECT_TRUE(list[1].contains("certificate"));
     EXPECT_EQ(reply.header("X-Y"), "z");
@@ -128,10 +127,9 @@ TEST_F(FaultsTest, ADroppedAnswerLeavesTheInvoiceBehind) {
     EXPECT_EQ(client().send(SampleInvoice().xml()), "");
     // The library repeats a request whose kept connection turned out closed; what counts is that it
     // arrived.
-    const std::size_t arrived = state().at("invoices").size();
-    EXPECT_GE(arrived, 1u);
-    Client(sandbox().port(), "").remove("/sandbox/faults");
-    EXPECT_EQ(client().invoice_status(client().send(SampleInvoice().xml())).at("code"), 440);
+    EXPECT_GE(state().at("invoices").size(), 1u);
+    clear_faults();
+    EXPECT_EQ(code_of(SampleInvoice().xml()), 440);
 
     set_fault({{"step", "sessions/online/invoices"}, {"kind", "refuse"}, {"count", -1}});
     const std::size_t before = state().at("invoices").size();
@@ -140,28 +138,24 @@ TEST_F(FaultsTest, ADroppedAnswerLeavesTheInvoiceBehind) {
 }
 
 TEST_F(FaultsTest, ConnectionsBreakTheWayTheKindSays) {
-    set_fault({{"step", "auth/challenge"}, {"kind", "refuse"}});
-    const RawReply refused = raw_request(sandbox().port(), challenge_request);
+    const RawReply refused = raw_challenge_with("refuse");
     EXPECT_EQ(refused.data, "");
     EXPECT_EQ(refused.error, 0);
 
-    set_fault({{"step", "auth/challenge"}, {"kind", "cut"}});
-    const RawReply cut = raw_request(sandbox().port(), challenge_request);
+    const RawReply cut = raw_challenge_with("cut");
     EXPECT_NE(cut.data.find("\r\n\r\n{\"challenge\""), std::string::npos) << cut.data;
     EXPECT_EQ(cut.data.find("clientIp"), std::string::npos) << cut.data;
     EXPECT_EQ(cut.error, 0);
 
-    set_fault({{"step", "auth/challenge"}, {"kind", "reset"}});
-    const RawReply reset = raw_request(sandbox().port(), challenge_request);
+    const RawReply reset = raw_challenge_with("reset");
     EXPECT_NE(reset.data.find("{\"challenge\""), std::string::npos) << reset.data;
     EXPECT_EQ(reset.error, ECONNRESET);
 
-    set_fault({{"step", "auth/challenge"}, {"kind", "drip"}, {"bytes", 100}, {"interval_ms", 1}});
-    EXPECT_EQ(client().post("/auth/challenge").status, 200);
+    EXPECT_EQ(challenge_with({{"kind", "drip"}, {"bytes", 100}, {"interval_ms", 1}}).status, 200);
 }
 
 TEST_F(FaultsTest, AHangingAnswerDoesNotHoldUpTheStop) {
-    set_fault({{"step", "auth/challenge"}, {"kind", "hang"}});
+    spoil_challenge({{"kind", "hang"}});
     RawReply reply;
     std::thread waiting(
         [&, port = sandbox().port()] { reply = raw_request(port, challenge_request); });
@@ -172,23 +166,22 @@ TEST_F(FaultsTest, AHangingAnswerDoesNotHoldUpTheStop) {
 }
 
 TEST_F(FaultsTest, VerdictsDecideWhatProcessingFinds) {
-    set_fault(
-        Json::array({{{"step", "processing/invoice"}, {"kind", "verdict"}, {"code", 405}},
-                     {{"step", "processing/invoice"},
-                      {"kind", "verdict"},
-                      {"code", 999},
-                      {"description", "Coś innego"},
-                      {"details", {"szczegół"}}},
-                     {{"step", "processing/authentication"}, {"kind", "verdict"}, {"code", 415}}}));
+    Json own = {{"code", 999}, {"description", "Coś innego"}, {"details", {"szczegół"}}};
+    const auto order = [&](const char* what, Json verdict) {
+        verdict["step"] = std::string("processing/") + what;
+        verdict["kind"] = "verdict";
+        set_fault(verdict);
+    };
+    order("invoice", {{"code", 405}});
+    order("invoice", own);
+    order("authentication", {{"code", 415}});
     EXPECT_EQ(client().sign_in(seller_nip).exception_code(), 21301);
     open_as_seller();
-    const Json first = client().invoice_status(client().send(SampleInvoice().xml()));
+    const Json first = status_of(SampleInvoice().xml());
     EXPECT_EQ(first.at("description"), "Przetwarzanie anulowane z powodu błędu sesji");
-    const Json second = client().invoice_status(client().send(SampleInvoice().xml()));
-    EXPECT_EQ(second.at("code"), 999);
-    EXPECT_EQ(second.at("description"), "Coś innego");
-    EXPECT_EQ(second.at("details")[0], "szczegół");
-    EXPECT_EQ(client().invoice_status(client().send(SampleInvoice().xml())).at("code"), 200);
+    const Json second = status_of(SampleInvoice().xml());
+    for (const auto& [name, value] : own.items()) EXPECT_EQ(second.at(name), value);
+    EXPECT_EQ(code_of(SampleInvoice().xml()), 200);
 }
 
 TEST_F(FaultsTest, AFaultThatMakesNoSenseIsRefusedWhole) {
@@ -222,9 +215,8 @@ TEST(FaultText, ReadsQuotedValuesAndJson) {
     EXPECT_EQ(parse_fault_text("value=plain").at("value"), "plain");
     EXPECT_THROW(parse_fault_text("step"), std::invalid_argument);
     EXPECT_THROW(parse_fault_text("body='open"), std::invalid_argument);
-    EXPECT_EQ(
-        Fault::from_json(parse_fault_text("step=auth/challenge kind=status status=404")).status,
-        404);
+    const Json text = parse_fault_text("step=auth/challenge kind=status status=404");
+    EXPECT_EQ(Fault::from_json(text).status, 404);
 }
 
 TEST(JsonPath, ChangesExactlyWhatItNames) {

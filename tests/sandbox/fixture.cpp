@@ -14,16 +14,16 @@ namespace {
 /// first.
 class SharedKeys : public NoStore {
   public:
-    std::optional<std::string> setting(std::string_view name) override {
-        if (name != "keys") return std::nullopt;
+    std::optional<std::string> read(std::string_view, std::string_view key) override {
+        if (key != "keys") return std::nullopt;
         std::ifstream file(TAVRIX_KEY_CACHE);
         if (!file) return std::nullopt;
         std::stringstream content;
         content << file.rdbuf();
         return content.str();
     }
-    void save_setting(std::string_view name, std::string_view value) override {
-        if (name != "keys" || std::filesystem::exists(TAVRIX_KEY_CACHE)) return;
+    void write(std::string_view, std::string_view key, std::string_view value) override {
+        if (key != "keys" || std::filesystem::exists(TAVRIX_KEY_CACHE)) return;
         const std::string partial = TAVRIX_KEY_CACHE + std::string(".") + std::to_string(getpid());
         std::ofstream(partial) << value;
         std::filesystem::rename(partial, TAVRIX_KEY_CACHE);
@@ -36,15 +36,12 @@ Instant test_start() {
     return *parse_instant("2026-11-21T08:15:30.1234567Z");
 }
 
-RunningSandbox::RunningSandbox(Options options, std::unique_ptr<Store> store,
-                               const KeyPair* identity) {
+RunningSandbox::RunningSandbox(Options options, std::unique_ptr<Store> store) {
     options.quiet = true;
     spdlog::set_level(spdlog::level::err);
-    auto clock = std::make_unique<StillClock>(test_start());
-    clock_ = clock.get();
     if (!store) store = std::make_unique<SharedKeys>();
-    dispatcher_ = std::make_unique<Dispatcher>(options, std::move(clock), std::move(store));
-    server_ = std::make_unique<HttpServer>(*dispatcher_, identity);
+    dispatcher_ = std::make_unique<Dispatcher>(options, clock_, std::move(store));
+    server_ = std::make_unique<HttpServer>(*dispatcher_, nullptr);
     port_ = server_->bind("127.0.0.1", 0);
     thread_ = std::thread([this] { server_->run(); });
 }
@@ -54,7 +51,9 @@ RunningSandbox::~RunningSandbox() {
     thread_.join();
 }
 
-void SandboxTest::start(Options options) {
+void SandboxTest::start(const std::function<void(Options&)>& change) {
+    Options options;
+    change(options);
     sandbox_ = std::make_unique<RunningSandbox>(std::move(options));
     client_ = std::make_unique<Client>(sandbox_->port());
     control_ = std::make_unique<Client>(sandbox_->port(), "");
@@ -68,6 +67,16 @@ Client& SandboxTest::client() {
 RunningSandbox& SandboxTest::sandbox() {
     client();
     return *sandbox_;
+}
+
+Client SandboxTest::client_of(const std::string& nip) {
+    Client other(sandbox().port());
+    EXPECT_EQ(other.sign_in(nip).status, 200);
+    return other;
+}
+
+Reply SandboxTest::post_invoice(const Json& body) {
+    return client().post("/sessions/online/" + client().session + "/invoices", body);
 }
 
 void SandboxTest::open_as_seller() {

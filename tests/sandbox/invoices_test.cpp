@@ -1,6 +1,6 @@
 // One invoice: what is refused at once, what is rejected later, what is accepted and found again.
-#include "apps/sandbox/crypto.h"
-#include "apps/sandbox/ksef_number.h"
+#include "sandbox/basics/crypto.h"
+#include "sandbox/basics/ksef_number.h"
 #include "tests/sandbox/fixture.h"
 
 namespace tavrix::sandbox::testing {
@@ -10,14 +10,23 @@ using namespace std::chrono_literals;
 
 class InvoicesTest : public SandboxTest {
   protected:
-    Reply post_invoice(const Json& body) {
-        return client().post("/sessions/online/" + client().session + "/invoices", body);
-    }
     std::string ksef_number_of(const std::string& reference) {
         return client()
-            .get("/sessions/" + client().session + "/invoices/" + reference)
+            .get(session_path() + "/invoices/" + reference)
             .json()
             .value("ksefNumber", "");
+    }
+    /// How many invoices a query finds, and which.
+    Json query(Client& who, const std::string& subject, const std::string& parameters = "",
+               Json filters = Json::object()) {
+        filters["subjectType"] = subject;
+        filters["dateRange"] = {{"dateType", "PermanentStorage"},
+                                {"from", "2026-11-20T00:00:00.0+00:00"},
+                                {"to", "2026-11-22T23:59:00.0+00:00"}};
+        return who.post("/invoices/query/metadata?" + parameters, filters).json();
+    }
+    std::size_t count(Client& who, const std::string& subject, Json filters = Json::object()) {
+        return query(who, subject, "pageSize=250", std::move(filters)).at("invoices").size();
     }
 };
 
@@ -31,9 +40,7 @@ TEST_F(InvoicesTest, AnAcceptedInvoiceComesBackByteForByte) {
     EXPECT_EQ(fetched.body, xml);
     EXPECT_EQ(fetched.header("x-ms-meta-hash"), sha256_base64(xml));
 
-    Client buyer(sandbox().port()), stranger(sandbox().port());
-    buyer.sign_in(buyer_nip);
-    stranger.sign_in("1111111111");
+    Client buyer = client_of(buyer_nip), stranger = client_of("1111111111");
     EXPECT_EQ(buyer.get("/invoices/ksef/" + number).body, xml);
     EXPECT_EQ(stranger.get("/invoices/ksef/" + number).exception_code(), 21164);
 }
@@ -73,11 +80,7 @@ TEST_F(InvoicesTest, WhatIsWrongWithTheRequestIsRefusedAtOnce) {
 TEST_F(InvoicesTest, WhatIsWrongWithTheDocumentShowsInItsStatus) {
     open_as_seller();
     const std::string good = SampleInvoice().xml();
-    SampleInvoice foreign, tomorrow, bad_date, unnumbered;
-    foreign.seller = buyer_nip;
-    tomorrow.issue_date = "2026-11-22";
-    bad_date.issue_date = "2026-02-30";
-    unnumbered.number = "";
+    const std::string second = SampleInvoice{.number = "FV/2"}.xml();
     const auto replaced = [&](const std::string& from, const std::string& to) {
         std::string xml = good;
         return xml.replace(xml.find(from), from.size(), to);
@@ -95,19 +98,15 @@ TEST_F(InvoicesTest, WhatIsWrongWithTheDocumentShowsInItsStatus) {
         {"text after the end", good + "<x/>", 450},
         {"no invoice", "<Potwierdzenie/>", 450},
         {"other form", replaced("FA (3)", "FA (2)"), 450},
-        {"somebody else's", foreign.xml(), 410},
-        {"tomorrow's", tomorrow.xml(), 450},
-        {"no such day", bad_date.xml(), 450},
-        {"no number", unnumbered.xml(), 450},
+        {"somebody else's", SampleInvoice{.seller = buyer_nip}.xml(), 410},
+        {"tomorrow's", SampleInvoice{.issue_date = "2026-11-22"}.xml(), 450},
+        {"no such day", SampleInvoice{.issue_date = "2026-02-30"}.xml(), 450},
+        {"no number", SampleInvoice{.number = ""}.xml(), 450},
         {"too long without attachment", good + std::string(1'000'001 - good.size(), ' '), 430},
         {"good", good, 200},
-        {"longest without attachment",
-         SampleInvoice{.number = "FV/2"}.xml() +
-             std::string(1'000'000 - SampleInvoice{.number = "FV/2"}.xml().size(), ' '),
-         200},
+        {"longest without attachment", second + std::string(1'000'000 - second.size(), ' '), 200},
     };
-    for (const Case& it : cases)
-        EXPECT_EQ(client().invoice_status(client().send(it.xml)).at("code"), it.code) << it.what;
+    for (const Case& it : cases) EXPECT_EQ(code_of(it.xml), it.code) << it.what;
 }
 
 TEST_F(InvoicesTest, TheDeclaredHashSizeAndKeyMustFitTheDocument) {
@@ -121,10 +120,8 @@ TEST_F(InvoicesTest, TheDeclaredHashSizeAndKeyMustFitTheDocument) {
     wrong_cipher["encryptedInvoiceSize"] = 32;
     wrong_cipher["encryptedInvoiceHash"] = sha256_base64(noise);
     const auto code = [&](const Json& body) {
-        return client()
-            .invoice_status(post_invoice(body).json().at("referenceNumber"))
-            .at("code")
-            .get<int>();
+        const std::string reference = post_invoice(body).json().at("referenceNumber");
+        return client().invoice_status(reference).at("code").get<int>();
     };
     EXPECT_EQ(code(wrong_hash), 430);
     EXPECT_EQ(code(wrong_size), 430);
@@ -138,15 +135,12 @@ TEST_F(InvoicesTest, ADuplicateNamesTheOriginal) {
     const std::string first = client().send(SampleInvoice().xml());
     const std::string number = ksef_number_of(first);
     client().open_session();
-    SampleInvoice same;
-    same.line_name = "The number decides, not the contents";
-    const Json status = client().invoice_status(client().send(same.xml()));
+    const std::string same = SampleInvoice{.line_name = "The number decides"}.xml();
+    const Json status = status_of(same);
     EXPECT_EQ(status.at("code"), 440);
     EXPECT_EQ(status.at("extensions").at("originalKsefNumber"), number);
     EXPECT_EQ(status.at("extensions").at("originalSessionReferenceNumber"), session);
-    SampleInvoice correction;
-    correction.kind = "KOR";
-    EXPECT_EQ(client().invoice_status(client().send(correction.xml())).at("code"), 200)
+    EXPECT_EQ(code_of(SampleInvoice{.kind = "KOR"}.xml()), 200)
         << "another kind may carry the same number";
 }
 
@@ -167,20 +161,20 @@ TEST_F(InvoicesTest, ATechnicalCorrectionReplacesARejectedInvoiceOnce) {
 }
 
 TEST_F(InvoicesTest, ProcessingPassesThroughItsStages) {
-    Options options;
-    options.invoice_accepted.polls = 2;
-    options.invoice_processing.polls = 1;
-    start(options);
+    start([](Options& it) {
+        it.invoice_accepted.polls = 2;
+        it.invoice_processing.polls = 1;
+    });
     open_as_seller();
     const std::string reference = client().send(SampleInvoice().xml());
     std::vector<int> codes;
     for (int i = 0; i < 5; ++i) codes.push_back(client().invoice_status(reference).at("code"));
     EXPECT_EQ(codes, (std::vector<int>{100, 100, 150, 200, 200}));
 
-    options = {};
-    options.invoice_accepted.delay_ms = 100;
-    options.invoice_processing.delay_ms = 200;
-    start(options);
+    start([](Options& it) {
+        it.invoice_accepted.delay_ms = 100;
+        it.invoice_processing.delay_ms = 200;
+    });
     open_as_seller();
     const std::string timed = client().send(SampleInvoice().xml());
     EXPECT_EQ(client().invoice_status(timed).at("code"), 100);
@@ -194,16 +188,19 @@ TEST_F(InvoicesTest, ProcessingPassesThroughItsStages) {
 
 TEST_F(InvoicesTest, SchemaErrorsAreNamedAndTheSampleItselfIsValid) {
     TAVRIX_NEEDS_CONTRACT();
-    Options options;
-    options.schema_folder = contract_folder() + "/xsd";
-    start(options);
+    start([](Options& it) { it.schema_folder = contract_folder() + "/xsd"; });
     open_as_seller();
-    EXPECT_EQ(client().invoice_status(client().send(SampleInvoice().xml())).at("code"), 200);
-    SampleInvoice invalid;
-    invalid.kind = "VAX";
-    const Json status = client().invoice_status(client().send(invalid.xml()));
-    EXPECT_EQ(status.at("code"), 450);
-    EXPECT_NE(dump(status.at("details")).find("RodzajFaktury"), std::string::npos) << status;
+    EXPECT_EQ(code_of(SampleInvoice().xml()), 200);
+    const std::string invalid = SampleInvoice{.kind = "VAX"}.xml();
+    std::string own_schema = invalid;
+    own_schema.insert(own_schema.find(" xmlns"),
+                      " xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\" xsi:schemaLocation="
+                      "\"http://crd.gov.pl/wzor/2025/06/25/13775/ file:///tmp/anything.xsd\"");
+    for (const std::string& xml : {invalid, own_schema}) {
+        const Json status = status_of(xml);
+        EXPECT_EQ(status.at("code"), 450);
+        EXPECT_NE(dump(status.at("details")).find("RodzajFaktury"), std::string::npos) << status;
+    }
 }
 
 TEST_F(InvoicesTest, MetadataAreFoundByRoleDateAndPage) {
@@ -212,28 +209,19 @@ TEST_F(InvoicesTest, MetadataAreFoundByRoleDateAndPage) {
         client().send(SampleInvoice{.number = "FV/" + std::to_string(i)}.xml());
         sandbox().advance(1s);
     }
-    SampleInvoice shared;
-    shared.number = "FV/shared";
-    shared.other_parties =
-        "<Podmiot3><DaneIdentyfikacyjne><NIP>1111111111</NIP><Nazwa>X</Nazwa></DaneIdentyfikacyjne>"
-        "<Rola>4</Rola></Podmiot3>";
-    client().send(shared.xml());
+    client().send(SampleInvoice{
+        .number = "FV/shared",
+        .other_parties = "<Podmiot3><DaneIdentyfikacyjne><NIP>1111111111</NIP>"
+                         "<Nazwa>X</Nazwa></DaneIdentyfikacyjne><Rola>4</Rola></Podmiot3>"}
+                      .xml());
     sandbox().advance(1s);
-    const auto query = [&](Client& who, const std::string& subject, const std::string& parameters,
-                           Json filters = Json::object()) {
-        filters["subjectType"] = subject;
-        filters["dateRange"] = {{"dateType", "PermanentStorage"},
-                                {"from", "2026-11-20T00:00:00.0+00:00"},
-                                {"to", "2026-11-22T23:59:00.0+00:00"}};
-        return who.post("/invoices/query/metadata?" + parameters, filters).json();
-    };
-    Client buyer(sandbox().port()), third(sandbox().port());
-    buyer.sign_in(buyer_nip);
-    third.sign_in("1111111111");
-    EXPECT_EQ(query(client(), "Subject1", "pageSize=250").at("invoices").size(), 13u);
-    EXPECT_EQ(query(client(), "Subject2", "pageSize=250").at("invoices").size(), 0u);
-    EXPECT_EQ(query(buyer, "Subject2", "pageSize=250").at("invoices").size(), 13u);
-    EXPECT_EQ(query(third, "Subject3", "pageSize=250").at("invoices").size(), 1u);
+    Client buyer = client_of(buyer_nip), third = client_of("1111111111");
+    EXPECT_EQ(count(client(), "Subject1"), 13u);
+    EXPECT_EQ(count(client(), "Subject2"), 0u);
+    EXPECT_EQ(count(buyer, "Subject2"), 13u);
+    EXPECT_EQ(count(third, "Subject3"), 1u);
+    EXPECT_EQ(count(client(), "Subject1", {{"invoiceNumber", "FV/7"}}), 1u);
+    EXPECT_EQ(count(client(), "Subject1", {{"currencyCodes", {"EUR"}}}), 0u);
 
     const Json first = query(client(), "Subject1", "sortOrder=Desc&pageOffset=0&pageSize=10");
     const Json second = query(client(), "Subject1", "sortOrder=Desc&pageOffset=1&pageSize=10");
@@ -242,10 +230,6 @@ TEST_F(InvoicesTest, MetadataAreFoundByRoleDateAndPage) {
     EXPECT_EQ(first.at("invoices")[0].at("invoiceNumber"), "FV/shared");
     EXPECT_EQ(second.at("invoices").size(), 3u);
     EXPECT_EQ(second.at("invoices")[2].at("invoiceNumber"), "FV/0");
-    EXPECT_EQ(query(client(), "Subject1", "", {{"invoiceNumber", "FV/7"}}).at("invoices").size(),
-              1u);
-    EXPECT_EQ(query(client(), "Subject1", "", {{"currencyCodes", {"EUR"}}}).at("invoices").size(),
-              0u);
 }
 
 }  // namespace

@@ -1,9 +1,9 @@
 // Published vectors and the texts of moments.
 #include <gtest/gtest.h>
 
-#include "apps/sandbox/clock.h"
-#include "apps/sandbox/crypto.h"
-#include "apps/sandbox/ksef_number.h"
+#include "sandbox/basics/clock.h"
+#include "sandbox/basics/crypto.h"
+#include "sandbox/basics/ksef_number.h"
 
 namespace tavrix::sandbox::testing {
 namespace {
@@ -34,16 +34,19 @@ TEST(Numbers, ReferenceNumbersHaveTheFormConfirmationsMayName) {
 }
 
 TEST(Times, AreWrittenAsTheServiceWritesThem) {
-    const auto text = [](const char* moment, TimeFormat format) {
-        return format.text(*parse_instant(moment));
+    struct Case {
+        const char *moment, *text;
+        TimeFormat format;
     };
-    EXPECT_EQ(text("2026-11-21T08:15:30.1234567Z", {7, true}), "2026-11-21T08:15:30.1234567+00:00");
-    EXPECT_EQ(text("2025-09-18T12:24:01.0154320Z", {7, true}), "2025-09-18T12:24:01.015432+00:00");
-    EXPECT_EQ(text("2025-09-18T12:24:01.0154320Z", {7, false}),
-              "2025-09-18T12:24:01.0154320+00:00");
-    EXPECT_EQ(text("2025-09-18T15:00:30.0000000Z", {7, true}), "2025-09-18T15:00:30+00:00");
-    EXPECT_EQ(text("2025-09-18T15:00:30.9999999Z", {3, true}), "2025-09-18T15:00:30.999+00:00");
-    EXPECT_EQ(text("2025-09-18T15:00:30.9999999Z", {0, false}), "2025-09-18T15:00:30+00:00");
+    const Case cases[] = {
+        {"2026-11-21T08:15:30.1234567Z", "2026-11-21T08:15:30.1234567+00:00", {7, true}},
+        {"2025-09-18T12:24:01.0154320Z", "2025-09-18T12:24:01.015432+00:00", {7, true}},
+        {"2025-09-18T12:24:01.0154320Z", "2025-09-18T12:24:01.0154320+00:00", {7, false}},
+        {"2025-09-18T15:00:30.0000000Z", "2025-09-18T15:00:30+00:00", {7, true}},
+        {"2025-09-18T15:00:30.9999999Z", "2025-09-18T15:00:30.999+00:00", {3, true}},
+        {"2025-09-18T15:00:30.9999999Z", "2025-09-18T15:00:30+00:00", {0, false}},
+    };
+    for (const Case& it : cases) EXPECT_EQ(it.format.text(*parse_instant(it.moment)), it.text);
 }
 
 TEST(Times, AreReadWithOffsetsAndRefusedWhenTheyAreNone) {
@@ -58,16 +61,19 @@ TEST(Times, AreReadWithOffsetsAndRefusedWhenTheyAreNone) {
 }
 
 TEST(Times, PolishDaysFollowSummerTime) {
-    EXPECT_EQ(polish_date_text(*parse_instant("2026-11-21T22:59:59Z")), "2026-11-21");
-    EXPECT_EQ(polish_date_text(*parse_instant("2026-11-21T23:00:00Z")), "2026-11-22");
-    EXPECT_EQ(polish_date_text(*parse_instant("2026-07-01T22:00:00Z")), "2026-07-02");
-    // Changes of 2026: 29 March and 25 October, both at 01:00 UTC.
-    EXPECT_EQ(polish_time_text(*parse_instant("2026-03-29T00:59:59.999Z")),
-              "2026-03-29T01:59:59.999+01:00");
-    EXPECT_EQ(polish_time_text(*parse_instant("2026-03-29T01:00:00Z")),
-              "2026-03-29T03:00:00.000+02:00");
-    EXPECT_EQ(polish_time_text(*parse_instant("2026-10-25T01:00:00Z")),
-              "2026-10-25T02:00:00.000+01:00");
+    const std::pair<const char*, const char*> cases[] = {
+        {"2026-11-21T22:59:59Z", "2026-11-21T23:59:59.000+01:00"},
+        {"2026-11-21T23:00:00Z", "2026-11-22T00:00:00.000+01:00"},
+        {"2026-07-01T22:00:00Z", "2026-07-02T00:00:00.000+02:00"},
+        // Changes of 2026: 29 March and 25 October, both at 01:00 UTC.
+        {"2026-03-29T00:59:59.999Z", "2026-03-29T01:59:59.999+01:00"},
+        {"2026-03-29T01:00:00Z", "2026-03-29T03:00:00.000+02:00"},
+        {"2026-10-25T01:00:00Z", "2026-10-25T02:00:00.000+01:00"},
+    };
+    for (const auto& [moment, text] : cases) {
+        EXPECT_EQ(polish_time_text(*parse_instant(moment)), text);
+        EXPECT_EQ(polish_date_text(*parse_instant(moment)), std::string(text).substr(0, 10));
+    }
 }
 
 TEST(Cryptography, Base64IsStrict) {

@@ -1,5 +1,5 @@
 // The pages a person looks at.
-#include "apps/sandbox/invoice_page.h"
+#include "sandbox/pages/invoice_page.h"
 #include "tests/sandbox/fixture.h"
 
 namespace tavrix::sandbox::testing {

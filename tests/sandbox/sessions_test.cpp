@@ -3,8 +3,8 @@
 
 #include <fstream>
 
-#include "apps/sandbox/crypto.h"
-#include "apps/sandbox/xml.h"
+#include "sandbox/basics/crypto.h"
+#include "sandbox/basics/xml.h"
 #include "tests/sandbox/fixture.h"
 
 namespace tavrix::sandbox::testing {
@@ -14,36 +14,32 @@ using namespace std::chrono_literals;
 
 class SessionsTest : public SandboxTest {
   protected:
-    Json status() { return client().get("/sessions/" + client().session).json(); }
-    Reply close() { return client().post("/sessions/online/" + client().session + "/close"); }
+    Json status() { return client().get(session_path()).json(); }
+    int code() { return status().at("status").at("code"); }
 };
 
 TEST_F(SessionsTest, ASessionGoesFromOpenOverClosedToProcessed) {
-    Options options;
-    options.session_closing.polls = 1;
-    start(options);
+    start([](Options& it) { it.session_closing.polls = 1; });
     open_as_seller();
     client().send(SampleInvoice().xml());
-    EXPECT_EQ(status().at("status").at("code"), 100);
+    EXPECT_EQ(code(), 100);
     EXPECT_EQ(close().status, 204);
     EXPECT_EQ(close().exception_code(), 21180);
-    EXPECT_EQ(status().at("status").at("code"), 170);
+    EXPECT_EQ(code(), 170);
     const Json done = status();
     EXPECT_EQ(done.at("status").at("code"), 200);
     EXPECT_EQ(done.at("successfulInvoiceCount"), 1);
-    const Reply late = client().post("/sessions/online/" + client().session + "/invoices",
-                                     client().invoice_body(SampleInvoice().xml()));
-    EXPECT_EQ(late.exception_code(), 21180);
+    EXPECT_EQ(post_invoice(client().invoice_body(SampleInvoice().xml())).exception_code(), 21180);
 }
 
 TEST_F(SessionsTest, AnEmptySessionIsCancelledAndOneWithoutGoodInvoicesFails) {
     open_as_seller();
     close();
-    EXPECT_EQ(status().at("status").at("code"), 440);
+    EXPECT_EQ(code(), 440);
     client().open_session();
     client().send("no invoice");
     close();
-    EXPECT_EQ(status().at("status").at("code"), 445);
+    EXPECT_EQ(code(), 445);
     EXPECT_EQ(status().at("failedInvoiceCount"), 1);
     EXPECT_FALSE(status().contains("upo"));
 }
@@ -72,8 +68,7 @@ TEST_F(SessionsTest, AKeyThatCannotBeDecryptedShowsInTheStatus) {
 TEST_F(SessionsTest, ForeignAndUnknownSessionsAreNotFound) {
     open_as_seller();
     const std::string session = client().session;
-    Client other(sandbox().port());
-    other.sign_in(buyer_nip);
+    Client other = client_of(buyer_nip);
     EXPECT_EQ(other.get("/sessions/" + session).exception_code(), 21173);
     EXPECT_EQ(other.post("/sessions/online/" + session + "/close").exception_code(), 21173);
     EXPECT_EQ(client().get("/sessions/20260101-SO-0000000000-0000000000-00").exception_code(),
@@ -127,14 +122,14 @@ TEST_F(SessionsTest, ListsArePagedFilteredAndNewestFirst) {
         EXPECT_EQ(client().get(std::string("/sessions?sessionType=") + bad).exception_code(), 21405)
             << bad;
     client().headers["x-continuation-token"] = "%%%";
-    EXPECT_EQ(client().get("/sessions?sessionType=Online").exception_code(), 21418);
+    EXPECT_EQ(list_sessions().exception_code(), 21418);
 }
 
 /// As older clients continue: in the query, not encoded, the '+' of Base64 included.
 TEST_F(SessionsTest, AContinuationTokenMayStandInTheQuery) {
     open_as_seller();
     for (int i = 0; i < 12; ++i) client().send("no invoice " + std::to_string(i));
-    const std::string path = "/sessions/" + client().session + "/invoices?pageSize=10";
+    const std::string path = session_path() + "/invoices?pageSize=10";
     const std::string token = client().get(path).json().at("continuationToken");
     const Json second = client().get(path + "&x-continuation-token=" + token).json();
     EXPECT_EQ(second.at("invoices").size(), 2u);
@@ -168,31 +163,26 @@ TEST_F(SessionsTest, ConfirmationsAreValidAndAllWaysToThemGiveTheSame) {
         start();
         client().sign_in(seller_nip, token);
         client().open_session();
-        SampleInvoice yesterday;
-        yesterday.number = "FV/2 &amp; &lt;3&gt;";
-        yesterday.issue_date = "2026-11-20";
+        const SampleInvoice yesterday{.number = "FV/2 &amp; &lt;3&gt;", .issue_date = "2026-11-20"};
         const std::string first = client().send(SampleInvoice().xml());
         client().send(yesterday.xml());
         client().send("no invoice");
         close();
-        const std::string path = "/sessions/" + client().session;
+        const std::string path = session_path();
         const Json invoice = client().get(path + "/invoices/" + first).json();
         const Reply by_link = client().download(invoice.at("upoDownloadUrl"));
         ASSERT_EQ(by_link.status, 200);
         EXPECT_EQ(schema_errors(by_link.body), "");
         EXPECT_EQ(by_link.header("x-ms-meta-hash"), sha256_base64(by_link.body));
         EXPECT_EQ(client().get(path + "/invoices/" + first + "/upo").body, by_link.body);
-        EXPECT_EQ(client()
-                      .get(path + "/invoices/ksef/" + invoice.at("ksefNumber").get<std::string>() +
-                           "/upo")
-                      .body,
-                  by_link.body);
+        const std::string number = invoice.at("ksefNumber");
+        EXPECT_EQ(client().get(path + "/invoices/ksef/" + number + "/upo").body, by_link.body);
 
         const Json page = status().at("upo").at("pages").at(0);
         const Reply all = client().download(page.at("downloadUrl"));
         EXPECT_EQ(schema_errors(all.body), "");
-        EXPECT_EQ(client().get(path + "/upo/" + page.at("referenceNumber").get<std::string>()).body,
-                  all.body);
+        const std::string upo = page.at("referenceNumber");
+        EXPECT_EQ(client().get(path + "/upo/" + upo).body, all.body);
         const ParsedXml parsed = parse_xml(all.body);
         const auto documents = Element::root_of(parsed.document).children("Dokument");
         ASSERT_EQ(documents.size(), 2u);
@@ -207,10 +197,8 @@ TEST_F(SessionsTest, ConfirmationsAreValidAndAllWaysToThemGiveTheSame) {
 TEST_F(SessionsTest, DownloadLinksExpireAndCannotBeForged) {
     open_as_seller();
     const std::string reference = client().send(SampleInvoice().xml());
-    const std::string url = client()
-                                .get("/sessions/" + client().session + "/invoices/" + reference)
-                                .json()
-                                .at("upoDownloadUrl");
+    const Json invoice = client().get(session_path() + "/invoices/" + reference).json();
+    const std::string url = invoice.at("upoDownloadUrl");
     EXPECT_EQ(client().download(url).status, 200);
     std::string later = url;
     later.replace(later.find("se=2026"), 7, "se=2027");

@@ -1,0 +1,37 @@
+// What several rooms do with text.
+#pragma once
+
+#include <algorithm>
+#include <charconv>
+#include <iterator>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace tavrix::sandbox {
+
+/// The text with its ASCII letters in lower or in upper case.
+std::string lower(std::string text);
+std::string upper(std::string text);
+
+/// The number a text consists of; nothing when anything else stands in it or it does not fit.
+template <typename Number>
+std::optional<Number> number_of(std::string_view text) {
+    Number number = 0;
+    const char* end = text.data() + text.size();
+    const auto read = std::from_chars(text.data(), end, number);
+    if (read.ec != std::errc() || read.ptr != end) return std::nullopt;
+    return number;
+}
+
+/// True when a list holds a value.
+template <typename List, typename Value>
+bool contains(const List& list, const Value& value) {
+    return std::find(std::begin(list), std::end(list), value) != std::end(list);
+}
+
+/// Undoes percent-encoding; a broken escape stays as it is.
+std::string percent_decode(std::string_view text, bool plus_is_space = false);
+std::string percent_encode(std::string_view text);
+
+}  // namespace tavrix::sandbox

@@ -1,0 +1,23 @@
+// Judging one invoice.
+#pragma once
+
+#include "sandbox/documents/schemas.h"
+#include "sandbox/store/model.h"
+
+namespace tavrix::sandbox {
+
+/// What an invoice is judged by, beside itself and its session.
+struct Criteria {
+    /// What has been accepted so far.
+    const State& state;
+    /// Null: well-formedness and the main fields are all there is to check.
+    SchemaFolder* schemas;
+    bool refuse_attachments;
+};
+
+/// Decrypts and checks an invoice in the order the service does, from the file to its meaning.
+/// Fills in what was learnt on the way (document, summary, mode) and returns the status: 200, or
+/// why not.
+Status verify_invoice(const Criteria& criteria, const Session& session, Invoice& invoice);
+
+}  // namespace tavrix::sandbox

@@ -1,0 +1,166 @@
+#include "sandbox/http/control.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+#include "sandbox/basics/crypto.h"
+#include "sandbox/http/routes.h"
+#include "sandbox/http/state_json.h"
+#include "sandbox/service/processing.h"
+
+namespace tavrix::sandbox {
+namespace {
+
+Json body_of(const Request& request) {
+    if (request.body.empty()) return Json::object();
+    const auto body = read_json(request.body);
+    if (!body) throw std::invalid_argument("the body is not JSON");
+    return *body;
+}
+
+Answer get_state(ControlRoom& room, Request&) {
+    return Answer::json(200, state_json(room));
+}
+
+Answer get_faults(ControlRoom& room, Request&) {
+    return Answer::json(200, room.service.faults.to_json());
+}
+
+/// One fault or a list of them; either all are set or none.
+Answer add_faults(ControlRoom& room, Request& request) {
+    const Json body = body_of(request);
+    std::vector<Fault> faults;
+    if (body.is_array())
+        for (const Json& item : body) faults.push_back(Fault::from_json(item));
+    else
+        faults.push_back(Fault::from_json(body));
+    for (const Fault& fault : faults)
+        if (!is_step(fault.step)) throw std::invalid_argument("unknown step: " + fault.step);
+    for (Fault& fault : faults) room.service.faults.add(std::move(fault));
+    return get_faults(room, request);
+}
+
+Answer clear_faults(ControlRoom& room, Request&) {
+    room.service.faults.clear();
+    return Answer::empty(204);
+}
+
+Answer reset(ControlRoom& room, Request&) {
+    room.service.reset();
+    room.limiter.clear();
+    room.log.clear();
+    return Answer::empty(204);
+}
+
+/// `{"advance_ms": 600000}`
+Answer move_clock(ControlRoom& room, Request& request) {
+    const Json body = body_of(request);
+    if (!body.is_object() || !body.contains("advance_ms") ||
+        !body["advance_ms"].is_number_integer())
+        throw std::invalid_argument("advance_ms is needed, a whole number of milliseconds");
+    const auto step_ms = body["advance_ms"].get<std::int64_t>();
+    constexpr std::int64_t ten_years_ms = 10LL * 366 * 24 * 3600 * 1000;
+    if (step_ms < 0 || step_ms > ten_years_ms)
+        throw std::invalid_argument("the clock moves forward, by at most ten years");
+    room.service.clock.advance(std::chrono::milliseconds(step_ms));
+    settle(room.service);
+    return Answer::json(200, {{"now", room.service.time_text(room.service.now())}});
+}
+
+/// `{"authentication": {"polls": 2}, "invoice": {"delay_ms": 50}}`; what is not named stays.
+Answer set_pace(ControlRoom& room, Request& request) {
+    Options& options = room.service.options;
+    const std::pair<const char*, Pace*> paces[] = {
+        {"authentication", &options.authentication},
+        {"invoice", &options.invoice_accepted},
+        {"invoice_processing", &options.invoice_processing},
+        {"session", &options.session_closing}};
+    const Json body = body_of(request);
+    if (!body.is_object()) throw std::invalid_argument("a pace is a JSON object");
+    Json answer = Json::object();
+    for (const auto& [name, given] : body.items())
+        if (std::none_of(std::begin(paces), std::end(paces),
+                         [&, wanted = name](auto& it) { return wanted == it.first; }) ||
+            !given.is_object())
+            throw std::invalid_argument("no pace of that name: " + name);
+    for (const auto& [name, pace] : paces) {
+        if (body.contains(name)) {
+            pace->delay_ms = body[name].value("delay_ms", pace->delay_ms);
+            pace->polls = body[name].value("polls", pace->polls);
+        }
+        answer[name] = {{"delay_ms", pace->delay_ms}, {"polls", pace->polls}};
+    }
+    return Answer::json(200, answer);
+}
+
+/// `{"usage": "KsefTokenEncryption"}`, or both usages when none is named.
+Answer rotate_keys(ControlRoom& room, Request& request) {
+    const Json body = body_of(request);
+    const bool one = body.is_object() && body.contains("usage");
+    const std::string usage =
+        one && body["usage"].is_string() ? body["usage"].get<std::string>() : "";
+    if (one && usage != token_usage && usage != symmetric_key_usage)
+        throw std::invalid_argument("usage is KsefTokenEncryption or SymmetricKeyEncryption");
+    Service& service = room.service;
+    for (const std::string_view each : {token_usage, symmetric_key_usage})
+        if (!one || usage == each) service.keys.rotate(each, service.now());
+    service.save_keys();
+    return Answer::json(200, service.keys.published(service.now(), service.options.time));
+}
+
+const Invoice& invoice_named(ControlRoom& room, const Request& request) {
+    const Invoice* invoice = look_up(room.service.state.invoices, request.parameters.at(0));
+    if (invoice == nullptr) throw std::invalid_argument("no such invoice");
+    return *invoice;
+}
+
+Answer invoice_xml(ControlRoom& room, Request& request) {
+    return Answer::xml(invoice_named(room, request).xml);
+}
+
+Answer invoice_upo_document(ControlRoom& room, Request& request) {
+    return Answer::xml(invoice_named(room, request).upo);
+}
+
+struct ControlRoute {
+    std::string_view method;
+    std::string_view pattern;
+    Answer (*handler)(ControlRoom&, Request&);
+};
+
+constexpr ControlRoute table[] = {
+    {"GET", "/sandbox/state", get_state},
+    {"GET", "/sandbox/faults", get_faults},
+    {"POST", "/sandbox/faults", add_faults},
+    {"DELETE", "/sandbox/faults", clear_faults},
+    {"POST", "/sandbox/reset", reset},
+    {"POST", "/sandbox/clock", move_clock},
+    {"POST", "/sandbox/pace", set_pace},
+    {"POST", "/sandbox/keys/rotate", rotate_keys},
+    {"GET", "/sandbox/invoices/{}/xml", invoice_xml},
+    {"GET", "/sandbox/invoices/{}/upo", invoice_upo_document},
+};
+
+}  // namespace
+
+Answer control(ControlRoom& room, Request& request) {
+    // A page of some other site, open in a browser on this computer, must not steer the sandbox.
+    const std::string_view origin = request.header("Origin");
+    if (!origin.empty() && origin != request.origin) return Answer::empty(403);
+    bool path_known = false;
+    for (const ControlRoute& route : table) {
+        if (!match_path(route.pattern, request.path, request.parameters)) continue;
+        path_known = true;
+        if (route.method != request.method) continue;
+        try {
+            return route.handler(room, request);
+        } catch (const std::invalid_argument& error) {
+            return Answer::json(400, {{"error", error.what()}});
+        } catch (const Json::exception& error) {
+            return Answer::json(400, {{"error", error.what()}});
+        }
+    }
+    return Answer::empty(path_known ? 405 : 404);
+}
+
+}  // namespace tavrix::sandbox

@@ -1,0 +1,174 @@
+#include "sandbox/http/dispatcher.h"
+
+#include <spdlog/spdlog.h>
+
+#include <algorithm>
+#include <chrono>
+
+#include "sandbox/basics/text.h"
+#include "sandbox/pages/page.h"
+#include "sandbox/service/processing.h"
+
+namespace tavrix::sandbox {
+namespace {
+
+/// The path without the root of the interface: `/v2`, or `/api/v2` as older clients have it.
+std::string_view strip_root(std::string_view path) {
+    for (const std::string_view root : {"/api/v2/", "/v2/"})
+        if (path.starts_with(root)) return path.substr(root.size());
+    return {};
+}
+
+bool suits(Need need, BearerKind kind) {
+    if (need == Need::access_or_refresh_token)
+        return kind == BearerKind::access || kind == BearerKind::refresh;
+    return kind == (need == Need::access_token    ? BearerKind::access
+                    : need == Need::refresh_token ? BearerKind::refresh
+                                                  : BearerKind::authentication);
+}
+
+double ms_since(std::chrono::steady_clock::time_point start) {
+    const std::chrono::duration<double, std::milli> elapsed =
+        std::chrono::steady_clock::now() - start;
+    return elapsed.count();
+}
+
+/// What an operation saves becomes durable before its answer leaves.
+class Transaction {
+  public:
+    explicit Transaction(Store& store) : store_(store) { store_.begin(); }
+    ~Transaction() {
+        try {
+            store_.commit();
+        } catch (const std::exception& error) {
+            spdlog::error("{}", error.what());
+        }
+    }
+    Transaction(const Transaction&) = delete;
+    Transaction& operator=(const Transaction&) = delete;
+    void commit() { store_.commit(); }
+
+  private:
+    Store& store_;
+};
+
+Answer internal_error(const std::exception& error) {
+    spdlog::error("an operation failed: {}", error.what());
+    return Answer::empty(500);
+}
+
+}  // namespace
+
+Dispatcher::Dispatcher(Options options, Clock& clock, std::unique_ptr<Store> store)
+    : service_(std::move(options), clock, std::move(store)),
+      log_(std::size_t(service_.options.log_size)) {}
+
+Dispatcher::Outcome Dispatcher::handle(Request& request) {
+    const std::string_view raw_path =
+        std::string_view(request.target).substr(0, request.target.find('?'));
+    const std::lock_guard lock(mutex_);
+    const auto start = std::chrono::steady_clock::now();
+
+    bool path_known = false;
+    const Route* route = nullptr;
+    const std::string_view inside = strip_root(raw_path);
+    if (!inside.empty()) route = find_route(interface_routes(), request, inside, path_known);
+    if (inside.empty() && raw_path.starts_with("/storage/"))
+        route = find_route(interface_routes(), request, raw_path.substr(1), path_known);
+    if (route == nullptr && inside.empty()) {
+        try {
+            return {serve_own_page(request, raw_path), {}};
+        } catch (const std::exception& error) {
+            return {internal_error(error), {}};
+        }
+    }
+
+    request.bearer = service_.bearer_tokens.read(request.header("Authorization"), service_.now());
+    Outcome outcome;
+    std::vector<Fault> faults;
+    if (route == nullptr) {
+        outcome.answer = Answer::empty(path_known ? 405 : 404);
+    } else {
+        faults = service_.faults.take(route->step);
+        if (!prevents_handling(faults)) outcome = serve_interface(*route, request);
+        outcome.delivery = apply_faults(faults, outcome.answer);
+    }
+    const auto warning = request.header("X-Test-System-Warning");
+    if (!warning.empty()) outcome.answer.headers.emplace_back("X-System-Warning", warning);
+    log(request, route, outcome, faults, ms_since(start));
+    return outcome;
+}
+
+Dispatcher::Outcome Dispatcher::serve_interface(const Route& route, Request& request) {
+    try {
+        Transaction transaction(*service_.store);
+        Answer answer;
+        try {
+            answer = carry_out(route, request);
+        } catch (const Refusal& refusal) {
+            answer = refusal.answer(request, service_.now(), service_.options.time);
+        }
+        transaction.commit();
+        return {std::move(answer), {}};
+    } catch (const std::exception& error) {
+        return {internal_error(error), {}};
+    }
+}
+
+Answer Dispatcher::carry_out(const Route& route, Request& request) {
+    check_bearer(route, request);
+    check_rate(route, request);
+    settle(service_);
+    return route.handler(service_, request);
+}
+
+void Dispatcher::check_bearer(const Route& route, const Request& request) {
+    if (route.access.need == Need::nothing) return;
+    if (!suits(route.access.need, request.bearer.kind) || request.bearer.expired)
+        throw unauthorized();
+    const auto& present = service_.authentication_of(request).permissions;
+    const auto required = route.access.permissions;
+    const bool held = required.empty() ||
+                      std::any_of(required.begin(), required.end(),
+                                  [&](std::string_view name) { return contains(present, name); });
+    if (!held) throw forbidden({required.begin(), required.end()}, present);
+}
+
+void Dispatcher::check_rate(const Route& route, const Request& request) {
+    if (!service_.options.rate_limits) return;
+    std::string caller = request.remote_address;
+    if (request.bearer.kind == BearerKind::access)
+        caller += "\n" + service_.authentication_of(request).context.value;
+    limiter_.admit(caller, route.group, service_.now());
+}
+
+Answer Dispatcher::serve_own_page(Request& request, std::string_view raw_path) {
+    Transaction transaction(*service_.store);
+    settle(service_);
+    ControlRoom room{service_, limiter_, log_};
+    Answer answer = raw_path.starts_with("/sandbox/") ? control(room, request)
+                                                      : show_page(service_.state, log_, request);
+    transaction.commit();
+    return answer;
+}
+
+void Dispatcher::log(const Request& request, const Route* route, const Outcome& outcome,
+                     const std::vector<Fault>& faults, double duration_ms) {
+    LoggedRequest entry;
+    static_cast<RequestHead&>(entry) = request;
+    entry.time = service_.now();
+    for (auto& [name, value] : entry.headers)
+        if (lower(name) == "authorization") value = to_string(request.bearer.kind);
+    entry.bearer = request.bearer.kind;
+    entry.body = request.body;
+    entry.step = route == nullptr ? "unknown" : std::string(route->step);
+    for (const Fault& fault : faults) entry.faults.emplace_back(to_string(fault.kind));
+    entry.status = outcome.answer.status;
+    entry.duration_ms = duration_ms;
+    if (!service_.options.quiet)
+        spdlog::info("{} {} {} {:.2f} ms{}", entry.method, mask_tokens(entry.target), entry.status,
+                     duration_ms, faults.empty() ? "" : " (fault: " + entry.faults.front() + ")");
+    log_.add(std::move(entry));
+}
+
+}  // namespace tavrix::sandbox

@@ -1,0 +1,42 @@
+// The way of every request: find the operation, hold it to limits, faults and tokens, carry it out,
+// log it.
+#pragma once
+
+#include <memory>
+#include <mutex>
+
+#include "sandbox/exchange/rate_limits.h"
+#include "sandbox/exchange/request_log.h"
+#include "sandbox/http/control.h"
+#include "sandbox/http/routes.h"
+#include "sandbox/service/service.h"
+
+namespace tavrix::sandbox {
+
+class Dispatcher {
+  public:
+    Dispatcher(Options options, Clock& clock, std::unique_ptr<Store> store);
+
+    struct Outcome {
+        Answer answer;
+        Delivery delivery;
+    };
+    /// Safe to call from any thread. Never throws: what escapes an operation is answered with 500.
+    Outcome handle(Request& request);
+
+  private:
+    Answer carry_out(const Route& route, Request& request);
+    void check_bearer(const Route& route, const Request& request);
+    void check_rate(const Route& route, const Request& request);
+    Outcome serve_interface(const Route& route, Request& request);
+    Answer serve_own_page(Request& request, std::string_view raw_path);
+    void log(const Request& request, const Route* route, const Outcome& outcome,
+             const std::vector<Fault>& faults, double duration_ms);
+
+    std::mutex mutex_;
+    Service service_;
+    RateLimiter limiter_;
+    RequestLog log_;
+};
+
+}  // namespace tavrix::sandbox

@@ -1,0 +1,173 @@
+#include "sandbox/service/operations.h"
+
+#include <algorithm>
+
+#include "sandbox/basics/crypto.h"
+#include "sandbox/basics/text.h"
+#include "sandbox/exchange/body.h"
+#include "sandbox/service/processing.h"
+#include "sandbox/service/storage.h"
+#include "sandbox/store/statuses.h"
+
+namespace tavrix::sandbox {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto online_session_lifetime = 12h;
+
+// Source: the table of supported schemas under OpenOnlineSessionRequest.
+const FormCode supported_forms[] = {{"FA (2)", "1-0E", "FA"},
+                                    {"FA (3)", "1-0E", "FA"},
+                                    {"PEF (3)", "2-1", "PEF"},
+                                    {"PEF_KOR (3)", "2-1", "PEF"},
+                                    {"FA_RR (1)", "1-1E", "FA_RR"}};
+
+FormCode read_form_code(const Json& body) {
+    const Json& form = required_object(body, "formCode");
+    const FormCode code{required_text(form, "systemCode"), required_text(form, "schemaVersion"),
+                        required_text(form, "value")};
+    if (!contains(supported_forms, code))
+        throw invalid_input("Wskazany kod formularza nie jest wspierany.");
+    return code;
+}
+
+constexpr std::string_view common_statuses[] = {"InProgress", "Succeeded", "Failed", "Cancelled"};
+
+/// One of them, by which the session list is filtered.
+const char* common_status(const Session& session) {
+    if (session.stage != SessionStage::finished) return "InProgress";
+    if (session.status.code == 200) return "Succeeded";
+    return session.status.code == 440 ? "Cancelled" : "Failed";
+}
+
+bool within(const Request& request, const std::string& name, std::optional<Instant> moment) {
+    const auto bound = [&](const std::string& parameter) -> std::optional<Instant> {
+        const auto text = request.parameter(parameter);
+        if (!text) return std::nullopt;
+        const auto value = parse_instant(*text);
+        if (!value) throw invalid_input("Parametr '" + parameter + "' ma nieprawidłowy format.");
+        return value;
+    };
+    const auto from = bound(name + "From"), to = bound(name + "To");
+    if (!from && !to) return true;
+    return moment && (!from || *moment >= *from) && (!to || *moment <= *to);
+}
+
+struct SessionFilter {
+    SessionKind kind;
+    std::vector<std::string> statuses;
+    std::optional<std::string> reference;
+
+    bool admits(const Request& request, const Session& session) const {
+        return session.kind == kind &&
+               (statuses.empty() || contains(statuses, common_status(session))) &&
+               (!reference || session.reference == *reference) &&
+               within(request, "dateCreated", session.created) &&
+               within(request, "dateClosed", session.closed) &&
+               within(request, "dateModified", session.updated);
+    }
+};
+
+SessionFilter read_filter(const Request& request) {
+    const std::string kind = request.parameter("sessionType").value_or("");
+    if (kind != "Online" && kind != "Batch")
+        throw invalid_input("Parametr 'sessionType' musi mieć wartość Online lub Batch.");
+    SessionFilter filter{kind == "Online" ? SessionKind::online : SessionKind::batch,
+                         request.parameters_named("statuses"),
+                         request.parameter("referenceNumber")};
+    for (const std::string& status : filter.statuses)
+        if (!contains(common_statuses, status))
+            throw invalid_input("Nieznany status sesji: " + status + ".");
+    return filter;
+}
+
+}  // namespace
+
+Answer open_online_session(Service& service, Request& request) {
+    const Json body = read_body(request);
+    Session session;
+    session.form_code = read_form_code(body);
+    const Json& encryption = required_object(body, "encryption");
+    const std::string encrypted_key = required_bytes(encryption, "encryptedSymmetricKey"),
+                      vector = required_bytes(encryption, "initializationVector");
+    if (vector.size() != 16) throw invalid_input("Wektor inicjujący musi mieć długość 16 bajtów.");
+    session.initialization_vector = base64_encode(vector);
+    const std::string key_id = optional_text(encryption, "publicKeyId");
+    check_key_id(service, symmetric_key_usage, key_id);
+
+    const Authentication& authentication = service.authentication_of(request);
+    session.reference = service.new_reference("SO");
+    session.context = authentication.context;
+    session.authentication_reference = authentication.reference;
+    session.created = session.updated = service.now();
+    session.valid_until = session.created + online_session_lifetime;
+    session.status = make_status(StatusOf::online_session, 100);
+    const auto key =
+        service.keys.decrypt(symmetric_key_usage, encrypted_key, service.now(), key_id);
+    if (key && key->size() == 32) {
+        session.symmetric_key = base64_encode(*key);
+    } else {
+        // The service finds this out after it has answered; the session exists and is of no use.
+        session.stage = SessionStage::finished;
+        session.status = make_status(StatusOf::online_session, 415);
+    }
+    const Session& kept = service.state.add(std::move(session));
+    service.save(kept);
+    return Answer::json(201, {{"referenceNumber", kept.reference},
+                              {"validUntil", service.time_text(kept.valid_until)}});
+}
+
+Answer close_online_session(Service& service, Request& request) {
+    Session& session = service.session_of(request, "odnaleziona");
+    if (session.stage != SessionStage::open || session.kind != SessionKind::online)
+        throw bad_request(ErrorCode::session_status, "Status sesji " +
+                                                         std::to_string(session.status.code) +
+                                                         " uniemożliwia jej zamknięcie.");
+    close_session(service, session, service.now());
+    return Answer::empty(204);
+}
+
+Answer session_status(Service& service, Request& request) {
+    Session& session = service.session_of(request);
+    const Status status = observe(service, session);
+    Json answer = {{"status", status},
+                   {"dateCreated", service.time_text(session.created)},
+                   {"dateUpdated", service.time_text(session.updated)},
+                   {"validUntil", service.time_text(session.valid_until)}};
+    if (!session.upo_reference.empty()) {
+        const StorageLink link = session_upo_link(service, request, session);
+        answer["upo"]["pages"] =
+            Json::array({{{"referenceNumber", session.upo_reference},
+                          {"downloadUrl", link.url},
+                          {"downloadUrlExpirationDate", service.time_text(link.valid_until)}}});
+    }
+    answer["invoiceCount"] = session.invoices.size();
+    answer["successfulInvoiceCount"] = session.successful;
+    answer["failedInvoiceCount"] = session.failed;
+    return Answer::json(200, answer);
+}
+
+Answer list_sessions(Service& service, Request& request) {
+    const SessionFilter filter = read_filter(request);
+    const Context& context = service.authentication_of(request).context;
+    std::vector<const Session*> found;
+    for (auto reference = service.state.session_order.rbegin();
+         reference != service.state.session_order.rend(); ++reference) {
+        const Session& session = service.state.sessions.at(*reference);
+        if (session.context == context && filter.admits(request, session))
+            found.push_back(&session);
+    }
+    return list_answer(request, 1000, "sessions", found, [&](const Session* session) {
+        return Json{{"referenceNumber", session->reference},
+                    {"status", session->status},
+                    {"dateCreated", service.time_text(session->created)},
+                    {"dateUpdated", service.time_text(session->updated)},
+                    {"validUntil", service.time_text(session->valid_until)},
+                    {"totalInvoiceCount", session->invoices.size()},
+                    {"successfulInvoiceCount", session->successful},
+                    {"failedInvoiceCount", session->failed}};
+    });
+}
+
+}  // namespace tavrix::sandbox

@@ -1,0 +1,55 @@
+#include "sandbox/store/statuses.h"
+
+namespace tavrix::sandbox {
+namespace {
+
+struct Row {
+    StatusOf what;
+    int code;
+    const char* description;
+};
+
+constexpr Row rows[] = {
+    {StatusOf::authentication, 100, "Uwierzytelnianie w toku"},
+    {StatusOf::authentication, 200, "Uwierzytelnianie zakończone sukcesem"},
+    {StatusOf::authentication, 415, "Uwierzytelnianie zakończone niepowodzeniem"},
+    {StatusOf::authentication, 425, "Uwierzytelnienie unieważnione"},
+    {StatusOf::authentication, 450,
+     "Uwierzytelnianie zakończone niepowodzeniem z powodu błędnego tokenu"},
+    {StatusOf::authentication, 460,
+     "Uwierzytelnianie zakończone niepowodzeniem z powodu błędu certyfikatu"},
+    {StatusOf::authentication, 470, "Uwierzytelnianie zakończone niepowodzeniem"},
+    {StatusOf::authentication, 480, "Uwierzytelnienie zablokowane"},
+    {StatusOf::authentication, 500, "Nieznany błąd"},
+    {StatusOf::authentication, 550, "Operacja została anulowana przez system"},
+
+    {StatusOf::online_session, 100, "Sesja interaktywna otwarta"},
+    {StatusOf::online_session, 170, "Sesja interaktywna zamknięta"},
+    {StatusOf::online_session, 200, "Sesja interaktywna przetworzona pomyślnie"},
+    {StatusOf::online_session, 415, "Błąd odszyfrowania dostarczonego klucza"},
+    {StatusOf::online_session, 440, "Sesja anulowana"},
+    {StatusOf::online_session, 445, "Błąd weryfikacji, brak poprawnych faktur"},
+
+    {StatusOf::invoice, 100, "Faktura przyjęta do dalszego przetwarzania"},
+    {StatusOf::invoice, 150, "Trwa przetwarzanie"},
+    {StatusOf::invoice, 200, "Sukces"},
+    {StatusOf::invoice, 405, "Przetwarzanie anulowane z powodu błędu sesji"},
+    {StatusOf::invoice, 410, "Nieprawidłowy zakres uprawnień"},
+    {StatusOf::invoice, 415, "Brak możliwości wysyłania faktury z załącznikiem"},
+    {StatusOf::invoice, 430, "Błąd weryfikacji pliku faktury"},
+    {StatusOf::invoice, 435, "Błąd odszyfrowania pliku"},
+    {StatusOf::invoice, 440, "Duplikat faktury"},
+    {StatusOf::invoice, 450, "Błąd weryfikacji semantyki dokumentu faktury"},
+    {StatusOf::invoice, 550, "Operacja została anulowana przez system"},
+};
+
+}  // namespace
+
+Status make_status(StatusOf what, int code, std::vector<std::string> details) {
+    for (const Row& row : rows)
+        if (row.what == what && row.code == code)
+            return {code, row.description, std::move(details), {}};
+    return {code, "Nieznany błąd (" + std::to_string(code) + ")", std::move(details), {}};
+}
+
+}  // namespace tavrix::sandbox
