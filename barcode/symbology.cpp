@@ -6,7 +6,6 @@
 #include "barcode/code128.h"
 #include "barcode/code39.h"
 #include "barcode/ean.h"
-#include "barcode/symbol_drawing.h"
 #include "base/windows_1250.h"
 #include "fonts/barcode_fonts.h"
 
@@ -86,13 +85,6 @@ constexpr std::array<Symbology, 5> table = {{
      &encode_as_code39_extended, linear_quiet_modules, true},
 }};
 
-// An add-on has no guard at its end that would bring the quiet zone along.
-constexpr std::int32_t add_on_quiet_modules = 5;
-
-bool has_add_on(base::TextView symbol) noexcept {
-    return symbol.find(u'[') != base::TextView::npos;
-}
-
 }  // namespace
 
 std::span<const Symbology> symbologies() noexcept {
@@ -103,32 +95,6 @@ const Symbology* find_symbology(base::TextView kind) noexcept {
     const auto* found = std::find_if(table.begin(), table.end(),
                                      [&](const Symbology& row) { return row.kind == kind; });
     return found == table.end() ? nullptr : found;
-}
-
-SymbolFrame symbol_frame(const Symbology& symbology, base::TextView symbol,
-                         std::int32_t module_twips) {
-    const fonts::Font& font = symbology.font();
-    constexpr std::int32_t margin_modules = 1;
-    const bool ends_in_add_on = symbology.font == &fonts::ean13_font && has_add_on(symbol);
-    const std::int32_t width_modules = fonts::width_of(font, symbol) / fonts::module_units +
-                                       2 * symbology.quiet_modules +
-                                       (ends_in_add_on ? add_on_quiet_modules : 0);
-    const std::int32_t height_modules =
-        (font.ascent + font.descent) / fonts::module_units + 2 * margin_modules;
-    return {width_modules * module_twips, height_modules * module_twips,
-            symbology.quiet_modules * module_twips, margin_modules * module_twips};
-}
-
-ports::Drawing draw_symbol(const Symbology& symbology, base::TextView symbol,
-                           std::int32_t module_twips, ports::Colour colour) {
-    const fonts::Font& font = symbology.font();
-    const SymbolFrame frame = symbol_frame(symbology, symbol, module_twips);
-    ports::Drawing drawing(frame.width_twips, frame.height_twips, colour);
-    const double em = static_cast<double>(font.units_per_em / fonts::module_units) * module_twips;
-    add_text(drawing, font, symbol,
-             {static_cast<double>(frame.left_twips), static_cast<double>(frame.top_twips), em});
-    drawing.end_row();
-    return drawing;
 }
 
 }  // namespace tavrix::barcode

@@ -3,7 +3,6 @@
 #include <span>
 
 #include "base/text.h"
-#include "drawing/drawing.h"
 #include "fonts/font.h"
 
 namespace tavrix::barcode {
@@ -34,20 +33,5 @@ std::span<const Symbology> symbologies() noexcept;
 
 /// Null for another kind; kinds are told apart by letter case, as the hosts do.
 const Symbology* find_symbology(base::TextView kind) noexcept;
-
-/// A symbol's picture with its quiet zones, and where its line of text begins in it.
-struct SymbolFrame {
-    std::int32_t width_twips;
-    std::int32_t height_twips;
-    std::int32_t left_twips;
-    std::int32_t top_twips;
-};
-SymbolFrame symbol_frame(const Symbology& symbology, base::TextView symbol,
-                         std::int32_t module_twips);
-
-/// `symbol` in the font's glyphs with the quiet zones at both ends and a white module above and
-/// below. Bars are exact multiples of `module_twips`.
-ports::Drawing draw_symbol(const Symbology& symbology, base::TextView symbol,
-                           std::int32_t module_twips, ports::Colour colour);
 
 }  // namespace tavrix::barcode

@@ -5,8 +5,6 @@
 
 #include "barcode/qr_generator.h"
 #include "barcode/symbol_drawing.h"
-#include "barcode/symbol_svg.h"
-#include "barcode/symbology.h"
 #include "cli/class_drawing.h"
 #include "cli/command.h"
 #include "cli/picture_file.h"
@@ -37,17 +35,17 @@ std::vector<std::string> kinds() {
     return names;
 }
 
-ports::Drawing draw(const barcode::Symbology& symbology, const base::Text& symbol,
-                    const std::string& text, const BarcodeOptions& options) {
-    ports::Drawing drawing =
+drawing::Drawing draw(const barcode::Symbology& symbology, const base::Text& symbol,
+                      const std::string& text, const BarcodeOptions& options) {
+    drawing::Drawing drawing =
         barcode::draw_symbol(symbology, symbol, options.picture.module_twips,
                              barcode::qr_colour(base::from_utf8(options.colour)));
     if (!options.no_caption && (symbology.needs_caption || !options.caption.empty())) {
         const std::string& caption = options.caption.empty() ? text : options.caption;
-        barcode::add_caption(drawing, base::from_utf8(caption), caption_size_twips);
+        drawing::add_caption(drawing, base::from_utf8(caption), caption_size_twips);
     }
     return options.rotation_degrees == 0 ? drawing
-                                         : barcode::turned(drawing, options.rotation_degrees / 90);
+                                         : drawing::turned(drawing, options.rotation_degrees / 90);
 }
 
 bool is_plain_svg(const barcode::Symbology& symbology, const BarcodeOptions& options) {
@@ -63,7 +61,8 @@ class Press {
     Press(const barcode::Symbology& symbology, const BarcodeOptions& options)
         : symbology_(symbology), options_(options) {
         if (is_plain_svg(symbology, options)) {
-            svg_.emplace(symbology, options.picture.module_twips,
+            svg_.emplace(symbology.font(),
+                         barcode::em_twips(symbology, options.picture.module_twips),
                          barcode::qr_colour(base::from_utf8(options.colour)));
         }
     }
@@ -73,7 +72,7 @@ class Press {
   private:
     const barcode::Symbology& symbology_;
     const BarcodeOptions& options_;
-    std::optional<barcode::SymbolSvg> svg_;
+    std::optional<drawing::TextSvg> svg_;
 };
 
 bool Press::draw_one(const std::string& text, const PictureOptions& picture) const {
@@ -89,7 +88,9 @@ bool Press::draw_one(const std::string& text, const PictureOptions& picture) con
         return false;
     }
     if (svg_) {
-        write_svg(svg_->write(encoded.symbol), picture.file);
+        write_svg(svg_->write(encoded.symbol, barcode::symbol_frame(symbology_, encoded.symbol,
+                                                                    options_.picture.module_twips)),
+                  picture.file);
     } else {
         write_picture(draw(symbology_, encoded.symbol, text, options_), picture);
     }

@@ -37,33 +37,27 @@ constexpr std::int32_t margin_twips = 300;
 constexpr std::int32_t picture_twips = 3000;
 
 // The page cut to what was drawn on it and a margin.
-ports::Drawing cut(const ports::Drawing& page) {
+drawing::Drawing cut(const drawing::Drawing& page) {
     if (page.points().empty()) return {2 * margin_twips, 2 * margin_twips};
-    ports::PointTwips first = page.points().front();
-    ports::PointTwips last = first;
-    for (const ports::PointTwips point : page.points()) {
+    drawing::PointTwips first = page.points().front();
+    drawing::PointTwips last = first;
+    for (const drawing::PointTwips point : page.points()) {
         first = {std::min(first.x_twips, point.x_twips), std::min(first.y_twips, point.y_twips)};
         last = {std::max(last.x_twips, point.x_twips), std::max(last.y_twips, point.y_twips)};
     }
-    ports::Drawing drawing(last.x_twips - first.x_twips + 2 * margin_twips,
-                           last.y_twips - first.y_twips + 2 * margin_twips);
-    std::vector<ports::PointTwips> points;
-    page.for_each_polygon([&](std::span<const ports::PointTwips> polygon) {
-        points.assign(polygon.begin(), polygon.end());
-        for (ports::PointTwips& point : points) {
-            point.x_twips += margin_twips - first.x_twips;
-            point.y_twips += margin_twips - first.y_twips;
-        }
-        drawing.add(points);
+    drawing::Drawing drawing(last.x_twips - first.x_twips + 2 * margin_twips,
+                             last.y_twips - first.y_twips + 2 * margin_twips);
+    drawing.add_placed(page, [&](drawing::PointTwips point) {
+        return drawing::PointTwips{point.x_twips + margin_twips - first.x_twips,
+                                   point.y_twips + margin_twips - first.y_twips};
     });
-    drawing.end_row();
     return drawing;
 }
 
 }  // namespace
 
-ports::Drawing draw_as_class(const std::string& kind, const std::string& text,
-                             std::int32_t size_step, bool bare, bool rotate) {
+drawing::Drawing draw_as_class(const std::string& kind, const std::string& text,
+                               std::int32_t size_step, bool bare, bool rotate) {
     ports::Canvas page(page_twips, page_twips);
     page.set_current_x(margin_twips);
     base::Text given = base::from_utf8(text);

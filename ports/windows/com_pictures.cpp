@@ -25,10 +25,10 @@ struct MetafileDeviceTraits {
 using MetafileDevice = Owned<MetafileDeviceTraits>;
 
 // One PolyPolygon for each row of the drawing.
-void draw_rows(HDC device, const ports::Drawing& drawing) {
+void draw_rows(HDC device, const drawing::Drawing& drawing) {
     std::vector<POINT> points;
     points.reserve(drawing.points().size());
-    for (const ports::PointTwips point : drawing.points()) {
+    for (const drawing::PointTwips point : drawing.points()) {
         points.push_back({point.x_twips, -point.y_twips});
     }
     const POINT* row_points = points.data();
@@ -41,7 +41,7 @@ void draw_rows(HDC device, const ports::Drawing& drawing) {
     }
 }
 
-Metafile make_metafile(const ports::Drawing& drawing) {
+Metafile make_metafile(const drawing::Drawing& drawing) {
     MetafileDevice device(CreateEnhMetaFileW(nullptr, nullptr, nullptr, nullptr));
     if (!device) throw_failure(E_OUTOFMEMORY, u"CreateEnhMetaFile");
     SetMapMode(device.get(), MM_TWIPS);
@@ -95,7 +95,7 @@ std::unique_ptr<ComPicture> picture_of_bitmap(GdiBitmap bitmap) {
     return picture;
 }
 
-std::unique_ptr<ports::Picture> ComPictures::from_drawing(const ports::Drawing& drawing) {
+std::unique_ptr<ports::Picture> ComPictures::from_drawing(const drawing::Drawing& drawing) {
     Metafile metafile = make_metafile(drawing);
     PICTDESC description{};
     description.cbSizeofstruct = description_bytes;

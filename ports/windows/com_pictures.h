@@ -22,7 +22,7 @@ std::unique_ptr<ComPicture> picture_of_bitmap(GdiBitmap bitmap);
 /// Drawings become enhanced metafiles; files are loaded by the system.
 class ComPictures final : public ports::Pictures {
   public:
-    std::unique_ptr<ports::Picture> from_drawing(const ports::Drawing& drawing) override;
+    std::unique_ptr<ports::Picture> from_drawing(const drawing::Drawing& drawing) override;
     std::unique_ptr<ports::Picture> load(base::TextView path) override;
     std::unique_ptr<ports::PictureForm> open_form() override;
 };

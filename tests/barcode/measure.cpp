@@ -54,7 +54,7 @@ bool has_check_digit(const std::string& digits) {
 
 }  // namespace
 
-ScanLine measure(const ports::Coverage& picture, std::int32_t y_px, std::int32_t module_px) {
+ScanLine measure(const drawing::Coverage& picture, std::int32_t y_px, std::int32_t module_px) {
     ScanLine line;
     std::vector<std::int32_t> widths;  // light first
     bool dark = false;
@@ -82,7 +82,7 @@ ScanLine measure(const ports::Coverage& picture, std::int32_t y_px, std::int32_t
     return line;
 }
 
-std::int32_t bar_height_px(const ports::Coverage& picture, std::int32_t x_px) {
+std::int32_t bar_height_px(const drawing::Coverage& picture, std::int32_t x_px) {
     std::int32_t y = 0;
     while (y < picture.height_px && picture.at(x_px, y) == 0) ++y;
     const std::int32_t top = y;

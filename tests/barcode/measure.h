@@ -17,10 +17,10 @@ struct ScanLine {
 };
 
 /// Measures the pixel row `y_px`, where a module is `module_px` wide.
-ScanLine measure(const ports::Coverage& picture, std::int32_t y_px, std::int32_t module_px);
+ScanLine measure(const drawing::Coverage& picture, std::int32_t y_px, std::int32_t module_px);
 
 /// How many pixels the column `x_px` is dark from its first dark pixel on.
-std::int32_t bar_height_px(const ports::Coverage& picture, std::int32_t x_px);
+std::int32_t bar_height_px(const drawing::Coverage& picture, std::int32_t x_px);
 
 // The text that the runs stand for, read by the standards' tables as written in the test, or what
 // is wrong with them in parentheses.

@@ -9,6 +9,7 @@
 #include "barcode/symbol_drawing.h"
 #include "barcode/symbology.h"
 #include "base/windows_1250.h"
+#include "drawing/coverage.h"
 #include "fonts/barcode_fonts.h"
 #include "tests/barcode/measure.h"
 
@@ -21,30 +22,30 @@ using namespace test;
 
 constexpr std::int32_t module_twips = 15;
 
-ports::Coverage pixels(const ports::Drawing& drawing, std::int32_t module_px) {
-    return ports::rasterise(drawing, static_cast<double>(module_px) / module_twips);
+drawing::Coverage pixels(const drawing::Drawing& drawing, std::int32_t module_px) {
+    return drawing::rasterise(drawing, static_cast<double>(module_px) / module_twips);
 }
 
-ports::Drawing drawing_of(TextView kind, TextView symbol_text) {
+drawing::Drawing drawing_of(TextView kind, TextView symbol_text) {
     return draw_symbol(*find_symbology(kind), symbol_text, module_twips, 0);
 }
 
-ports::Drawing symbol_of(TextView kind, TextView text) {
+drawing::Drawing symbol_of(TextView kind, TextView text) {
     return drawing_of(kind, find_symbology(kind)->encode(text).symbol);
 }
 
-ScanLine scan(const ports::Drawing& drawing, std::int32_t module_px = 2) {
-    const ports::Coverage picture = pixels(drawing, module_px);
+ScanLine scan(const drawing::Drawing& drawing, std::int32_t module_px = 2) {
+    const drawing::Coverage picture = pixels(drawing, module_px);
     return measure(picture, picture.height_px / 3, module_px);
 }
 
 /// The drawing with each polygon changed.
 template <typename Change>
-ports::Drawing changed(const ports::Drawing& drawing, Change&& change) {
-    ports::Drawing result(drawing.width_twips(), drawing.height_twips(), drawing.colour());
+drawing::Drawing changed(const drawing::Drawing& drawing, Change&& change) {
+    drawing::Drawing result(drawing.width_twips(), drawing.height_twips(), drawing.colour());
     std::size_t number = 0;
-    std::vector<ports::PointTwips> points;
-    drawing.for_each_polygon([&](std::span<const ports::PointTwips> polygon) {
+    std::vector<drawing::PointTwips> points;
+    drawing.for_each_polygon([&](std::span<const drawing::PointTwips> polygon) {
         points.assign(polygon.begin(), polygon.end());
         change(number++, points);
         result.add(points);
@@ -80,7 +81,7 @@ TEST(Pixels, every_leading_digit_and_every_character) {
 
 TEST(Pixels, guards_are_five_modules_longer_and_digits_stand_below) {
     constexpr std::int32_t module_px = 4;
-    const ports::Coverage picture = pixels(symbol_of(u"EAN13", u"590123412345"), module_px);
+    const drawing::Coverage picture = pixels(symbol_of(u"EAN13", u"590123412345"), module_px);
     const auto height_modules = [&](std::int32_t module) {
         return bar_height_px(picture, module * module_px + module_px / 2) / module_px;
     };
@@ -108,9 +109,9 @@ TEST(Pixels, guards_are_five_modules_longer_and_digits_stand_below) {
 
 TEST(Pixels, add_on_stands_nine_modules_off_with_its_digits_above) {
     constexpr std::int32_t module_px = 2;
-    const ports::Coverage picture = pixels(symbol_of(u"EAN13", u"590123412345+12"), module_px);
+    const drawing::Coverage picture = pixels(symbol_of(u"EAN13", u"590123412345+12"), module_px);
     const std::int32_t add_on_left = (113 + 2) * module_px;
-    ports::Coverage add_on{picture.width_px - add_on_left, 1, {}};
+    drawing::Coverage add_on{picture.width_px - add_on_left, 1, {}};
     for (std::int32_t x = add_on_left; x < picture.width_px; ++x) {
         add_on.dark.push_back(picture.at(x, 40 * module_px));
     }
@@ -147,7 +148,7 @@ TEST(Pixels, a_swapped_parity_row_is_found) {
 
 TEST(Pixels, a_thin_bar_is_found) {
     for (const TextView kind : {u"EAN13", u"EAN128", u"EAN39"}) {
-        const ports::Drawing thin =
+        const drawing::Drawing thin =
             changed(symbol_of(kind, u"590123412345"), [](std::size_t number, auto& points) {
                 if (number == 0) points[2].x_twips = points[3].x_twips -= 4;
             });
@@ -169,7 +170,7 @@ TEST(Pixels, a_missing_quiet_zone_is_found) {
 
 TEST(Pixels, a_short_guard_is_found) {
     constexpr std::int32_t module_px = 2;
-    const ports::Drawing cut =
+    const drawing::Drawing cut =
         changed(symbol_of(u"EAN13", u"590123412345"), [](std::size_t number, auto& points) {
             if (number > 0) return;
             for (auto& point : points) point.y_twips = std::min(point.y_twips, 50 * module_twips);
@@ -183,7 +184,7 @@ TEST(Pixels, qr_modules_are_whole_and_four_are_white_around) {
     generator.set_xSquare(true);
     generator.set_xModuleSize(module_twips);
     constexpr std::int32_t module_px = 3;
-    const ports::Coverage picture =
+    const drawing::Coverage picture =
         pixels(*generator.QRCodegenBarcode(u"https://example.pl/ąę"), module_px);
     EXPECT_EQ(picture.width_px % module_px, 0);
     const std::int32_t modules = picture.width_px / module_px;
@@ -204,12 +205,12 @@ TEST(Pixels, qr_modules_are_whole_and_four_are_white_around) {
 }
 
 TEST(Pixels, turning_keeps_every_bar) {
-    const ports::Drawing drawing = symbol_of(u"EAN13", u"590123412345");
-    EXPECT_EQ(read_ean(scan(turned(turned(drawing, 1), 3))), "5901234123457");
-    const ports::Drawing quarter = turned(drawing, 1);
+    const drawing::Drawing drawing = symbol_of(u"EAN13", u"590123412345");
+    EXPECT_EQ(read_ean(scan(drawing::turned(drawing::turned(drawing, 1), 3))), "5901234123457");
+    const drawing::Drawing quarter = drawing::turned(drawing, 1);
     EXPECT_EQ(quarter.width_twips(), drawing.height_twips());
     // Upside down a symbol reads the same backwards.
-    const ScanLine line = scan(turned(drawing, 2));
+    const ScanLine line = scan(drawing::turned(drawing, 2));
     const std::string forwards = scan(drawing).runs;
     EXPECT_EQ(line.runs, std::string(forwards.rbegin(), forwards.rend()));
     EXPECT_EQ(line.right_quiet_modules, 11);
