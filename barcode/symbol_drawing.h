@@ -5,6 +5,8 @@
 
 namespace tavrix::barcode {
 
+// For symbologies that have a font.
+
 /// The size of the em at which a module of the symbology's font is `module_twips` wide.
 double em_twips(const Symbology& symbology, std::int32_t module_twips);
 

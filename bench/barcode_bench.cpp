@@ -90,7 +90,7 @@ void compare_linear(const char* name, const char16_t* kind, int symbology,
            zint_rate(texts, symbology, zint_encode));
     const barcode::Symbology& row = *barcode::find_symbology(kind);
     constexpr std::int32_t module_twips = 15;
-    const drawing::TextSvg writer(row.font(), barcode::em_twips(row, module_twips), 0);
+    const drawing::TextSvg writer(row.font->glyphs(), barcode::em_twips(row, module_twips), 0);
     const auto to_svg = [&](const base::Text& text) {
         const base::Text symbol = row.encode(text).symbol;
         sink += writer.write(symbol, barcode::symbol_frame(row, symbol, module_twips)).size();

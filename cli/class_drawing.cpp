@@ -56,25 +56,30 @@ drawing::Drawing cut(const drawing::Drawing& page) {
 
 }  // namespace
 
-drawing::Drawing draw_as_class(const std::string& kind, const std::string& text,
+drawing::Drawing draw_as_class(const barcode::Symbology& symbology, const std::string& text,
                                std::int32_t size_step, bool bare, bool rotate) {
     ports::Canvas page(page_twips, page_twips);
     page.set_current_x(margin_twips);
     base::Text given = base::from_utf8(text);
     const auto code_page = ports::make_native_code_page();
-    if (kind == "EAN8" || kind == "EAN13") {
-        page.set_font_name(u"code ean13");
-        barcode::Drk_Wyd_Ean_cls813().RysujEAN(page, given, size_step, rotate);
-    } else if (kind == "EAN128") {
-        page.set_font_name(u"CODE 128");
-        barcode::Drk_Wyd_Ean_cls128(*code_page).RysujEAN(page, given, size_step, bare, rotate);
-    } else {
-        BareDesktop desktop;
-        NoFiles files;
-        const auto pictures = ports::make_native_pictures();
-        barcode::Drk_Wyd_Ean_cls({desktop, files, *pictures, *code_page})
-            .RysujEAN(page, given, margin_twips, margin_twips, picture_twips, picture_twips,
-                      size_step, base::from_utf8(kind), bare, rotate, u"", u"");
+    switch (symbology.kind) {
+        case barcode::Kind::ean8:
+        case barcode::Kind::ean13:
+            page.set_font_name(symbology.font->family);
+            barcode::Drk_Wyd_Ean_cls813().RysujEAN(page, given, size_step, rotate);
+            break;
+        case barcode::Kind::code128:
+            page.set_font_name(symbology.font->family);
+            barcode::Drk_Wyd_Ean_cls128(*code_page).RysujEAN(page, given, size_step, bare, rotate);
+            break;
+        default: {
+            BareDesktop desktop;
+            NoFiles files;
+            const auto pictures = ports::make_native_pictures();
+            barcode::Drk_Wyd_Ean_cls({desktop, files, *pictures, *code_page})
+                .RysujEAN(page, given, margin_twips, margin_twips, picture_twips, picture_twips,
+                          size_step, base::Text(symbology.name), bare, rotate, u"", u"");
+        }
     }
     return cut(page.drawing());
 }

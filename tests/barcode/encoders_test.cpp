@@ -113,22 +113,6 @@ TEST(Code128, trimmed_text_loses_value_zero_where_something_follows) {
     EXPECT_EQ(code128_trimmed_text(values, characters).size(), 5u);
 }
 
-TEST(Code128, the_table_agrees_with_the_encoder) {
-    const auto table = code128_table(base::windows_1250);
-    for (int value = 0; value < code128::values; ++value) {
-        const Code128Row& row = table[static_cast<std::size_t>(value)];
-        for (const CodeSet set : {CodeSet::a, CodeSet::b, CodeSet::c}) {
-            EXPECT_EQ(code128_value(row.in(set), set, false), value) << static_cast<int>(set);
-        }
-    }
-    EXPECT_EQ(table[95].font_character, u'Ă');
-    EXPECT_EQ(table[104].font_character, u'Ě');
-    EXPECT_EQ(table[106].font_character, u'Î');
-    EXPECT_EQ(code128_value(u"CODE B", CodeSet::b, false), -1);
-    EXPECT_EQ(code128_value(u"CODE B", CodeSet::b, true), 100);
-    EXPECT_EQ(code128_value(u"no such", CodeSet::a, true), -1);
-}
-
 // A code of a few tens of thousands of characters must neither overflow the weights nor take long.
 TEST(Code128, weights_of_a_very_long_text) {
     const Values values = encode_code128(Text(70000, u'z'));
