@@ -5,27 +5,7 @@ namespace {
 
 using code128::values;
 
-struct FunctionNames {
-    base::TextView set_a;
-    base::TextView set_b;
-    base::TextView set_c;
-};
-
-// The names of values 95 and up; an empty one is a character or a pair of digits.
-constexpr int first_named = 96;
-constexpr std::array<FunctionNames, values - first_named> functions = {{
-    {u"FNC 3", u"FNC 3", u""},
-    {u"FNC 2", u"FNC 2", u""},
-    {u"SHIFT", u"SHIFT", u""},
-    {u"CODE C", u"CODE C", u""},
-    {u"CODE B", u"FNC 4", u"CODE B"},
-    {u"FNC 4", u"CODE A", u"CODE A"},
-    {u"FNC 1", u"FNC 1", u"FNC 1"},
-    {u"Start A", u"Start A", u"Start A"},
-    {u"Start B", u"Start B", u"Start B"},
-    {u"Start C", u"Start C", u"Start C"},
-    {u"Stop", u"Stop", u"Stop"},
-}};
+enum class CodeSet : std::uint8_t { a, b, c };
 
 constexpr bool is_digit(char16_t character) noexcept {
     return character >= u'0' && character <= u'9';
@@ -48,17 +28,7 @@ constexpr int value_in_b(char16_t character) noexcept {
     return character >= 32 && character < 128 ? character - 32 : -1;
 }
 
-int function_value(base::TextView name, CodeSet set) noexcept {
-    for (std::size_t i = 0; i < functions.size(); ++i) {
-        const FunctionNames& row = functions[i];
-        const base::TextView own = set == CodeSet::a   ? row.set_a
-                                   : set == CodeSet::b ? row.set_b
-                                                       : row.set_c;
-        if (!own.empty() && own == name) return first_named + static_cast<int>(i);
-    }
-    return -1;
-}
-
+/// The value of a token, which is one character or a pair of digits; -1 when the set has none.
 int value_in(base::TextView text, CodeSet set) noexcept {
     if (text.size() == 1 && set != CodeSet::c) {
         return set == CodeSet::a ? value_in_a(text[0]) : value_in_b(text[0]);
@@ -66,7 +36,7 @@ int value_in(base::TextView text, CodeSet set) noexcept {
     if (text.size() == 2 && set == CodeSet::c && digits_ahead(text, 2)) {
         return (text[0] - u'0') * 10 + (text[1] - u'0');
     }
-    return text.size() > 2 ? function_value(text, set) : -1;
+    return -1;
 }
 
 constexpr std::array<CodeSet, 2> other_sets(CodeSet set) noexcept {
@@ -78,6 +48,15 @@ constexpr std::array<CodeSet, 2> other_sets(CodeSet set) noexcept {
         default:
             return {CodeSet::b, CodeSet::a};
     }
+}
+
+/// The value that `token` has in `set`, or failing that in the other ones.
+int value_in_any(base::TextView token, CodeSet set) noexcept {
+    int value = value_in(token, set);
+    for (const CodeSet other : other_sets(set)) {
+        if (value < 0) value = value_in(token, other);
+    }
+    return value;
 }
 
 int switch_value(CodeSet to) noexcept {
@@ -126,37 +105,6 @@ class SymbolWriter {
 
 }  // namespace
 
-int code128_value(base::TextView text, CodeSet set, bool try_other_sets) noexcept {
-    int value = value_in(text, set);
-    if (!try_other_sets) return value;
-    for (const CodeSet other : other_sets(set)) {
-        if (value < 0) value = value_in(text, other);
-    }
-    return value;
-}
-
-std::array<Code128Row, values> code128_table(std::span<const char16_t, 256> ansi) {
-    std::array<Code128Row, values> table;
-    for (int value = 0; value < values; ++value) {
-        Code128Row& row = table[static_cast<std::size_t>(value)];
-        if (value < first_named) {
-            row.set_a = static_cast<char16_t>(value < 64 ? value + 32 : value - 64);
-            row.set_b = static_cast<char16_t>(value + 32);
-        } else {
-            const FunctionNames& names = functions[static_cast<std::size_t>(value - first_named)];
-            row.set_a = names.set_a;
-            row.set_b = names.set_b;
-            row.set_c = names.set_c;
-        }
-        if (row.set_c.empty()) {
-            row.set_c = {static_cast<char16_t>(u'0' + value / 10),
-                         static_cast<char16_t>(u'0' + value % 10)};
-        }
-        row.font_character = ansi[code128_font_byte(value)];
-    }
-    return table;
-}
-
 std::vector<std::uint8_t> encode_code128(base::TextView text) {
     CodeSet written = digits_ahead(text, 2) ? CodeSet::c : CodeSet::b;
     CodeSet current = written;
@@ -165,7 +113,7 @@ std::vector<std::uint8_t> encode_code128(base::TextView text) {
         if (digits_ahead(text, 4)) current = CodeSet::c;
         const bool pair = current == CodeSet::c && digits_ahead(text, 2);
         const base::TextView token = text.substr(0, pair ? 2 : 1);
-        const int value = code128_value(token, current, true);
+        const int value = value_in_any(token, current);
         if (value >= 0) {
             current = set_for(token, value, current);
             if (current != written) symbol.add(switch_value(current));

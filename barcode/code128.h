@@ -11,22 +11,6 @@ namespace tavrix::barcode {
 
 // Code 128, ISO/IEC 15417: 2007. Symbol characters are named by their values 0 to 106.
 
-/// The code sets, numbered as the interface numbers them.
-enum class CodeSet : std::uint8_t { a = 1, b = 2, c = 3 };
-
-/// One row of ISO/IEC 15417, table 1: what the value stands for in each code set (one character,
-/// two digits, or the name of a function), and the character that the font draws as its bars.
-struct Code128Row {
-    base::Text set_a;
-    base::Text set_b;
-    base::Text set_c;
-    char16_t font_character = 0;
-
-    const base::Text& in(CodeSet set) const noexcept {
-        return set == CodeSet::a ? set_a : set == CodeSet::b ? set_b : set_c;
-    }
-};
-
 namespace code128 {
 inline constexpr int values = 107;
 inline constexpr int code_c = 99;
@@ -43,14 +27,6 @@ inline constexpr int modulus = 103;
 constexpr std::uint8_t code128_font_byte(int value) noexcept {
     return static_cast<std::uint8_t>(value < 95 ? value + 32 : value + 100);
 }
-
-/// The whole table, its font characters being those that `ansi` (a single-byte code page's 256
-/// characters) has for the bytes.
-std::array<Code128Row, code128::values> code128_table(std::span<const char16_t, 256> ansi);
-
-/// The value that `text` has in `set`, or failing that and with `try_other_sets` in the other ones:
-/// from A in C and B, from B in A and C, from C in B and A. -1 when there is none.
-int code128_value(base::TextView text, CodeSet set, bool try_other_sets) noexcept;
 
 /// The values of the whole symbol: start character, data and switches, check character, stop
 /// character. Set C begins where four digits follow and is kept while two follow; a character that

@@ -5,7 +5,7 @@
 #include <limits>
 #include <qrcodegen/qrcodegen.hpp>
 
-#include "barcode/surface/automation.h"
+#include "base/error.h"
 
 namespace tavrix::barcode {
 namespace {
@@ -15,7 +15,7 @@ using qrcodegen::QrSegment;
 
 struct NamedColour {
     base::TextView name;
-    ports::Colour value;
+    drawing::Colour value;
 };
 
 constexpr std::array<NamedColour, 7> colours = {{
@@ -42,7 +42,7 @@ bool is_between(std::int32_t value, std::int32_t low, std::int32_t high) noexcep
 /// Draws modules of one size at their places.
 class ModulePainter {
   public:
-    ModulePainter(ports::Drawing& drawing, std::int32_t module_twips, bool square) noexcept
+    ModulePainter(drawing::Drawing& drawing, std::int32_t module_twips, bool square) noexcept
         : drawing_(drawing), size_(module_twips), square_(square) {}
 
     void paint(std::int32_t column, std::int32_t row) {
@@ -61,19 +61,21 @@ class ModulePainter {
     }
 
   private:
-    ports::Drawing& drawing_;
+    drawing::Drawing& drawing_;
     std::int32_t size_;
     bool square_;
 };
 
-ports::Drawing draw(const QrCode& symbol, std::int32_t module_twips, bool square,
-                    ports::Colour colour) {
+drawing::Drawing draw(const QrCode& symbol, std::int32_t module_twips, bool square,
+                      drawing::Colour colour) {
     const std::int32_t modules = symbol.getSize();
     const std::int64_t side =
         std::int64_t{modules + 2 * qr_quiet_zone_modules} * std::max(module_twips, 0);
-    if (side > std::numeric_limits<std::int32_t>::max()) throw_overflow();
+    if (side > std::numeric_limits<std::int32_t>::max()) {
+        throw base::AutomationError(base::ErrorNumber::overflow, u"Tavrix", u"Overflow");
+    }
     const auto side_twips = static_cast<std::int32_t>(side);
-    ports::Drawing drawing(side_twips, side_twips, colour);
+    drawing::Drawing drawing(side_twips, side_twips, colour);
     // About half of the modules are dark: that is what the mask is chosen for.
     drawing.reserve(static_cast<std::size_t>(modules * modules) * 9 / 16);
     ModulePainter painter(drawing, std::max(module_twips, 0), square);
@@ -105,7 +107,7 @@ const NamedColour* find_colour(base::TextView name) noexcept {
 
 }  // namespace
 
-ports::Colour qr_colour(base::TextView name) noexcept {
+drawing::Colour qr_colour(base::TextView name) noexcept {
     const NamedColour* colour = find_colour(name);
     return colour == nullptr ? 0 : colour->value;
 }
@@ -119,7 +121,7 @@ base::Bytes drk_wyd_QRGen::StrToUtf8(base::TextView text) {
     return {utf8.begin(), utf8.end()};
 }
 
-std::optional<ports::Drawing> drk_wyd_QRGen::QRCodegenBarcode(base::TextView text) const {
+std::optional<drawing::Drawing> drk_wyd_QRGen::QRCodegenBarcode(base::TextView text) const {
     // No text has fewer bytes than characters.
     if (text.empty() || text.size() > largest_text_bytes) return std::nullopt;
     const base::Bytes bytes = StrToUtf8(text);

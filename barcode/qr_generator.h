@@ -12,7 +12,7 @@ namespace tavrix::barcode {
 inline constexpr std::int32_t qr_quiet_zone_modules = 4;
 
 /// The seven colour names in any letter case; black for every other text.
-ports::Colour qr_colour(base::TextView name) noexcept;
+drawing::Colour qr_colour(base::TextView name) noexcept;
 bool is_qr_colour(base::TextView name) noexcept;
 
 /// Turns a text into a QR symbol and the symbol into a drawing. Options are kept as given and
@@ -37,7 +37,7 @@ class drk_wyd_QRGen {
     /// The symbol of `text` in UTF-8, in byte mode, with its quiet zone. Nothing for the empty
     /// text, for one that does not fit and for options outside their ranges. Throws the overflow
     /// error when the picture is wider than 32-bit twips.
-    std::optional<ports::Drawing> QRCodegenBarcode(base::TextView text) const;
+    std::optional<drawing::Drawing> QRCodegenBarcode(base::TextView text) const;
 
     /// The bytes of `text` in UTF-8.
     static base::Bytes StrToUtf8(base::TextView text);
@@ -50,7 +50,7 @@ class drk_wyd_QRGen {
     bool boost_level_ = false;
     bool square_ = false;
     std::int32_t module_twips_ = 0;
-    ports::Colour colour_ = 0;
+    drawing::Colour colour_ = 0;
     VersionReader version_reader_;
 };
 

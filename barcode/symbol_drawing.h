@@ -1,20 +1,21 @@
 #pragma once
 
-#include "base/text.h"
-#include "drawing/drawing.h"
-#include "fonts/layout.h"
+#include "barcode/symbology.h"
+#include "drawing/text_svg.h"
 
 namespace tavrix::barcode {
 
-/// Adds a line of text in `font`; lengths in twips.
-void add_text(ports::Drawing& drawing, const fonts::Font& font, base::TextView text,
-              const fonts::Line& line);
+// For symbologies that have a font.
 
-/// Adds one line of text in the caption font below the drawing, centred, made narrower than
-/// `em_twips` asks where the picture is too narrow for it, and makes the drawing that much higher.
-void add_caption(ports::Drawing& drawing, base::TextView text, std::int32_t em_twips);
+/// The size of the em at which a module of the symbology's font is `module_twips` wide.
+double em_twips(const Symbology& symbology, std::int32_t module_twips);
 
-/// The drawing turned clockwise by a multiple of 90 degrees.
-ports::Drawing turned(const ports::Drawing& drawing, int quarter_turns);
+/// A symbol's picture with its quiet zones at both ends and a white module above and below.
+drawing::TextFrame symbol_frame(const Symbology& symbology, base::TextView symbol,
+                                std::int32_t module_twips);
+
+/// `symbol` in the font's glyphs in its frame. Bars are exact multiples of `module_twips`.
+drawing::Drawing draw_symbol(const Symbology& symbology, base::TextView symbol,
+                             std::int32_t module_twips, drawing::Colour colour);
 
 }  // namespace tavrix::barcode

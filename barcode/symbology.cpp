@@ -6,9 +6,7 @@
 #include "barcode/code128.h"
 #include "barcode/code39.h"
 #include "barcode/ean.h"
-#include "barcode/symbol_drawing.h"
 #include "base/windows_1250.h"
-#include "fonts/barcode_fonts.h"
 
 namespace tavrix::barcode {
 namespace {
@@ -74,24 +72,30 @@ Encoded encode_as_code39_extended(base::TextView text) {
 
 using fonts::linear_quiet_modules;
 
-constexpr std::array<Symbology, 5> table = {{
-    {u"EAN8", u"EAN-8: 7 cyfr albo 8 z kontrolną, dodatek po +", &fonts::ean13_font,
-     &encode_as_ean8, 0, false},
-    {u"EAN13", u"EAN-13: 12 cyfr albo 13 z kontrolną, dodatek po +", &fonts::ean13_font,
-     &encode_as_ean13, 0, false},
-    {u"EAN128", u"Code 128: znaki ASCII", &fonts::code128_font, &encode_as_code128, 0, true},
-    {u"EAN39", u"Code 39: cyfry, wielkie litery i - . $ / + % spacja", &fonts::code39_font,
-     &encode_as_code39, linear_quiet_modules, true},
-    {u"EAN39EX", u"Code 39 rozszerzony: znaki ASCII bez *", &fonts::code39_extended_font,
-     &encode_as_code39_extended, linear_quiet_modules, true},
-}};
+constexpr std::array table = {
+    Symbology{Kind::ean8, u"EAN8", u"EAN-8", u"7 cyfr albo 8 z kontrolną, dodatek po +",
+              u"Drk_Wyd_Ean_cls813.RysujEAN", &fonts::ean13, &encode_as_ean8, 0, 48, 0},
+    Symbology{Kind::ean13, u"EAN13", u"EAN-13", u"12 cyfr albo 13 z kontrolną, dodatek po +",
+              u"Drk_Wyd_Ean_cls813.RysujEAN", &fonts::ean13, &encode_as_ean13, 0, 48, 0},
+    Symbology{Kind::code128, u"EAN128", u"Code 128", u"znaki ASCII", u"Drk_Wyd_Ean_cls128.RysujEAN",
+              &fonts::code128, &encode_as_code128, 0, 42, 14},
+    Symbology{Kind::code39, u"EAN39", u"Code 39", u"cyfry, wielkie litery i - . $ / + % spacja",
+              u"Drk_Wyd_Ean_cls.RysujEAN39", &fonts::code39, &encode_as_code39,
+              linear_quiet_modules, 48, 13},
+    Symbology{Kind::code39_extended, u"EAN39EX", u"Code 39, full ASCII", u"znaki ASCII bez *",
+              u"Drk_Wyd_Ean_cls.RysujEAN39ex", &fonts::code39_extended, &encode_as_code39_extended,
+              linear_quiet_modules, 48, 13},
+    Symbology{Kind::qr, u"QR", u"QR", u"do 2953 bajtów UTF-8", u"Drk_Wyd_Ean_cls.RysujEAN", nullptr,
+              nullptr, 0, 42, 14},
+};
 
-// An add-on has no guard at its end that would bring the quiet zone along.
-constexpr std::int32_t add_on_quiet_modules = 5;
-
-bool has_add_on(base::TextView symbol) noexcept {
-    return symbol.find(u'[') != base::TextView::npos;
+constexpr bool is_in_order() {
+    for (std::size_t i = 0; i < table.size(); ++i) {
+        if (static_cast<std::size_t>(table[i].kind) != i) return false;
+    }
+    return true;
 }
+static_assert(is_in_order());
 
 }  // namespace
 
@@ -99,36 +103,14 @@ std::span<const Symbology> symbologies() noexcept {
     return table;
 }
 
-const Symbology* find_symbology(base::TextView kind) noexcept {
+const Symbology& symbology_of(Kind kind) noexcept {
+    return table[static_cast<std::size_t>(kind)];
+}
+
+const Symbology* find_symbology(base::TextView name) noexcept {
     const auto* found = std::find_if(table.begin(), table.end(),
-                                     [&](const Symbology& row) { return row.kind == kind; });
+                                     [&](const Symbology& row) { return row.name == name; });
     return found == table.end() ? nullptr : found;
-}
-
-SymbolFrame symbol_frame(const Symbology& symbology, base::TextView symbol,
-                         std::int32_t module_twips) {
-    const fonts::Font& font = symbology.font();
-    constexpr std::int32_t margin_modules = 1;
-    const bool ends_in_add_on = symbology.font == &fonts::ean13_font && has_add_on(symbol);
-    const std::int32_t width_modules = fonts::width_of(font, symbol) / fonts::module_units +
-                                       2 * symbology.quiet_modules +
-                                       (ends_in_add_on ? add_on_quiet_modules : 0);
-    const std::int32_t height_modules =
-        (font.ascent + font.descent) / fonts::module_units + 2 * margin_modules;
-    return {width_modules * module_twips, height_modules * module_twips,
-            symbology.quiet_modules * module_twips, margin_modules * module_twips};
-}
-
-ports::Drawing draw_symbol(const Symbology& symbology, base::TextView symbol,
-                           std::int32_t module_twips, ports::Colour colour) {
-    const fonts::Font& font = symbology.font();
-    const SymbolFrame frame = symbol_frame(symbology, symbol, module_twips);
-    ports::Drawing drawing(frame.width_twips, frame.height_twips, colour);
-    const double em = static_cast<double>(font.units_per_em / fonts::module_units) * module_twips;
-    add_text(drawing, font, symbol,
-             {static_cast<double>(frame.left_twips), static_cast<double>(frame.top_twips), em});
-    drawing.end_row();
-    return drawing;
 }
 
 }  // namespace tavrix::barcode

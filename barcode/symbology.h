@@ -1,12 +1,14 @@
 #pragma once
 
+#include <cstdint>
 #include <span>
 
 #include "base/text.h"
-#include "drawing/drawing.h"
-#include "fonts/font.h"
+#include "fonts/barcode_fonts.h"
 
 namespace tavrix::barcode {
+
+enum class Kind : std::uint8_t { ean8, ean13, code128, code39, code39_extended, qr };
 
 /// What a text becomes in a symbology: characters of its font, or why there is no symbol.
 struct Encoded {
@@ -15,39 +17,36 @@ struct Encoded {
     base::TextView refusal;
 };
 
-/// A linear symbology whose symbols are drawn so that they scan, whatever the hosts' classes do.
+/// All that differs from one kind of symbol to the next, for the hosts' classes and for drawing
+/// symbols so that they scan, whatever those classes do.
 struct Symbology {
+    Kind kind;
     /// The hosts' name of the kind.
-    base::TextView kind;
-    base::TextView help;
-    const fonts::Font& (*font)();
+    base::TextView name;
+    base::TextView title;
+    /// In Polish: the texts that have a symbol.
+    base::TextView accepts;
+    /// The class and the method that draw it on a host's surface.
+    base::TextView method;
+    /// Null for QR, as the next one: a symbol that is no line of text.
+    const fonts::BarcodeFont* font;
     Encoded (*encode)(base::TextView text);
     /// Quiet zone on both sides that the font does not bring along.
     std::int32_t quiet_modules;
-    /// True where the font has no human-readable text of its own.
-    bool needs_caption;
+    /// The classes' sizes: of the bars at size step 0, and of the caption; 0 where the font has its
+    /// own human-readable text.
+    std::int32_t smallest_points;
+    std::int32_t caption_points;
+
+    bool needs_caption() const noexcept { return caption_points != 0; }
 };
 
-/// EAN8, EAN13, EAN128, EAN39, EAN39EX. EAN digits may come with their check digit, which must be
-/// right, and with an add-on behind a "+".
+/// In the order of Kind. EAN digits may come with their check digit, which must be right, and with
+/// an add-on behind a "+".
 std::span<const Symbology> symbologies() noexcept;
+const Symbology& symbology_of(Kind kind) noexcept;
 
-/// Null for another kind; kinds are told apart by letter case, as the hosts do.
-const Symbology* find_symbology(base::TextView kind) noexcept;
-
-/// A symbol's picture with its quiet zones, and where its line of text begins in it.
-struct SymbolFrame {
-    std::int32_t width_twips;
-    std::int32_t height_twips;
-    std::int32_t left_twips;
-    std::int32_t top_twips;
-};
-SymbolFrame symbol_frame(const Symbology& symbology, base::TextView symbol,
-                         std::int32_t module_twips);
-
-/// `symbol` in the font's glyphs with the quiet zones at both ends and a white module above and
-/// below. Bars are exact multiples of `module_twips`.
-ports::Drawing draw_symbol(const Symbology& symbology, base::TextView symbol,
-                           std::int32_t module_twips, ports::Colour colour);
+/// Null for another name; names are told apart by letter case, as the hosts do.
+const Symbology* find_symbology(base::TextView name) noexcept;
 
 }  // namespace tavrix::barcode

@@ -12,7 +12,7 @@
 #include "barcode/ean.h"
 #include "barcode/qr_generator.h"
 #include "barcode/surface/rotation.h"
-#include "barcode/symbol_svg.h"
+#include "barcode/symbol_drawing.h"
 #include "ports/native/canvas.h"
 
 namespace {
@@ -89,12 +89,14 @@ void compare_linear(const char* name, const char16_t* kind, int symbology,
            rate(own_texts, [&](const base::Text& text) { sink += encode(text); }),
            zint_rate(texts, symbology, zint_encode));
     const barcode::Symbology& row = *barcode::find_symbology(kind);
-    const barcode::SymbolSvg writer(row, 15, 0);
-    report(
-        (std::string(name) + ", encode to SVG").c_str(),
-        rate(own_texts,
-             [&](const base::Text& text) { sink += writer.write(row.encode(text).symbol).size(); }),
-        zint_rate(texts, symbology, zint_vector));
+    constexpr std::int32_t module_twips = 15;
+    const drawing::TextSvg writer(row.font->glyphs(), barcode::em_twips(row, module_twips), 0);
+    const auto to_svg = [&](const base::Text& text) {
+        const base::Text symbol = row.encode(text).symbol;
+        sink += writer.write(symbol, barcode::symbol_frame(row, symbol, module_twips)).size();
+    };
+    report((std::string(name) + ", encode to SVG").c_str(), rate(own_texts, to_svg),
+           zint_rate(texts, symbology, zint_vector));
 }
 
 void compare_qr() {

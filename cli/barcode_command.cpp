@@ -5,8 +5,6 @@
 
 #include "barcode/qr_generator.h"
 #include "barcode/symbol_drawing.h"
-#include "barcode/symbol_svg.h"
-#include "barcode/symbology.h"
 #include "cli/class_drawing.h"
 #include "cli/command.h"
 #include "cli/picture_file.h"
@@ -32,28 +30,38 @@ constexpr std::int32_t caption_size_twips = 200;
 std::vector<std::string> kinds() {
     std::vector<std::string> names;
     for (const barcode::Symbology& row : barcode::symbologies()) {
-        names.push_back(base::to_utf8(row.kind));
+        if (row.encode != nullptr) names.push_back(base::to_utf8(row.name));
     }
     return names;
 }
 
-ports::Drawing draw(const barcode::Symbology& symbology, const base::Text& symbol,
-                    const std::string& text, const BarcodeOptions& options) {
-    ports::Drawing drawing =
+std::string kinds_help() {
+    std::string help = "Rodzaj:";
+    for (const barcode::Symbology& row : barcode::symbologies()) {
+        help += "\n" + base::to_utf8(row.name) + " (" + base::to_utf8(row.title) +
+                "): " + base::to_utf8(row.accepts);
+        if (row.encode == nullptr) help += "; poleceniem tavrix qr";
+    }
+    return help;
+}
+
+drawing::Drawing draw(const barcode::Symbology& symbology, const base::Text& symbol,
+                      const std::string& text, const BarcodeOptions& options) {
+    drawing::Drawing drawing =
         barcode::draw_symbol(symbology, symbol, options.picture.module_twips,
                              barcode::qr_colour(base::from_utf8(options.colour)));
-    if (!options.no_caption && (symbology.needs_caption || !options.caption.empty())) {
+    if (!options.no_caption && (symbology.needs_caption() || !options.caption.empty())) {
         const std::string& caption = options.caption.empty() ? text : options.caption;
-        barcode::add_caption(drawing, base::from_utf8(caption), caption_size_twips);
+        drawing::add_caption(drawing, base::from_utf8(caption), caption_size_twips);
     }
     return options.rotation_degrees == 0 ? drawing
-                                         : barcode::turned(drawing, options.rotation_degrees / 90);
+                                         : drawing::turned(drawing, options.rotation_degrees / 90);
 }
 
 bool is_plain_svg(const barcode::Symbology& symbology, const BarcodeOptions& options) {
     const bool is_svg = options.picture.file == "-" || options.picture.file.ends_with(".svg");
     const bool captioned =
-        !options.no_caption && (symbology.needs_caption || !options.caption.empty());
+        !options.no_caption && (symbology.needs_caption() || !options.caption.empty());
     return is_svg && !captioned && options.rotation_degrees == 0;
 }
 
@@ -63,7 +71,8 @@ class Press {
     Press(const barcode::Symbology& symbology, const BarcodeOptions& options)
         : symbology_(symbology), options_(options) {
         if (is_plain_svg(symbology, options)) {
-            svg_.emplace(symbology, options.picture.module_twips,
+            svg_.emplace(symbology.font->glyphs(),
+                         barcode::em_twips(symbology, options.picture.module_twips),
                          barcode::qr_colour(base::from_utf8(options.colour)));
         }
     }
@@ -73,12 +82,12 @@ class Press {
   private:
     const barcode::Symbology& symbology_;
     const BarcodeOptions& options_;
-    std::optional<barcode::SymbolSvg> svg_;
+    std::optional<drawing::TextSvg> svg_;
 };
 
 bool Press::draw_one(const std::string& text, const PictureOptions& picture) const {
     if (!options_.scannable) {
-        write_picture(draw_as_class(options_.kind, text, options_.size_step, options_.no_caption,
+        write_picture(draw_as_class(symbology_, text, options_.size_step, options_.no_caption,
                                     options_.rotation_degrees != 0),
                       picture);
         return true;
@@ -89,7 +98,9 @@ bool Press::draw_one(const std::string& text, const PictureOptions& picture) con
         return false;
     }
     if (svg_) {
-        write_svg(svg_->write(encoded.symbol), picture.file);
+        write_svg(svg_->write(encoded.symbol, barcode::symbol_frame(symbology_, encoded.symbol,
+                                                                    options_.picture.module_twips)),
+                  picture.file);
     } else {
         write_picture(draw(symbology_, encoded.symbol, text, options_), picture);
     }
@@ -131,7 +142,7 @@ void add_barcode_command(CLI::App& app, int& exit_code) {
     auto options = std::make_shared<BarcodeOptions>();
     CLI::App* command =
         app.add_subcommand("barcode", "Rysuje kod kreskowy jako SVG albo PNG tak, że się skanuje");
-    command->add_option("--kind", options->kind, "Rodzaj: EAN8, EAN13, EAN128, EAN39, EAN39EX")
+    command->add_option("--kind", options->kind, kinds_help())
         ->check(CLI::IsMember(kinds()))
         ->capture_default_str();
     CLI::Option* text = command->add_option("--text", options->text, "Tekst albo cyfry kodu");

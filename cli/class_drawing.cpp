@@ -37,50 +37,49 @@ constexpr std::int32_t margin_twips = 300;
 constexpr std::int32_t picture_twips = 3000;
 
 // The page cut to what was drawn on it and a margin.
-ports::Drawing cut(const ports::Drawing& page) {
+drawing::Drawing cut(const drawing::Drawing& page) {
     if (page.points().empty()) return {2 * margin_twips, 2 * margin_twips};
-    ports::PointTwips first = page.points().front();
-    ports::PointTwips last = first;
-    for (const ports::PointTwips point : page.points()) {
+    drawing::PointTwips first = page.points().front();
+    drawing::PointTwips last = first;
+    for (const drawing::PointTwips point : page.points()) {
         first = {std::min(first.x_twips, point.x_twips), std::min(first.y_twips, point.y_twips)};
         last = {std::max(last.x_twips, point.x_twips), std::max(last.y_twips, point.y_twips)};
     }
-    ports::Drawing drawing(last.x_twips - first.x_twips + 2 * margin_twips,
-                           last.y_twips - first.y_twips + 2 * margin_twips);
-    std::vector<ports::PointTwips> points;
-    page.for_each_polygon([&](std::span<const ports::PointTwips> polygon) {
-        points.assign(polygon.begin(), polygon.end());
-        for (ports::PointTwips& point : points) {
-            point.x_twips += margin_twips - first.x_twips;
-            point.y_twips += margin_twips - first.y_twips;
-        }
-        drawing.add(points);
+    drawing::Drawing drawing(last.x_twips - first.x_twips + 2 * margin_twips,
+                             last.y_twips - first.y_twips + 2 * margin_twips);
+    drawing.add_placed(page, [&](drawing::PointTwips point) {
+        return drawing::PointTwips{point.x_twips + margin_twips - first.x_twips,
+                                   point.y_twips + margin_twips - first.y_twips};
     });
-    drawing.end_row();
     return drawing;
 }
 
 }  // namespace
 
-ports::Drawing draw_as_class(const std::string& kind, const std::string& text,
-                             std::int32_t size_step, bool bare, bool rotate) {
+drawing::Drawing draw_as_class(const barcode::Symbology& symbology, const std::string& text,
+                               std::int32_t size_step, bool bare, bool rotate) {
     ports::Canvas page(page_twips, page_twips);
     page.set_current_x(margin_twips);
     base::Text given = base::from_utf8(text);
     const auto code_page = ports::make_native_code_page();
-    if (kind == "EAN8" || kind == "EAN13") {
-        page.set_font_name(u"code ean13");
-        barcode::Drk_Wyd_Ean_cls813().RysujEAN(page, given, size_step, rotate);
-    } else if (kind == "EAN128") {
-        page.set_font_name(u"CODE 128");
-        barcode::Drk_Wyd_Ean_cls128(*code_page).RysujEAN(page, given, size_step, bare, rotate);
-    } else {
-        BareDesktop desktop;
-        NoFiles files;
-        const auto pictures = ports::make_native_pictures();
-        barcode::Drk_Wyd_Ean_cls({desktop, files, *pictures, *code_page})
-            .RysujEAN(page, given, margin_twips, margin_twips, picture_twips, picture_twips,
-                      size_step, base::from_utf8(kind), bare, rotate, u"", u"");
+    switch (symbology.kind) {
+        case barcode::Kind::ean8:
+        case barcode::Kind::ean13:
+            page.set_font_name(symbology.font->family);
+            barcode::Drk_Wyd_Ean_cls813().RysujEAN(page, given, size_step, rotate);
+            break;
+        case barcode::Kind::code128:
+            page.set_font_name(symbology.font->family);
+            barcode::Drk_Wyd_Ean_cls128(*code_page).RysujEAN(page, given, size_step, bare, rotate);
+            break;
+        default: {
+            BareDesktop desktop;
+            NoFiles files;
+            const auto pictures = ports::make_native_pictures();
+            barcode::Drk_Wyd_Ean_cls({desktop, files, *pictures, *code_page})
+                .RysujEAN(page, given, margin_twips, margin_twips, picture_twips, picture_twips,
+                          size_step, base::Text(symbology.name), bare, rotate, u"", u"");
+        }
     }
     return cut(page.drawing());
 }

@@ -14,12 +14,12 @@ namespace {
 
 constexpr double twips_per_inch = 1440;
 
-base::Bytes png_of(const ports::Drawing& drawing, const PictureOptions& options) {
+base::Bytes png_of(const drawing::Drawing& drawing, const PictureOptions& options) {
     const double module_px =
         std::max(1.0, std::round(options.module_twips * options.dots_per_inch / twips_per_inch));
     const double pixels_per_twip = module_px / options.module_twips;
-    return ports::to_png(ports::rasterise(drawing, pixels_per_twip), drawing.colour(),
-                         pixels_per_twip * twips_per_inch);
+    return drawing::to_png(drawing::rasterise(drawing, pixels_per_twip), drawing.colour(),
+                           pixels_per_twip * twips_per_inch);
 }
 
 void write_file(const std::string& path, std::string_view content) {
@@ -39,9 +39,9 @@ void write_svg(std::string_view svg, const std::string& file) {
     }
 }
 
-void write_picture(const ports::Drawing& drawing, const PictureOptions& options) {
+void write_picture(const drawing::Drawing& drawing, const PictureOptions& options) {
     if (options.file == "-" || options.file.ends_with(".svg")) {
-        write_svg(ports::to_svg(drawing), options.file);
+        write_svg(drawing::to_svg(drawing), options.file);
     } else if (options.file.ends_with(".png")) {
         write_file(options.file, base::chars_of(png_of(drawing, options)));
     } else {

@@ -17,7 +17,7 @@ struct PictureOptions {
 };
 
 /// Throws CLI::ValidationError for another ending and for a file that cannot be written.
-void write_picture(const ports::Drawing& drawing, const PictureOptions& options);
+void write_picture(const drawing::Drawing& drawing, const PictureOptions& options);
 /// A finished SVG into `file`, or to the standard output for "-".
 void write_svg(std::string_view svg, const std::string& file);
 

@@ -2,9 +2,9 @@
 #include <memory>
 
 #include "barcode/qr_generator.h"
-#include "barcode/symbol_drawing.h"
 #include "cli/command.h"
 #include "cli/picture_file.h"
+#include "drawing/text.h"
 
 namespace tavrix::cli {
 namespace {
@@ -35,12 +35,12 @@ ExitCode draw(const QrOptions& options) {
                                            : "Tekst nie mieści się w symbolu QR.\n");
         return exit_usage;
     }
-    ports::Drawing drawing = *symbol;
+    drawing::Drawing drawing = *symbol;
     if (options.has_caption) {
         const std::string& caption = options.caption.empty() ? options.text : options.caption;
-        barcode::add_caption(drawing, base::from_utf8(caption), caption_size_twips);
+        drawing::add_caption(drawing, base::from_utf8(caption), caption_size_twips);
     }
-    write_picture(barcode::turned(drawing, options.rotation_degrees / 90), options.picture);
+    write_picture(drawing::turned(drawing, options.rotation_degrees / 90), options.picture);
     return exit_done;
 }
 

@@ -5,7 +5,7 @@
 
 #include "base/error.h"
 
-namespace tavrix::ports {
+namespace tavrix::drawing {
 namespace {
 
 constexpr int lines_per_pixel = 4;
@@ -92,4 +92,4 @@ Coverage rasterise(const Drawing& drawing, double pixels_per_twip) {
     return picture;
 }
 
-}  // namespace tavrix::ports
+}  // namespace tavrix::drawing

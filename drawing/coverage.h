@@ -5,7 +5,7 @@
 
 #include "drawing/drawing.h"
 
-namespace tavrix::ports {
+namespace tavrix::drawing {
 
 /// A grey picture: how much of each pixel is dark, 0 to 255, row after row from the top.
 struct Coverage {
@@ -24,4 +24,4 @@ struct Coverage {
 /// base::AutomationError for more than 2^28 pixels.
 Coverage rasterise(const Drawing& drawing, double pixels_per_twip);
 
-}  // namespace tavrix::ports
+}  // namespace tavrix::drawing

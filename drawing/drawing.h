@@ -5,7 +5,7 @@
 #include <span>
 #include <vector>
 
-namespace tavrix::ports {
+namespace tavrix::drawing {
 
 /// A colour as Windows writes it: 0x00BBGGRR.
 using Colour = std::uint32_t;
@@ -17,7 +17,7 @@ struct PointTwips {
 };
 
 /// A picture as polygons of one colour on white, the y axis pointing down, 1440 twips to the inch.
-/// Every door draws a symbol from this one description. Polygons are simple; where two of them
+/// Every door draws from this one description. Polygons are simple; where two of them
 /// overlap, both are dark. They come in rows, each of which is drawn at once.
 class Drawing {
   public:
@@ -46,6 +46,14 @@ class Drawing {
     void end_row() {
         const std::size_t begun = rows_.empty() ? 0 : rows_.back();
         if (sizes_.size() > begun) rows_.push_back(sizes_.size());
+    }
+    /// Adds the polygons of `other`, each point where `place` brings it, as one row.
+    template <typename Place>
+    void add_placed(const Drawing& other, Place&& place) {
+        reserve(sizes_.size() + other.sizes_.size());
+        for (const PointTwips point : other.points_) points_.push_back(place(point));
+        sizes_.insert(sizes_.end(), other.sizes_.begin(), other.sizes_.end());
+        end_row();
     }
     void reserve(std::size_t polygons) {
         points_.reserve(polygons * 4);
@@ -77,4 +85,7 @@ class Drawing {
     std::vector<std::size_t> rows_;
 };
 
-}  // namespace tavrix::ports
+/// The drawing turned clockwise by a multiple of 90 degrees.
+Drawing turned(const Drawing& drawing, int quarter_turns);
+
+}  // namespace tavrix::drawing

@@ -1,91 +1,88 @@
 #include "drawing/png.h"
 
-#include <zlib.h>
+#include <png.h>
 
+#include <array>
 #include <cmath>
 #include <new>
 
-namespace tavrix::ports {
+namespace tavrix::drawing {
 namespace {
 
-void append_number(base::Bytes& bytes, std::uint32_t number) {
-    for (int shift = 24; shift >= 0; shift -= 8) {
-        bytes.push_back(static_cast<std::uint8_t>(number >> shift));
-    }
-}
+using Palette = std::array<png_color, 256>;
 
-void append_chunk(base::Bytes& file, std::string_view type, const base::Bytes& data) {
-    append_number(file, static_cast<std::uint32_t>(data.size()));
-    const std::size_t checked_from = file.size();
-    file.insert(file.end(), type.begin(), type.end());
-    file.insert(file.end(), data.begin(), data.end());
-    append_number(file,
-                  static_cast<std::uint32_t>(crc32(0, file.data() + checked_from,
-                                                   static_cast<uInt>(file.size() - checked_from))));
-}
-
-base::Bytes header(const Coverage& picture) {
-    base::Bytes data;
-    append_number(data, static_cast<std::uint32_t>(picture.width_px));
-    append_number(data, static_cast<std::uint32_t>(picture.height_px));
-    constexpr std::uint8_t bits = 8, palette = 3, deflate = 0, adaptive = 0, not_interlaced = 0;
-    data.insert(data.end(), {bits, palette, deflate, adaptive, not_interlaced});
-    return data;
-}
-
-base::Bytes shades(Colour colour) {
-    base::Bytes data;
+Palette shades(Colour colour) {
+    Palette palette{};
     for (int dark = 0; dark < 256; ++dark) {
-        for (const int shift : {0, 8, 16}) {  // red, green, blue
+        const auto shade = [&](int shift) {
             const int full = static_cast<int>((colour >> shift) & 0xFF);
-            data.push_back(static_cast<std::uint8_t>(255 - (255 - full) * dark / 255));
+            return static_cast<png_byte>(255 - (255 - full) * dark / 255);
+        };
+        palette[static_cast<std::size_t>(dark)] = {shade(0), shade(8), shade(16)};
+    }
+    return palette;
+}
+
+/// The library's two structures. Its failures jump to where setjmp was last called.
+class PngWriter {
+  public:
+    PngWriter() {
+        info_ = png_ == nullptr ? nullptr : png_create_info_struct(png_);
+        if (info_ != nullptr) png_set_write_fn(png_, &file_, &append, nullptr);
+    }
+    ~PngWriter() { png_destroy_write_struct(&png_, &info_); }
+    PngWriter(const PngWriter&) = delete;
+    PngWriter& operator=(const PngWriter&) = delete;
+
+    /// False when memory has run out: nothing else can fail. Nothing here may have a destructor,
+    /// because a jump would pass it over.
+    bool write(const Coverage& picture, const Palette& palette, png_uint_32 dots_per_metre) {
+        if (info_ == nullptr || setjmp(png_jmpbuf(png_)) != 0) return false;
+        constexpr int bits = 8;
+        png_set_IHDR(png_, info_, static_cast<png_uint_32>(picture.width_px),
+                     static_cast<png_uint_32>(picture.height_px), bits, PNG_COLOR_TYPE_PALETTE,
+                     PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+        png_set_PLTE(png_, info_, palette.data(), static_cast<int>(palette.size()));
+        png_set_pHYs(png_, info_, dots_per_metre, dots_per_metre, PNG_RESOLUTION_METER);
+        // Neighbours in a palette are no neighbours in colour: filters have nothing to gain.
+        png_set_filter(png_, PNG_FILTER_TYPE_BASE, PNG_FILTER_NONE);
+        png_write_info(png_, info_);
+        for (std::int32_t y = 0; y < picture.height_px; ++y) {
+            png_write_row(png_,
+                          picture.dark.data() + static_cast<std::ptrdiff_t>(y) * picture.width_px);
         }
+        png_write_end(png_, info_);
+        return true;
     }
-    return data;
-}
+    base::Bytes take() { return std::move(file_); }
 
-base::Bytes resolution(double dots_per_inch) {
-    constexpr double metres_per_inch = 0.0254;
-    const auto per_metre = static_cast<std::uint32_t>(std::lround(dots_per_inch / metres_per_inch));
-    base::Bytes data;
-    append_number(data, per_metre);
-    append_number(data, per_metre);
-    constexpr std::uint8_t unit_metre = 1;
-    data.push_back(unit_metre);
-    return data;
-}
+  private:
+    // No C++ exception may pass through the library.
+    static void append(png_structp png, png_bytep data, std::size_t size) {
+        auto& file = *static_cast<base::Bytes*>(png_get_io_ptr(png));
+        bool is_written = true;
+        try {
+            file.insert(file.end(), data, data + size);
+        } catch (const std::bad_alloc&) {
+            is_written = false;
+        }
+        if (!is_written) png_error(png, "out of memory");
+    }
 
-base::Bytes compressed(const Coverage& picture) {
-    const auto width = static_cast<std::size_t>(picture.width_px);
-    base::Bytes rows;
-    rows.reserve((width + 1) * static_cast<std::size_t>(picture.height_px));
-    constexpr std::uint8_t no_filter = 0;
-    for (std::size_t begin = 0; begin < picture.dark.size(); begin += width) {
-        rows.push_back(no_filter);
-        rows.insert(rows.end(), picture.dark.begin() + static_cast<std::ptrdiff_t>(begin),
-                    picture.dark.begin() + static_cast<std::ptrdiff_t>(begin + width));
-    }
-    uLongf size = compressBound(static_cast<uLong>(rows.size()));
-    base::Bytes data(size);
-    // Only memory can run out: the output is large enough for anything.
-    if (compress2(data.data(), &size, rows.data(), static_cast<uLong>(rows.size()),
-                  Z_DEFAULT_COMPRESSION) != Z_OK) {
-        throw std::bad_alloc();
-    }
-    data.resize(size);
-    return data;
-}
+    base::Bytes file_;
+    png_structp png_ = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
+    png_infop info_ = nullptr;
+};
 
 }  // namespace
 
 base::Bytes to_png(const Coverage& picture, Colour colour, double dots_per_inch) {
-    base::Bytes file = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
-    append_chunk(file, "IHDR", header(picture));
-    append_chunk(file, "PLTE", shades(colour));
-    append_chunk(file, "pHYs", resolution(dots_per_inch));
-    append_chunk(file, "IDAT", compressed(picture));
-    append_chunk(file, "IEND", {});
-    return file;
+    constexpr double metres_per_inch = 0.0254;
+    const auto per_metre = static_cast<png_uint_32>(std::lround(dots_per_inch / metres_per_inch));
+    const Palette palette = shades(colour);
+    PngWriter writer;
+    if (!writer.write(picture, palette, per_metre)) throw std::bad_alloc();
+    return writer.take();
 }
 
-}  // namespace tavrix::ports
+}  // namespace tavrix::drawing

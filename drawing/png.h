@@ -3,10 +3,10 @@
 #include "base/text.h"
 #include "drawing/coverage.h"
 
-namespace tavrix::ports {
+namespace tavrix::drawing {
 
 /// The picture as a PNG file (ISO/IEC 15948) of 256 shades from white to `colour`, which says that
 /// it is to be shown at `dots_per_inch`.
 base::Bytes to_png(const Coverage& picture, Colour colour, double dots_per_inch);
 
-}  // namespace tavrix::ports
+}  // namespace tavrix::drawing

@@ -2,80 +2,27 @@
 
 #include <charconv>
 
-namespace tavrix::ports {
+#include "drawing/svg_writer.h"
+
+namespace tavrix::drawing {
 namespace {
 
 // The longest decimal of 32 bits, with its sign, and a letter.
 constexpr std::size_t longest_step = 13;
 
-/// Appends to a text that grows in large steps: a symbol is a few hundred short numbers.
-class SvgText {
-  public:
-    explicit SvgText(std::size_t expected) { text_.resize(expected); }
+using Coordinate = std::int32_t PointTwips::*;
 
-    void add(std::string_view words) {
-        make_room(words.size());
-        words.copy(text_.data() + used_, words.size());
-        used_ += words.size();
-    }
-    void add(char letter, std::int32_t number) {
-        make_room(longest_step);
-        text_[used_++] = letter;
-        add_digits(number);
-    }
-    void add(std::int32_t number) {
-        make_room(longest_step);
-        add_digits(number);
-    }
-    std::string finish() {
-        text_.resize(used_);
-        return std::move(text_);
-    }
-
-  private:
-    void add_digits(std::int32_t number) {
-        char* begin = text_.data() + used_;
-        used_ += static_cast<std::size_t>(std::to_chars(begin, begin + longest_step, number).ptr -
-                                          begin);
-    }
-    void make_room(std::size_t more) {
-        if (text_.size() - used_ < more) text_.resize(text_.size() * 2 + more);
-    }
-
-    std::string text_;
-    std::size_t used_ = 0;
-};
-
-bool is_rectangle(std::span<const PointTwips> p) noexcept {
-    return p.size() == 4 && p[0].y_twips == p[1].y_twips && p[1].x_twips == p[2].x_twips &&
-           p[2].y_twips == p[3].y_twips && p[3].x_twips == p[0].x_twips;
+/// True when the sides are those of a rectangle, of which the first keeps `same`.
+bool is_rectangle(std::span<const PointTwips> p, Coordinate same, Coordinate other) noexcept {
+    return p.size() == 4 && p[0].*same == p[1].*same && p[1].*other == p[2].*other &&
+           p[2].*same == p[3].*same && p[3].*other == p[0].*other;
 }
 
-void add_polygon(SvgText& svg, std::span<const PointTwips> polygon) {
-    svg.add('M', polygon[0].x_twips);
-    svg.add(' ', polygon[0].y_twips);
-    if (is_rectangle(polygon)) {
-        svg.add('H', polygon[1].x_twips);
-        svg.add('V', polygon[2].y_twips);
-        svg.add('H', polygon[3].x_twips);
-    } else {
-        char letter = 'L';
-        for (const PointTwips point : polygon.subspan(1)) {
-            svg.add(letter, point.x_twips);
-            svg.add(' ', point.y_twips);
-            letter = ' ';
-        }
-    }
-    svg.add("z");
-}
-
-void add_points(SvgText& svg, std::int32_t twips) {
+std::string points(std::int32_t twips) {
     constexpr std::int32_t twips_per_point = 20;
-    svg.add(twips / twips_per_point);
-    svg.add(".");
     const std::int32_t hundredths = twips % twips_per_point * (100 / twips_per_point);
-    if (hundredths < 10) svg.add("0");
-    svg.add(hundredths);
+    return std::to_string(twips / twips_per_point) + (hundredths < 10 ? ".0" : ".") +
+           std::to_string(hundredths);
 }
 
 std::string css_colour(Colour colour) {
@@ -87,26 +34,88 @@ std::string css_colour(Colour colour) {
 
 }  // namespace
 
-std::string to_svg(const Drawing& drawing) {
-    SvgText svg(256 + drawing.points().size() * 8);
-    svg.add("<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"");
-    add_points(svg, drawing.width_twips());
-    svg.add("pt\" height=\"");
-    add_points(svg, drawing.height_twips());
-    svg.add("pt\" viewBox=\"0 0 ");
-    svg.add(drawing.width_twips());
-    svg.add(' ', drawing.height_twips());
-    // Crisp edges keep neighbouring modules from showing a seam.
-    svg.add("\"><path fill=\"#fff\" d=\"M0 0H");
-    svg.add(drawing.width_twips());
-    svg.add('V', drawing.height_twips());
-    svg.add("H0z\"/><path shape-rendering=\"crispEdges\" fill=\"");
-    svg.add(css_colour(drawing.colour()));
-    svg.add("\" d=\"");
-    drawing.for_each_polygon(
-        [&](std::span<const PointTwips> polygon) { add_polygon(svg, polygon); });
-    svg.add("\"/></svg>\n");
-    return svg.finish();
+void PathWriter::make_room() {
+    if (path_.size() - used_ < longest_step) path_.resize(path_.size() * 2 + longest_step);
 }
 
-}  // namespace tavrix::ports
+void PathWriter::add(char letter, std::int32_t number) {
+    make_room();
+    path_[used_++] = letter;
+    char* begin = path_.data() + used_;
+    used_ +=
+        static_cast<std::size_t>(std::to_chars(begin, begin + longest_step, number).ptr - begin);
+}
+
+void PathWriter::step(char letter, PointTwips to) {
+    add(letter, to.x_twips - at_.x_twips);
+    add(' ', to.y_twips - at_.y_twips);
+    at_ = to;
+}
+
+void PathWriter::add(std::span<const PointTwips> polygon) {
+    step('m', polygon[0]);
+    const std::int32_t width = polygon[2].x_twips - polygon[0].x_twips;
+    const std::int32_t height = polygon[2].y_twips - polygon[0].y_twips;
+    if (is_rectangle(polygon, &PointTwips::y_twips, &PointTwips::x_twips)) {
+        add('h', width);
+        add('v', height);
+        add('h', -width);
+    } else if (is_rectangle(polygon, &PointTwips::x_twips, &PointTwips::y_twips)) {
+        add('v', height);
+        add('h', width);
+        add('v', -height);
+    } else {
+        char letter = 'l';
+        for (const PointTwips point : polygon.subspan(1)) {
+            step(letter, point);
+            letter = ' ';
+        }
+    }
+    make_room();
+    path_[used_++] = 'z';
+    // A closed outline ends where it began.
+    at_ = polygon[0];
+}
+
+std::string PathWriter::finish() {
+    path_.resize(used_);
+    return std::move(path_);
+}
+
+std::string svg_head(std::int32_t width_twips, std::int32_t height_twips, Colour colour,
+                     std::size_t data_bytes) {
+    const std::string width = std::to_string(width_twips);
+    const std::string height = std::to_string(height_twips);
+    std::string svg;
+    constexpr std::size_t longest_frame = 400;
+    svg.reserve(longest_frame + data_bytes);
+    svg.append("<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"")
+        .append(points(width_twips))
+        .append("pt\" height=\"")
+        .append(points(height_twips))
+        .append("pt\" viewBox=\"0 0 ")
+        .append(width)
+        .append(" ")
+        .append(height)
+        .append("\"><path fill=\"#fff\" d=\"M0 0H")
+        .append(width)
+        .append("V")
+        .append(height)
+        // Crisp edges keep neighbouring modules from showing a seam.
+        .append("H0z\"/><path shape-rendering=\"crispEdges\" fill=\"")
+        .append(css_colour(colour))
+        .append("\" d=\"");
+    return svg;
+}
+
+std::string to_svg(const Drawing& drawing) {
+    PathWriter path(drawing.points().size() * 8);
+    drawing.for_each_polygon([&](std::span<const PointTwips> polygon) { path.add(polygon); });
+    const std::string data = path.finish();
+    return svg_head(drawing.width_twips(), drawing.height_twips(), drawing.colour(), data.size())
+        .append("M0 0")
+        .append(data)
+        .append(svg_tail);
+}
+
+}  // namespace tavrix::drawing

@@ -4,9 +4,9 @@
 
 #include "drawing/drawing.h"
 
-namespace tavrix::ports {
+namespace tavrix::drawing {
 
 /// The drawing as an SVG 1.1 file of one line, its lengths in twips inside and in points outside.
 std::string to_svg(const Drawing& drawing);
 
-}  // namespace tavrix::ports
+}  // namespace tavrix::drawing

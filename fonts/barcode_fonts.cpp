@@ -42,11 +42,10 @@ class BarWriter {
     Glyph glyph_;
 };
 
-Font make_font(base::TextView family, const char* file, std::int32_t em_modules, Extent bars,
+Font make_font(const BarcodeFont& names, std::int32_t em_modules, Extent bars,
                std::int32_t descent_modules) {
     Font font;
-    font.family = family;
-    font.file = file;
+    font.family = names.family;
     font.units_per_em = em_modules * module_units;
     font.ascent = bars.top * module_units;
     font.descent = descent_modules * module_units;
@@ -126,7 +125,7 @@ void add_add_on(Font& font, const std::array<GlyphId, 10>& set_a,
 }
 
 Font make_ean13_font() {
-    Font font = make_font(u"code ean13", "ean13", 64, ean_bars, 2);
+    Font font = make_font(ean13, 64, ean_bars, 2);
     std::array<GlyphId, 10> set_a{};
     std::array<GlyphId, 10> set_b{};
     for (std::size_t digit = 0; digit < 10; ++digit) {
@@ -155,7 +154,7 @@ base::Text code128_codes(std::size_t value) {
 
 Font make_code128_font() {
     constexpr Extent bars = {0, 44};
-    Font font = make_font(u"CODE 128", "code128", 56, bars, 2);
+    Font font = make_font(code128, 56, bars, 2);
     for (std::size_t value = 0; value < code128_patterns.size(); ++value) {
         const bool is_start = value >= 103 && value <= 105;
         const bool is_stop = value == 106;
@@ -186,7 +185,7 @@ Glyph code39_glyph(base::TextView characters) {
 }
 
 Font make_code39_font() {
-    Font font = make_font(u"free 3 of 9", "free3of9", 64, code39_bars, 2);
+    Font font = make_font(code39, 64, code39_bars, 2);
     for (const Code39Pattern& pattern : code39_patterns) {
         const char16_t own = pattern.character;
         base::Text codes(1, own);
@@ -219,7 +218,7 @@ base::Text full_ascii(char16_t own) {
 }
 
 Font make_code39_extended_font() {
-    Font font = make_font(u"Free 3 of 9 Extended", "fre3of9x", 64, code39_bars, 2);
+    Font font = make_font(code39_extended, 64, code39_bars, 2);
     for (char16_t own = 0; own < 128; ++own) font.add(code39_glyph(full_ascii(own)), {&own, 1});
     return font;
 }
@@ -246,13 +245,9 @@ const Font& code39_extended_font() {
     return font;
 }
 
-std::array<const Font*, 4> barcode_fonts() {
-    return {&ean13_font(), &code128_font(), &code39_font(), &code39_extended_font()};
-}
-
 const Font* find_barcode_font(base::TextView family) noexcept {
-    for (const Font* font : barcode_fonts()) {
-        if (base::equal_case_blind(font->family, family)) return font;
+    for (const BarcodeFont* font : barcode_fonts) {
+        if (base::equal_case_blind(font->family, family)) return &font->glyphs();
     }
     return nullptr;
 }

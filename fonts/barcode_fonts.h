@@ -29,7 +29,20 @@ const Font& code39_font();
 /// "*", which stays start and stop.
 const Font& code39_extended_font();
 
-std::array<const Font*, 4> barcode_fonts();
+/// A bar code font by its names; the glyphs are made when they are first asked for.
+struct BarcodeFont {
+    base::TextView family;
+    /// Name of the font file without folder and extension.
+    base::TextView file;
+    const Font& (*glyphs)();
+};
+inline constexpr BarcodeFont ean13 = {u"code ean13", u"ean13", &ean13_font};
+inline constexpr BarcodeFont code128 = {u"CODE 128", u"code128", &code128_font};
+inline constexpr BarcodeFont code39 = {u"free 3 of 9", u"free3of9", &code39_font};
+inline constexpr BarcodeFont code39_extended = {u"Free 3 of 9 Extended", u"fre3of9x",
+                                                &code39_extended_font};
+inline constexpr std::array<const BarcodeFont*, 4> barcode_fonts = {&ean13, &code128, &code39,
+                                                                    &code39_extended};
 
 /// The font of that family in any letter case; null for another.
 const Font* find_barcode_font(base::TextView family) noexcept;

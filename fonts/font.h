@@ -3,7 +3,6 @@
 #include <array>
 #include <cstdint>
 #include <map>
-#include <string>
 #include <vector>
 
 #include "base/text.h"
@@ -30,7 +29,6 @@ using GlyphId = std::uint16_t;
 /// An outline font, all of it: what is written into the font file is what the native doors draw.
 struct Font {
     base::Text family;
-    std::string file;  ///< name of the font file without folder and extension
     std::int32_t units_per_em = 0;
     std::int32_t ascent = 0;    ///< from the baseline up to the top of the line
     std::int32_t descent = 0;   ///< from the baseline down to the bottom of the line

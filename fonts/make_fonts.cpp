@@ -13,9 +13,9 @@ int main(int argc, char** argv) {
         std::fputs("make_fonts FOLDER\n", stderr);
         return 2;
     }
-    for (const fonts::Font* font : fonts::barcode_fonts()) {
-        const std::string path = std::string(argv[1]) + "/" + font->file + ".ttf";
-        const base::Bytes bytes = fonts::to_true_type(*font);
+    for (const fonts::BarcodeFont* font : fonts::barcode_fonts) {
+        const std::string path = std::string(argv[1]) + "/" + base::to_utf8(font->file) + ".ttf";
+        const base::Bytes bytes = fonts::to_true_type(font->glyphs());
         std::ofstream file(path, std::ios::binary);
         file.write(reinterpret_cast<const char*>(bytes.data()),
                    static_cast<std::streamsize>(bytes.size()));

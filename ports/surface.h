@@ -119,7 +119,7 @@ class PictureForm {
 class Pictures {
   public:
     virtual ~Pictures() = default;
-    virtual std::unique_ptr<Picture> from_drawing(const Drawing& drawing) = 0;
+    virtual std::unique_ptr<Picture> from_drawing(const drawing::Drawing& drawing) = 0;
     virtual std::unique_ptr<Picture> load(base::TextView path) = 0;
     virtual std::unique_ptr<PictureForm> open_form() = 0;
 };

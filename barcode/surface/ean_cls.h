@@ -1,12 +1,9 @@
 #pragma once
 
+#include "barcode/surface/code39_printing.h"
 #include "barcode/surface/rotation.h"
-#include "base/currency.h"
 #include "ports/code_page.h"
 #include "ports/database.h"
-#include "ports/files.h"
-#include "ports/shell.h"
-#include "ports/surface.h"
 
 namespace tavrix::barcode {
 
@@ -25,13 +22,14 @@ struct BarcodePorts {
 /// there. Hosts were written around it and draw with the font's class themselves.
 class Drk_Wyd_Ean_cls {
   public:
-    explicit Drk_Wyd_Ean_cls(BarcodePorts ports) : ports_(ports) {}
+    explicit Drk_Wyd_Ean_cls(BarcodePorts ports)
+        : ports_(ports), fonts_(ports.shell, ports.files), code39_(fonts_) {}
 
     /// Height and width of the Code 39 text last drawn, in the surface's scale units.
-    base::Currency wys() const noexcept { return height_; }
-    void set_wys(base::Currency height) noexcept { height_ = height; }
-    base::Currency szer() const noexcept { return width_; }
-    void set_szer(base::Currency width) noexcept { width_ = width; }
+    base::Currency wys() const noexcept { return code39_.height; }
+    void set_wys(base::Currency height) noexcept { code39_.height = height; }
+    base::Currency szer() const noexcept { return code39_.width; }
+    void set_szer(base::Currency width) noexcept { code39_.width = width; }
 
     /// Draws `EAN_text` as the kind `Rodzaj` says, or the picture file that "<OBR,file>" names; the
     /// rectangle is for pictures. Fails silently, but for the overflow error of a huge `Rozm`.
@@ -44,9 +42,7 @@ class Drk_Wyd_Ean_cls {
     void RysujEAN39ex(ports::Surface& pict, const base::Text& EAN_text, std::int32_t Rozm, bool bn,
                       bool rotate, const base::Text& KatalogProgramu, const base::Text& WindowsDir);
 
-    /// Selects the font `fnt` on the surface, after installing it from the program folder where it
-    /// is missing. True when the surface has it; otherwise a message asks the user for it, whatever
-    /// `silent` says, which only becomes the message's help number. Throws nothing.
+    /// See FontInstaller::select.
     bool SetCzcionkę(ports::Surface& pict, const base::Text& fnt, const base::Text& Plik,
                      bool silent, const base::Text& KatalogProgramu, const base::Text& WindowsDir);
     /// Runs a program to its end; True when it could be started. The two middle arguments are
@@ -62,25 +58,17 @@ class Drk_Wyd_Ean_cls {
                               std::int32_t lngAngle, std::int32_t XDest, std::int32_t YDest);
 
   private:
-    struct FontFile;
     struct Call;
 
     void paint_file(const Call& call);
-    void draw_kind(const Call& call, base::TextView kind);
+    void draw_kind(const Call& call, base::TextView name);
     void draw_turned_ean13(const Call& call);
-    void draw_code39(ports::Surface& surface, const base::Text& text, std::int32_t size, bool bare,
-                     bool rotate, const FontFile& font, const base::Text& program_folder,
-                     const base::Text& windows_folder);
-    bool ensure_font(ports::Surface& surface, const FontFile& font,
-                     const base::Text& program_folder, const base::Text& windows_folder);
-    void install_font(const base::Text& file, const base::Text& program_folder,
-                      const base::Text& windows_folder);
     ports::PictureForm& form();
 
     BarcodePorts ports_;
+    FontInstaller fonts_;
+    Code39Printing code39_;
     std::unique_ptr<ports::PictureForm> form_;
-    base::Currency height_;
-    base::Currency width_;
 };
 
 }  // namespace tavrix::barcode

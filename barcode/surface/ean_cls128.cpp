@@ -51,7 +51,8 @@ void Drk_Wyd_Ean_cls128::RysujEAN(ports::Surface& pict, base::Text& EAN_text, st
     SurfaceGuard guard(pict);
     const base::Text symbol = printed_symbol();
     const double caption_height = rotate ? measure_caption(pict, guard, symbol) : 0;
-    pict.set_font_size(checked_multiply_add(Rozm, 10, 42));
+    const Symbology& symbology = symbology_of(Kind::code128);
+    pict.set_font_size(font_points(symbology, Rozm));
     pict.set_font_bold(false);
     if (rotate) {
         const double bars_height = pict.text_height(symbol);
@@ -61,7 +62,7 @@ void Drk_Wyd_Ean_cls128::RysujEAN(ports::Surface& pict, base::Text& EAN_text, st
         pict.print(symbol);
     }
     guard.restore_x();
-    select_caption_font(pict, caption_points_code128);
+    select_caption_font(pict, symbology.caption_points);
     if (!bn && rotate) {
         const double offset = pict.text_height(EAN_text) + turned_caption_gap;
         write_turned_text(pict, EAN_text, downwards_degrees, guard.x() + offset, guard.y());

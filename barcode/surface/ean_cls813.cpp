@@ -36,7 +36,7 @@ void Drk_Wyd_Ean_cls813::RysujEAN(ports::Surface& pict, Text& EAN_text, std::int
     if (rotate) measure_caption(pict, guard, encode_add_on(EAN_text));
     if (EAN_text.size() == 8 || EAN_text.size() == 13) EAN_text.pop_back();
     const Text symbol = EAN_text.size() == 7 ? encode_ean8(EAN_text) : encode_ean13(EAN_text);
-    pict.set_font_size(checked_multiply_add(Rozm, 10, 48));
+    pict.set_font_size(font_points(symbology_of(Kind::ean13), Rozm));
     pict.set_font_bold(false);
     // No text is both a symbol's and an add-on's, so the add-on never shows; kept as hosts know it.
     pict.print(symbol + encode_add_on(EAN_text));

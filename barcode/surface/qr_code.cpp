@@ -1,8 +1,8 @@
 #include "barcode/surface/qr_code.h"
 
-#include "barcode/surface/automation.h"
 #include "barcode/surface/rotation.h"
 #include "barcode/surface/surface_guard.h"
+#include "base/error.h"
 
 namespace tavrix::barcode {
 namespace {
@@ -35,7 +35,8 @@ void Drk_wyd_QRcode::RysujEAN(ports::Surface& pict, base::TextView text,
     SurfaceGuard guard(pict);
     // Measured and never used; kept because surfaces see it.
     if (rotate) measure_caption(pict, guard, text);
-    pict.set_font_size(checked_multiply_add(Rozm, 10, 42));
+    const Symbology& symbology = symbology_of(Kind::qr);
+    pict.set_font_size(font_points(symbology, Rozm));
     pict.set_font_bold(false);
     const auto symbol = picture({.text = base::Text(text),
                                  .boost_level = true,
@@ -49,7 +50,7 @@ void Drk_wyd_QRcode::RysujEAN(ports::Surface& pict, base::TextView text,
     if (!symbol) throw base::AutomationError(no_picture, u"Drk_wyd_QRcode", u"No QR symbol");
     pict.paint_picture(*symbol, placement.x, placement.y, placement.width, placement.height);
     pict.set_current_x(guard.x() + placement.width);
-    select_caption_font(pict, caption_points_code128);
+    select_caption_font(pict, symbology.caption_points);
     if (!bn && rotate) {
         const double offset = pict.text_height(text) + turned_caption_gap;
         write_turned_text(pict, text, downwards_degrees, placement.x + placement.width + offset,

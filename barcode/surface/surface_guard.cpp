@@ -31,8 +31,13 @@ void select_caption_font(ports::Surface& surface, double points) {
     surface.set_font_size(points);
 }
 
+std::int32_t font_points(const Symbology& symbology, std::int32_t size_step) {
+    return checked_multiply_add(size_step, 10, symbology.smallest_points);
+}
+
 double measure_caption(ports::Surface& surface, SurfaceGuard& guard, base::TextView text) {
-    select_caption_font(surface, caption_points);
+    constexpr double measured_points = 13;
+    select_caption_font(surface, measured_points);
     guard.restore_x();
     const double height = surface.text_height(text);
     guard.restore_font();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "barcode/symbology.h"
 #include "ports/surface.h"
 
 namespace tavrix::barcode {
@@ -33,12 +34,14 @@ class SurfaceGuard {
 /// The font of human-readable texts.
 void select_caption_font(ports::Surface& surface, double points);
 
+/// The size in which a symbology's bars are printed: ten points over the smallest for each step.
+/// Throws the overflow error.
+std::int32_t font_points(const Symbology& symbology, std::int32_t size_step);
+
 /// Measures the height of a caption and leaves the surface as `guard` remembers it, its vertical
 /// position aside.
 double measure_caption(ports::Surface& surface, SurfaceGuard& guard, base::TextView text);
 
-inline constexpr double caption_points = 13;
-inline constexpr double caption_points_code128 = 14;
 /// Between turned bars and the caption beside them, in scale units.
 inline constexpr double turned_caption_gap = 3;
 inline constexpr std::int16_t downwards_degrees = 270;

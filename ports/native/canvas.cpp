@@ -6,12 +6,15 @@
 
 #include "base/error.h"
 #include "drawing/coverage.h"
+#include "drawing/text.h"
 #include "fonts/barcode_fonts.h"
-#include "fonts/layout.h"
 #include "fonts/strokes.h"
 
 namespace tavrix::ports {
 namespace {
+
+using drawing::Drawing;
+using drawing::PointTwips;
 
 constexpr double twips_per_pixel = 15;
 constexpr std::int32_t white = 0xFFFFFF;
@@ -23,19 +26,6 @@ std::int32_t rounded(double value) {
 
 std::int32_t pixels_of(double twips) {
     return rounded(twips / twips_per_pixel);
-}
-
-/// Adds the polygons of a text that `place` has brought to their place.
-template <typename Place>
-void add_text(Drawing& drawing, const fonts::Font& font, base::TextView text, double em_twips,
-              Place&& place) {
-    std::vector<PointTwips> polygon;
-    fonts::lay_out(font, text, {0, 0, em_twips}, [&](const auto& points) {
-        polygon.clear();
-        for (const auto& point : points) polygon.push_back(place(point.x, point.y));
-        drawing.add(polygon);
-    });
-    drawing.end_row();
 }
 
 std::int32_t colour_at(const std::uint8_t* pixel) {
@@ -161,26 +151,15 @@ double Canvas::text_height(base::TextView) {
 }
 
 void Canvas::print(base::TextView text) {
-    const double left = left_twips(x_);
-    const double top = top_twips(y_);
-    add_text(drawing_, font(), text, em_twips(), [&](double x, double y) {
-        return PointTwips{rounded(left + x), rounded(top + y)};
-    });
+    drawing::add_text(drawing_, font(), text, {left_twips(x_), top_twips(y_), em_twips()});
     x_ = scale_left_;
     y_ += Canvas::text_height(text);
 }
 
 void Canvas::write_turned(const TurnedText& text) {
-    constexpr double half_turn_degrees = 180;
-    const double angle = text.angle_degrees * std::acos(-1) / half_turn_degrees;
-    const double cosine = std::cos(angle);
-    const double sine = std::sin(angle);
-    const double left = text.x_px * twips_per_pixel;
-    const double top = text.y_px * twips_per_pixel;
-    add_text(drawing_, font(), text.text, em_twips(), [&](double x, double y) {
-        return PointTwips{rounded(left + x * cosine + y * sine),
-                          rounded(top - x * sine + y * cosine)};
-    });
+    drawing::add_text(drawing_, font(), text.text,
+                      {text.x_px * twips_per_pixel, text.y_px * twips_per_pixel, em_twips(),
+                       static_cast<double>(text.angle_degrees)});
 }
 
 void Canvas::paint_picture(const Picture& picture, double x, double y, double width,
@@ -196,16 +175,10 @@ void Canvas::paint_picture(const Picture& picture, double x, double y, double wi
     const double top = top_twips(y);
     const double scale_x = width * twips_per_unit_x() / source.width_twips();
     const double scale_y = height * twips_per_unit_y() / source.height_twips();
-    std::vector<PointTwips> points;
-    source.for_each_polygon([&](std::span<const PointTwips> polygon) {
-        points.clear();
-        for (const PointTwips point : polygon) {
-            points.push_back(
-                {rounded(left + point.x_twips * scale_x), rounded(top + point.y_twips * scale_y)});
-        }
-        drawing_.add(points);
+    drawing_.add_placed(source, [&](PointTwips point) {
+        return PointTwips{rounded(left + point.x_twips * scale_x),
+                          rounded(top + point.y_twips * scale_y)};
     });
-    drawing_.end_row();
 }
 
 Bitmap& Canvas::pixels() {
@@ -218,7 +191,7 @@ Bitmap& Canvas::pixels() {
     bitmap.bits.assign(
         static_cast<std::size_t>(bitmap.stride_bytes) * static_cast<std::size_t>(bitmap.height_px),
         0xFF);
-    const Coverage drawn = rasterise(drawing_, 1 / twips_per_pixel);
+    const drawing::Coverage drawn = drawing::rasterise(drawing_, 1 / twips_per_pixel);
     for (std::int32_t y = 0; y < std::min(bitmap.height_px, drawn.height_px); ++y) {
         for (std::int32_t x = 0; x < std::min(bitmap.width_px, drawn.width_px); ++x) {
             std::uint8_t* pixel =

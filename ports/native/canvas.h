@@ -15,7 +15,7 @@ class Canvas : public Surface {
     Canvas(std::int32_t width_twips, std::int32_t height_twips);
 
     /// All that was drawn, pixels as rectangles.
-    Drawing drawing() const;
+    drawing::Drawing drawing() const;
 
     double current_x() override { return x_; }
     void set_current_x(double x) override { x_ = x; }
@@ -84,7 +84,7 @@ class Canvas : public Surface {
     double scale_height_;
     double scale_left_ = 0;
     double scale_top_ = 0;
-    Drawing drawing_;
+    drawing::Drawing drawing_;
     /// Once there, the truth instead of the drawing.
     std::optional<Bitmap> pixels_;
 };
@@ -92,11 +92,11 @@ class Canvas : public Surface {
 /// The portable description itself.
 class DrawingPicture final : public Picture {
   public:
-    explicit DrawingPicture(Drawing drawing) : drawing_(std::move(drawing)) {}
-    const Drawing& drawing() const noexcept { return drawing_; }
+    explicit DrawingPicture(drawing::Drawing drawing) : drawing_(std::move(drawing)) {}
+    const drawing::Drawing& drawing() const noexcept { return drawing_; }
 
   private:
-    Drawing drawing_;
+    drawing::Drawing drawing_;
 };
 
 /// Makes DrawingPictures and forms of two canvases; loads no files.

@@ -22,10 +22,10 @@ void abandon(HDC metafile) noexcept {
 using MetafileDevice = Owned<HDC, abandon>;
 
 // One PolyPolygon for each row of the drawing.
-void draw_rows(HDC device, const ports::Drawing& drawing) {
+void draw_rows(HDC device, const drawing::Drawing& drawing) {
     std::vector<POINT> points;
     points.reserve(drawing.points().size());
-    for (const ports::PointTwips point : drawing.points()) {
+    for (const drawing::PointTwips point : drawing.points()) {
         points.push_back({point.x_twips, -point.y_twips});
     }
     const POINT* row_points = points.data();
@@ -38,7 +38,7 @@ void draw_rows(HDC device, const ports::Drawing& drawing) {
     }
 }
 
-Metafile make_metafile(const ports::Drawing& drawing) {
+Metafile make_metafile(const drawing::Drawing& drawing) {
     MetafileDevice device(CreateEnhMetaFileW(nullptr, nullptr, nullptr, nullptr));
     if (!device) throw_failure(E_OUTOFMEMORY, u"CreateEnhMetaFile");
     SetMapMode(device.get(), MM_TWIPS);
@@ -98,7 +98,7 @@ class ComPictures final : public ports::Pictures {
     std::unique_ptr<ports::PictureForm> open_form() override;
 };
 
-std::unique_ptr<ports::Picture> ComPictures::from_drawing(const ports::Drawing& drawing) {
+std::unique_ptr<ports::Picture> ComPictures::from_drawing(const drawing::Drawing& drawing) {
     Metafile metafile = make_metafile(drawing);
     PICTDESC description{};
     description.cbSizeofstruct = description_bytes;

@@ -2,7 +2,6 @@
 
 #include "barcode/code128.h"
 #include "barcode/ean.h"
-#include "barcode/symbology.h"
 #include "base/windows_1250.h"
 
 namespace tavrix::barcode {
@@ -113,56 +112,12 @@ TEST(Code128, trimmed_text_loses_value_zero_where_something_follows) {
     EXPECT_EQ(code128_trimmed_text(values, characters).size(), 5u);
 }
 
-TEST(Code128, the_table_agrees_with_the_encoder) {
-    const auto table = code128_table(base::windows_1250);
-    for (int value = 0; value < code128::values; ++value) {
-        const Code128Row& row = table[static_cast<std::size_t>(value)];
-        for (const CodeSet set : {CodeSet::a, CodeSet::b, CodeSet::c}) {
-            EXPECT_EQ(code128_value(row.in(set), set, false), value) << static_cast<int>(set);
-        }
-    }
-    EXPECT_EQ(table[95].font_character, u'Ă');
-    EXPECT_EQ(table[104].font_character, u'Ě');
-    EXPECT_EQ(table[106].font_character, u'Î');
-    EXPECT_EQ(code128_value(u"CODE B", CodeSet::b, false), -1);
-    EXPECT_EQ(code128_value(u"CODE B", CodeSet::b, true), 100);
-    EXPECT_EQ(code128_value(u"no such", CodeSet::a, true), -1);
-}
-
 // A code of a few tens of thousands of characters must neither overflow the weights nor take long.
 TEST(Code128, weights_of_a_very_long_text) {
     const Values values = encode_code128(Text(70000, u'z'));
     int sum = 104;
     for (int weight = 1; weight <= 70000; ++weight) sum = (sum + 90 * (weight % 103)) % 103;
     EXPECT_EQ(values[values.size() - 2], sum);
-}
-
-TEST(Symbologies, refuse_what_would_not_scan_as_typed) {
-    const struct {
-        TextView kind;
-        TextView text;
-        bool accepted;
-    } cases[] = {
-        {u"EAN13", u"5901234123457", true},
-        {u"EAN13", u"5901234123450", false},
-        {u"EAN13", u"590123412345+12", true},
-        {u"EAN13", u"590123412345+123", false},
-        {u"EAN13", u"1234567", false},
-        {u"EAN8", u"12345670", true},
-        {u"EAN8", u"123456700", false},
-        {u"EAN128", u"zażółć", false},
-        {u"EAN128", u"", false},
-        {u"EAN39", u"abc", false},
-        {u"EAN39", u"A*B", false},
-        {u"EAN39EX", u"abc", true},
-        {u"EAN39EX", u"a*b", false},
-    };
-    for (const auto& each : cases) {
-        const Encoded encoded = find_symbology(each.kind)->encode(each.text);
-        EXPECT_EQ(encoded.refusal.empty(), each.accepted) << base::to_utf8(each.text);
-        EXPECT_EQ(encoded.symbol.empty(), !each.accepted) << base::to_utf8(each.text);
-    }
-    EXPECT_EQ(find_symbology(u"ean13"), nullptr);
 }
 
 }  // namespace

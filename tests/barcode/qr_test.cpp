@@ -68,7 +68,7 @@ TEST(Qr, picture_has_a_quiet_zone_and_a_row_for_each_row_of_modules) {
     EXPECT_EQ(drawing->width_twips(), modules * 120);
     EXPECT_EQ(drawing->height_twips(), modules * 120);
     EXPECT_EQ(drawing->rows().size(), 21u);
-    for (const ports::PointTwips point : drawing->points()) {
+    for (const drawing::PointTwips point : drawing->points()) {
         EXPECT_GE(std::min(point.x_twips, point.y_twips), 4 * 120);
         EXPECT_LE(std::max(point.x_twips, point.y_twips), (modules - 4) * 120);
     }
@@ -79,7 +79,7 @@ TEST(Qr, picture_has_a_quiet_zone_and_a_row_for_each_row_of_modules) {
 TEST(Qr, colours) {
     const struct {
         const char16_t* name;
-        ports::Colour value;
+        drawing::Colour value;
     } cases[] = {{u"Red", 0x0000FF},   {u"BLUE", 0xFF0000},   {u"cYaN", 0xFFFF00},
                  {u"green", 0x00FF00}, {u"yellow", 0x00FFFF}, {u"magenta", 0xFF00FF},
                  {u"black", 0},        {u"czarny", 0},        {u"", 0}};

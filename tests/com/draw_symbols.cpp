@@ -82,7 +82,7 @@ int module_px(int dots_per_inch) {
 void draw_linear(const Order& order) {
     const barcode::Symbology* symbology = barcode::find_symbology(order.kind);
     const base::Text symbol = symbology->encode(order.text).symbol;
-    const fonts::Font& font = symbology->font();
+    const fonts::Font& font = symbology->font->glyphs();
     const windows::MemoryDevice screen(CreateCompatibleDC(nullptr));
     constexpr double points_per_inch = 72;
     const double em_px = font.units_per_em / 32.0 * module_px(order.dots_per_inch);

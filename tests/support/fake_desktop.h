@@ -17,6 +17,8 @@ class FakeDesktop final : public ports::Shell, public ports::Files {
     /// Values of environment variables, by "%NAME%".
     std::map<base::Text, base::Text> environment;
     std::vector<base::Text> done;
+    /// The help number of the last message.
+    std::int32_t message_help = 0;
     bool can_start = true;
 
     bool is_file(base::TextView path) override { return files.contains(base::Text(path)); }
@@ -46,7 +48,8 @@ class FakeDesktop final : public ports::Shell, public ports::Files {
         }
         return expanded;
     }
-    void show_message(base::TextView text, std::int32_t) override {
+    void show_message(base::TextView text, std::int32_t help) override {
+        message_help = help;
         done.push_back(u"message " + base::Text(text));
     }
 };

@@ -4,11 +4,15 @@
 
 #include "base/error.h"
 
-namespace tavrix::ports {
+namespace tavrix::test {
 namespace {
 
 base::Text number(double value) {
-    return base::to_decimal(std::llround(value));
+    return u" " + base::to_decimal(std::llround(value));
+}
+
+base::Text word(base::TextView text) {
+    return u" " + base::Text(text);
 }
 
 }  // namespace
@@ -24,15 +28,7 @@ void RecordingSurface::need(base::TextView member) const {
 
 void RecordingSurface::note(base::TextView member, const base::Text& details) {
     need(member);
-    log_.push_back(details.empty() ? base::Text(member) : base::Text(member) + u" " + details);
-}
-
-std::vector<base::Text> RecordingSurface::logged(base::TextView member) const {
-    std::vector<base::Text> lines;
-    for (const base::Text& line : log_) {
-        if (line.starts_with(base::Text(member))) lines.push_back(line);
-    }
-    return lines;
+    log_ += base::Text(member) + details + u"; ";
 }
 
 double RecordingSurface::current_x() {
@@ -56,7 +52,7 @@ base::Text RecordingSurface::font_name() {
 }
 
 void RecordingSurface::set_font_name(base::TextView name) {
-    note(u"FontName", base::Text(name));
+    note(u"FontName", word(name));
     if (!missing_fonts_.contains(base::Text(name))) Canvas::set_font_name(name);
 }
 
@@ -66,43 +62,51 @@ void RecordingSurface::set_font_size(double points) {
 }
 
 void RecordingSurface::set_font_bold(bool bold) {
-    note(u"FontBold", bold ? u"True" : u"False");
+    note(u"FontBold", word(bold ? u"True" : u"False"));
     Canvas::set_font_bold(bold);
 }
 
 void RecordingSurface::print(base::TextView text) {
-    note(u"Print", base::Text(text));
+    note(u"Print", word(text));
     Canvas::print(text);
 }
 
 double RecordingSurface::text_width(base::TextView text) {
-    note(u"TextWidth", base::Text(text));
-    return Canvas::text_width(text);
+    note(u"TextWidth", word(text));
+    return static_cast<double>(text.size()) * font_size() / 2;
 }
 
 double RecordingSurface::text_height(base::TextView text) {
-    note(u"TextHeight", base::Text(text));
-    return Canvas::text_height(text);
+    note(u"TextHeight", word(text));
+    return font_size();
 }
 
-void RecordingSurface::paint_picture(const Picture& picture, double x, double y, double width,
-                                     double height) {
-    note(u"PaintPicture",
-         number(x) + u" " + number(y) + u" " + number(width) + u" " + number(height));
-    Canvas::paint_picture(picture, x, y, width, height);
+void RecordingSurface::paint_picture(const ports::Picture& picture, double x, double y,
+                                     double width, double height) {
+    note(u"PaintPicture", number(x) + number(y) + number(width) + number(height));
+    painted_.push_back(dynamic_cast<const ports::DrawingPicture&>(picture).drawing());
 }
 
-void RecordingSurface::write_turned(const TurnedText& text) {
-    note(u"TextOut", number(text.angle_degrees) + u" " + number(text.x_px) + u" " +
-                         number(text.y_px) + u" " + base::Text(text.text));
-    Canvas::write_turned(text);
+void RecordingSurface::write_turned(const ports::TurnedText& text) {
+    note(u"TextOut",
+         number(text.angle_degrees) + number(text.x_px) + number(text.y_px) + word(text.text));
 }
 
-Bitmap RecordingSurface::bitmap() {
-    note(u"Image", u"");
-    Bitmap bitmap = Canvas::bitmap();
-    bitmap.bits_per_pixel = depth_;
+ports::Bitmap RecordingSurface::bitmap() {
+    note(u"Image");
+    const ports::Bitmap full = Canvas::bitmap();
+    const std::int32_t pixel_bytes = (depth_ + 7) / 8;
+    ports::Bitmap bitmap{full.width_px, full.height_px, full.width_px * pixel_bytes, depth_, {}};
+    for (std::size_t i = 0; i < full.bits.size(); i += 4) {
+        const auto pixel = full.bits.begin() + static_cast<std::ptrdiff_t>(i);
+        bitmap.bits.insert(bitmap.bits.end(), pixel, pixel + pixel_bytes);
+    }
     return bitmap;
 }
 
-}  // namespace tavrix::ports
+void RecordingSurface::set_bitmap(const ports::Bitmap& bitmap) {
+    written = bitmap;
+    if (depth_ == 32) Canvas::set_bitmap(bitmap);
+}
+
+}  // namespace tavrix::test

@@ -1,0 +1,329 @@
+// What the classes do to a host's surface, statement by statement, on every way of drawing.
+
+#include <gtest/gtest.h>
+
+#include "barcode/surface/ean_cls.h"
+#include "barcode/surface/ean_cls128.h"
+#include "barcode/surface/ean_cls813.h"
+#include "barcode/surface/qr_code.h"
+#include "base/error.h"
+#include "drawing/coverage.h"
+#include "tests/support/code_page.h"
+#include "tests/support/fake_desktop.h"
+#include "tests/support/recording_surface.h"
+
+namespace tavrix::barcode {
+namespace {
+
+using base::Text;
+using test::RecordingSurface;
+
+const Text program_folder = u"C:\\Program Files (x86)\\Host";
+const Text windows_folder = u"C:\\Windows";
+constexpr std::int32_t huge_size = 214'748'365;  // ten times this is more than 32 bits hold
+
+/// What a host has set before it calls: a scale of pixels, a place and a font.
+struct HostSurface : RecordingSurface {
+    HostSurface() : RecordingSurface(6000, 4500) {
+        Canvas::set_scale_mode(ports::scale_pixels);
+        Canvas::set_font_name(u"Times New Roman");
+        Canvas::set_font_size(11);
+        Canvas::set_font_bold(true);
+        Canvas::set_current_x(20);
+        Canvas::set_current_y(14);
+    }
+    void expect_as_before() {
+        EXPECT_EQ(Canvas::font_name(), u"Times New Roman");
+        EXPECT_EQ(font_size(), 11);
+        EXPECT_TRUE(font_bold());
+        EXPECT_EQ(Canvas::current_x(), 20);
+        EXPECT_EQ(current_y(), 14);
+        EXPECT_EQ(scale_mode(), ports::scale_pixels);
+    }
+};
+
+/// One picture file there is.
+class OnePicture final : public ports::Pictures {
+  public:
+    std::unique_ptr<ports::Picture> from_drawing(const drawing::Drawing& drawing) override {
+        return native->from_drawing(drawing);
+    }
+    std::unique_ptr<ports::Picture> load(base::TextView path) override {
+        EXPECT_EQ(path, u"C:\\logo.bmp");
+        return from_drawing({15, 15});
+    }
+    std::unique_ptr<ports::PictureForm> open_form() override { return native->open_form(); }
+
+  private:
+    std::unique_ptr<ports::Pictures> native = ports::make_native_pictures();
+};
+
+class Classes : public testing::Test {
+  protected:
+    // Copying a font makes it known to nobody, as before a restart.
+    test::FakeDesktop shell;
+    OnePicture pictures;
+    std::unique_ptr<ports::CodePage> code_page = test::system_code_page();
+    Drk_Wyd_Ean_cls dispatcher{{shell, shell, pictures, *code_page}};
+    Drk_Wyd_Ean_cls813 ean;
+    Drk_Wyd_Ean_cls128 code128{*code_page};
+
+    struct Order {
+        Text text;
+        Text kind;
+        bool bare = false;
+        bool rotate = false;
+        std::int32_t size = 0;
+    };
+    void dispatch(RecordingSurface& surface, const Order& order) {
+        dispatcher.RysujEAN(surface, order.text, 100, 50, 1200, 1100, order.size, order.kind,
+                            order.bare, order.rotate, program_folder, windows_folder);
+    }
+    Text log_of(const Order& order, const char16_t* missing_font = u"") {
+        HostSurface surface;
+        surface.lack_font(missing_font);
+        dispatch(surface, order);
+        return surface.log();
+    }
+    Text log_of_ean(Text text, std::int32_t size, bool rotate) {
+        HostSurface surface;
+        ean.RysujEAN(surface, text, size, rotate);
+        return surface.log();
+    }
+    Text log_of_128(std::int32_t size, bool bare, bool rotate) {
+        HostSurface surface;
+        Text text = u"Ala";
+        code128.RysujEAN(surface, text, size, bare, rotate);
+        return surface.log();
+    }
+};
+
+const Text name_back = u"FontName Times New Roman; ";
+const Text font_back = name_back + u"FontSize 11; FontBold True; ";
+const Text place_back = u"CurrentX 20; CurrentY 14; ";
+
+/// The measuring of a caption that leaves nothing behind.
+Text measured(const Text& text) {
+    return u"FontName Arial CE; FontSize 13; CurrentX 20; TextHeight " + text + u"; " + font_back +
+           u"CurrentX 20; ";
+}
+// Set in vain before and after the installation.
+Text missing(const Text& font) {
+    return u"FontName " + font + u"; FontName " + font + u"; ";
+}
+
+// Start B, "(12)", CODE C, 59 01 21 21 25; the check character is 1699 modulo 103, 51; Stop.
+const Text fixed_symbol = u"Ě(12)Ç[!559SÎ";
+const Text ean13_printed =
+    u"FontBold False; Print 5JKLCDO*bcdefh+; TextWidth 590123412345; TextHeight 590123412345; ";
+const Text painted = u"PaintPicture 100 50 1200 1100; ";
+
+TEST_F(Classes, ean_by_its_class) {
+    const Text restored = font_back + place_back;
+    EXPECT_EQ(log_of_ean(u"5901234123450", 1, true),
+              measured(u"") + u"FontSize 58; " + ean13_printed + restored);
+    EXPECT_EQ(log_of_ean(u"12345670", 0, false),
+              u"FontSize 48; FontBold False; Print :BCDE*fgha+; TextWidth 1234567; "
+              u"TextHeight 1234567; " +
+                  restored);
+    // A number that is no EAN prints an empty line, what is no number is printed as it is.
+    EXPECT_EQ(log_of_ean(u"123x", 0, false),
+              u"FontSize 48; FontBold False; Print ; TextWidth 123x; TextHeight 123x; " + restored);
+    for (const char16_t* text : {u"ABC", u"000000123456", u"", u"  0"}) {
+        EXPECT_EQ(log_of_ean(text, 0, true), u"Print " + Text(text) + u"; ");
+    }
+}
+
+TEST_F(Classes, code128_by_its_class) {
+    const Text caption_font = u"CurrentX 20; FontName Arial CE; FontSize 14; ";
+    const Text printed = u"FontBold False; Print " + fixed_symbol + u"; " + caption_font;
+    EXPECT_EQ(log_of_128(2, false, false), u"FontSize 62; " + printed + u"Print Ala; " + font_back);
+    EXPECT_EQ(log_of_128(0, true, false), u"FontSize 42; " + printed + font_back);
+    // Beside the place by the heights of a line of 13 and of the bars' 42 points.
+    const Text turned = measured(fixed_symbol) + u"FontSize 42; FontBold False; TextHeight " +
+                        fixed_symbol + u"; TextOut 270 75 14 " + fixed_symbol + u"; " + place_back +
+                        caption_font;
+    EXPECT_EQ(log_of_128(0, true, true), turned + font_back);
+    EXPECT_EQ(log_of_128(0, false, true),
+              turned + u"TextHeight Ala; TextOut 270 37 14 Ala; " + place_back + font_back);
+}
+
+TEST_F(Classes, linear_kinds_by_the_dispatcher) {
+    const Text all_back = font_back + place_back + name_back;
+    EXPECT_EQ(log_of({u"590123412345", u"EAN13"}, u"code ean13"),
+              missing(u"code ean13") + u"FontSize 48; " + ean13_printed + all_back);
+    EXPECT_EQ(log_of({u"Ala", u"EAN128", true, false, 2}, u"CODE 128"),
+              missing(u"CODE 128") + log_of_128(2, true, false) + name_back);
+    const Text caption_font = u"CurrentX 20; FontName Arial CE; FontSize 13; ";
+    const Text code39 =
+        missing(u"free 3 of 9") + u"FontSize 48; Print *123*; TextWidth 123; TextHeight 123; ";
+    for (const char16_t* text : {u"<1EAN z Kart BN>", u"<1EAN z Kart>", u"<EAN z PLU>", u"123"}) {
+        EXPECT_EQ(log_of({text, u"EAN39"}, u"free 3 of 9"),
+                  code39 + caption_font + u"Print 123; " + all_back);
+    }
+    EXPECT_EQ(dispatcher.szer(), base::Currency::from(3 * 48 / 2));
+    EXPECT_EQ(dispatcher.wys(), base::Currency::from(48));
+    EXPECT_EQ(log_of({u"123", u"EAN39", true}, u"free 3 of 9"), code39 + all_back);
+    // 20 and a line of 13 and the bars' 58; 20 and the caption's 13 and 3.
+    EXPECT_EQ(log_of({u"Ab", u"EAN39EX", false, true, 1}, u"Free 3 of 9 Extended"),
+              measured(u"Ab") + missing(u"Free 3 of 9 Extended") +
+                  u"FontSize 58; TextHeight *Ab*; TextOut 270 91 14 *Ab*; " + place_back +
+                  u"TextWidth Ab; TextHeight Ab; " + caption_font +
+                  u"TextHeight Ab; TextOut 270 36 14 Ab; " + place_back + all_back);
+    // With the font there nothing is drawn, nothing installed and nobody asked.
+    shell.done.clear();
+    EXPECT_EQ(log_of({u"590123412345", u"EAN13"}), u"FontName code ean13; " + name_back);
+    EXPECT_EQ(log_of({u"Ala", u"EAN128"}), u"FontName CODE 128; " + name_back);
+    EXPECT_EQ(log_of({u"Ala", u"EAN39"}), u"FontName free 3 of 9; " + all_back);
+    EXPECT_EQ(log_of({u"Ala", u"EAN39EX"}), u"FontName Free 3 of 9 Extended; " + all_back);
+    EXPECT_TRUE(shell.done.empty());
+}
+
+TEST_F(Classes, pictures_by_the_dispatcher) {
+    const Text qr = u"FontSize 42; FontBold False; " + painted +
+                    u"CurrentX 1220; FontName Arial CE; FontSize 14; ";
+    const Text all_back = font_back + place_back + name_back;
+    EXPECT_EQ(log_of({u"Ala", u"QR"}), qr + all_back);
+    EXPECT_EQ(log_of({u"Ala", u"QR", true, true}), measured(u"Ala") + qr + all_back);
+    EXPECT_EQ(log_of({u"Ala", u"QR", false, true}),
+              measured(u"Ala") + qr + u"TextHeight Ala; TextOut 270 1317 50 Ala; CurrentX 1220; " +
+                  u"CurrentY 14; " + all_back);
+    shell.files.insert(u"C:\\logo.bmp");
+    EXPECT_EQ(log_of({u"<OBR,C:\\logo.bmp>", u"QR"}), painted + name_back);
+    for (const char16_t* text : {u"<OBR,C:\\missing.bmp>", u"<OBR,", u"<OBR,>"}) {
+        EXPECT_EQ(log_of({text, u"QR"}), name_back);
+    }
+    const Text no_symbol = u"FontSize 42; FontBold False; " + all_back;
+    EXPECT_EQ(log_of({u"", u"QR"}), no_symbol);
+    EXPECT_EQ(log_of({Text(3000, u'x'), u"QR"}), no_symbol);
+    for (const char16_t* kind : {u"EAN13", u"ean13", u"", u"qr", u"EAN8"}) {
+        EXPECT_EQ(log_of({u"5901234123457", kind, false, true}), painted + name_back);
+        for (const char16_t* text : {u"1234567", u"59012341234x", u"59012341234567", u"123"}) {
+            EXPECT_EQ(log_of({text, kind, false, true}), name_back);
+        }
+    }
+}
+
+TEST_F(Classes, qr_is_black_squares_of_120_twips_at_level_medium) {
+    drk_wyd_QRGen generator;
+    generator.set_xEcl(1);
+    generator.set_xBoostEcl(true);
+    generator.set_xSquare(true);
+    generator.set_xModuleSize(120);
+    // Fifty bytes need version 3 at level low, 4 at medium and 5 at quartile; a few bytes boost.
+    for (const Text& text : {Text(50, u'x'), Text(u"Tavrix")}) {
+        HostSurface surface;
+        dispatch(surface, {text, u"QR"});
+        ASSERT_EQ(surface.painted().size(), 1u);
+        EXPECT_EQ(surface.painted()[0].points(), generator.QRCodegenBarcode(text)->points());
+        EXPECT_EQ(surface.painted()[0].colour(), 0u);
+    }
+    HostSurface surface;
+    dispatch(surface, {Text(50, u'x'), u"QR"});
+    EXPECT_EQ(surface.painted()[0].width_twips(), (33 + 8) * 120);
+}
+
+TEST_F(Classes, ean13_is_turned_clockwise) {
+    HostSurface surface;
+    dispatch(surface, {u"590123412345", u"EAN13", false, true});
+    const drawing::Coverage box = drawing::rasterise(surface.painted().at(0), 1 / 15.0);
+    ASSERT_EQ(box.height_px, 11 + 95 + 7);
+    // The symbol's upper edge is on the right, its left end on top: 11 white modules and the guard.
+    std::string modules;
+    for (std::int32_t y = 0; y < box.height_px; ++y) {
+        modules += box.at(box.width_px - 3, y) == 255 ? '1' : '0';
+    }
+    EXPECT_EQ(modules.substr(0, 15), "000000000001010");
+    EXPECT_EQ(modules.substr(105), "10000000");
+}
+
+TEST_F(Classes, fonts_are_installed_in_this_order) {
+    const Text fonts = windows_folder + u"\\Fonts";
+    shell.files.insert(program_folder + u"\\free3of9.ttf");
+    log_of({u"1", u"EAN39"}, u"free 3 of 9");
+    EXPECT_EQ(shell.done,
+              (std::vector<Text>{u"copy " + program_folder + u"\\free3of9.ttf",
+                                 u"Install " + fonts + u" free3of9.ttf",
+                                 u"run hidden " + program_folder + u"\\FontReg64.exe",
+                                 u"message Proszę zainstalować czcionkę free 3 of 9(free3of9)"}));
+    EXPECT_EQ(shell.message_help, -1);
+    // Without a file nothing is installed; outside "(x86)" the registrar is the other one.
+    shell.done.clear();
+    HostSurface surface;
+    surface.lack_font(u"X");
+    EXPECT_FALSE(dispatcher.SetCzcionkę(surface, u"X", u"x", false, u"C:\\Host", windows_folder));
+    EXPECT_EQ(shell.done.size(), 1u);  // the message
+    EXPECT_EQ(shell.message_help, 0);
+    shell.files.insert(fonts + u"\\x.ttf");
+    EXPECT_FALSE(dispatcher.SetCzcionkę(surface, u"X", u"x", true, u"C:\\Host", windows_folder));
+    EXPECT_EQ(shell.done.at(2), u"run hidden C:\\Host\\FontReg32.exe");
+    EXPECT_TRUE(dispatcher.SetCzcionkę(surface, u"ARIAL ce", u"", true, u"", u""));
+}
+
+TEST_F(Classes, code128_width_is_the_sum_of_its_digits) {
+    // "(12)", "!5", "59": 1 + 2 + 5 + 5 + 9, and 28.
+    EXPECT_EQ(code128.Code128_GetWidth(u"x", 1), 22 + 28);
+    EXPECT_EQ(code128.Code128_GetWidth(u"y", -3), -3 * (22 + 28));
+    EXPECT_EQ(std::get<Text>(code128.Code128_Str(u"")), fixed_symbol);
+    EXPECT_EQ(std::get<Text>(code128.Code128_Str(u"ABC")), fixed_symbol);
+}
+
+TEST_F(Classes, the_check_digit_is_cut_from_the_callers_text) {
+    HostSurface surface;
+    Text digits = u"5901234123450";
+    ean.RysujEAN(surface, digits, 1, false);
+    EXPECT_EQ(digits, u"590123412345");
+    EXPECT_EQ(ean.szer(), base::Currency::from(12 * 58 / 2));
+    EXPECT_EQ(ean.wys(), base::Currency::from(58));
+}
+
+TEST_F(Classes, a_failing_surface_gets_position_and_font_back) {
+    for (const char16_t* member : {u"Print", u"TextWidth", u"FontBold", u"FontSize"}) {
+        HostSurface surface;
+        surface.lack(member);
+        Text digits = u"1234567";
+        EXPECT_THROW(ean.RysujEAN(surface, digits, 0, false), base::AutomationError);
+        surface.expect_as_before();
+    }
+    // The dispatcher passes over whatever is missing.
+    for (const char16_t* member : {u"FontName", u"CurrentX", u"Print", u"FontSize", u"TextWidth"}) {
+        for (const char16_t* kind : {u"QR", u"EAN13", u"EAN128", u"EAN39", u"other"}) {
+            HostSurface surface;
+            for (const auto* font : {u"code ean13", u"CODE 128", u"free 3 of 9"}) {
+                surface.lack_font(font);
+            }
+            surface.lack(member);
+            EXPECT_NO_THROW(dispatch(surface, {u"590123412345", kind}));
+        }
+    }
+}
+
+TEST_F(Classes, a_size_beyond_32_bits_is_an_overflow) {
+    HostSurface surface;
+    surface.lack_font(u"free 3 of 9");
+    Text text = u"1234567";
+    const auto expect_overflow = [&](auto&& action) {
+        try {
+            action();
+            FAIL() << "nothing was thrown";
+        } catch (const base::AutomationError& error) {
+            EXPECT_EQ(error.number(), base::ErrorNumber::overflow);
+        }
+        surface.expect_as_before();
+    };
+    expect_overflow([&] { ean.RysujEAN(surface, text, huge_size, false); });
+    expect_overflow([&] { code128.RysujEAN(surface, text, huge_size, false, false); });
+    for (const char16_t* kind : {u"QR", u"EAN39"}) {
+        expect_overflow([&] { dispatch(surface, {text, kind, false, false, huge_size}); });
+    }
+}
+
+TEST_F(Classes, sync_shell_says_whether_the_program_started) {
+    EXPECT_TRUE(dispatcher.SyncShell(u"notepad.exe", {}, {}, false));
+    shell.can_start = false;
+    EXPECT_FALSE(dispatcher.SyncShell(u"none.exe", std::int64_t{5}, true, true));
+    EXPECT_EQ(shell.done, (std::vector<Text>{u"run notepad.exe", u"run hidden none.exe"}));
+}
+
+}  // namespace
+}  // namespace tavrix::barcode
