@@ -54,8 +54,9 @@ class SendFixture : public testing::Test {
 
     std::string send_with(KseF_comm& client) {
         ports::SqliteDatabase database(connection);
-        return base::to_utf8(client.SendInvoiceToKSeF(database, nip, sent_token, invoice, u"FA (3)",
-                                                      u"1-0E", u"FA", 2, table, document_id));
+        return base::to_utf8(client.SendInvoiceToKSeF(database, nip, base::SecretText(sent_token),
+                                                      invoice, u"FA (3)", u"1-0E", u"FA", 2, table,
+                                                      document_id));
     }
 
     /// The document's row; dates as text.
