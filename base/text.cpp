@@ -1,5 +1,7 @@
 #include "base/text.h"
 
+#include "base/secret.h"
+
 namespace tavrix::base {
 namespace {
 
@@ -12,7 +14,8 @@ bool is_low_surrogate(char16_t unit) {
     return unit >= 0xDC00 && unit <= 0xDFFF;
 }
 
-void append_utf8(std::string& out, char32_t code) {
+template <typename Utf8>
+void append_utf8(Utf8& out, char32_t code) {
     if (code < 0x80) {
         out += static_cast<char>(code);
     } else if (code < 0x800) {
@@ -30,7 +33,8 @@ void append_utf8(std::string& out, char32_t code) {
     }
 }
 
-void append_utf16(Text& out, char32_t code) {
+template <typename Utf16>
+void append_utf16(Utf16& out, char32_t code) {
     if (code < 0x10000) {
         out += static_cast<char16_t>(code);
     } else {
@@ -60,10 +64,9 @@ Lead lead_of(std::uint8_t byte) {
     return {-1, 0, 0, 0};
 }
 
-}  // namespace
-
-std::string to_utf8(TextView text) {
-    std::string out;
+template <typename Utf8>
+Utf8 utf8_as(TextView text) {
+    Utf8 out;
     out.reserve(text.size() + text.size() / 8);
     for (std::size_t i = 0; i < text.size(); ++i) {
         const char16_t unit = text[i];
@@ -78,8 +81,9 @@ std::string to_utf8(TextView text) {
     return out;
 }
 
-Text from_utf8(std::string_view bytes) {
-    Text out;
+template <typename Utf16>
+Utf16 utf16_as(std::string_view bytes) {
+    Utf16 out;
     out.reserve(bytes.size());
     std::size_t i = 0;
     while (i < bytes.size()) {
@@ -102,6 +106,24 @@ Text from_utf8(std::string_view bytes) {
         append_utf16(out, whole ? code : replacement);
     }
     return out;
+}
+
+}  // namespace
+
+std::string to_utf8(TextView text) {
+    return utf8_as<std::string>(text);
+}
+
+SecretUtf8 to_secret_utf8(TextView text) {
+    return utf8_as<SecretUtf8>(text);
+}
+
+Text from_utf8(std::string_view bytes) {
+    return utf16_as<Text>(bytes);
+}
+
+SecretText from_secret_utf8(std::string_view bytes) {
+    return utf16_as<SecretText>(bytes);
 }
 
 char16_t lower(char16_t c) noexcept {

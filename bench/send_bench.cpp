@@ -57,8 +57,8 @@ class Bench {
         ksef::KseF_comm client({[this] { return ports::make_curl_http(connection_settings_); },
                                 *crypto_, clock_, *xml_port_, *code_page_, settings_});
         return client
-            .SendInvoiceToKSeF(database, u"5265877635", u"R|nip-5265877635|s", invoice, u"FA (3)",
-                               u"1-0E", u"FA", 2, u"dok_fak", 1001)
+            .SendInvoiceToKSeF(database, u"5265877635", base::SecretText(u"R|nip-5265877635|s"),
+                               invoice, u"FA (3)", u"1-0E", u"FA", 2, u"dok_fak", 1001)
             .empty();
     }
 

@@ -31,6 +31,6 @@ base::Bytes read_file(const std::string& path);
 
 /// The token from --token, from --token-file or from $TAVRIX_TOKEN, which other users of the
 /// machine do not see in the list of processes. Throws CLI::RequiredError when there is none.
-std::string token_from(const std::string& token, const std::string& token_file);
+base::SecretText token_from(const std::string& token, const std::string& token_file);
 
 }  // namespace tavrix::cli

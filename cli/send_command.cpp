@@ -3,9 +3,9 @@
 #include <nlohmann/json.hpp>
 
 #include "base/error.h"
-#include "base/secret.h"
 #include "cli/command.h"
 #include "cli/ports_bundle.h"
+#include "ksef/rows/columns.h"
 #include "ports/portable/sqlite_database.h"
 
 namespace tavrix::cli {
@@ -46,17 +46,24 @@ ExitCode exit_code_of(const Text& result) {
 Json row_now(ports::Database& database, const SendOptions& options) {
     Json row = Json::object();
     try {
-        const auto rows = database.open(
-            u"select top 1 numer_ksef,NumerRef_ksef,HashFaktury,status_ksef,StatusStr_ksef,"
-            u"Export_Opis_bledu_ksef,DATA_OPERACJI,UPO_ksef from " +
-            base::from_utf8(options.table) + u" where ddout_id=" + base::to_decimal(options.id));
-        if (rows->at_end()) return nullptr;
-        for (const char16_t* column :
-             {u"numer_ksef", u"NumerRef_ksef", u"HashFaktury", u"status_ksef", u"StatusStr_ksef",
-              u"Export_Opis_bledu_ksef", u"DATA_OPERACJI"}) {
-            row[base::to_utf8(column)] = base::to_utf8(ports::text_of(rows->field(column)));
+        Text columns;
+        for (const ksef::Column& column : ksef::document_columns) {
+            if (column.writer == ksef::Writer::library) columns += Text(column.name) + u',';
         }
-        row["upo_bytes"] = base::to_utf8(ports::text_of(rows->field(u"UPO_ksef"))).size();
+        columns.pop_back();
+        const auto rows = database.open(
+            u"select top 1 " + columns + u" from " + base::from_utf8(options.table) + u" where " +
+            Text(ksef::key_column) + u"=" + base::to_decimal(options.id));
+        if (rows->at_end()) return nullptr;
+        for (const ksef::Column& column : ksef::document_columns) {
+            if (column.writer != ksef::Writer::library) continue;
+            const std::string value = base::to_utf8(ports::text_of(rows->field(column.name)));
+            if (column.field == ksef::Field::upo) {
+                row["upo_bytes"] = value.size();
+            } else {
+                row[base::to_utf8(column.name)] = value;
+            }
+        }
     } catch (const base::AutomationError& error) {
         std::cerr << error.what() << '\n';
         return nullptr;
@@ -92,16 +99,14 @@ void report(const Text& result, const Json& row, const SendOptions& options) {
 
 ExitCode send(const SendOptions& options) {
     PortsBundle bundle;
-    std::string token = token_from(options.token, options.token_file);
-    const base::WipeOnExit wipe_token(token);
+    const base::SecretText token = token_from(options.token, options.token_file);
     const Text xml = bundle.code_page().to_text(read_file(options.xml_file));
     ports::SqliteDatabase database(ports::SqliteConnection::open(options.database_file));
     ksef::KseF_comm client(bundle.for_ksef());
     const Text result = client.SendInvoiceToKSeF(
-        database, base::from_utf8(options.nip), base::from_utf8(token), xml,
-        base::from_utf8(options.system_code), base::from_utf8(options.schema_version),
-        base::from_utf8(options.form_code), environment_number(options.environment),
-        base::from_utf8(options.table), options.id);
+        database, base::from_utf8(options.nip), token, xml, base::from_utf8(options.system_code),
+        base::from_utf8(options.schema_version), base::from_utf8(options.form_code),
+        environment_number(options.environment), base::from_utf8(options.table), options.id);
     report(result, row_now(database, options), options);
     return exit_code_of(result);
 }

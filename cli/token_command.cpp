@@ -2,7 +2,6 @@
 #include <memory>
 
 #include "base/error.h"
-#include "base/secret.h"
 #include "cli/command.h"
 #include "cli/ports_bundle.h"
 #include "ksef/token.h"
@@ -17,13 +16,11 @@ struct TokenOptions {
 };
 
 ExitCode check(const TokenOptions& options) {
-    std::string token = token_from(options.token, options.token_file);
-    const base::WipeOnExit wipe_token(token);
+    const base::SecretText token = token_from(options.token, options.token_file);
     try {
-        const ksef::TokenCheck check =
-            options.nip.empty()
-                ? ksef::read_token(base::from_utf8(token))
-                : ksef::check_token(base::from_utf8(token), base::from_utf8(options.nip));
+        const ksef::TokenCheck check = options.nip.empty()
+                                           ? ksef::read_token(token)
+                                           : ksef::check_token(token, base::from_utf8(options.nip));
         if (check.failure.empty()) {
             std::cout << "Token ma poprawną budowę, NIP " << base::to_utf8(check.tax_number)
                       << '\n';

@@ -104,6 +104,15 @@ base::Text Codec<base::Text>::read(const VARIANT& source, LCID locale) {
     return base::Text(windows::view_of(coerce(source, VT_BSTR, locale).get().bstrVal));
 }
 
+base::SecretText Codec<base::SecretText>::read(const VARIANT& source, LCID locale) {
+    if (source.vt == VT_BSTR) return base::SecretText(windows::view_of(source.bstrVal));
+    const Variant coerced = coerce(source, VT_BSTR, locale);
+    const base::TextView text = windows::view_of(coerced.get().bstrVal);
+    base::SecretText secret(text);
+    base::wipe(coerced.get().bstrVal, text.size() * sizeof(char16_t));
+    return secret;
+}
+
 base::Bytes Codec<base::Bytes>::read(const VARIANT& source, LCID locale) {
     base::Bytes bytes;
     if (source.vt == (VT_ARRAY | VT_UI1) && source.parray != nullptr &&

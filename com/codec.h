@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "base/currency.h"
+#include "base/secret.h"
 #include "base/value.h"
 #include "com/call_arguments.h"
 #include "windows/variant.h"
@@ -23,6 +24,13 @@ struct Codec<base::Text> {
     static constexpr VARTYPE type = VT_BSTR;
     static base::Text read(const VARIANT& source, LCID locale);
     static windows::Variant write(const base::Text& value) { return value; }
+};
+
+/// A text like any other to the host.
+template <>
+struct Codec<base::SecretText> {
+    static constexpr VARTYPE type = VT_BSTR;
+    static base::SecretText read(const VARIANT& source, LCID locale);
 };
 
 template <>

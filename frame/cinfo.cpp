@@ -190,7 +190,7 @@ bool CInfo::Browse(std::int32_t Ile_baz, std::vector<Text>& Bazy, Text& Connecti
 Text CInfo::SendMailCDO(const Text& /*sTo*/, const Text& /*sSubject*/, const Text& /*sFrom*/,
                         const Text& /*sBody*/, const Text& /*sSmtpServer*/,
                         std::int16_t /*iSmtpPort*/, const Text& /*sSmtpUser*/,
-                        const Text& /*sSmtpPword*/, const Text& /*sFilePath*/,
+                        const base::SecretText& /*sSmtpPword*/, const Text& /*sFilePath*/,
                         bool /*bSmtpSSL*/) const {
     return u"nieznany błąd";
 }

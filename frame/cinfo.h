@@ -4,6 +4,7 @@
 #include <functional>
 #include <vector>
 
+#include "base/secret.h"
 #include "frame/about_box.h"
 #include "frame/library_state.h"
 #include "frame/settings.h"
@@ -89,7 +90,7 @@ class CInfo {
     base::Text SendMailCDO(const base::Text& sTo, const base::Text& sSubject,
                            const base::Text& sFrom, const base::Text& sBody,
                            const base::Text& sSmtpServer, std::int16_t iSmtpPort,
-                           const base::Text& sSmtpUser, const base::Text& sSmtpPword,
+                           const base::Text& sSmtpUser, const base::SecretText& sSmtpPword,
                            const base::Text& sFilePath, bool bSmtpSSL) const;
 
   private:

@@ -5,8 +5,8 @@
 
 #include "base/base64.h"
 #include "base/error.h"
-#include "base/secret.h"
 #include "ksef/encoding.h"
+#include "ksef/exchange.h"
 
 namespace tavrix::ksef {
 namespace {
@@ -25,39 +25,28 @@ std::string pem_of(const std::string& base64) {
     return "-----BEGIN CERTIFICATE-----\r\n" + base64 + "\r\n-----END CERTIFICATE-----";
 }
 
-class Authentication {
+class Authentication : Exchange {
   public:
-    Authentication(KsefPorts& ports, ClientState& client) : ports_(ports), client_(client) {}
+    // Without the last letter: hosts compare with it.
+    Authentication(KsefPorts& ports, Client& client) : Exchange(ports, client, u"Nieznany błą") {}
 
-    Text run(const Text& tax_number, const Text& token) {
-        // Without the last letter: hosts compare with it.
-        result_ = u"Nieznany błą";
-        try {
-            if (request_challenge()) {
-                read_public_keys();
-                encrypt_token(token);
-                if (request_token(tax_number) && !(wait_until_authenticated() && redeem())) {
-                    client_.close_with_authentication_token();
-                }
+    Text run(const Text& tax_number, const base::SecretText& token) {
+        return outcome_of([&] {
+            if (!request_challenge()) return;
+            read_public_keys();
+            encrypt_token(token);
+            if (request_token(tax_number) && !(wait_until_authenticated() && redeem())) {
+                client_.close_with_authentication_token();
             }
-        } catch (const std::exception&) {
-            // What is no step's own failure leaves the text as it stands.
-        }
-        return result_;
+        });
     }
 
   private:
-    // Every step answers whether the next one follows; a failing step has set the result.
-    bool fail(Text text) {
-        result_ = std::move(text);
-        return false;
-    }
-
     bool request_challenge() {
         const HttpReply reply = client_.post("/api/v2/auth/challenge", Json::object());
         // Only the transport's failure is one here; an error status shows as a missing timestamp.
         if (!reply.completed) return fail(failure_text(reply, u"auth/challenge:STATUS:"));
-        const Json answer = parse_json(reply.body);
+        const Json answer = parse_json(reply.body.view());
         challenge_ = utf8_at(answer, "challenge");
         timestamp_ms_ = timestamp_to_unix_ms(text_at(answer, "timestamp"));
         return true;
@@ -68,7 +57,8 @@ class Authentication {
     // shows at the encryption.
     void read_public_keys() {
         client_.symmetric_key_pem.clear();
-        const Json list = parse_json(client_.get("/api/v2/security/public-key-certificates").body);
+        const Json list =
+            parse_json(client_.get("/api/v2/security/public-key-certificates").body.view());
         if (!list.is_array()) return;
         for (const Json& element : list) {
             const std::string certificate = utf8_at(element, "certificate");
@@ -90,15 +80,16 @@ class Authentication {
         }
     }
 
-    void encrypt_token(const Text& token) {
+    void encrypt_token(const base::SecretText& token) {
         if (!token_key_) {
             throw base::AutomationError(base::ErrorNumber::component_failed, u"KseF_comm",
                                         u"Brak klucza publicznego KsefTokenEncryption");
         }
-        std::string plain = base::to_utf8(token) + "|" + base::to_utf8(timestamp_ms_);
-        const base::WipeOnExit wipe(plain);
+        base::SecretUtf8 plain = base::to_secret_utf8(token.view());
+        plain += '|';
+        plain += base::to_utf8(timestamp_ms_);
         client_.encrypted_token = base::base64_encode(
-            ports_.crypto.rsa_oaep_sha256_encrypt(*token_key_, base::bytes_of(plain)));
+            ports_.crypto.rsa_oaep_sha256_encrypt(*token_key_, base::bytes_of(plain.view())));
     }
 
     bool request_token(const Text& tax_number) {
@@ -107,12 +98,12 @@ class Authentication {
         body["contextIdentifier"]["type"] = "Nip";
         body["contextIdentifier"]["value"] = base::to_utf8(tax_number);
         body["encryptedToken"] = client_.encrypted_token;
-        const HttpReply reply = client_.post("/api/v2/auth/ksef-token", body);
+        HttpReply reply = client_.post("/api/v2/auth/ksef-token", body);
         if (!answered(reply, 202))
             return fail(failure_text(reply, u"auth/ksef-token:STATUS:", u"timeout"));
-        const Json answer = parse_json(reply.body);
-        replace_secret(client_.authentication_token, utf8_at(answer, "authenticationToken.token"));
-        reference_ = utf8_at(answer, "referenceNumber");
+        SecretAnswer answer = parse_secret_json(reply.body, {"authenticationToken.token"});
+        client_.authentication_token = std::move(answer.secrets[0]);
+        reference_ = utf8_at(answer.rest, "referenceNumber");
         client_.set_bearer(client_.authentication_token);
         return true;
     }
@@ -123,7 +114,7 @@ class Authentication {
             reply = client_.get("/api/v2/auth/" + path_segment(reference_));
             if (!answered(reply, 200))
                 return fail(failure_text(reply, u"auth/:STATUS:", u"timeout"));
-            const Json answer = parse_json(reply.body);
+            const Json answer = parse_json(reply.body.view());
             if (says_success(reply, answer)) return true;
             if (utf8_at(answer, "status.code") == "450") {
                 return fail(failure_text(reply, u"status.code:STATUS:", u"450"));
@@ -139,25 +130,23 @@ class Authentication {
         const auto contains = [](const Text& text) {
             return base::find_case_blind(text, success_description) != Text::npos;
         };
-        return contains(base::from_utf8(reply.body)) ||
+        return contains(base::from_utf8(reply.body.view())) ||
                contains(text_at(answer, "status.description"));
     }
 
     bool redeem() {
         client_.set_bearer(client_.authentication_token);
-        const HttpReply reply = client_.post("/api/v2/auth/token/redeem", Json::object());
+        HttpReply reply = client_.post("/api/v2/auth/token/redeem", Json::object());
         if (!answered(reply, 200)) return fail(failure_text(reply, u"auth/token/redeem:STATUS:"));
-        const Json answer = parse_json(reply.body);
-        replace_secret(client_.access_token, utf8_at(answer, "accessToken.token"));
-        replace_secret(client_.refresh_token, utf8_at(answer, "refreshToken.token"));
+        SecretAnswer answer =
+            parse_secret_json(reply.body, {"accessToken.token", "refreshToken.token"});
+        client_.access_token = std::move(answer.secrets[0]);
+        client_.refresh_token = std::move(answer.secrets[1]);
         client_.set_bearer(client_.access_token);
         result_.clear();
         return true;
     }
 
-    KsefPorts& ports_;
-    ClientState& client_;
-    Text result_;
     std::string challenge_;
     Text timestamp_ms_;
     std::unique_ptr<ports::PublicKey> token_key_;
@@ -166,8 +155,8 @@ class Authentication {
 
 }  // namespace
 
-Text authenticate(KsefPorts& ports, ClientState& client, const Text& tax_number,
-                  const Text& token) {
+Text authenticate(KsefPorts& ports, Client& client, const Text& tax_number,
+                  const base::SecretText& token) {
     return Authentication(ports, client).run(tax_number, token);
 }
 

@@ -10,7 +10,7 @@ namespace tavrix::ksef {
 ///
 /// Returns the empty text, or the failure's text. Raises nothing: whatever goes wrong outside a
 /// step's own checks leaves the text as it stood, "Nieznany błą" from the start.
-base::Text authenticate(KsefPorts& ports, ClientState& client, const base::Text& tax_number,
-                        const base::Text& token);
+base::Text authenticate(KsefPorts& ports, Client& client, const base::Text& tax_number,
+                        const base::SecretText& token);
 
 }  // namespace tavrix::ksef

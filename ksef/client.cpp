@@ -1,6 +1,5 @@
 #include "ksef/client.h"
 
-#include "base/secret.h"
 #include "ksef/environment.h"
 
 namespace tavrix::ksef {
@@ -22,7 +21,7 @@ bool is_encrypted(std::string_view url) {
 }  // namespace
 
 base::Text failure_text(const ports::HttpReply& reply, base::TextView prefix, base::TextView code) {
-    if (!reply.body.empty()) return base::from_utf8(reply.body);
+    if (!reply.body.empty()) return base::from_utf8(reply.body.view());
     return base::Text(prefix) + base::Text(code);
 }
 
@@ -30,13 +29,13 @@ base::Text failure_text(const ports::HttpReply& reply, base::TextView prefix) {
     return failure_text(reply, prefix, base::to_decimal(reply.status));
 }
 
-std::string path_segment(std::string_view text) {
+base::SecretUtf8 secret_path_segment(std::string_view text) {
     constexpr std::string_view unreserved =
         "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-._~";
     constexpr char digits[] = "0123456789ABCDEF";
     // A segment of dots would be read as a step up the path.
     const bool only_dots = text == "." || text == "..";
-    std::string encoded;
+    base::SecretUtf8 encoded;
     for (const char c : text) {
         if (unreserved.find(c) != std::string_view::npos && !only_dots) {
             encoded += c;
@@ -50,58 +49,52 @@ std::string path_segment(std::string_view text) {
     return encoded;
 }
 
-void replace_secret(std::string& secret, std::string value) {
-    base::wipe(secret);
-    secret = std::move(value);
+std::string path_segment(std::string_view text) {
+    return std::string(secret_path_segment(text).view());
 }
 
-ClientState::~ClientState() {
-    for (std::string* secret :
-         {&authentication_token, &access_token, &refresh_token, &authorization_}) {
-        base::wipe(*secret);
-    }
-}
-
-void ClientState::select_environment(std::int32_t environment) {
+void Client::select_environment(std::int32_t environment) {
     base_url = base_address(ports_.settings.service, environment);
 }
 
-void ClientState::set_bearer(const std::string& token) {
-    replace_secret(authorization_, "Bearer " + token);
+void Client::set_bearer(const base::SecretUtf8& token) {
+    constexpr std::string_view scheme = "Bearer ";
+    base::SecretUtf8 authorization;
+    authorization.reserve(scheme.size() + token.size());
+    authorization += scheme;
+    authorization += token.view();
+    authorization_ = std::move(authorization);
 }
 
-std::string ClientState::url_of(const std::string& path) const {
+base::SecretUtf8 Client::url_of(std::string_view path) const {
     constexpr std::string_view published_root = "/api/v2";
-    const base::Text& root = ports_.settings.path_root;
-    if (!root.empty() && path.starts_with(published_root)) {
-        return base::to_utf8(base_url + root) + path.substr(published_root.size());
+    base::Text root = base_url;
+    if (!ports_.settings.path_root.empty() && path.starts_with(published_root)) {
+        root += ports_.settings.path_root;
+        path.remove_prefix(published_root.size());
     }
-    return base::to_utf8(base_url) + path;
+    base::SecretUtf8 url(base::to_utf8(root));
+    url += path;
+    return url;
 }
 
-ports::HttpReply ClientState::send(std::string method, std::string url, std::string body,
-                                   bool with_authorization) {
+ports::HttpReply Client::send(ports::HttpRequest request, bool with_authorization) {
     if (!http_) http_ = ports_.make_http();
-    ports::HttpRequest request{std::move(method), std::move(url), {}, std::move(body)};
     request.headers.push_back({"Accept", "application/json"});
     request.headers.push_back({"Content-Type", "application/json"});
-    if (with_authorization && !authorization_.empty()) {
-        request.headers.push_back({"Authorization", authorization_});
-    }
-    ports::HttpReply reply = http_->send(request);
-    for (ports::HttpHeader& header : request.headers) base::wipe(header.value);
-    return reply;
+    if (with_authorization) request.authorization = authorization_.copy();
+    return http_->send(request);
 }
 
-ports::HttpReply ClientState::get(const std::string& path) {
-    return send("GET", url_of(path), "", true);
+ports::HttpReply Client::get(std::string_view path) {
+    return send({"GET", url_of(path)}, true);
 }
 
-ports::HttpReply ClientState::post(const std::string& path, const Json& body) {
-    return send("POST", url_of(path), body.dump(), true);
+ports::HttpReply Client::post(std::string_view path, const Json& body) {
+    return send({"POST", url_of(path), body.dump()}, true);
 }
 
-ports::HttpReply ClientState::get_address(const std::string& url) {
+ports::HttpReply Client::get_address(std::string_view url) {
     const std::string service = base::to_utf8(base_url);
     const std::string_view origin = origin_of(url);
     if (origin.empty() || (is_encrypted(service) && !is_encrypted(url))) {
@@ -109,12 +102,14 @@ ports::HttpReply ClientState::get_address(const std::string& url) {
         refused.error = "the address is not one to fetch from";
         return refused;
     }
-    return send("GET", url, "", origin == origin_of(service));
+    return send({"GET", base::SecretUtf8(url)}, origin == origin_of(service));
 }
 
-void ClientState::close_with_authentication_token() {
-    post("/api/v2/sessions/online/" + path_segment(authentication_token + " ") + "/close",
-         Json::object());
+void Client::close_with_authentication_token() {
+    base::SecretUtf8 path("/api/v2/sessions/online/");
+    path += secret_path_segment(authentication_token.view()).view();
+    path += "%20/close";
+    post(path.view(), Json::object());
 }
 
 }  // namespace tavrix::ksef

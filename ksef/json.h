@@ -1,9 +1,11 @@
 #pragma once
 
+#include <initializer_list>
 #include <nlohmann/json.hpp>
 #include <string_view>
+#include <vector>
 
-#include "base/text.h"
+#include "base/secret.h"
 
 namespace tavrix::ksef {
 
@@ -13,6 +15,17 @@ using Json = nlohmann::ordered_json;
 /// Parses a reply; whatever is not JSON, or nests deeper than 64 levels, gives null. Reading from
 /// null gives empty texts, so a malformed answer shows as one that lacks its members.
 Json parse_json(std::string_view body);
+
+/// An answer that holds tokens, and the tokens apart from it.
+struct SecretAnswer {
+    Json rest;
+    std::vector<base::SecretUtf8> secrets;  ///< in the order of the paths, "" for absent ones
+};
+
+/// Moves the texts at `paths` ("a.b") out of `body` before it is parsed, because the parser wipes
+/// none of the copies that it makes. In `body` blanks stand in their place.
+SecretAnswer parse_secret_json(base::SecretUtf8& body,
+                               std::initializer_list<std::string_view> paths);
 
 /// The value at a path such as "status.code" or "invoices[0].status.code": null when it is not
 /// there.

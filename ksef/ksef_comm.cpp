@@ -12,7 +12,7 @@ using base::Bytes;
 using base::Text;
 
 KseF_comm::KseF_comm(KsefPorts ports)
-    : ports_(std::move(ports)), client_(std::make_unique<ClientState>(ports_)) {}
+    : ports_(std::move(ports)), client_(std::make_unique<Client>(ports_)) {}
 
 KseF_comm::~KseF_comm() = default;
 
@@ -64,10 +64,10 @@ Text KseF_comm::Sha256XmlSimpleb(const Bytes& xml) const {
     return base::from_utf8(sha256_base64(ports_.crypto, xml));
 }
 
-Text KseF_comm::SendInvoiceToKSeF(ports::Database& dbb, const Text& nip, const Text& Token,
-                                  const Text& xmlContent, const Text& systemCode,
-                                  const Text& schemaVersion, const Text& formcode,
-                                  std::int32_t pog517, const Text& Tablica,
+Text KseF_comm::SendInvoiceToKSeF(ports::Database& dbb, const Text& nip,
+                                  const base::SecretText& Token, const Text& xmlContent,
+                                  const Text& systemCode, const Text& schemaVersion,
+                                  const Text& formcode, std::int32_t pog517, const Text& Tablica,
                                   std::int32_t Tablica_id) {
     Text result = u"Nieznany błąd";
     try {

@@ -3,28 +3,13 @@
 #include <cstdint>
 #include <memory>
 
-#include "base/text.h"
-#include "ksef/settings.h"
-#include "ports/clock.h"
-#include "ports/code_page.h"
-#include "ports/crypto.h"
+#include "base/secret.h"
+#include "ksef/ports.h"
 #include "ports/database.h"
-#include "ports/http.h"
-#include "ports/xml.h"
 
 namespace tavrix::ksef {
 
-/// Everything outside that the class reaches. The references outlive the instance.
-struct KsefPorts {
-    ports::HttpFactory make_http;
-    ports::Crypto& crypto;
-    ports::Clock& clock;
-    ports::Xml& xml;
-    ports::CodePage& code_page;
-    const Settings& settings;
-};
-
-class ClientState;
+class Client;
 
 /// The public class `KseF_comm`: invoices to and from KSeF. One instance serves one call at a time;
 /// it keeps its base address, one HTTP client and the tokens of the last authentication.
@@ -42,7 +27,7 @@ class KseF_comm {
     base::Text ExtractTokenFromResponse(const base::Text& resp) const;
     base::Bytes Base64DecodeToBytes(const base::Text& base64) const;
     base::Text SendInvoiceToKSeF(ports::Database& dbb, const base::Text& nip,
-                                 const base::Text& Token, const base::Text& xmlContent,
+                                 const base::SecretText& Token, const base::Text& xmlContent,
                                  const base::Text& systemCode, const base::Text& schemaVersion,
                                  const base::Text& formcode, std::int32_t pog517,
                                  const base::Text& Tablica, std::int32_t Tablica_id);
@@ -66,12 +51,12 @@ class KseF_comm {
     /// The empty text: no file was cut.
     base::Text PodzielPlik(const base::Text& sciezkaZrodlowa, const base::Text& folderDocelowy);
     /// "Nieznany błąd pobierania upo"
-    base::Text GetUpo(ports::Database& dbb, const base::Text& nip, const base::Text& Token,
+    base::Text GetUpo(ports::Database& dbb, const base::Text& nip, const base::SecretText& Token,
                       bool IsProduction0D1P2T);
     /// "Nieznany błąd"
-    base::Text GetFaktury(ports::Database& dbb, const base::Text& nip, const base::Text& Token,
-                          std::int32_t id_grprod, std::int32_t pog517,
-                          const base::Text& subjectType);
+    base::Text GetFaktury(ports::Database& dbb, const base::Text& nip,
+                          const base::SecretText& Token, std::int32_t id_grprod,
+                          std::int32_t pog517, const base::Text& subjectType);
     /// "Nieznany błąd"
     base::Text GetFaktury_xml(ports::Database& dbb);
     /// The empty text: there is no token, and no other text may be taken for one.
@@ -89,7 +74,7 @@ class KseF_comm {
 
   private:
     KsefPorts ports_;
-    std::unique_ptr<ClientState> client_;
+    std::unique_ptr<Client> client_;
 };
 
 }  // namespace tavrix::ksef

@@ -24,14 +24,14 @@ Text KseF_comm::PodzielPlik(const Text& /*sciezkaZrodlowa*/, const Text& /*folde
     return {};
 }
 
-Text KseF_comm::GetUpo(ports::Database& /*dbb*/, const Text& /*nip*/, const Text& /*Token*/,
-                       bool /*IsProduction0D1P2T*/) {
+Text KseF_comm::GetUpo(ports::Database& /*dbb*/, const Text& /*nip*/,
+                       const base::SecretText& /*Token*/, bool /*IsProduction0D1P2T*/) {
     return u"Nieznany błąd pobierania upo";
 }
 
-Text KseF_comm::GetFaktury(ports::Database& /*dbb*/, const Text& /*nip*/, const Text& /*Token*/,
-                           std::int32_t /*id_grprod*/, std::int32_t /*pog517*/,
-                           const Text& /*subjectType*/) {
+Text KseF_comm::GetFaktury(ports::Database& /*dbb*/, const Text& /*nip*/,
+                           const base::SecretText& /*Token*/, std::int32_t /*id_grprod*/,
+                           std::int32_t /*pog517*/, const Text& /*subjectType*/) {
     return u"Nieznany błąd";
 }
 

@@ -2,6 +2,7 @@
 
 #include "base/base64.h"
 #include "ksef/encoding.h"
+#include "ksef/exchange.h"
 #include "ksef/poll_counter.h"
 #include "ksef/session_key.h"
 
@@ -28,33 +29,23 @@ bool is_upo(std::string_view body) {
            base::find_case_blind(beginning, u"<!doctype html") != 0;
 }
 
-class OnlineSession {
+class OnlineSession : Exchange {
   public:
-    OnlineSession(KsefPorts& ports, ClientState& client, DocumentRow row)
-        : ports_(ports), client_(client), row_(row) {}
+    OnlineSession(KsefPorts& ports, Client& client, DocumentRow row)
+        : Exchange(ports, client, u"Nieznany błąd"), row_(row) {}
 
     Text run(base::TextView xml_content, const FormCode& form) {
-        result_ = u"Nieznany błąd";
-        try {
+        return outcome_of([&] {
             SessionKey session_key;
             if (prepare(xml_content, session_key) && open_session(form, session_key) &&
                 check_session() && look_up_row() && send_invoice() && wait_for_invoice()) {
                 record_outcome();
                 if (close_and_wait() && fetch_invoice()) fetch_upo();
             }
-        } catch (const std::exception&) {
-            // What is no step's own failure leaves the text as it stands.
-        }
-        return result_;
+        });
     }
 
   private:
-    // Every step answers whether the next one follows; a failing step has set the result.
-    bool fail(Text text) {
-        result_ = std::move(text);
-        return false;
-    }
-
     std::string session_path(std::string_view rest = {}) const {
         return std::string(sessions) + path_segment(client_.session_reference) + std::string(rest);
     }
@@ -72,7 +63,7 @@ class OnlineSession {
         }
         const base::Bytes plain = invoice_bytes(ports_.code_page, xml_content);
         const base::Bytes encrypted =
-            ports_.crypto.aes_256_cbc_encrypt(session_key.key, session_key.iv, plain);
+            ports_.crypto.aes_256_cbc_encrypt(session_key.key.view(), session_key.iv, plain);
         invoice_hash_ = sha256_base64(ports_.crypto, plain);
         body_["invoiceHash"] = invoice_hash_;
         body_["invoiceSize"] = std::to_string(plain.size());
@@ -91,7 +82,7 @@ class OnlineSession {
         body["encryption"] = encryption_of(session_key);
         const HttpReply reply = client_.post(std::string(online_sessions), body);
         if (!answered(reply, 201)) return fail(failure_text(reply, u"sessions/online:STATUS:"));
-        client_.session_reference = utf8_at(parse_json(reply.body), "referenceNumber");
+        client_.session_reference = utf8_at(parse_json(reply.body.view()), "referenceNumber");
         return true;
     }
 
@@ -99,7 +90,7 @@ class OnlineSession {
         const HttpReply reply = client_.get(session_path());
         if (!answered(reply, 200)) return true;
         // Ordered as text: "1000" lies before "300". Any other code goes on, the sending will tell.
-        const std::string code = utf8_at(parse_json(reply.body), "status.code");
+        const std::string code = utf8_at(parse_json(reply.body.view()), "status.code");
         if (code == "200" || code >= "300") return fail(failure_text(reply, u"sessions/:STATUS:"));
         return true;
     }
@@ -124,7 +115,7 @@ class OnlineSession {
         const HttpReply reply = client_.post(online_path("/invoices"), body_);
         body_.clear();
         if (!answered(reply, 202)) return fail(failure_text(reply, u"sessions/online/STATUS:"));
-        invoice_reference_ = utf8_at(parse_json(reply.body), "referenceNumber");
+        invoice_reference_ = utf8_at(parse_json(reply.body.view()), "referenceNumber");
         return true;
     }
 
@@ -135,7 +126,7 @@ class OnlineSession {
             if (!answered(reply, 200)) {
                 return fail(u"sessions//invoicesSTATUS:" + base::to_decimal(reply.status));
             }
-            invoices_ = parse_json(reply.body);
+            invoices_ = parse_json(reply.body.view());
             const std::string code = utf8_at(invoices_, "invoices[0].status.code");
             // 440 is a duplicate: the invoice is in KSeF already and its number comes along.
             if (code == "200" || code == "440") return true;
@@ -172,7 +163,7 @@ class OnlineSession {
             const HttpReply reply = client_.get(session_path());
             if (answered(reply, 429)) return fail(u"429 Too many Requests");
             if (answered(reply, 200)) {
-                const Json answer = parse_json(reply.body);
+                const Json answer = parse_json(reply.body.view());
                 const std::string code = utf8_at(answer, "status.code");
                 if (const Text failed = text_at(answer, "failedInvoiceCount"); is_count(failed)) {
                     return fail(u"failedInvoiceCount:STATUS:" + failed);
@@ -197,7 +188,7 @@ class OnlineSession {
             ports_.clock.sleep(invoice_poll_pause);
             reply = client_.get(path);
         }
-        const Json invoice = parse_json(reply.body);
+        const Json invoice = parse_json(reply.body.view());
         // An answer without a number must not take away the one that is recorded.
         if (const Text number = text_at(invoice, "ksefNumber"); !number.empty()) {
             row_.record_number(number, ports_.clock.now_local());
@@ -208,15 +199,12 @@ class OnlineSession {
 
     void fetch_upo() {
         const HttpReply reply = client_.get_address(upo_url_);
-        if (!answered(reply, 200) || !is_upo(reply.body)) return;
-        row_.record_upo(base::from_utf8(reply.body), ports_.clock.now_local());
+        if (!answered(reply, 200) || !is_upo(reply.body.view())) return;
+        row_.record_upo(base::from_utf8(reply.body.view()), ports_.clock.now_local());
         result_.clear();
     }
 
-    KsefPorts& ports_;
-    ClientState& client_;
     DocumentRow row_;
-    Text result_;
     Json body_ = Json::object();
     std::string invoice_hash_;
     std::string invoice_reference_;
@@ -226,7 +214,7 @@ class OnlineSession {
 
 }  // namespace
 
-Text send_in_online_session(KsefPorts& ports, ClientState& client, DocumentRow row,
+Text send_in_online_session(KsefPorts& ports, Client& client, DocumentRow row,
                             base::TextView xml_content, const FormCode& form) {
     return OnlineSession(ports, client, row).run(xml_content, form);
 }

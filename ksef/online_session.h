@@ -19,7 +19,7 @@ struct FormCode {
 /// Returns the empty text once the UPO is stored, "Faktura o numerze KSeF: " and the number when
 /// the invoice was accepted but the UPO could not be had, or the text of what failed. Raises
 /// nothing.
-base::Text send_in_online_session(KsefPorts& ports, ClientState& client, DocumentRow row,
+base::Text send_in_online_session(KsefPorts& ports, Client& client, DocumentRow row,
                                   base::TextView xml_content, const FormCode& form);
 
 }  // namespace tavrix::ksef

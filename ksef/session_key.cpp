@@ -2,18 +2,14 @@
 
 #include "base/base64.h"
 #include "base/error.h"
-#include "base/secret.h"
 
 namespace tavrix::ksef {
 
-SessionKey::~SessionKey() {
-    base::wipe(key);
-}
-
-base::Text make_session_key(ports::Crypto& crypto, const ClientState& client,
-                            SessionKey& session_key) {
-    session_key.key = crypto.random_bytes(32);
-    session_key.iv = crypto.random_bytes(16);
+base::Text make_session_key(ports::Crypto& crypto, const Client& client, SessionKey& session_key) {
+    session_key.key = base::SecretBytes(32);
+    crypto.fill_random(session_key.key.units());
+    session_key.iv.resize(16);
+    crypto.fill_random(session_key.iv);
     std::unique_ptr<ports::PublicKey> public_key;
     try {
         public_key = crypto.load_public_key(client.symmetric_key_pem);
@@ -23,8 +19,8 @@ base::Text make_session_key(ports::Crypto& crypto, const ClientState& client,
     try {
         // The bytes themselves: a way through text would lose some where the system's code page is
         // not one of single bytes.
-        session_key.encrypted_key =
-            base::base64_encode(crypto.rsa_oaep_sha256_encrypt(*public_key, session_key.key));
+        session_key.encrypted_key = base::base64_encode(
+            crypto.rsa_oaep_sha256_encrypt(*public_key, session_key.key.view()));
     } catch (const base::AutomationError& error) {
         return u"RSA Encrypt AES Key failed: " + error.description();
     }

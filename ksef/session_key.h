@@ -4,14 +4,9 @@
 
 namespace tavrix::ksef {
 
-/// A session's fresh AES key and IV, and the key encrypted for the service. Wipes the key.
+/// A session's fresh AES key and IV, and the key encrypted for the service.
 struct SessionKey {
-    SessionKey() = default;
-    ~SessionKey();
-    SessionKey(const SessionKey&) = delete;
-    SessionKey& operator=(const SessionKey&) = delete;
-
-    base::Bytes key;            ///< 32 bytes
+    base::SecretBytes key;      ///< 32 bytes
     base::Bytes iv;             ///< 16 bytes
     std::string encrypted_key;  ///< Base64 of the RSA-OAEP ciphertext
 };
@@ -19,8 +14,7 @@ struct SessionKey {
 /// Makes both and encrypts the key under the public key that authentication stored. Returns the
 /// failure's text, "Load RSA Public Key failed: " or "RSA Encrypt AES Key failed: " with the
 /// component's last error text, or "".
-base::Text make_session_key(ports::Crypto& crypto, const ClientState& client,
-                            SessionKey& session_key);
+base::Text make_session_key(ports::Crypto& crypto, const Client& client, SessionKey& session_key);
 
 /// The object "encryption" of a request that opens a session.
 Json encryption_of(const SessionKey& session_key);

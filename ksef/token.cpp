@@ -3,21 +3,36 @@
 #include "base/error.h"
 
 namespace tavrix::ksef {
+namespace {
 
-TokenCheck read_token(const base::Text& token) {
-    const auto parts = base::split(token, u'|');
-    if (parts.size() < 2) return {u"Błędny token :" + token, {}};
+constexpr auto npos = base::TextView::npos;
+
+// What follows the first separator; nothing when there is none.
+base::TextView behind(base::TextView text, char16_t separator) {
+    const std::size_t found = text.find(separator);
+    return found == npos ? base::TextView() : text.substr(found + 1);
+}
+
+base::TextView up_to(base::TextView text, char16_t separator) {
+    return text.substr(0, text.find(separator));
+}
+
+}  // namespace
+
+TokenCheck read_token(const base::SecretText& token) {
+    const base::TextView whole = token.view();
+    if (whole.find(u'|') == npos) return {u"Błędny token :" + base::Text(whole), {}};
+    const base::TextView second = up_to(behind(whole, u'|'), u'|');
     // In "internalid-NIP-NUMBER" the third piece is a unit of the company; the number stands second
     // all the same.
-    const auto pieces = base::split(parts[1], u'-');
-    if (pieces.size() < 2) {
+    if (second.find(u'-') == npos) {
         throw base::AutomationError(base::ErrorNumber::subscript, u"KseF_comm",
                                     u"Token nie zawiera numeru NIP");
     }
-    return {{}, pieces[1]};
+    return {{}, base::Text(up_to(behind(second, u'-'), u'-'))};
 }
 
-TokenCheck check_token(const base::Text& token, const base::Text& nip) {
+TokenCheck check_token(const base::SecretText& token, const base::Text& nip) {
     TokenCheck check = read_token(token);
     if (check.failure.empty() && check.tax_number != nip) {
         check.failure = u"Błędny token (Niezgodny nip):" + check.tax_number;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "base/text.h"
+#include "base/secret.h"
 
 namespace tavrix::ksef {
 
@@ -15,10 +15,10 @@ struct TokenCheck {
 
 /// Reads the tax number out of `token`. Without a "|" the failure is "Błędny token :" and the
 /// token; throws base::AutomationError (subscript) when the second part names no number at all.
-TokenCheck read_token(const base::Text& token);
+TokenCheck read_token(const base::SecretText& token);
 
 /// The same, and the number must be `nip`: otherwise "Błędny token (Niezgodny nip):" and the
 /// token's number.
-TokenCheck check_token(const base::Text& token, const base::Text& nip);
+TokenCheck check_token(const base::SecretText& token, const base::Text& nip);
 
 }  // namespace tavrix::ksef

@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "base/secret.h"
 #include "mail/cmessage.h"
 
 namespace tavrix::mail {
@@ -11,12 +12,12 @@ class ClsGetMail {
   public:
     /// Empties the mailbox into the folder `Katalog`. Not built yet: False.
     bool cmdGetMail(const base::Text& host, std::int32_t port, const base::Text& user,
-                    const base::Text& Pass, bool Delete, const base::Text& opis,
+                    const base::SecretText& Pass, bool Delete, const base::Text& opis,
                     const base::Text& temat, const base::Text& Katalog) noexcept;
 
     /// Fetches the mailbox's first message. Not built yet: Nothing.
     std::shared_ptr<CMessage> cmdGetMailM(const base::Text& host, std::int32_t port,
-                                          const base::Text& user, const base::Text& Pass,
+                                          const base::Text& user, const base::SecretText& Pass,
                                           bool Delete, const base::Text& Katalog,
                                           bool czyssl) noexcept;
 };

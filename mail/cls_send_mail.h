@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <optional>
 
-#include "base/text.h"
+#include "base/secret.h"
 
 namespace tavrix::mail {
 
@@ -21,7 +21,7 @@ class ClsSendMail {
     /// Sends one message; "" when it went. Not built yet: "Nieznany błąd".
     base::Text sendmail(const base::Text& dokogo, const base::Text& temat, const base::Text& odkogo,
                         const base::Text& Body, const base::Text& smtphost, std::int32_t smtpport,
-                        const base::Text& smtpuser, const base::Text& smtppass,
+                        const base::Text& smtpuser, const base::SecretText& smtppass,
                         const base::Text& Plik, std::int32_t ssl, const base::Text& maildw,
                         const base::Text& htmlBody, const base::Text& mailudw,
                         const base::Text& DeliveryNotificationOptions, const base::Text& Priority,

@@ -110,9 +110,8 @@ void clsSocket::SendString(const base::Text& s) {
     if (busy_) return;
     const bool success = run([&] {
         // A line with a password may be among what is sent.
-        base::Bytes bytes = ports_.code_page.to_bytes(s);
-        const base::WipeOnExit wiped(bytes);
-        send(bytes);
+        const base::SecretBytes bytes = base::take_secret(ports_.code_page.to_bytes(s));
+        send(bytes.view());
     });
     complete(success);
 }

@@ -3,7 +3,8 @@
 namespace tavrix::pdfsign {
 
 bool ClsPdfPodpis::pdfpodpis(const base::Text& /*Plik*/, const base::Text& /*plikpodpisany*/,
-                             const base::Text& /*cenrtPFX*/, const base::Text& /*pin*/) noexcept {
+                             const base::Text& /*cenrtPFX*/,
+                             const base::SecretText& /*pin*/) noexcept {
     return false;
 }
 

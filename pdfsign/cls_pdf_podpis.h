@@ -1,6 +1,6 @@
 #pragma once
 
-#include "base/text.h"
+#include "base/secret.h"
 
 namespace tavrix::pdfsign {
 
@@ -10,7 +10,7 @@ class ClsPdfPodpis {
     /// Signs the file `Plik` with the certificate of the PFX file `cenrtPFX`, whose password is
     /// `pin`, into `plikpodpisany`; True when that was written. Not built yet: False.
     bool pdfpodpis(const base::Text& Plik, const base::Text& plikpodpisany,
-                   const base::Text& cenrtPFX, const base::Text& pin) noexcept;
+                   const base::Text& cenrtPFX, const base::SecretText& pin) noexcept;
 };
 
 }  // namespace tavrix::pdfsign

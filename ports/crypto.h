@@ -20,8 +20,8 @@ class Crypto {
   public:
     virtual ~Crypto() = default;
 
-    /// `count` bytes from the system's generator.
-    virtual base::Bytes random_bytes(std::size_t count) = 0;
+    /// Fills `bytes` from the system's generator.
+    virtual void fill_random(std::span<std::uint8_t> bytes) = 0;
     /// 32 bytes, FIPS 180-4.
     virtual base::Bytes sha256(base::ByteView data) = 0;
     /// AES-256 in CBC mode with PKCS#7 padding (FIPS 197, SP 800-38A, RFC 5652 6.3). `key` 32

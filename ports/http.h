@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "base/secret.h"
+
 namespace tavrix::ports {
 
 struct HttpHeader {
@@ -14,9 +16,11 @@ struct HttpHeader {
 
 struct HttpRequest {
     std::string method;  ///< "GET", "POST", ...
-    std::string url;     ///< absolute, http or https, already percent-encoded
-    std::vector<HttpHeader> headers;
-    std::string body;  ///< sent with every method but GET, also when empty
+    /// Absolute, http or https, already percent-encoded. May carry a token or a permission.
+    base::SecretUtf8 url;
+    std::string body{};  ///< sent with every method but GET, also when empty
+    std::vector<HttpHeader> headers{};
+    base::SecretUtf8 authorization{};  ///< the header of that name; empty for none
 };
 
 struct HttpReply {
@@ -24,8 +28,8 @@ struct HttpReply {
     /// connection, a time-out, an unverifiable peer or a body over the limit; `status` and `body`
     /// then hold what came before.
     bool completed = false;
-    int status = 0;  ///< 0 when no status line arrived
-    std::string body;
+    int status = 0;         ///< 0 when no status line arrived
+    base::SecretUtf8 body;  ///< may hold tokens
     std::vector<HttpHeader> headers;
     std::string error;  ///< the transport's own words when not completed
 };

@@ -1,63 +1,82 @@
 #include "ksef/rows/document_row.h"
 
+#include <span>
+
 namespace tavrix::ksef {
 namespace {
 
-// status_ksef of an accepted invoice and the text beside it.
-constexpr std::u16string_view accepted_code = u"200";
-constexpr std::u16string_view accepted_note = u"OK.";
+using enum Field;
 
-void set(ports::Recordset& rows, base::TextView column, base::TextView value) {
-    rows.set_field(column, base::Text(value));
+// What each query selects, in the order in which the hosts' databases have always seen it.
+constexpr Field read_query[] = {ksef_number, issue_date, reference, hash};
+constexpr Field outcome_query[] = {operation_time, issue_date, description, status, reference, upo,
+                                   ksef_number,    hash,       note};
+constexpr Field number_query[] = {operation_time, ksef_number, status, upo, note};
+constexpr Field upo_query[] = {operation_time, ksef_number, status, upo};
+
+// status_ksef of an accepted invoice and the text beside it.
+constexpr base::TextView accepted_code = u"200";
+constexpr base::TextView accepted_note = u"OK.";
+
+base::Text select_list(std::span<const Field> fields) {
+    base::Text list;
+    for (const Field field : fields) {
+        if (!list.empty()) list += u',';
+        list += column_of(field).name;
+    }
+    return list;
+}
+
+ports::Value value_of(ports::Recordset& rows, Field field) {
+    return rows.field(column_of(field).name);
 }
 
 }  // namespace
 
 base::Text DocumentRow::name() const {
-    return table_ + u" where ddout_id=" + base::to_decimal(id_);
+    return table_ + u" where " + base::Text(key_column) + u"=" + base::to_decimal(id_);
 }
 
-std::unique_ptr<ports::Recordset> DocumentRow::open(base::TextView columns) {
-    return database_.open(u"select top 1 " + base::Text(columns) + u" from " + name());
+std::unique_ptr<ports::Recordset> DocumentRow::open(std::span<const Field> fields) {
+    return database_.open(u"select top 1 " + select_list(fields) + u" from " + name());
+}
+
+void DocumentRow::write(std::span<const Field> query, std::initializer_list<Change> changes,
+                        const base::DateTime& now) {
+    const auto rows = open(query);
+    for (const auto& [field, value] : changes) {
+        rows->set_field(column_of(field).name, base::Text(value));
+    }
+    rows->set_field(column_of(operation_time).name, now);
+    rows->update_batch();
 }
 
 std::optional<DocumentRow::Sent> DocumentRow::read() {
-    const auto rows = open(u"numer_ksef,ddout_data_wyst,NumerRef_ksef,HashFaktury");
+    const auto rows = open(read_query);
     if (rows->at_end()) return std::nullopt;
-    return Sent{
-        ports::text_of(rows->field(u"numer_ksef")), ports::date_of(rows->field(u"ddout_data_wyst")),
-        ports::text_of(rows->field(u"numerref_ksef")), ports::text_of(rows->field(u"HashFaktury"))};
+    return Sent{ports::text_of(value_of(*rows, ksef_number)),
+                ports::date_of(value_of(*rows, issue_date)),
+                ports::text_of(value_of(*rows, reference)), ports::text_of(value_of(*rows, hash))};
 }
 
 void DocumentRow::record(const Outcome& outcome, const base::DateTime& now) {
-    const auto rows = open(
-        u"DATA_OPERACJI,ddout_data_wyst,StatusStr_ksef,status_ksef,NumerRef_ksef,UPO_ksef,numer_"
-        u"ksef,HashFaktury,"
-        u"Export_Opis_bledu_ksef");
-    set(*rows, u"NumerRef_ksef", outcome.reference);
-    set(*rows, u"numer_ksef", outcome.ksef_number);
-    set(*rows, u"status_ksef", accepted_code);
-    set(*rows, u"Export_Opis_bledu_ksef", accepted_note);
-    set(*rows, u"HashFaktury", outcome.hash);
-    set(*rows, u"StatusStr_ksef", outcome.description);
-    rows->set_field(u"DATA_OPERACJI", now);
-    rows->update_batch();
+    write(outcome_query,
+          {{reference, outcome.reference},
+           {ksef_number, outcome.ksef_number},
+           {status, accepted_code},
+           {note, accepted_note},
+           {hash, outcome.hash},
+           {description, outcome.description}},
+          now);
 }
 
-void DocumentRow::record_number(const base::Text& ksef_number, const base::DateTime& now) {
-    const auto rows = open(u"DATA_OPERACJI,numer_ksef,status_ksef,UPO_ksef,Export_Opis_bledu_ksef");
-    set(*rows, u"numer_ksef", ksef_number);
-    set(*rows, u"status_ksef", accepted_code);
-    set(*rows, u"Export_Opis_bledu_ksef", accepted_note);
-    rows->set_field(u"DATA_OPERACJI", now);
-    rows->update_batch();
+void DocumentRow::record_number(const base::Text& number, const base::DateTime& now) {
+    write(number_query, {{ksef_number, number}, {status, accepted_code}, {note, accepted_note}},
+          now);
 }
 
-void DocumentRow::record_upo(const base::Text& upo, const base::DateTime& now) {
-    const auto rows = open(u"DATA_OPERACJI,numer_ksef,status_ksef,UPO_ksef");
-    set(*rows, u"upo_ksef", upo);
-    rows->set_field(u"DATA_OPERACJI", now);
-    rows->update_batch();
+void DocumentRow::record_upo(const base::Text& document, const base::DateTime& now) {
+    write(upo_query, {{upo, document}}, now);
 }
 
 }  // namespace tavrix::ksef

@@ -1,10 +1,12 @@
 #pragma once
 
 #include <cstdint>
+#include <initializer_list>
 #include <optional>
+#include <span>
 
 #include "base/date_time.h"
-#include "base/text.h"
+#include "ksef/rows/columns.h"
 #include "ports/database.h"
 
 namespace tavrix::ksef {
@@ -34,13 +36,21 @@ class DocumentRow {
     std::optional<Sent> read();
     /// Stores an accepted invoice's number, reference and hash.
     void record(const Outcome& outcome, const base::DateTime& now);
-    void record_number(const base::Text& ksef_number, const base::DateTime& now);
-    void record_upo(const base::Text& upo, const base::DateTime& now);
+    void record_number(const base::Text& number, const base::DateTime& now);
+    void record_upo(const base::Text& document, const base::DateTime& now);
     /// "TABLE where ddout_id=ID", as failure texts and queries name the row.
     base::Text name() const;
 
   private:
-    std::unique_ptr<ports::Recordset> open(base::TextView columns);
+    struct Change {
+        Field field;
+        base::TextView value;
+    };
+
+    std::unique_ptr<ports::Recordset> open(std::span<const Field> fields);
+    /// Writes the changes and the time.
+    void write(std::span<const Field> query, std::initializer_list<Change> changes,
+               const base::DateTime& now);
 
     ports::Database& database_;
     const base::Text& table_;

@@ -14,9 +14,17 @@ namespace {
 
 constexpr std::size_t largest_body_bytes = 64u * 1024 * 1024;
 
+// Scheme, host and port: whoever is asked for a proxy needs no more, and the rest may be secret.
+std::string origin_of(std::string_view url) {
+    const std::size_t scheme = url.find("://");
+    if (scheme == std::string_view::npos) return std::string(url);
+    return std::string(url.substr(0, url.find_first_of("/?#", scheme + 3)));
+}
+
 using SteadyTime = std::chrono::steady_clock::time_point;
 
-// A header list that wipes its lines, one of which carries the Bearer token, before it frees them.
+// A header list that wipes its copies of the lines, one of which carries the Bearer token, before
+// it frees them.
 class HeaderList {
   public:
     HeaderList() = default;
@@ -29,8 +37,15 @@ class HeaderList {
     HeaderList(const HeaderList&) = delete;
     HeaderList& operator=(const HeaderList&) = delete;
 
-    void add(const std::string& line) {
-        curl_slist* longer = curl_slist_append(list_, line.c_str());
+    void add(std::string_view name, std::string_view value) {
+        base::SecretUtf8 line;
+        line.reserve(name.size() + value.size() + 3);
+        line += name;
+        line += ":";
+        if (!value.empty()) line += " ";
+        line += value;
+        line += '\0';
+        curl_slist* longer = curl_slist_append(list_, line.view().data());
         if (longer == nullptr) throw std::bad_alloc();
         list_ = longer;
     }
@@ -58,7 +73,7 @@ std::size_t on_body(char* data, std::size_t size, std::size_t count, void* conte
         return CURL_WRITEFUNC_ERROR;
     }
     try {
-        transfer.reply.body.append(data, bytes);
+        transfer.reply.body += std::string_view(data, bytes);
     } catch (const std::bad_alloc&) {
         transfer.body_too_large = true;
         return CURL_WRITEFUNC_ERROR;
@@ -110,16 +125,20 @@ class CurlHttp final : public Http {
         Transfer transfer;
         transfer.no_progress_timeout = no_progress_timeout_;
         HeaderList headers;
-        for (const HttpHeader& header : request.headers)
-            headers.add(header.name + ": " + header.value);
+        for (const HttpHeader& header : request.headers) headers.add(header.name, header.value);
+        if (!request.authorization.empty()) {
+            headers.add("Authorization", request.authorization.view());
+        }
         // Without this a large body waits a second for a "100 Continue" that the service never
         // sends.
-        headers.add("Expect:");
+        headers.add("Expect", {});
 
         curl_easy_reset(easy_.get());  // options only: connections, sessions and DNS answers stay
-        set_connection_options(easy_.get(), connection_, request.url);
+        set_connection_options(easy_.get(), connection_, origin_of(request.url.view()) + "/");
         set_transfer_options();
-        set(CURLOPT_URL, request.url.c_str());
+        base::SecretUtf8 url = request.url.copy();
+        url += '\0';
+        set(CURLOPT_URL, url.view().data());
         set(CURLOPT_HTTPHEADER, headers.get());
         set_method(request);
         set_callbacks(transfer);

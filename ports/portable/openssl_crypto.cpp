@@ -76,11 +76,10 @@ class OpensslPublicKey final : public PublicKey {
 
 class OpensslCrypto final : public Crypto {
   public:
-    base::Bytes random_bytes(std::size_t count) override {
-        base::Bytes bytes(count);
-        check(count <= INT_MAX && RAND_bytes(bytes.data(), static_cast<int>(count)) == 1,
+    void fill_random(std::span<std::uint8_t> bytes) override {
+        check(bytes.size() <= INT_MAX &&
+                  RAND_bytes(bytes.data(), static_cast<int>(bytes.size())) == 1,
               "RAND_bytes");
-        return bytes;
     }
 
     base::Bytes sha256(base::ByteView data) override {

@@ -93,7 +93,7 @@ class MemoryForm final : public ports::PictureForm {
 
 class ComPictures final : public ports::Pictures {
   public:
-    std::unique_ptr<ports::Picture> from_drawing(const ports::Drawing& drawing) override;
+    std::unique_ptr<ports::Picture> from_drawing(const drawing::Drawing& drawing) override;
     std::unique_ptr<ports::Picture> load(base::TextView path) override;
     std::unique_ptr<ports::PictureForm> open_form() override;
 };

@@ -2,13 +2,16 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <sstream>
 #include <thread>
 
 #include "mail/trace_marks.h"
 #include "ports/native/adapters.h"
+#include "tests/support/failing.h"
 #include "tests/support/fake_clock.h"
 #include "tests/support/scratch_folder.h"
 
@@ -75,31 +78,36 @@ TEST_F(TraceLogTest, StaysOnWhenTheSwitchIsTakenAway) {
     TraceLog another(is_on, {*files, clock, *locale, *code_page});
     another.look_for_switch();
     another.write(u"a");
-    // What is written stays; what was moved away is begun anew.
     EXPECT_EQ(written(), "2026-11-14 21:49:05:10.0.36:a\r\n");
-    fs::remove(log_file);
-    log.write(u"b");
-    EXPECT_EQ(written(), "2026-11-14 21:49:05:10.0.36:b\r\n");
 }
 
-TEST_F(TraceLogTest, AFolderIsNoSwitch) {
+TEST_F(TraceLogTest, AFolderIsNoSwitchAndNoLog) {
     fs::create_directories(switch_file);
     log.look_for_switch();
     EXPECT_FALSE(is_on);
-}
-
-TEST_F(TraceLogTest, ItsOwnTroubleIsNobodyElses) {
     is_on = true;
-    log.write(u"no folder");
-    EXPECT_FALSE(fs::exists(folder)) << "the folder is not made";
     fs::create_directories(log_file);
     log.write(u"a folder where the file should be");
     EXPECT_TRUE(fs::is_directory(log_file));
-    // Natively without a folder for drive C.
-    const auto nowhere = ports::make_native_files("");
-    TraceLog elsewhere(is_on, {*nowhere, clock, *locale, *code_page});
-    elsewhere.look_for_switch();
-    elsewhere.write(u"x");
+}
+
+TEST_F(TraceLogTest, ItsOwnTroubleIsNobodyElses) {
+    turn_on();
+    test::FailingAt failing;
+    test::FailingFiles disk(*files, failing);
+    for (const auto failure : {test::out_of_space, test::out_of_memory}) {
+        const int calls = test::fail_each_call(failing, failure, [&](int call) {
+            fs::remove(log_file);
+            is_on = false;
+            TraceLog over_the_disk(is_on, {disk, clock, *locale, *code_page});
+            over_the_disk.look_for_switch();
+            over_the_disk.write(u"a");
+            over_the_disk.write(u"b");
+            const auto lines = std::ranges::count(written(), '\n');
+            EXPECT_EQ(lines, call == 1 ? 0 : failing.struck() ? 1 : 2) << call;
+        });
+        EXPECT_EQ(calls, 3) << "the switch and two lines";
+    }
 }
 
 TEST_F(TraceLogTest, TwoInstancesWriteWholeLines) {
@@ -115,14 +123,10 @@ TEST_F(TraceLogTest, TwoInstancesWriteWholeLines) {
         const std::jthread second(write_many, u"second");
     }
     std::istringstream content(written());
-    int first = 0;
-    int second = 0;
-    for (std::string line; std::getline(content, line);) {
-        first += line == "2026-11-14 21:49:05:10.0.36:first\r";
-        second += line == "2026-11-14 21:49:05:10.0.36:second\r";
-    }
-    EXPECT_EQ(first, lines);
-    EXPECT_EQ(second, lines);
+    std::map<std::string, int> seen;
+    for (std::string line; std::getline(content, line);) ++seen[line];
+    EXPECT_EQ(seen, (std::map<std::string, int>{{"2026-11-14 21:49:05:10.0.36:first\r", lines},
+                                                {"2026-11-14 21:49:05:10.0.36:second\r", lines}}));
 }
 
 }  // namespace

@@ -109,14 +109,16 @@ TEST(Base64ToBytes, GivesNothingForWhatIsNotBase64) {
 }
 
 TEST(TokenCheck, ReadsTheTaxNumberOutOfTheSecondPart) {
-    EXPECT_EQ(check_token(u"REF|nip-5265877635|abc", u"5265877635").failure, u"");
-    EXPECT_EQ(check_token(u"REF|internalid-5265877635-12345|abc", u"5265877635").tax_number,
+    EXPECT_EQ(check_token(base::SecretText(u"REF|nip-5265877635|abc"), u"5265877635").failure, u"");
+    EXPECT_EQ(check_token(base::SecretText(u"REF|internalid-5265877635-12345|abc"), u"5265877635")
+                  .tax_number,
               u"5265877635");
-    EXPECT_EQ(check_token(u"bez kreski", u"1").failure, u"Błędny token :bez kreski");
-    EXPECT_EQ(check_token(u"", u"1").failure, u"Błędny token :");
-    EXPECT_EQ(check_token(u"REF|nip-1111111111|abc", u"5265877635").failure,
+    EXPECT_EQ(check_token(base::SecretText(u"bez kreski"), u"1").failure,
+              u"Błędny token :bez kreski");
+    EXPECT_EQ(check_token(base::SecretText(u""), u"1").failure, u"Błędny token :");
+    EXPECT_EQ(check_token(base::SecretText(u"REF|nip-1111111111|abc"), u"5265877635").failure,
               u"Błędny token (Niezgodny nip):1111111111");
-    EXPECT_THROW(check_token(u"a|b|c", u"1"), base::AutomationError);
+    EXPECT_THROW(check_token(base::SecretText(u"a|b|c"), u"1"), base::AutomationError);
 }
 
 TEST(JsonReading, GivesEmptyTextsForWhatIsNotThere) {

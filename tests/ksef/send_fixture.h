@@ -38,14 +38,7 @@ class SendFixture : public testing::Test {
     void today() { connection = test::make_host_database("2026-11-21"); }
     void yesterday() { connection = test::make_host_database("2026-11-20"); }
 
-    KsefPorts ports() {
-        return {[this] { return ports::make_curl_http(connection_settings); },
-                *crypto,
-                clock,
-                *xml,
-                *code_page,
-                settings};
-    }
+    KsefPorts ports() { return {make_http, *crypto, clock, *xml, *code_page, settings}; }
 
     std::string send() {
         KseF_comm client(ports());
@@ -54,8 +47,18 @@ class SendFixture : public testing::Test {
 
     std::string send_with(KseF_comm& client) {
         ports::SqliteDatabase database(connection);
-        return base::to_utf8(client.SendInvoiceToKSeF(database, nip, sent_token, invoice, u"FA (3)",
-                                                      u"1-0E", u"FA", 2, table, document_id));
+        return send_with(client, database);
+    }
+
+    std::string send_to(ports::Database& database) {
+        KseF_comm client(ports());
+        return send_with(client, database);
+    }
+
+    std::string send_with(KseF_comm& client, ports::Database& database) {
+        return base::to_utf8(client.SendInvoiceToKSeF(database, nip, base::SecretText(sent_token),
+                                                      invoice, u"FA (3)", u"1-0E", u"FA", 2, table,
+                                                      document_id));
     }
 
     /// The document's row; dates as text.
@@ -67,6 +70,15 @@ class SendFixture : public testing::Test {
                 base::to_utf8(ports::text_of(rows->field(column.name)));
         }
         return values;
+    }
+
+    /// Either all that an accepted invoice leaves stands there, or nothing at all.
+    static void expect_whole_or_untouched(const Row& document, const std::string& where) {
+        const bool recorded = document.at("status_ksef") == "200";
+        for (const char* column : {"numer_ksef", "NumerRef_ksef", "HashFaktury", "StatusStr_ksef",
+                                   "Export_Opis_bledu_ksef", "DATA_OPERACJI"}) {
+            EXPECT_EQ(recorded, !document.at(column).empty()) << where << ' ' << column;
+        }
     }
 
     /// The steps of the exchange in the order in which the sandbox saw them.
@@ -84,6 +96,7 @@ class SendFixture : public testing::Test {
     static inline std::unique_ptr<test::Sandbox> sandbox;
     Settings settings;
     ports::ConnectionSettings connection_settings;
+    ports::HttpFactory make_http = [this] { return ports::make_curl_http(connection_settings); };
     std::unique_ptr<ports::Crypto> crypto = ports::make_openssl_crypto();
     test::FakeClock clock;
     std::unique_ptr<ports::Xml> xml = ports::make_native_xml();

@@ -9,6 +9,7 @@
 
 #include "base/error.h"
 #include "tests/mail/socket_bench.h"
+#include "tests/support/failing.h"
 
 namespace tavrix::test {
 namespace {
@@ -142,17 +143,12 @@ TEST_F(SocketWaits, PercentDoneStopsALongText) {
     EXPECT_FALSE(stream.open);
 }
 
-TEST_F(SocketWaits, PiecesThatFollowEachOtherAreOneText) {
-    ASSERT_EQ(open(1000), 1);
-    stream.arriving = {"ab", "cd", "ef"};
-    stream.pace = milliseconds(19);
-    EXPECT_EQ(bench.socket.ReceiveString(), u"abcdef");
-    EXPECT_TRUE(listener.has("Odebrano 2"));
-    EXPECT_TRUE(listener.has("Odebrano 6"));
-}
-
 TEST_F(SocketWaits, ADripDoesNotOutlastTheTimeOutOrTheHostsPatience) {
     ASSERT_EQ(open(1000), 1);
+    stream.arriving = {"ab", "cd"};
+    stream.pace = milliseconds(19);
+    EXPECT_EQ(bench.socket.ReceiveString(), u"abcd") << "pieces that follow each other";
+    listener.checks = 0;
     stream.arriving.assign(1000, "x");
     stream.pace = milliseconds(10);
     EXPECT_EQ(bench.socket.ReceiveString().size(), 100u);
@@ -161,19 +157,7 @@ TEST_F(SocketWaits, ADripDoesNotOutlastTheTimeOutOrTheHostsPatience) {
     EXPECT_EQ(bench.socket.ReceiveString().size(), 10u) << "what came is the host's";
 }
 
-TEST_F(SocketWaits, HandlersMayCloseInTheMiddleOfAWait) {
-    listener.on_check = [&](bool&) { bench.socket.CloseSocket(); };
-    stream.slices_until_connected = 5;
-    EXPECT_EQ(open(1000), 0);
-    stream.slices_until_connected = 0;
-    ASSERT_EQ(open(1000), 1);
-    listener.on_check = [&](bool&) { bench.socket.CloseSocket(); };
-    EXPECT_EQ(bench.socket.ReceiveString(), u"");
-    EXPECT_EQ(listener.checks, 2);
-    EXPECT_EQ(listener.log.back(), "failed");
-}
-
-TEST_F(SocketWaits, HandlersMayCloseWhereverAnOpeningIs) {
+TEST_F(SocketWaits, HandlersMayCloseWherever) {
     for (const base::TextView at : {u"Zamknięto", u"Łączenie", u"Połączono"}) {
         ASSERT_EQ(open(1000), 1);
         listener.log.clear();
@@ -186,6 +170,14 @@ TEST_F(SocketWaits, HandlersMayCloseWhereverAnOpeningIs) {
         EXPECT_FALSE(stream.open);
         listener.on_progress = {};
     }
+    listener.on_check = [&](bool&) { bench.socket.CloseSocket(); };
+    stream.slices_until_connected = 5;
+    EXPECT_EQ(open(1000), 0) << "in the middle of a wait";
+    stream.slices_until_connected = 0;
+    ASSERT_EQ(open(1000), 1);
+    EXPECT_EQ(bench.socket.ReceiveString(), u"");
+    EXPECT_EQ(listener.checks, 2);
+    EXPECT_EQ(listener.log.back(), "failed");
 }
 
 TEST_F(SocketWaits, ClosingWhenAMethodIsDoneTellsNoEndOfItsOwn) {
@@ -200,14 +192,6 @@ TEST_F(SocketWaits, ClosingWhenAMethodIsDoneTellsNoEndOfItsOwn) {
     listener.on_completed = {};
     bench.socket.CloseSocket();
     EXPECT_EQ(listener.log, (Lines{"done", "done"}));
-}
-
-TEST_F(SocketWaits, EvenTheEmptyTextNeedsAConnection) {
-    bench.socket.SendString(u"");
-    EXPECT_EQ(listener.log, (Lines{"Błąd Połączenie nie jest otwarte.", "failed"}));
-    ASSERT_EQ(open(1000), 1);
-    bench.socket.SendString(u"");
-    EXPECT_EQ(listener.log.back(), "done");
 }
 
 TEST_F(SocketWaits, WhatCameBeforeABreakIsGivenAndTheReasonNext) {
@@ -279,6 +263,29 @@ TEST_F(SocketWaits, HandlersMayAnswerWhatCame) {
     listener.on_text = [&] { bench.socket.SendString(u"odpowiedź"); };
     EXPECT_EQ(bench.socket.ReceiveString(), u"pytanie");
     EXPECT_EQ(stream.sent, 9u);
+}
+
+TEST_F(SocketWaits, AStreamThatFailsAtAnyCallEndsTheMethodAndNothingElse) {
+    FailingAt failing;
+    ScriptedStream real(stream);
+    Bench failing_bench(std::make_unique<FailingStream>(real, failing));
+    mail::clsSocket& socket = failing_bench.socket;
+    for (const auto failure : {access_denied, out_of_memory}) {
+        const int calls = fail_each_call(failing, failure, [&](int call) {
+            failing_bench.listener.log.clear();
+            stream.arriving = {"ab"};
+            const bool opened = socket.OpeneSocket(0, 1000, u"host:1") == 1;
+            socket.SendString(u"x");
+            const bool received = socket.ReceiveString() == u"ab";
+            // After its first byte a text is complete with the next silence, or with a failure.
+            EXPECT_EQ(opened, call > 2) << call;
+            EXPECT_EQ(received, call > 4 && !(call == 5 && failure == out_of_memory)) << call;
+            EXPECT_EQ(failing_bench.listener.has("failed"), call < 5 || !received) << call;
+            socket.CloseSocket();
+            EXPECT_FALSE(stream.open) << call;
+        });
+        EXPECT_EQ(calls, 5) << "connect, wait, send, receive, look for more";
+    }
 }
 
 }  // namespace

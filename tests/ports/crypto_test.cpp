@@ -48,7 +48,11 @@ TEST(PublicKeys, UnreadableOnesSayWhy) {
     EXPECT_THROW(crypto->key_of_certificate(
                      "-----BEGIN CERTIFICATE-----\r\nMIIB\r\n-----END CERTIFICATE-----"),
                  base::AutomationError);
-    EXPECT_NE(crypto->random_bytes(32), crypto->random_bytes(32));
+    base::Bytes first(32);
+    base::Bytes second(32);
+    crypto->fill_random(first);
+    crypto->fill_random(second);
+    EXPECT_NE(first, second);
 }
 
 }  // namespace

@@ -60,12 +60,13 @@ Sandbox::~Sandbox() {
 
 std::string Sandbox::call(const std::string& method, const std::string& path,
                           const std::string& body) {
-    const ports::HttpReply reply =
-        http_->send({method, origin_ + path, {{"Content-Type", "application/json"}}, body});
+    const ports::HttpReply reply = http_->send(
+        {method, base::SecretUtf8(origin_ + path), body, {{"Content-Type", "application/json"}}});
+    std::string text(reply.body.view());
     if (!reply.completed || reply.status >= 300) {
-        throw std::runtime_error("sandbox " + path + ": " + reply.error + reply.body);
+        throw std::runtime_error("sandbox " + path + ": " + reply.error + text);
     }
-    return reply.body;
+    return text;
 }
 
 void Sandbox::fault(const Json& fault) {

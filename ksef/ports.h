@@ -1,0 +1,23 @@
+#pragma once
+
+#include "ksef/settings.h"
+#include "ports/clock.h"
+#include "ports/code_page.h"
+#include "ports/crypto.h"
+#include "ports/http.h"
+#include "ports/xml.h"
+
+namespace tavrix::ksef {
+
+/// Everything outside that an instance of KseF_comm reaches, but for the host's database, which
+/// comes with each call. The references outlive the instance.
+struct KsefPorts {
+    ports::HttpFactory make_http;
+    ports::Crypto& crypto;
+    ports::Clock& clock;
+    ports::Xml& xml;
+    ports::CodePage& code_page;
+    const Settings& settings;
+};
+
+}  // namespace tavrix::ksef
