@@ -11,17 +11,10 @@ class Conversions : public testing::Test {
   protected:
     ComPointer<IDispatch> probe = make_probe();
 
-    // The bytes that came back reversed, or the HRESULT.
     base::Bytes reversed(const VARIANT& value) {
         const Outcome outcome = call(probe, u"Reverse", {value});
         EXPECT_EQ(outcome.code, S_OK);
-        EXPECT_EQ(outcome.result.type(), VT_ARRAY | VT_UI1);
-        if (outcome.result.type() != (VT_ARRAY | VT_UI1)) return {};
-        SAFEARRAY* array = outcome.result.get().parray;
-        EXPECT_EQ(array->rgsabound[0].lLbound, 0);
-        const windows::SafeArrayAccess access(array);
-        const auto* bytes = static_cast<const std::uint8_t*>(access.data());
-        return {bytes, bytes + windows::element_count(array)};
+        return bytes_of(outcome.result);
     }
 
     static Variant array_of(VARTYPE type, LONG first, std::vector<LONG> numbers) {

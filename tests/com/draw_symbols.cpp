@@ -11,9 +11,9 @@
 #include "barcode/symbology.h"
 #include "ports/windows/adapters.h"
 #include "ports/windows/com_pictures.h"
+#include "ports/windows/gdi_drawing.h"
 #include "windows/bstr.h"
 #include "windows/failure.h"
-#include "windows/gdi.h"
 
 // clang-format off
 #include <ocidl.h>

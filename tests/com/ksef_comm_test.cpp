@@ -16,12 +16,7 @@ class KsefComm : public testing::Test {
         return bstr_of(outcome.result);
     }
     base::Bytes bytes(const char16_t* method, const VARIANT& argument) {
-        const Outcome outcome = call(ksef, method, {argument});
-        EXPECT_EQ(outcome.result.type(), VT_ARRAY | VT_UI1);
-        if (outcome.result.type() != (VT_ARRAY | VT_UI1)) return {};
-        const windows::SafeArrayAccess access(outcome.result.get().parray);
-        const auto* data = static_cast<const std::uint8_t*>(access.data());
-        return {data, data + windows::element_count(outcome.result.get().parray)};
+        return bytes_of(call(ksef, method, {argument}).result);
     }
 };
 

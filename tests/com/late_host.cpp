@@ -70,6 +70,16 @@ base::Text bstr_of(const Variant& value) {
     return base::Text(windows::view_of(value.get().bstrVal));
 }
 
+base::Bytes bytes_of(const Variant& value) {
+    EXPECT_EQ(value.type(), VT_ARRAY | VT_UI1);
+    if (value.type() != (VT_ARRAY | VT_UI1)) return {};
+    SAFEARRAY* array = value.get().parray;
+    EXPECT_EQ(array->rgsabound[0].lLbound, 0);
+    const windows::SafeArrayAccess access(array);
+    const auto* bytes = static_cast<const std::uint8_t*>(access.data());
+    return {bytes, bytes + windows::element_count(array)};
+}
+
 VARIANT reference(void* variable, int type) {
     VARIANT value{};
     value.vt = static_cast<VARTYPE>(VT_BYREF | type);

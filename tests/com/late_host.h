@@ -43,6 +43,8 @@ Outcome put(const ComPointer<IDispatch>& object, const char16_t* name,
 
 /// The text of a result that must be exactly a BSTR.
 base::Text bstr_of(const Variant& value);
+/// The bytes of a result that must be exactly a zero-based array of them.
+base::Bytes bytes_of(const Variant& value);
 
 // References to what a host keeps in variables.
 VARIANT reference(void* variable, int type);

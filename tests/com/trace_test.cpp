@@ -16,6 +16,7 @@ namespace {
 constexpr const wchar_t* folder = L"C:\\quensql";
 constexpr const wchar_t* switch_file = L"C:\\quensql\\debug-Info.quen";
 constexpr const wchar_t* log_file = L"C:\\quensql\\debug-info.dta.quen";
+constexpr const char* log_file_name = "C:\\quensql\\debug-info.dta.quen";
 
 class TraceOnDriveC : public testing::Test {
   protected:
@@ -41,52 +42,41 @@ class TraceOnDriveC : public testing::Test {
         write_dates(usual_format);
         DeleteFileW(log_file);
         DeleteFileW(switch_file);
-        RemoveDirectoryW(switch_file);
         RemoveDirectoryW(folder);
     }
     static std::string written() {
         std::ostringstream content;
-        content << std::ifstream("C:\\quensql\\debug-info.dta.quen", std::ios::binary).rdbuf();
+        content << std::ifstream(log_file_name, std::ios::binary).rdbuf();
         return content.str();
     }
 };
 
-TEST_F(TraceOnDriveC, WritesThePolishDateAndTheCodePage) {
-    CreateDirectoryW(switch_file, nullptr);
-    log.look_for_switch();
-    EXPECT_FALSE(is_on) << "a folder is no switch";
-    RemoveDirectoryW(switch_file);
+TEST_F(TraceOnDriveC, WritesThePolishDateAndTheCodePageBesideOthers) {
     files->append(u"c:\\quensql\\debug-Info.quen", {});
     log.look_for_switch();
     log.write(u"C_Getmail:DisconnectMe:2k");
-    // Somebody looks at the log meanwhile, and somebody else writes into it.
-    const std::ifstream reader("C:\\quensql\\debug-info.dta.quen");
-    std::ofstream("C:\\quensql\\debug-info.dta.quen", std::ios::app | std::ios::binary) << "-\r\n";
-    clock.now = {2026, 1, 2, 0, 0, 0};
-    log.write(u"Połączenie");
+    {
+        // Somebody looks at the log meanwhile, and somebody else writes into it.
+        const std::ifstream reader(log_file_name);
+        std::ofstream(log_file_name, std::ios::app | std::ios::binary) << "-\r\n";
+        clock.now = {2026, 1, 2, 0, 0, 0};
+        log.write(u"Połączenie");
+    }
+    {
+        const windows::KernelHandle locked(
+            CreateFileW(log_file, GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+        ASSERT_NE(locked.get(), INVALID_HANDLE_VALUE);
+        log.write(u"lost");
+    }
     EXPECT_EQ(written(),
               "2026-11-14 21:49:05:10.0.36:C_Getmail:DisconnectMe:2k\r\n"
               "-\r\n"
               "2026-01-02:10.0.36:Po\xB3\xB9"
               "czenie\r\n");
-}
-
-TEST_F(TraceOnDriveC, IsSilentAboutALockedFileAndAMissingFolder) {
-    is_on = true;
-    log.write(u"a");
-    {
-        const windows::KernelHandle locked(
-            CreateFileW(log_file, GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
-        ASSERT_NE(locked.get(), INVALID_HANDLE_VALUE);
-        log.write(u"b");
-    }
-    log.write(u"c");
-    EXPECT_EQ(written(),
-              "2026-11-14 21:49:05:10.0.36:a\r\n"
-              "2026-11-14 21:49:05:10.0.36:c\r\n");
     DeleteFileW(log_file);
+    DeleteFileW(switch_file);
     RemoveDirectoryW(folder);
-    log.write(u"d");
+    log.write(u"no folder");
     EXPECT_FALSE(files->is_file(u"C:\\quensql\\debug-info.dta.quen"));
 }
 
