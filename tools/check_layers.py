@@ -10,7 +10,7 @@ import sys
 
 from tree import ROOT, files
 
-FEATURES = ["ksef", "barcode", "mail", "pdfsign", "dialogs"]
+FEATURES = ["ksef", "barcode", "barcode/surface", "mail", "pdfsign", "dialogs"]
 ADAPTERS = ["ports/native", "ports/windows", "ports/portable"]
 
 # The sandbox reads the published interface a second time, so it shares nothing with the product: a mistake must not be
@@ -29,8 +29,9 @@ LAYERS = {
     "ports/native": ["base", "ports", "ports/portable", "fonts", "drawing"],
     "ports/windows": ["base", "ports", "ports/portable", "windows", "drawing"],
     **{feature: ["base", "ports"] for feature in FEATURES},
-    # A symbol's bars are glyphs.
-    "barcode": ["base", "ports", "fonts", "drawing"],
+    # A symbol's bars are glyphs; encoders know no host.
+    "barcode": ["base", "fonts", "drawing"],
+    "barcode/surface": ["base", "ports", "fonts", "drawing", "barcode"],
     "frame": ["base", "ports", *FEATURES],
     "com": ["base", "windows"],
     "com/forms": ["base", "ports", *FEATURES, "frame", "windows", "com"],

@@ -38,7 +38,9 @@ TEST(Ean, every_leading_digit_has_its_parities) {
     }
 }
 
-TEST(Ean, two_digit_parities_go_by_the_value_modulo_four) {
+TEST(Ean, add_ons_of_two_digits_and_bytes) {
+    EXPECT_EQ(binary_byte(5), u"00000101");
+    EXPECT_EQ(binary_byte(255), u"11111111");
     EXPECT_EQ(encode_add_on(u"00"), u"[A\\A");
     EXPECT_EQ(encode_add_on(u"01"), u"[A\\L");
     EXPECT_EQ(encode_add_on(u"02"), u"[K\\C");
@@ -54,12 +56,6 @@ TEST(Ean, refuses_what_is_not_its_digits) {
     for (const TextView text : {u"", u"1", u"123", u"1234", u"123456", u"1a", u"1234x"}) {
         EXPECT_EQ(encode_add_on(text), u"") << base::to_utf8(text);
     }
-}
-
-TEST(Ean, binary_byte) {
-    EXPECT_EQ(binary_byte(5), u"00000101");
-    EXPECT_EQ(binary_byte(0), u"00000000");
-    EXPECT_EQ(binary_byte(255), u"11111111");
 }
 
 using Values = std::vector<std::uint8_t>;
@@ -110,14 +106,6 @@ TEST(Code128, trimmed_text_loses_value_zero_where_something_follows) {
     const Values values = encode_code128(u"a b");
     EXPECT_EQ(code128_text(values, characters).size(), 6u);
     EXPECT_EQ(code128_trimmed_text(values, characters).size(), 5u);
-}
-
-// A code of a few tens of thousands of characters must neither overflow the weights nor take long.
-TEST(Code128, weights_of_a_very_long_text) {
-    const Values values = encode_code128(Text(70000, u'z'));
-    int sum = 104;
-    for (int weight = 1; weight <= 70000; ++weight) sum = (sum + 90 * (weight % 103)) % 103;
-    EXPECT_EQ(values[values.size() - 2], sum);
 }
 
 }  // namespace

@@ -23,14 +23,15 @@ drk_wyd_QRGen front_settings(Text* version = nullptr) {
 constexpr std::size_t capacity_40_m = 2331;
 
 TEST(Qr, the_largest_text_and_one_byte_more) {
-    const drk_wyd_QRGen generator = front_settings();
+    Text version;
+    const drk_wyd_QRGen generator = front_settings(&version);
     EXPECT_TRUE(generator.QRCodegenBarcode(Text(capacity_40_m, u'a')));
+    EXPECT_EQ(version, u"QR Code Version 40");
     EXPECT_FALSE(generator.QRCodegenBarcode(Text(capacity_40_m + 1, u'a')));
     // Polish letters take two bytes.
     EXPECT_TRUE(generator.QRCodegenBarcode(Text(capacity_40_m / 2, u'ł') + u"a"));
     EXPECT_FALSE(generator.QRCodegenBarcode(Text(capacity_40_m / 2 + 1, u'ł')));
     EXPECT_FALSE(generator.QRCodegenBarcode(u""));
-    EXPECT_FALSE(generator.QRCodegenBarcode(Text(10'000'000, u'a')));
 }
 
 TEST(Qr, versions_and_levels_outside_the_range) {
@@ -44,19 +45,9 @@ TEST(Qr, versions_and_levels_outside_the_range) {
         generator.set_xMaxVersion(high);
         EXPECT_FALSE(generator.QRCodegenBarcode(u"a"));
     }
-    for (const std::int32_t level : {-1, 4}) {
-        drk_wyd_QRGen other = front_settings();
-        other.set_xEcl(level);
-        EXPECT_FALSE(other.QRCodegenBarcode(u"a"));
-    }
-}
-
-TEST(Qr, hands_over_the_version) {
-    Text version;
-    EXPECT_TRUE(front_settings(&version).QRCodegenBarcode(u"Tavrix"));
-    EXPECT_EQ(version, u"QR Code Version 1");
-    EXPECT_TRUE(front_settings(&version).QRCodegenBarcode(Text(capacity_40_m, u'a')));
-    EXPECT_EQ(version, u"QR Code Version 40");
+    drk_wyd_QRGen other = front_settings();
+    other.set_xEcl(4);
+    EXPECT_FALSE(other.QRCodegenBarcode(u"a"));
 }
 
 TEST(Qr, picture_has_a_quiet_zone_and_a_row_for_each_row_of_modules) {

@@ -85,29 +85,29 @@ TEST(Rotation, bitmaps_of_every_depth_turn_by_quarters_only) {
 }
 
 TEST(Rotation, refuses_other_depths_and_palettes) {
-    const auto expect_error = [](RecordingSurface& source, std::uint32_t number, Text from,
-                                 Text description) {
-        RecordingSurface destination(60, 45);
+    const struct {
+        std::int32_t depth;
+        std::uint32_t number;
+        const char16_t* source;
+        const char16_t* description;
+    } cases[] = {
+        {4, 0x800403E9, u"DDBHelper.GetBitmapPixels", u"Invalid number of bits per pixel: 4"},
+        // The destination's, when it is another one.
+        {16, 0x800403E9, u"DDBHelper.GetBitmapPixels", u"Invalid number of bits per pixel: 32"},
+        {8, 0x800403EA, u"DDBHelper.MatchColorPalette", u"Error matching bitmap palette"}};
+    for (const auto& each : cases) {
+        RecordingSurface source(60, 45), destination(60, 45);
+        source.set_depth(each.depth);
+        source.lack(u"Palette");
         try {
             turn_bitmap(source, destination, 90);
-            FAIL() << "nothing was thrown";
+            ADD_FAILURE() << "nothing was thrown";
         } catch (const base::AutomationError& error) {
-            EXPECT_EQ(static_cast<std::uint32_t>(error.number()), number);
-            EXPECT_EQ(error.source(), from);
-            EXPECT_EQ(error.description(), description);
+            EXPECT_EQ(static_cast<std::uint32_t>(error.number()), each.number);
+            EXPECT_EQ(error.source(), each.source);
+            EXPECT_EQ(error.description(), each.description);
         }
-    };
-    RecordingSurface source(60, 45);
-    source.set_depth(4);
-    expect_error(source, 0x800403E9, u"DDBHelper.GetBitmapPixels",
-                 u"Invalid number of bits per pixel: 4");
-    source.set_depth(16);
-    expect_error(source, 0x800403E9, u"DDBHelper.GetBitmapPixels",
-                 u"Invalid number of bits per pixel: 32");  // the destination's
-    source.set_depth(8);
-    source.lack(u"Palette");
-    expect_error(source, 0x800403EA, u"DDBHelper.MatchColorPalette",
-                 u"Error matching bitmap palette");
+    }
 }
 
 TEST(Rotation, turned_text_gives_a_host_scale_back) {
