@@ -7,6 +7,7 @@
 
 #include "tests/support/host_database.h"
 #include "tests/support/sandbox.h"
+#include "tests/support/scratch_folder.h"
 
 namespace tavrix::cli {
 namespace {
@@ -22,14 +23,9 @@ struct Outcome {
 class Cli : public testing::Test {
   protected:
     void SetUp() override {
-        folder_ = testing::TempDir() + "tavrix-cli-" + std::to_string(getpid()) + "/";
-        ASSERT_EQ(std::system(("rm -rf '" + folder_ + "' && mkdir -p '" + folder_ + "'").c_str()),
-                  0);
         setenv("TAVRIX_SETTINGS", (folder_ + "Tavrix.json").c_str(), 1);
         unsetenv("TAVRIX_TOKEN");
     }
-    void TearDown() override { EXPECT_EQ(std::system(("rm -rf '" + folder_ + "'").c_str()), 0); }
-
     void write(const std::string& name, const std::string& text) {
         std::ofstream(folder_ + name, std::ios::binary) << text;
     }
@@ -44,28 +40,23 @@ class Cli : public testing::Test {
         return outcome;
     }
 
-    std::string folder_;
+    test::ScratchFolder scratch_;
+    std::string folder_ = scratch_.path().string() + "/";
 };
 
 TEST_F(Cli, SendsOverTlsOfAPrivateAuthorityAndTellsMachines) {
-    test::Sandbox sandbox({"--https", "--ca-file-out", folder_ + "ca.pem"});
+    test::Sandbox sandbox("--https --ca-file-out '" + folder_ + "ca.pem'");
     const auto settings = [&](const std::string& http) {
         write("Tavrix.json", R"({"ksef":{"test":")" + sandbox.origin() +
                                  R"("},"http":{"proxy":"direct")" + http + "}}");
     };
     ports::SqliteConnection::open(folder_ + "firma.db", true)
-        ->execute_script(
-            "create table dok (ddout_id integer primary key, ddout_data_wyst datetime, numer_ksef "
-            "nvarchar(50),"
-            "NumerRef_ksef nvarchar(50), HashFaktury nvarchar(50), status_ksef nvarchar(9), "
-            "StatusStr_ksef ntext,"
-            "UPO_ksef ntext, Export_Opis_bledu_ksef ntext, DATA_OPERACJI datetime);"
-            "insert into dok (ddout_id) values (1)");
+        ->execute_script(test::demonstration_schema());
     write("faktura.xml", test::demonstration_invoice_file());
     write("token.txt", "R|nip-5265877635|s\n");
     const std::string send = "send --json --nip 5265877635 --token-file '" + folder_ +
                              "token.txt' --xml '" + folder_ + "faktura.xml' --db '" + folder_ +
-                             "firma.db' --table dok --id 1";
+                             "firma.db' --table dok_fak --id 1001";
 
     settings("");
     const Outcome distrusted = run(send);
@@ -80,9 +71,11 @@ TEST_F(Cli, SendsOverTlsOfAPrivateAuthorityAndTellsMachines) {
     const Json answer = Json::parse(sent.output);
     EXPECT_EQ(answer.at("result"), "");
     EXPECT_EQ(answer.at("upo_stored"), true);
-    EXPECT_EQ(answer.at("row").at("status_ksef"), "200");
-    EXPECT_EQ(run("hash '" + folder_ + "faktura.xml'").output.substr(0, 44),
-              answer.at("row").at("HashFaktury"));
+    const Json& row = answer.at("row");
+    EXPECT_EQ(row.at("status_ksef"), "200");
+    EXPECT_EQ(row.size(), 8u) << "every column that the library writes";
+    EXPECT_GT(row.at("upo_bytes"), 1000);
+    EXPECT_EQ(run("hash '" + folder_ + "faktura.xml'").output.substr(0, 44), row.at("HashFaktury"));
 }
 
 TEST_F(Cli, ExitCodesTellWhoseFaultItIs) {

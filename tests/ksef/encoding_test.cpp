@@ -2,12 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include "base/base64.h"
 #include "base/error.h"
 #include "ksef/json.h"
 #include "ksef/token.h"
 #include "ports/native/adapters.h"
-#include "ports/portable/openssl_crypto.h"
 
 namespace tavrix::ksef {
 namespace {
@@ -64,7 +62,6 @@ class Conversions : public testing::Test {
   protected:
     std::unique_ptr<ports::Xml> xml_ = ports::make_native_xml();
     std::unique_ptr<ports::CodePage> code_page_ = ports::make_native_code_page();
-    std::unique_ptr<ports::Crypto> crypto_ = ports::make_openssl_crypto();
 };
 
 TEST_F(Conversions, TextGoesThroughTheSystemsCodePage) {
@@ -97,10 +94,6 @@ TEST_F(Conversions, BytesOfAnInvoiceAreTheSameHoweverTheHostReadIt) {
     EXPECT_TRUE(invoice_bytes(*code_page_, u"").empty());
 }
 
-TEST_F(Conversions, HashOfNothing) {
-    EXPECT_EQ(sha256_base64(*crypto_, {}), "47DEQpj8HBSa+/TImW+5JCeuQeRkm5NMpJWZG3hSuFU=");
-}
-
 TEST(Base64ToBytes, GivesNothingForWhatIsNotBase64) {
     EXPECT_EQ(base64_to_bytes(u"Zm9v"), (base::Bytes{'f', 'o', 'o'}));
     EXPECT_TRUE(base64_to_bytes(u"ż").empty());
@@ -109,16 +102,33 @@ TEST(Base64ToBytes, GivesNothingForWhatIsNotBase64) {
 }
 
 TEST(TokenCheck, ReadsTheTaxNumberOutOfTheSecondPart) {
-    EXPECT_EQ(check_token(base::SecretText(u"REF|nip-5265877635|abc"), u"5265877635").failure, u"");
     EXPECT_EQ(check_token(base::SecretText(u"REF|internalid-5265877635-12345|abc"), u"5265877635")
                   .tax_number,
               u"5265877635");
-    EXPECT_EQ(check_token(base::SecretText(u"bez kreski"), u"1").failure,
-              u"Błędny token :bez kreski");
-    EXPECT_EQ(check_token(base::SecretText(u""), u"1").failure, u"Błędny token :");
-    EXPECT_EQ(check_token(base::SecretText(u"REF|nip-1111111111|abc"), u"5265877635").failure,
-              u"Błędny token (Niezgodny nip):1111111111");
-    EXPECT_THROW(check_token(base::SecretText(u"a|b|c"), u"1"), base::AutomationError);
+    EXPECT_THROW(read_token(base::SecretText(u"a|b|c-d")), base::AutomationError);
+}
+
+TEST(SecretAnswer, GivesTheTokensApart) {
+    constexpr std::tuple<const char*, const char*, const char*> answers[] = {
+        {R"({"a":{"token":"T","n":1},"r":"R"})", "T", "R"},
+        {R"({"r":"R","x":{"token":"U"},"y":["}",{"token":"V"}], "a" : { "token" : "T" } })", "T",
+         "R"},
+        {R"({"a":{"token":"T1"},"a":{"token":"T2"},"r":"R"})", "T2", "R"},
+        {R"({"a":{"token":"T\u002B\/\"1"},"r":"R"})", "T+/\"1", "R"},
+        {R"({"a":{"token":17},"r":"R"})", "17", "R"},
+        {R"({"a":"token","token":"U","r":"R"})", "", "R"},
+        {R"({"r":"R"})", "", "R"},
+        {R"({"a":{"token":"T"},"r":"R")", "", ""},
+        {R"({"a":{"token":"T)", "", ""},
+        {"<html>", "", ""},
+        {"", "", ""},
+    };
+    for (const auto& [text, token, rest] : answers) {
+        base::SecretUtf8 body{std::string_view(text)};
+        const SecretAnswer answer = parse_secret_json(body, {"a.token"});
+        EXPECT_EQ(answer.secrets.at(0).view(), token) << text;
+        EXPECT_EQ(utf8_at(answer.rest, "r"), rest) << text;
+    }
 }
 
 TEST(JsonReading, GivesEmptyTextsForWhatIsNotThere) {

@@ -50,15 +50,10 @@ class SendFixture : public testing::Test {
         return send_with(client, database);
     }
 
-    std::string send_to(ports::Database& database) {
-        KseF_comm client(ports());
-        return send_with(client, database);
-    }
-
     std::string send_with(KseF_comm& client, ports::Database& database) {
         return base::to_utf8(client.SendInvoiceToKSeF(database, nip, base::SecretText(sent_token),
-                                                      invoice, u"FA (3)", u"1-0E", u"FA", 2, table,
-                                                      document_id));
+                                                      invoice, u"FA (3)", u"1-0E", u"FA",
+                                                      environment, table, document_id));
     }
 
     /// The document's row; dates as text.
@@ -106,6 +101,7 @@ class SendFixture : public testing::Test {
     base::Text invoice = test::demonstration_invoice();
     base::Text table = u"dok_fak";
     std::int32_t document_id = 1001;
+    std::int32_t environment = 2;
 };
 
 }  // namespace tavrix::ksef

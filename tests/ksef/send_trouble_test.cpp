@@ -22,7 +22,8 @@ TEST_F(SendTrouble, ADatabaseThatFailsAtAnyCallLeavesTheRowWholeOrUntouched) {
             today();
             ports::SqliteDatabase real(connection);
             test::FailingDatabase database(real, failing);
-            const std::string result = send_to(database);
+            KseF_comm client(ports());
+            const std::string result = send_with(client, database);
             const Row document = row();
             const std::string number = document.at("numer_ksef");
             expect_whole_or_untouched(document, "call " + std::to_string(call));

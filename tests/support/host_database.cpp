@@ -17,10 +17,14 @@ std::string read(const std::string& path) {
 
 std::shared_ptr<ports::SqliteConnection> make_host_database(const std::string& issue_date) {
     auto connection = ports::SqliteConnection::open(":memory:", true);
-    connection->execute_script(read(TAVRIX_DEMO_FOLDER "/schema.sql"));
+    connection->execute_script(demonstration_schema());
     connection->execute_script("update dok_fak set ddout_data_wyst='" + issue_date +
                                "' where ddout_id=1001");
     return connection;
+}
+
+std::string demonstration_schema() {
+    return read(TAVRIX_DEMO_FOLDER "/schema.sql");
 }
 
 std::string demonstration_invoice_file() {

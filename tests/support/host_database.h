@@ -10,6 +10,8 @@ namespace tavrix::test {
 /// `issue_date`.
 std::shared_ptr<ports::SqliteConnection> make_host_database(const std::string& issue_date);
 
+/// The demonstration's tables.
+std::string demonstration_schema();
 /// The demonstration's invoice, FA(3), as a host reads it: one character for each byte.
 base::Text demonstration_invoice();
 /// Its bytes.

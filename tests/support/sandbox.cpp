@@ -1,46 +1,28 @@
 #include "tests/support/sandbox.h"
 
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <csignal>
 #include <stdexcept>
 
 #include "ports/portable/curl_http.h"
 
-extern char** environ;
-
 namespace tavrix::test {
 namespace {
 
-std::string read_line(int descriptor) {
+std::string read_line(std::FILE* pipe) {
     std::string line;
-    for (char c = 0; read(descriptor, &c, 1) == 1 && c != '\n';) line += c;
+    for (int c = 0; (c = std::fgetc(pipe)) != EOF && c != '\n';) line += static_cast<char>(c);
     return line;
 }
 
 }  // namespace
 
-Sandbox::Sandbox(std::vector<std::string> arguments) {
-    arguments.insert(arguments.begin(), {TAVRIX_SANDBOX_PROGRAM, "--port", "0", "--quiet"});
-    std::vector<char*> argv;
-    for (std::string& argument : arguments) argv.push_back(argument.data());
-    argv.push_back(nullptr);
-
-    int ends[2];
-    if (pipe(ends) != 0) throw std::runtime_error("pipe");
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
-    posix_spawn_file_actions_addclose(&actions, ends[0]);
-    posix_spawn_file_actions_addclose(&actions, ends[1]);
-    const int failure = posix_spawn(&pid_, argv[0], &actions, nullptr, argv.data(), environ);
-    posix_spawn_file_actions_destroy(&actions);
-    close(ends[1]);
-    const std::string line = failure == 0 ? read_line(ends[0]) : "";
-    close(ends[0]);
-
+Sandbox::Sandbox(const std::string& arguments) {
+    // The program takes the shell's place, and with it the number that the shell says.
+    pipe_ = popen(
+        ("echo $$; exec " TAVRIX_SANDBOX_PROGRAM " --port 0 --quiet " + arguments).c_str(), "r");
+    if (pipe_ == nullptr) throw std::runtime_error("popen");
+    pid_ = std::stoi(read_line(pipe_));
+    const std::string line = read_line(pipe_);
     constexpr std::string_view greeting = "listening on ";
     if (!line.starts_with(greeting)) throw std::runtime_error("the sandbox did not start: " + line);
     origin_ = line.substr(greeting.size());
@@ -53,9 +35,8 @@ Sandbox::Sandbox(std::vector<std::string> arguments) {
 }
 
 Sandbox::~Sandbox() {
-    if (pid_ <= 0) return;
     kill(pid_, SIGTERM);
-    waitpid(pid_, nullptr, 0);
+    pclose(pipe_);
 }
 
 std::string Sandbox::call(const std::string& method, const std::string& path,

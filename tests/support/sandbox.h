@@ -2,6 +2,7 @@
 
 #include <sys/types.h>
 
+#include <cstdio>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <string>
@@ -16,7 +17,7 @@ using Json = nlohmann::ordered_json;
 /// A tavrix-sandbox of this build on a free loopback port, stopped by its pid with the object.
 class Sandbox {
   public:
-    explicit Sandbox(std::vector<std::string> arguments = {});
+    explicit Sandbox(const std::string& arguments = "");
     ~Sandbox();
     Sandbox(const Sandbox&) = delete;
     Sandbox& operator=(const Sandbox&) = delete;
@@ -36,7 +37,8 @@ class Sandbox {
     std::string call(const std::string& method, const std::string& path,
                      const std::string& body = "");
 
-    pid_t pid_ = -1;
+    std::FILE* pipe_;
+    pid_t pid_;
     std::string origin_;
     std::unique_ptr<ports::Http> http_;
 };
