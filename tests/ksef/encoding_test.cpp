@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "base/error.h"
+#include "ksef/client.h"
 #include "ksef/json.h"
 #include "ksef/token.h"
 #include "ports/native/adapters.h"
@@ -106,6 +107,13 @@ TEST(TokenCheck, ReadsTheTaxNumberOutOfTheSecondPart) {
                   .tax_number,
               u"5265877635");
     EXPECT_THROW(read_token(base::SecretText(u"a|b|c-d")), base::AutomationError);
+}
+
+TEST(PathSegment, StaysOneSegmentWhateverAServerGave) {
+    EXPECT_EQ(path_segment("20261121-AB_c.~"), "20261121-AB_c.~");
+    EXPECT_EQ(path_segment("../a?b#ż%"), "..%2Fa%3Fb%23%C5%BC%25");
+    EXPECT_EQ(path_segment(".."), "%2E%2E");
+    EXPECT_EQ(path_segment("."), "%2E");
 }
 
 TEST(SecretAnswer, GivesTheTokensApart) {

@@ -62,6 +62,9 @@ TEST_F(SendFaults, EveryStepHasItsTextAndLeavesTheRowAlone) {
          session_failed + "Nieznany błą"},
         {"security/public-key-certificates", value_at("[1].usage", Json::array({"Other"})),
          "Load RSA Public Key failed: *"},
+        // The last key of a usage counts: this one is not for tokens.
+        {"security/public-key-certificates",
+         value_at("[1].usage", Json::array({"KsefTokenEncryption"})), session_failed + "{*"},
         {"auth/ksef-token", status(500, "{\"e\":1}"), session_failed + "{\"e\":1}"},
         {"auth/ksef-token", status(500), session_failed + "auth/ksef-token:STATUS:timeout"},
         {"auth/ksef-token",
