@@ -1,0 +1,134 @@
+// One whole sending of an invoice, to a server whose answers are the input: "STATUS BODY" for each
+// request, with a line
+// "---" between them. The cryptography is left out, it never sees more than a key's text.
+#include <cstdlib>
+#include <map>
+
+#include "base/error.h"
+#include "fuzz/fuzz_target.h"
+#include "ksef/ksef_comm.h"
+#include "ports/native/adapters.h"
+#include "tests/support/fake_clock.h"
+
+using namespace tavrix;
+
+namespace {
+
+class Answers final : public ports::Http {
+  public:
+    explicit Answers(std::string_view script) : rest_(script) {}
+
+    ports::HttpReply send(const ports::HttpRequest&) override {
+        ports::HttpReply reply;
+        if (rest_.empty()) return reply;
+        const std::size_t end = rest_.find("\n---\n");
+        const std::string answer(rest_.substr(0, end));
+        rest_ = end == std::string_view::npos ? std::string_view() : rest_.substr(end + 5);
+        reply.completed = true;
+        reply.status = std::atoi(answer.substr(0, 3).c_str());
+        if (answer.size() > 4) reply.body += std::string_view(answer).substr(4);
+        return reply;
+    }
+
+  private:
+    std::string_view rest_;
+};
+
+struct Key final : ports::PublicKey {
+    std::string pem() const override { return "key"; }
+};
+
+struct NoCrypto final : ports::Crypto {
+    void fill_random(std::span<std::uint8_t>) override {}
+    base::Bytes sha256(base::ByteView) override { return base::Bytes(32); }
+    base::Bytes aes_256_cbc_encrypt(base::ByteView, base::ByteView, base::ByteView) override {
+        return base::Bytes(16);
+    }
+    std::unique_ptr<ports::PublicKey> key_of_certificate(std::string_view) override {
+        return std::make_unique<Key>();
+    }
+    std::unique_ptr<ports::PublicKey> load_public_key(std::string_view) override {
+        return std::make_unique<Key>();
+    }
+    base::Bytes rsa_oaep_sha256_encrypt(const ports::PublicKey&, base::ByteView) override {
+        return base::Bytes(256);
+    }
+};
+
+using Row = std::map<base::Text, ports::Value>;
+
+// Changes reach the row when the batch is written.
+class OneRow final : public ports::Recordset {
+  public:
+    explicit OneRow(Row& row) : row_(row), changed_(row) {}
+    bool at_end() override { return false; }
+    void move_next() override {}
+    ports::Value field(base::TextView name) override { return changed_[base::Text(name)]; }
+    void set_field(base::TextView name, const ports::Value& value) override {
+        changed_[base::Text(name)] = value;
+    }
+    void add_new() override {}
+    void update_batch() override { row_ = changed_; }
+
+  private:
+    Row& row_;
+    Row changed_;
+};
+
+class OneRowDatabase final : public ports::Database {
+  public:
+    std::unique_ptr<ports::Recordset> open(base::TextView) override {
+        return std::make_unique<OneRow>(row);
+    }
+    void execute(base::TextView) override {}
+    Row row{{u"ddout_data_wyst", base::Text(u"2026-11-21")}};
+};
+
+}  // namespace
+
+std::vector<std::string> fuzz::seeds() {
+    const std::string sign_in =
+        R"(200 {"challenge":"20261121-CR-1","timestamp":"2026-11-21T10:15:30.1234567+00:00"})"
+        "\n---\n"
+        R"(200 [{"certificate":"TUlJ","usage":["KsefTokenEncryption"]},)"
+        R"({"certificate":"TUlJ","usage":["SymmetricKeyEncryption"]}])"
+        "\n---\n"
+        R"(202 {"referenceNumber":"20261121-AU-1","authenticationToken":{"token":"ey.a.b"}})"
+        "\n---\n"
+        R"(200 {"status":{"code":200,"description":"Uwierzytelnianie zakończone sukcesem"}})"
+        "\n---\n"
+        R"(200 {"accessToken":{"token":"ey.c.d"},"refreshToken":{"token":"ey.e.f"}})"
+        "\n---\n";
+    const std::string send = R"(201 {"referenceNumber":"20261121-SO-1"})"
+                             "\n---\n"
+                             R"(202 {"referenceNumber":"20261121-EE-1"})"
+                             "\n---\n";
+    return {
+        sign_in + send + R"(200 {"status":{"code":200,"description":"Sukces"},"ksefNumber":)" +
+            R"("5265877635-20261121-1","upoDownloadUrl":"https://x.example/upo?sig=1"})" +
+            "\n---\n204 \n---\n200 {\"upoDownloadUrl\":\"http://a/b\"}\n---\n200 <UPO/>",
+        sign_in + send + R"(200 {"status":{"code":440,"description":"Duplikat","extensions":)" +
+            R"({"originalKsefNumber":"1","originalSessionReferenceNumber":"2"}}})",
+        sign_in + "400 {\"exception\":{\"exceptionDetailList\":[{\"exceptionCode\":21405}]}}",
+    };
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const std::string_view script(reinterpret_cast<const char*>(data), size);
+    static const auto xml = ports::make_native_xml();
+    static const auto code_page = ports::make_native_code_page();
+    static const ksef::Settings settings;
+    test::FakeClock clock;
+    NoCrypto crypto;
+    OneRowDatabase database;
+    ksef::KseF_comm client({[&] { return std::make_unique<Answers>(script); }, crypto, clock, *xml,
+                            *code_page, settings});
+    // Raises nothing, ends, and leaves the row whole or untouched.
+    client.SendInvoiceToKSeF(database, u"5265877635", base::SecretText(u"R|nip-5265877635|s"),
+                             u"<Faktura/>", u"FA (3)", u"1-0E", u"FA", 2, u"dok_fak", 1);
+    const bool accepted = database.row[u"status_ksef"] == ports::Value(base::Text(u"200"));
+    const bool has_note =
+        database.row[u"Export_Opis_bledu_ksef"] == ports::Value(base::Text(u"OK."));
+    if (accepted != has_note) std::abort();
+    return 0;
+}
