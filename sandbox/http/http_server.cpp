@@ -22,8 +22,8 @@ thread_local Connection* current_connection = nullptr;
 
 std::vector<std::pair<std::string, std::string>> read_query(std::string_view target) {
     std::vector<std::pair<std::string, std::string>> query;
-    const std::size_t mark = target.find('?');
-    std::string_view rest = mark == std::string_view::npos ? "" : target.substr(mark + 1);
+    std::string_view rest = target.substr(std::min(target.find('?'), target.size()));
+    if (!rest.empty()) rest.remove_prefix(1);
     while (!rest.empty()) {
         const std::size_t end = std::min(rest.find('&'), rest.size());
         const std::string_view part = rest.substr(0, end);

@@ -43,7 +43,7 @@ struct Service {
 
     template <typename Record>
     void save(const Record& record) {
-        tavrix::sandbox::save(*store, record);
+        if (store->keeps()) tavrix::sandbox::save(*store, record);
     }
     void save_keys() { store->write("setting", "keys", keys.save()); }
     /// Forgets records, challenges and faults; keys stay.

@@ -17,6 +17,8 @@ class Store {
     using Visit = std::function<void(const std::string& key, std::string value)>;
 
     virtual ~Store() = default;
+    /// False when nothing written is ever read, and making records of the state can be spared.
+    virtual bool keeps() const { return true; }
     virtual void begin() = 0;
     virtual void commit() = 0;
     /// Adds a record, or replaces its value.
@@ -32,6 +34,7 @@ class Store {
 /// Remembers nothing: the state in memory is all there is.
 class NoStore : public Store {
   public:
+    bool keeps() const override { return false; }
     void begin() override {}
     void commit() override {}
     void write(std::string_view, std::string_view, std::string_view) override {}

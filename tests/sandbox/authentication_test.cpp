@@ -152,6 +152,7 @@ TEST_F(AuthenticationTest, ATokenMadeHereWorksUntilItIsRevoked) {
     const std::string reference = made.at("referenceNumber"), token = made.at("token");
     EXPECT_TRUE(token.starts_with(reference + "|nip-5265877635|"));
     EXPECT_EQ(client().sign_in(seller_nip, token).status, 200);
+    EXPECT_EQ(client().get("/invoices/ksef/any").status, 403) << "it grants writing only";
     EXPECT_EQ(make_token("InvoiceRead").exception_code(), 26001)
         << "a token cannot grant what it does not hold";
     EXPECT_EQ(client().remove("/tokens/" + reference).status, 204);

@@ -219,6 +219,12 @@ TEST(FaultText, ReadsQuotedValuesAndJson) {
     EXPECT_EQ(Fault::from_json(text).status, 404);
 }
 
+TEST(JsonText, NestsSixtyFourLevelsAndNoMore) {
+    EXPECT_TRUE(read_json(std::string(64, '[') + std::string(64, ']')));
+    EXPECT_FALSE(read_json(std::string(65, '[') + std::string(65, ']')));
+    EXPECT_TRUE(read_json("\"" + std::string(65, '[') + "\\\"\"")) << "brackets in a text";
+}
+
 TEST(JsonPath, ChangesExactlyWhatItNames) {
     Json value = Json::parse(R"({"a":[{"b":1},{"b":2}],"c":null})");
     EXPECT_EQ(set_at_path(value, "a[1].b", 5), 1u);

@@ -157,7 +157,7 @@ std::string schema_errors(const std::string& xml) {
 }
 
 TEST_F(SessionsTest, ConfirmationsAreValidAndAllWaysToThemGiveTheSame) {
-    TAVRIX_NEEDS_CONTRACT();
+    std::vector<std::string> confirmations;
     for (const std::string& token :
          {token_of(seller_nip), std::string("own|nip-5265877635|secret")}) {
         start();
@@ -172,7 +172,6 @@ TEST_F(SessionsTest, ConfirmationsAreValidAndAllWaysToThemGiveTheSame) {
         const Json invoice = client().get(path + "/invoices/" + first).json();
         const Reply by_link = client().download(invoice.at("upoDownloadUrl"));
         ASSERT_EQ(by_link.status, 200);
-        EXPECT_EQ(schema_errors(by_link.body), "");
         EXPECT_EQ(by_link.header("x-ms-meta-hash"), sha256_base64(by_link.body));
         EXPECT_EQ(client().get(path + "/invoices/" + first + "/upo").body, by_link.body);
         const std::string number = invoice.at("ksefNumber");
@@ -180,7 +179,7 @@ TEST_F(SessionsTest, ConfirmationsAreValidAndAllWaysToThemGiveTheSame) {
 
         const Json page = status().at("upo").at("pages").at(0);
         const Reply all = client().download(page.at("downloadUrl"));
-        EXPECT_EQ(schema_errors(all.body), "");
+        confirmations.insert(confirmations.end(), {by_link.body, all.body});
         const std::string upo = page.at("referenceNumber");
         EXPECT_EQ(client().get(path + "/upo/" + upo).body, all.body);
         const ParsedXml parsed = parse_xml(all.body);
@@ -192,6 +191,9 @@ TEST_F(SessionsTest, ConfirmationsAreValidAndAllWaysToThemGiveTheSame) {
         EXPECT_EQ(documents[0].text("SkrotDokumentu"), sha256_base64(SampleInvoice().xml()));
         EXPECT_EQ(documents[0].text("DataPrzeslaniaDokumentu"), "2026-11-21T09:15:30.123+01:00");
     }
+    TAVRIX_NEEDS_CONTRACT();
+    for (const std::string& confirmation : confirmations)
+        EXPECT_EQ(schema_errors(confirmation), "");
 }
 
 TEST_F(SessionsTest, DownloadLinksExpireAndCannotBeForged) {
