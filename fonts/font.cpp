@@ -20,23 +20,33 @@ GlyphId Font::glyph_of(char16_t character) const noexcept {
     return found == characters.end() ? GlyphId{0} : found->second;
 }
 
-std::vector<GlyphId> shape(const Font& font, base::TextView text) {
-    std::vector<GlyphId> glyphs;
-    glyphs.reserve(text.size());
+namespace {
+
+/// Calls `take` with each glyph of the text in turn, alternates chosen.
+template <typename Take>
+void for_each_glyph(const Font& font, base::TextView text, Take&& take) {
     bool triggered = false;
     for (const char16_t character : text) {
-        GlyphId glyph = font.glyph_of(character);
+        const GlyphId glyph = font.glyph_of(character);
         const auto alternate = triggered ? font.alternates.find(glyph) : font.alternates.end();
         triggered =
             std::find(font.triggers.begin(), font.triggers.end(), glyph) != font.triggers.end();
-        glyphs.push_back(alternate == font.alternates.end() ? glyph : alternate->second);
+        take(alternate == font.alternates.end() ? glyph : alternate->second);
     }
+}
+
+}  // namespace
+
+std::vector<GlyphId> shape(const Font& font, base::TextView text) {
+    std::vector<GlyphId> glyphs;
+    glyphs.reserve(text.size());
+    for_each_glyph(font, text, [&](GlyphId glyph) { glyphs.push_back(glyph); });
     return glyphs;
 }
 
 std::int32_t width_of(const Font& font, base::TextView text) {
     std::int32_t width = 0;
-    for (const GlyphId glyph : shape(font, text)) width += font.glyphs[glyph].advance;
+    for_each_glyph(font, text, [&](GlyphId glyph) { width += font.glyphs[glyph].advance; });
     return width;
 }
 
