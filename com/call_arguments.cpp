@@ -10,7 +10,8 @@ bool stands_for_nothing(const VARIANT& value) noexcept {
 
 }  // namespace
 
-Frame::Frame(const Member& member, const DISPPARAMS& parameters, LCID locale, bool let) {
+CallArguments::CallArguments(const Member& member, const DISPPARAMS& parameters, LCID locale,
+                             bool let) {
     const std::size_t count = member.argument_count + (let ? 1 : 0);
     const std::size_t required = member.required_count + (let ? 1 : 0);
     if (parameters.cArgs > count || parameters.cArgs < required ||
@@ -44,7 +45,7 @@ Frame::Frame(const Member& member, const DISPPARAMS& parameters, LCID locale, bo
     }
 }
 
-void Frame::place(std::size_t position, const DISPPARAMS& parameters, UINT index) {
+void CallArguments::place(std::size_t position, const DISPPARAMS& parameters, UINT index) {
     // Given twice: once by position and once by name.
     if (slots_[position].value != nullptr) throw ArgumentError(DISP_E_PARAMNOTFOUND, index);
     slots_[position].value = &parameters.rgvarg[index];

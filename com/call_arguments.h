@@ -35,11 +35,11 @@ struct Incoming {
 
 /// The arguments of one call, sorted into the order of the member's list: positional ones come last
 /// first, named ones carry their place.
-class Frame {
+class CallArguments {
   public:
     /// Throws ArgumentError when the list does not fit the member. `let` says that the last place
     /// is the property's new value.
-    Frame(const Member& member, const DISPPARAMS& parameters, LCID locale, bool let);
+    CallArguments(const Member& member, const DISPPARAMS& parameters, LCID locale, bool let);
 
     const Incoming& incoming(std::size_t position) const noexcept { return slots_[position]; }
 

@@ -9,7 +9,7 @@
 
 namespace tavrix::com {
 
-class Frame;
+class CallArguments;
 
 /// The longest argument list of the public classes has nineteen.
 inline constexpr std::size_t max_arguments = 20;
@@ -23,7 +23,7 @@ struct ArgumentRow {
 
 /// Reads the arguments, calls the portable method of the object behind `target` and gives its
 /// result. Throws ArgumentError for an argument that will not do, and whatever the method throws.
-using Call = windows::Variant (*)(void* target, const Frame& frame);
+using Call = windows::Variant (*)(void* target, const CallArguments& arguments);
 
 /// One name of a class: a method, or a property with what reads and what writes it.
 struct Member {

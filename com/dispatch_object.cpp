@@ -134,8 +134,8 @@ HRESULT DispatchObject::Invoke(DISPID id, REFIID reserved, LCID locale, WORD fla
         }
         const Call call = select(*member, flags);
         if (call == nullptr) return DISP_E_MEMBERNOTFOUND;
-        const Frame frame(*member, *parameters, locale, (flags & put_flags) != 0);
-        windows::Variant value = call(target_.get(), frame);
+        const CallArguments arguments(*member, *parameters, locale, (flags & put_flags) != 0);
+        windows::Variant value = call(target_.get(), arguments);
         if (result != nullptr) *result = value.release();
         return S_OK;
     } catch (...) {

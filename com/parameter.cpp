@@ -1,7 +1,5 @@
 #include "com/parameter.h"
 
-#include <new>
-
 namespace tavrix::com {
 namespace {
 

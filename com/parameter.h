@@ -1,7 +1,6 @@
 #pragma once
 
 #include <optional>
-#include <type_traits>
 
 #include "com/codec.h"
 

@@ -40,8 +40,8 @@ struct Signature<R (C::*)(P...)> {
     static constexpr std::size_t count = sizeof...(P);
 
     template <auto Method>
-    static windows::Variant call(void* target, const Frame& frame) {
-        return call_with<Method>(target, frame, std::index_sequence_for<P...>());
+    static windows::Variant call(void* target, const CallArguments& arguments) {
+        return call_with<Method>(target, arguments, std::index_sequence_for<P...>());
     }
 
     static constexpr std::array<ArgumentRow, max_arguments> describe(
@@ -67,12 +67,12 @@ struct Signature<R (C::*)(P...)> {
     }
 
     template <auto Method, std::size_t... I>
-    static windows::Variant call_with(void* target, [[maybe_unused]] const Frame& frame,
+    static windows::Variant call_with(void* target, [[maybe_unused]] const CallArguments& arguments,
                                       std::index_sequence<I...>) {
         // Filled one after the other, so that the first argument that will not do is the one
         // reported.
         std::tuple<std::optional<Parameter<P>>...> parameters;
-        (std::get<I>(parameters).emplace(frame.incoming(I)), ...);
+        (std::get<I>(parameters).emplace(arguments.incoming(I)), ...);
         C& object = *static_cast<C*>(target);
         windows::Variant result;
         if constexpr (std::is_void_v<R>) {

@@ -1,7 +1,6 @@
 #include "fonts/true_type.h"
 
 #include <algorithm>
-#include <functional>
 
 #include "base/version.h"
 

@@ -32,9 +32,7 @@ Text helpdesk_recipients(const mail::Settings& settings, const Text& tax_number)
     Text recipients = settings.helpdesk_address;
     const Text digits = base::remove_characters(tax_number, u"-");
     for (const mail::HelpdeskRoute& route : settings.helpdesk_routes) {
-        if (base::remove_characters(route.tax_number, u"-") == digits) {
-            return recipients.append(u"; ").append(route.address);
-        }
+        if (route.tax_number == digits) return recipients.append(u"; ").append(route.address);
     }
     return recipients;
 }

@@ -1,7 +1,6 @@
 #include "ksef/authentication.h"
 
 #include <memory>
-#include <optional>
 
 #include "base/base64.h"
 #include "base/error.h"

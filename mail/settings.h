@@ -6,7 +6,7 @@
 
 namespace tavrix::mail {
 
-/// A caller's tax number (compared without "-") that has a helpdesk address of its own.
+/// A caller's tax number, without "-", that has a helpdesk address of its own.
 struct HelpdeskRoute {
     base::Text tax_number;
     base::Text address;

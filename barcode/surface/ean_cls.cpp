@@ -3,9 +3,9 @@
 #include <algorithm>
 
 #include "barcode/ean.h"
-#include "barcode/surface/automation.h"
 #include "barcode/surface/ean_cls128.h"
 #include "barcode/surface/ean_cls813.h"
+#include "barcode/surface/host_arithmetic.h"
 #include "barcode/surface/qr_code.h"
 #include "barcode/surface/surface_guard.h"
 

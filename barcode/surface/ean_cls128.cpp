@@ -1,6 +1,6 @@
 #include "barcode/surface/ean_cls128.h"
 
-#include "barcode/surface/automation.h"
+#include "barcode/surface/host_arithmetic.h"
 #include "barcode/surface/rotation.h"
 #include "barcode/surface/surface_guard.h"
 

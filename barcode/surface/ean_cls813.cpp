@@ -1,7 +1,7 @@
 #include "barcode/surface/ean_cls813.h"
 
 #include "barcode/ean.h"
-#include "barcode/surface/automation.h"
+#include "barcode/surface/host_arithmetic.h"
 #include "barcode/surface/surface_guard.h"
 
 namespace tavrix::barcode {

@@ -1,6 +1,6 @@
 #include "barcode/surface/font_installer.h"
 
-#include "barcode/surface/automation.h"
+#include "barcode/surface/host_arithmetic.h"
 
 namespace tavrix::barcode {
 namespace {

@@ -4,8 +4,8 @@
 #include <cmath>
 #include <cstring>
 
-#include "barcode/surface/automation.h"
 #include "barcode/surface/ddb_helper.h"
+#include "barcode/surface/host_arithmetic.h"
 
 namespace tavrix::barcode {
 namespace {

@@ -1,6 +1,6 @@
 #include "barcode/surface/surface_guard.h"
 
-#include "barcode/surface/automation.h"
+#include "barcode/surface/host_arithmetic.h"
 
 namespace tavrix::barcode {
 SurfaceGuard::SurfaceGuard(ports::Surface& surface)

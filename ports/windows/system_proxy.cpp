@@ -5,7 +5,6 @@
 
 #include <mutex>
 #include <optional>
-#include <string_view>
 
 #include "windows/bstr.h"
 

@@ -3,7 +3,6 @@
 
 #include <string>
 #include <string_view>
-#include <utility>
 
 #include "sandbox/basics/clock.h"
 #include "sandbox/basics/openssl_handles.h"

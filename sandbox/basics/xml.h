@@ -5,7 +5,6 @@
 #include <libxml/tree.h>
 
 #include <memory>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>

@@ -2,7 +2,6 @@
 // fault wants them.
 #pragma once
 
-#include <functional>
 #include <memory>
 #include <string>
 

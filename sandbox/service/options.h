@@ -1,7 +1,6 @@
 // What a sandbox can be told before it starts.
 #pragma once
 
-#include <optional>
 #include <string>
 #include <vector>
 

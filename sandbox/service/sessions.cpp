@@ -5,8 +5,8 @@
 #include "sandbox/basics/crypto.h"
 #include "sandbox/basics/text.h"
 #include "sandbox/exchange/body.h"
+#include "sandbox/service/download_links.h"
 #include "sandbox/service/processing.h"
-#include "sandbox/service/storage.h"
 #include "sandbox/store/statuses.h"
 
 namespace tavrix::sandbox {

@@ -1,7 +1,6 @@
 // KSeF tokens: which are good.
 #pragma once
 
-#include <optional>
 #include <string>
 
 #include "sandbox/service/service.h"

@@ -32,7 +32,7 @@ class CInfoTest : public testing::Test {
     std::function<Settings()> load_settings = [] {
         Settings settings;
         settings.mail.helpdesk_address = u"pomoc@firma.example";
-        settings.mail.helpdesk_routes = {{u"526-587-76-35", u"opiekun@firma.example"}};
+        settings.mail.helpdesk_routes = {{u"5265877635", u"opiekun@firma.example"}};
         return settings;
     };
     std::unique_ptr<ports::Locale> locale = ports::make_native_locale();

@@ -1,4 +1,4 @@
-#include "sandbox/service/storage.h"
+#include "sandbox/service/download_links.h"
 
 #include "sandbox/basics/crypto.h"
 #include "sandbox/basics/text.h"

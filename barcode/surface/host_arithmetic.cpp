@@ -1,4 +1,4 @@
-#include "barcode/surface/automation.h"
+#include "barcode/surface/host_arithmetic.h"
 
 #include <limits>
 
