@@ -83,9 +83,12 @@ using SecretBytes = Secret<std::uint8_t>;
 
 /// A copy of what was made without knowing that it is a secret; wipes the original.
 inline SecretBytes take_secret(Bytes&& bytes) {
-    SecretBytes secret{ByteView(bytes)};
-    wipe(bytes.data(), bytes.size());
-    return secret;
+    struct Wiping {
+        ~Wiping() { wipe(bytes.data(), bytes.size()); }
+        Bytes& bytes;
+    };
+    const Wiping also_when_memory_runs_out{bytes};
+    return SecretBytes{ByteView(bytes)};
 }
 
 /// As the functions of the same name do for texts that everybody may see.

@@ -6,6 +6,8 @@
 #include <cmath>
 #include <new>
 
+#include "base/error.h"
+
 namespace tavrix::drawing {
 namespace {
 
@@ -28,14 +30,17 @@ class PngWriter {
   public:
     PngWriter() {
         info_ = png_ == nullptr ? nullptr : png_create_info_struct(png_);
-        if (info_ != nullptr) png_set_write_fn(png_, &file_, &append, nullptr);
+        if (info_ == nullptr) return;
+        png_set_write_fn(png_, &file_, &append, nullptr);
+        // A picture of a million pixels and more is wide, not hostile: it is our own.
+        png_set_user_limits(png_, PNG_UINT_31_MAX, PNG_UINT_31_MAX);
     }
     ~PngWriter() { png_destroy_write_struct(&png_, &info_); }
     PngWriter(const PngWriter&) = delete;
     PngWriter& operator=(const PngWriter&) = delete;
 
-    /// False when memory has run out: nothing else can fail. Nothing here may have a destructor,
-    /// because a jump would pass it over.
+    /// False when memory has run out: the caller has seen that there is a picture. Nothing here may
+    /// have a destructor, because a jump would pass it over.
     bool write(const Coverage& picture, const Palette& palette, png_uint_32 dots_per_metre) {
         if (info_ == nullptr || setjmp(png_jmpbuf(png_)) != 0) return false;
         constexpr int bits = 8;
@@ -70,7 +75,11 @@ class PngWriter {
     }
 
     base::Bytes file_;
-    png_structp png_ = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
+    // The library's own functions would write to the standard error output.
+    [[noreturn]] static void fail(png_structp png, png_const_charp) { png_longjmp(png, 1); }
+    static void ignore(png_structp, png_const_charp) {}
+
+    png_structp png_ = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, &fail, &ignore);
     png_infop info_ = nullptr;
 };
 
@@ -79,6 +88,10 @@ class PngWriter {
 base::Bytes to_png(const Coverage& picture, Colour colour, double dots_per_inch) {
     constexpr double metres_per_inch = 0.0254;
     const auto per_metre = static_cast<png_uint_32>(std::lround(dots_per_inch / metres_per_inch));
+    if (picture.width_px <= 0 || picture.height_px <= 0) {
+        throw base::AutomationError(base::ErrorNumber::component_failed, u"PNG",
+                                    u"Pusty obraz nie może być plikiem PNG");
+    }
     const Palette palette = shades(colour);
     PngWriter writer;
     if (!writer.write(picture, palette, per_metre)) throw std::bad_alloc();

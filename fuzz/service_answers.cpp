@@ -101,14 +101,28 @@ std::vector<std::string> fuzz::seeds() {
         "\n---\n";
     const std::string send = R"(201 {"referenceNumber":"20261121-SO-1"})"
                              "\n---\n"
+                             R"(200 {"status":{"code":100,"description":"Sesja otwarta"}})"
+                             "\n---\n"
                              R"(202 {"referenceNumber":"20261121-EE-1"})"
                              "\n---\n";
+    const auto judged = [](const std::string& status) {
+        return R"(200 {"invoices":[{"ordinalNumber":1,"referenceNumber":"20261121-EE-1",)"
+               R"("ksefNumber":"5265877635-20261121-1","invoiceHash":"AAAA","status":)" +
+               status + "}]}\n---\n";
+    };
+    const std::string closed =
+        "204 \n---\n"
+        R"(200 {"status":{"code":200},"invoiceCount":1,)"
+        R"("successfulInvoiceCount":1,"failedInvoiceCount":null})"
+        "\n---\n";
     return {
-        sign_in + send + R"(200 {"status":{"code":200,"description":"Sukces"},"ksefNumber":)" +
-            R"("5265877635-20261121-1","upoDownloadUrl":"https://x.example/upo?sig=1"})" +
-            "\n---\n204 \n---\n200 {\"upoDownloadUrl\":\"http://a/b\"}\n---\n200 <UPO/>",
-        sign_in + send + R"(200 {"status":{"code":440,"description":"Duplikat","extensions":)" +
-            R"({"originalKsefNumber":"1","originalSessionReferenceNumber":"2"}}})",
+        sign_in + send + judged(R"({"code":200,"description":"Sukces"})") + closed +
+            R"(200 {"ksefNumber":"5265877635-20261121-1","upoDownloadUrl":"https://x.example/u"})" +
+            "\n---\n200 <UPO/>",
+        sign_in + send + judged(R"({"code":150,"description":"Trwa przetwarzanie"})") +
+            judged(R"({"code":440,"description":"Duplikat","extensions":)"
+                   R"({"originalKsefNumber":"1","originalSessionReferenceNumber":"2"}})") +
+            closed,
         sign_in + "400 {\"exception\":{\"exceptionDetailList\":[{\"exceptionCode\":21405}]}}",
     };
 }

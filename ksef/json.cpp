@@ -145,8 +145,9 @@ SecretAnswer parse_secret_json(base::SecretUtf8& body,
     for (const std::string_view path : paths) {
         base::SecretUtf8& secret = secrets.emplace_back();
         const auto found = JsonText(body.view()).string_at(path);
-        // The parser reads what is written with escapes; the service's tokens never are.
-        if (!found || found->find('\\') != std::string_view::npos) continue;
+        // The parser reads, or refuses, what is no plain ASCII text; the service's tokens are.
+        const auto is_plain = [](char c) { return c >= ' ' && c <= '~' && c != '\\'; };
+        if (!found || !std::ranges::all_of(*found, is_plain)) continue;
         secret = base::SecretUtf8(*found);
         const std::size_t begin = static_cast<std::size_t>(found->data() - body.view().data());
         std::ranges::fill(body.units().subspan(begin, found->size()), ' ');

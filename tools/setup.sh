@@ -13,7 +13,7 @@ need_tools() {
 need_windows() {
     local bits missing=() builders=() builder failed=''
     for bits in "$@"; do
-        [[ -f $(windows_prefix "$bits")/checked ]] || missing+=("$bits")
+        [[ -d $(windows_prefix "$bits") ]] || missing+=("$bits")
     done
     if ((${#missing[@]} > 0)); then
         step "download the Windows libraries' sources" "run ./dev setup again when the network works" fetch_windows_sources
@@ -104,5 +104,6 @@ command_env() {
     for bits in 32 64; do
         printf 'export TAVRIX_WINDOWS_PREFIX_%s=%q\n' "$bits" "$(windows_prefix "$bits")"
     done
-    printf 'export CCACHE_BASEDIR=%q CCACHE_NOHASHDIR=%q\n' "$CCACHE_BASEDIR" "$CCACHE_NOHASHDIR"
+    printf 'export CCACHE_BASEDIR=%q CCACHE_NOHASHDIR=%q CCACHE_SLOPPINESS=%q\n' \
+        "$CCACHE_BASEDIR" "$CCACHE_NOHASHDIR" "$CCACHE_SLOPPINESS"
 }

@@ -60,6 +60,8 @@ fetch_source() {
         kept=$tavrix_cache/sources/$package-$version
         if [[ ! -d $kept ]] && ! download_source "$package" "$version" "$kept"; then continue; fi
         [[ $version == "$wanted" ]] || echo "note: $package $wanted is not to be had any more, $version taken"
+        # Under the name that was asked for too, so that nobody asks the mirror again.
+        [[ $version == "$wanted" ]] || ln -sfn "${kept##*/}" "$fetched_source"
         fetched_source=$kept
         return
     done

@@ -37,7 +37,12 @@ class HeaderList {
     HeaderList(const HeaderList&) = delete;
     HeaderList& operator=(const HeaderList&) = delete;
 
+    /// A value with a line end would begin another header, or the body: it is refused.
     void add(std::string_view name, std::string_view value) {
+        if (value.find_first_of(std::string_view("\r\n\0", 3)) != std::string_view::npos) {
+            throw base::AutomationError(base::ErrorNumber::component_failed, u"HTTP",
+                                        u"Nagłówek zawiera koniec wiersza");
+        }
         base::SecretUtf8 line;
         line.reserve(name.size() + value.size() + 3);
         line += name;

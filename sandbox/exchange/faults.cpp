@@ -82,7 +82,8 @@ void read_member(Fault& fault, const std::string& name, const Json& value) {
     for (const auto& [known, member] : numbers) {
         if (name != known) continue;
         const auto number = whole_number(value);
-        if (!number) throw std::invalid_argument("not a number: " + name);
+        if (!number || !std::in_range<int>(*number))
+            throw std::invalid_argument("not a number: " + name);
         fault.*member = int(*number);
         return;
     }

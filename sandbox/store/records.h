@@ -1,5 +1,5 @@
 // What the store keeps of the state: one record each, as JSON, with large texts in records of their
-// own, so that a change of a status does not rewrite them.
+// own, which need no escaping there.
 #pragma once
 
 #include "sandbox/store/model.h"

@@ -9,6 +9,9 @@ namespace {
 
 // "TVRX" in SQLite's field for the owner of a file.
 constexpr int application_id = 0x54565258;
+// How records are laid out in the file. A file of another layout is refused: read as an empty one
+// it would hide what was acknowledged.
+constexpr int layout = 2;
 
 struct CloseDatabase {
     void operator()(sqlite3* database) const { sqlite3_close(database); }
@@ -40,7 +43,12 @@ class SqliteStore : public Store {
         const int owner = number("pragma application_id");
         if (owner != application_id && number("select count(*) from sqlite_master") != 0)
             throw std::runtime_error(file + " is not a file of this sandbox");
+        if (owner == application_id && number("pragma user_version") != layout)
+            throw std::runtime_error(file +
+                                     " was written by another version of the sandbox; give that "
+                                     "version the folder, or this one a new folder");
         run("pragma application_id = " + std::to_string(application_id));
+        run("pragma user_version = " + std::to_string(layout));
         run("create table if not exists record "
             "(kind text not null, key text not null, value text not null, unique (kind, key))");
         // An upsert keeps the row's number, and with it the order of creation.
@@ -78,8 +86,10 @@ class SqliteStore : public Store {
     std::optional<std::string> read(std::string_view kind, std::string_view key) override {
         bind(read_, {kind, key});
         std::optional<std::string> value;
-        if (sqlite3_step(read_.get()) == SQLITE_ROW) value = text(read_.get(), 0);
+        const int result = sqlite3_step(read_.get());
+        if (result == SQLITE_ROW) value = text(read_.get(), 0);
         sqlite3_reset(read_.get());
+        if (result != SQLITE_ROW && result != SQLITE_DONE) fail("read a record");
         return value;
     }
 
