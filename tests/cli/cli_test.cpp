@@ -40,32 +40,33 @@ class Cli : public testing::Test {
         return outcome;
     }
 
+    /// Everything that the command line, which it gives, speaks of.
+    std::string ready_to_send(const test::Sandbox& sandbox, const std::string& http = "") {
+        write("Tavrix.json", R"({"ksef":{"test":")" + sandbox.origin() +
+                                 R"("},"http":{"proxy":"direct")" + http + "}}");
+        write("faktura.xml", test::demonstration_invoice_file());
+        write("token.txt", "R|nip-5265877635|s\n");
+        write("firma.db", "");
+        ports::SqliteConnection::open(folder_ + "firma.db", true)
+            ->execute_script(test::demonstration_schema());
+        return "send --json --nip 5265877635 --table dok_fak --id 1001 --token-file '" + folder_ +
+               "token.txt' --xml '" + folder_ + "faktura.xml' --db '" + folder_ + "firma.db'";
+    }
+
     test::ScratchFolder scratch_;
     std::string folder_ = scratch_.path().string() + "/";
 };
 
 TEST_F(Cli, SendsOverTlsOfAPrivateAuthorityAndTellsMachines) {
     test::Sandbox sandbox("--https --ca-file-out '" + folder_ + "ca.pem'");
-    const auto settings = [&](const std::string& http) {
-        write("Tavrix.json", R"({"ksef":{"test":")" + sandbox.origin() +
-                                 R"("},"http":{"proxy":"direct")" + http + "}}");
-    };
-    ports::SqliteConnection::open(folder_ + "firma.db", true)
-        ->execute_script(test::demonstration_schema());
-    write("faktura.xml", test::demonstration_invoice_file());
-    write("token.txt", "R|nip-5265877635|s\n");
-    const std::string send = "send --json --nip 5265877635 --token-file '" + folder_ +
-                             "token.txt' --xml '" + folder_ + "faktura.xml' --db '" + folder_ +
-                             "firma.db' --table dok_fak --id 1001";
-
-    settings("");
+    const std::string send = ready_to_send(sandbox);
     const Outcome distrusted = run(send);
     EXPECT_EQ(distrusted.exit_code, 1)
         << "a certificate of an unknown authority is refused: " << distrusted.output;
     EXPECT_NE(distrusted.output.find("auth/challenge:STATUS:0"), std::string::npos)
         << distrusted.output;
 
-    settings(R"(,"private_ca_file":")" + folder_ + "ca.pem\"");
+    ready_to_send(sandbox, R"(,"private_ca_file":")" + folder_ + "ca.pem\"");
     const Outcome sent = run(send);
     ASSERT_EQ(sent.exit_code, 0) << sent.output;
     const Json answer = Json::parse(sent.output);
@@ -78,18 +79,24 @@ TEST_F(Cli, SendsOverTlsOfAPrivateAuthorityAndTellsMachines) {
     EXPECT_EQ(run("hash '" + folder_ + "faktura.xml'").output.substr(0, 44), row.at("HashFaktury"));
 }
 
+TEST_F(Cli, TellsAnAcceptedInvoiceWithoutUpoApart) {
+    test::Sandbox sandbox;
+    sandbox.fault({{"step", "storage/invoice-upo"}, {"kind", "status"}, {"status", 404}});
+    EXPECT_EQ(run(ready_to_send(sandbox)).exit_code, 3);
+}
+
 TEST_F(Cli, ExitCodesTellWhoseFaultItIs) {
-    EXPECT_EQ(run("--help").exit_code, 0);
-    EXPECT_EQ(run("send").exit_code, 2);
-    EXPECT_EQ(run("hash /no/such/file").exit_code, 2);
-    EXPECT_EQ(run("nonsense").exit_code, 2);
-    const std::string send =
-        "send --nip 1 --token 'R|nip-1|s' --xml /dev/null --table t --id 1 --db ";
-    EXPECT_EQ(run(send + "/no/such.db").exit_code, 1);
-    EXPECT_EQ(run("send --nip 1 --xml /dev/null --table t --id 1 --db x").exit_code, 2)
-        << "no token at all";
+    const std::string send = "send --nip 1 --xml /dev/null --table t --id 1 --db /no/such.db";
+    const std::string with_token = send + " --token 'R|nip-1|s'";
+    const std::pair<std::string, int> calls[] = {
+        {"--help", 0},   {"send", 2}, {"hash /no/such/file", 2},
+        {"nonsense", 2}, {send, 2},   {with_token, 1},
+    };
+    for (const auto& [arguments, exit_code] : calls) {
+        EXPECT_EQ(run(arguments).exit_code, exit_code) << arguments;
+    }
     write("Tavrix.json", "{\"ksef\":\n{\"tset\":\"x\"}}");
-    const Outcome settings = run(send + "/no/such.db");
+    const Outcome settings = run(with_token);
     EXPECT_EQ(settings.exit_code, 4) << settings.output;
     EXPECT_NE(settings.output.find("wiersz 2"), std::string::npos) << settings.output;
 }

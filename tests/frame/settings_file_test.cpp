@@ -32,15 +32,12 @@ TEST(SettingsFile, NamesFileLineAndKeyOfWhatItCannotTake) {
     constexpr std::pair<const char*, const char*> cases[] = {
         {"{\n \"ksef\": {\n  \"test\": 5 } }", "Tavrix.json, wiersz 3: klucz \"ksef.test\""},
         {"{\n \"ksef\": {\n  \"test\": \"https://host/\" } }", "wiersz 3: klucz \"ksef.test\""},
-        {"{ \"ksef\": { \"test\": \"ftp://host\" } }", "klucz \"ksef.test\""},
         {"{\n\n \"htp\": {} }", "wiersz 3: klucz \"htp\": nieznany klucz"},
         {"{\n \"http\": {\n \"timeout\": 5 } }",
          "wiersz 3: klucz \"http.timeout\": nieznany klucz"},
         {"{ \"http\": { \"connect_timeout_ms\": 0 } }", "http.connect_timeout_ms"},
-        {"{ \"http\": { \"connect_timeout_ms\": 1e3 } }", "http.connect_timeout_ms"},
         {"{\n \"ksef\": {\n", "wiersz 3: to nie jest poprawny JSON"},
         {"", "wiersz 1"},
-        {"[]", "oczekiwano obiektu JSON"},
         {"{ \"ksef\": 1 }", "klucz \"ksef\""},
         {"{ \"helpdesk\": { \"routes\": { \"1\": 2 } } }", "helpdesk.routes.1"},
     };

@@ -61,18 +61,14 @@ TEST_F(TraceLogTest, WritesALineForEachMarkOnceTheSwitchWasSeen) {
               "czenie odrzucone\r\n");
 }
 
-TEST_F(TraceLogTest, IsOffUntilTheSwitchIsLookedFor) {
-    fs::create_directories(folder);
-    log.write(u"x");
+TEST_F(TraceLogTest, IsOffUntilTheSwitchIsLookedForAndStaysOn) {
+    fs::create_directories(switch_file);
+    log.look_for_switch();
+    EXPECT_FALSE(is_on) << "a folder is no switch";
+    fs::remove(switch_file);
     std::ofstream(switch_file) << "";
     log.write(u"x");
     EXPECT_FALSE(fs::exists(log_file)) << "nobody looked for the switch";
-    log.look_for_switch();
-    log.write(u"x");
-    EXPECT_TRUE(fs::exists(log_file));
-}
-
-TEST_F(TraceLogTest, StaysOnWhenTheSwitchIsTakenAway) {
     turn_on();
     fs::remove(switch_file);
     TraceLog another(is_on, {*files, clock, *locale, *code_page});
@@ -81,33 +77,30 @@ TEST_F(TraceLogTest, StaysOnWhenTheSwitchIsTakenAway) {
     EXPECT_EQ(written(), "2026-11-14 21:49:05:10.0.36:a\r\n");
 }
 
-TEST_F(TraceLogTest, AFolderIsNoSwitchAndNoLog) {
-    fs::create_directories(switch_file);
-    log.look_for_switch();
-    EXPECT_FALSE(is_on);
-    is_on = true;
-    fs::create_directories(log_file);
-    log.write(u"a folder where the file should be");
-    EXPECT_TRUE(fs::is_directory(log_file));
-}
+struct FailingFiles final : test::Failing<ports::Files> {
+    using Failing::Failing;
+    bool is_file(base::TextView path) override { return through().is_file(path); }
+    void copy(base::TextView from, base::TextView to) override { through().copy(from, to); }
+    void append(base::TextView path, base::ByteView bytes) override {
+        through().append(path, bytes);
+    }
+};
 
 TEST_F(TraceLogTest, ItsOwnTroubleIsNobodyElses) {
     turn_on();
-    test::FailingAt failing;
-    test::FailingFiles disk(*files, failing);
-    for (const auto failure : {test::out_of_space, test::out_of_memory}) {
-        const int calls = test::fail_each_call(failing, failure, [&](int call) {
-            fs::remove(log_file);
-            is_on = false;
-            TraceLog over_the_disk(is_on, {disk, clock, *locale, *code_page});
-            over_the_disk.look_for_switch();
-            over_the_disk.write(u"a");
-            over_the_disk.write(u"b");
-            const auto lines = std::ranges::count(written(), '\n');
-            EXPECT_EQ(lines, call == 1 ? 0 : failing.struck() ? 1 : 2) << call;
-        });
-        EXPECT_EQ(calls, 3) << "the switch and two lines";
-    }
+    test::FailingAt failing(test::out_of_memory);
+    FailingFiles disk(*files, failing);
+    const int calls = test::fail_each_call(failing, [&](int call) {
+        fs::remove(log_file);
+        is_on = false;
+        TraceLog over_the_disk(is_on, {disk, clock, *locale, *code_page});
+        over_the_disk.look_for_switch();
+        over_the_disk.write(u"a");
+        over_the_disk.write(u"b");
+        const auto lines = std::ranges::count(written(), '\n');
+        EXPECT_EQ(lines, call == 1 ? 0 : failing.struck() ? 1 : 2) << call;
+    });
+    EXPECT_EQ(calls, 3) << "the switch and two lines";
 }
 
 TEST_F(TraceLogTest, TwoInstancesWriteWholeLines) {
@@ -122,11 +115,12 @@ TEST_F(TraceLogTest, TwoInstancesWriteWholeLines) {
         const std::jthread first(write_many, u"first");
         const std::jthread second(write_many, u"second");
     }
-    std::istringstream content(written());
     std::map<std::string, int> seen;
+    std::istringstream content(written());
     for (std::string line; std::getline(content, line);) ++seen[line];
-    EXPECT_EQ(seen, (std::map<std::string, int>{{"2026-11-14 21:49:05:10.0.36:first\r", lines},
-                                                {"2026-11-14 21:49:05:10.0.36:second\r", lines}}));
+    EXPECT_EQ(seen.size(), 2u) << "no line in the middle of another";
+    EXPECT_EQ(seen["2026-11-14 21:49:05:10.0.36:first\r"], lines);
+    EXPECT_EQ(seen["2026-11-14 21:49:05:10.0.36:second\r"], lines);
 }
 
 }  // namespace

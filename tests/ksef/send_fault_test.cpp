@@ -1,4 +1,9 @@
+// What goes wrong while an invoice is sent, in the network and on the host's own machine, and what
+// is left in memory.
+
 #include "tests/ksef/send_fixture.h"
+#include "tests/support/failing.h"
+#include "tests/support/freed_memory.h"
 
 namespace tavrix::ksef {
 namespace {
@@ -6,94 +11,119 @@ namespace {
 using test::Json;
 using namespace std::chrono_literals;
 
-struct Trouble {
-    const char* step;
-    Json fault;
-    /// What the host gets; "*" stands for whatever follows.
-    std::string text;
-};
-
+const std::string unknown = "Nieznany błąd";
 const std::string session_failed = "Błąd inicjalizacji sesji KSeF:";
+// As long as its beginning may be.
+const std::string session_unknown = session_failed + "Nieznany błą";
+const std::string accepted = "Faktura o numerze KSeF: ";
+
+/// "*" stands for whatever follows.
+void expect_text(const std::string& result, std::string text, const std::string& where) {
+    if (text.ends_with('*')) {
+        text.pop_back();
+        EXPECT_TRUE(result.starts_with(text)) << where << ": " << result;
+    } else {
+        EXPECT_EQ(result, text) << where;
+    }
+}
+
+Json status(int code, const char* body = "", int count = 1) {
+    return {{"kind", "status"}, {"status", code}, {"body", body}, {"count", count}};
+}
+Json kind(const char* name, int skip = 0) {
+    return {{"kind", name}, {"skip", skip}};
+}
+Json value_at(const char* path, Json value, int skip = 0) {
+    Json fault = kind("json", skip);
+    fault["path"] = path;
+    fault["value"] = std::move(value);
+    fault["count"] = -1;
+    return fault;
+}
 
 class SendFaults : public SendFixture {
   protected:
-    void expect_row_untouched(const std::string& where) {
-        expect_whole_or_untouched(row(), where);
-        EXPECT_EQ(row().at("status_ksef"), "") << where;
-    }
+    struct Trouble {
+        const char* step;
+        Json fault;
+        std::string text;
+    };
 
     std::string send_with_fault(const char* step, Json fault) {
-        sandbox->reset();
-        today();
+        begin_anew();
         fault["step"] = step;
         sandbox->fault(fault);
         return send();
     }
+
+    void expect_texts(const std::vector<Trouble>& troubles, bool sent, bool numbered) {
+        for (const auto& [step, fault, text] : troubles) {
+            const std::string where = std::string(step) + " " + fault.dump();
+            const std::string result = send_with_fault(step, fault);
+            expect_text(result, text, where);
+            expect_whole_or_untouched(result, where);
+            EXPECT_EQ(!sandbox->requests("sessions/online/invoices").empty(), sent) << where;
+            EXPECT_EQ(row().at("numer_ksef").size(), numbered ? 35u : 0u) << where;
+            EXPECT_EQ(row().at("UPO_ksef"), "") << where;
+        }
+    }
 };
 
-Json status(int code, const char* body = "") {
-    return {{"kind", "status"}, {"status", code}, {"body", body}};
-}
-Json value_at(const char* path, Json value) {
-    return {{"kind", "json"}, {"path", path}, {"value", std::move(value)}, {"count", -1}};
-}
-Json skipping(int skip, Json fault) {
-    fault["skip"] = skip;
-    return fault;
-}
-
-TEST_F(SendFaults, EveryStepHasItsTextAndLeavesTheRowAlone) {
-    const std::string open = R"({"x":1})";
-    const Trouble troubles[] = {
-        {"auth/challenge",
-         {{"kind", "refuse"}, {"count", -1}},
-         session_failed + "auth/challenge:STATUS:0"},
-        {"auth/challenge", status(500), session_failed + "Nieznany błą"},
-        {"auth/challenge", {{"kind", "empty"}}, session_failed + "Nieznany błą"},
-        {"auth/challenge", value_at("timestamp", "2026-11-21T08:15:30+00:00"),
-         session_failed + "Nieznany błą"},
-        {"security/public-key-certificates", status(503), session_failed + "Nieznany błą"},
-        {"security/public-key-certificates", {{"kind", "html"}}, session_failed + "Nieznany błą"},
+TEST_F(SendFaults, BeforeSendingEveryStepHasItsText) {
+    const char* const keys = "security/public-key-certificates";
+    const Json both_usages = {"KsefTokenEncryption", "SymmetricKeyEncryption"};
+    const Json for_tokens = Json::array({"KsefTokenEncryption"});
+    const std::vector<Trouble> troubles = {
+        {"auth/challenge", status(500), session_unknown},
+        {"auth/challenge", value_at("timestamp", "2026-11-21T08:15:30+00:00"), session_unknown},
+        {keys, status(503), session_unknown},
+        {keys, kind("html"), session_unknown},
         // An element with both usages is neither.
-        {"security/public-key-certificates",
-         value_at("[0].usage", Json::array({"KsefTokenEncryption", "SymmetricKeyEncryption"})),
-         session_failed + "Nieznany błą"},
-        {"security/public-key-certificates", value_at("[0].certificate", "AAAA"),
-         session_failed + "Nieznany błą"},
-        {"security/public-key-certificates", value_at("[1].usage", Json::array({"Other"})),
-         "Load RSA Public Key failed: *"},
+        {keys, value_at("[0].usage", both_usages), session_unknown},
+        {keys, value_at("[0].certificate", "AAAA"), session_unknown},
+        {keys, value_at("[1].usage", Json::array({"Other"})), "Load RSA Public Key failed: *"},
         // The last key of a usage counts: this one is not for tokens.
-        {"security/public-key-certificates",
-         value_at("[1].usage", Json::array({"KsefTokenEncryption"})), session_failed + "{*"},
+        {keys, value_at("[1].usage", for_tokens), session_failed + "{*"},
         {"auth/ksef-token", status(500, "{\"e\":1}"), session_failed + "{\"e\":1}"},
         {"auth/ksef-token", status(500), session_failed + "auth/ksef-token:STATUS:timeout"},
-        {"auth/ksef-token",
-         {{"kind", "refuse"}, {"count", -1}},
-         session_failed + "auth/ksef-token:STATUS:timeout"},
         {"auth/status", status(400), session_failed + "auth/:STATUS:timeout"},
         {"auth/status", status(500, "padło"), session_failed + "padło"},
         {"auth/token/redeem", status(201), session_failed + "auth/token/redeem:STATUS:201"},
-        {"auth/token/redeem", status(400, open.c_str()), session_failed + open},
+        {"auth/token/redeem", status(400, "{}"), session_failed + "{}"},
         {"sessions/online", status(200), "sessions/online:STATUS:200"},
         {"sessions/online", status(503, "<html>zapora</html>"), "<html>zapora</html>"},
-        {"sessions/online/invoices", status(500), "sessions/online/STATUS:500"},
-        {"sessions/online/invoices", status(400, open.c_str()), open},
-        {"sessions/invoices", status(500, "to ciało nie wraca"), "sessions//invoicesSTATUS:500"},
-        {"sessions/invoices", {{"kind", "429"}}, "sessions//invoicesSTATUS:429"},
-        {"sessions/invoices", {{"kind", "html"}}, "<*"},
-        {"sessions/invoices", {{"kind", "empty"}}, "invoices[0].status.code:STATUS:"},
+        // A session that is already over; its code is ordered as text.
+        {"sessions/status", value_at("status.code", "200"), "{*"},
+        {"sessions/status", value_at("status.code", "300"), "{*"},
+        {"sessions/status", value_at("status.code", "99"), "{*"},
     };
-    for (const Trouble& trouble : troubles) {
-        const std::string where = std::string(trouble.step) + " " + trouble.fault.dump();
-        const std::string result = send_with_fault(trouble.step, trouble.fault);
-        if (trouble.text.ends_with('*')) {
-            EXPECT_TRUE(result.starts_with(trouble.text.substr(0, trouble.text.size() - 1)))
-                << where << result;
-        } else {
-            EXPECT_EQ(result, trouble.text) << where;
-        }
-        expect_row_untouched(where);
-    }
+    expect_texts(troubles, false, false);
+}
+
+TEST_F(SendFaults, AfterSendingTheRowIsUntouchedOrHasTheNumber) {
+    const char* const answer = "sessions/invoices";
+    const std::vector<Trouble> refused = {
+        {"sessions/online/invoices", status(500), "sessions/online/STATUS:500"},
+        {"sessions/online/invoices", status(400, "{}"), "{}"},
+        {answer, status(500, "to ciało nie wraca"), "sessions//invoicesSTATUS:500"},
+        {answer, kind("429"), "sessions//invoicesSTATUS:429"},
+        {answer, kind("html"), "<*"},
+        {answer, kind("empty"), "invoices[0].status.code:STATUS:"},
+    };
+    expect_texts(refused, true, false);
+
+    // From here on the invoice has its number; what fails costs the UPO at most.
+    const char* const page = "sessions/invoices/status";
+    const std::vector<Trouble> without_upo = {
+        {"sessions/status", kind("429", 1), "429 Too many Requests"},
+        {"sessions/status", value_at("failedInvoiceCount", 3, 1), "failedInvoiceCount:STATUS:3"},
+        {page, value_at("upoDownloadUrl", "file:///etc/passwd"), accepted + "5265877635-*"},
+        {page, kind("truncated"), accepted + "5265877635-*"},
+        {"storage/invoice-upo", status(404), accepted + "5265877635-*"},
+        {"storage/invoice-upo", kind("cut"), accepted + "5265877635-*"},
+        {"storage/invoice-upo", kind("html"), accepted + "5265877635-*"},
+    };
+    expect_texts(without_upo, true, true);
 }
 
 TEST_F(SendFaults, WrongTokenEndsAtOnceAndCloses) {
@@ -107,115 +137,47 @@ TEST_F(SendFaults, WrongTokenEndsAtOnceAndCloses) {
 }
 
 TEST_F(SendFaults, EveryWaitHasItsEnd) {
-    Json still_open = skipping(1, value_at("status.code", 170));
-    Json uncounted = {{"kind", "remove"}, {"path", "successfulInvoiceCount"}, {"count", -1}};
-    const Json no_page = {{"kind", "status"}, {"status", 404}, {"body", ""}, {"count", -1}};
+    const Json in_progress = {{"code", 100}, {"description", "W toku"}};
+    Json still_open = status(200, R"({"status":{"code":170}})", -1);
+    still_open["skip"] = 1;
     const struct {
         const char* step;
-        std::vector<Json> faults;
+        Json fault;
         std::string text;
         std::size_t sleeps;
         std::chrono::milliseconds slept;
     } waits[] = {
-        {"auth/status",
-         {value_at("status", {{"code", 100}, {"description", "W toku"}})},
-         session_failed + "{",
-         16,
-         32'000ms},
-        {"sessions/invoices", {value_at("invoices[0].status.code", 150)}, "{", 121, 232'000ms},
+        {"auth/status", value_at("status", in_progress), session_failed + "{*", 16, 32'000ms},
+        {"sessions/invoices", value_at("invoices[0].status.code", 150), "{*", 121, 232'000ms},
+        {"sessions/status", still_open, "sessions:STATUS:timeout", 121, 232'000ms},
+        {"sessions/invoices/status", status(404, "", -1), accepted + "*", 119, 238'000ms},
+        {"sessions/invoices/status", status(404, "", 5), "", 5, 10'000ms},
+        // Read as a text, this code comes before 300: the session goes on.
         {"sessions/status",
-         {still_open, skipping(1, uncounted)},
-         "sessions:STATUS:timeout",
-         121,
-         232'000ms},
-        {"sessions/invoices/status", {no_page}, "Faktura o numerze KSeF: ", 119, 238'000ms},
+         {{"kind", "json"}, {"path", "status.code"}, {"value", "1000"}},
+         "",
+         0,
+         0ms},
+        {"sessions/status", status(500), "", 0, 0ms},
     };
-    for (const auto& [step, faults, text, sleeps, slept] : waits) {
-        sandbox->reset();
-        today();
-        clock.sleeps.clear();
-        for (Json fault : faults) {
-            fault["step"] = step;
-            sandbox->fault(fault);
-        }
-        const std::string result = send();
-        EXPECT_TRUE(result.starts_with(text)) << step << result;
+    for (const auto& [step, fault, text, sleeps, slept] : waits) {
+        expect_text(send_with_fault(step, fault), text, step);
         EXPECT_EQ(clock.sleeps.size(), sleeps) << step;
         EXPECT_EQ(clock.slept(), slept) << step;
-    }
-    clock.sleeps.clear();
-    EXPECT_EQ(send_with_fault("sessions/invoices/status",
-                              {{"kind", "status"}, {"status", 404}, {"count", 5}}),
-              "");
-    EXPECT_EQ(clock.sleeps, std::vector<std::chrono::milliseconds>(5, 2000ms));
-}
-
-TEST_F(SendFaults, SessionThatIsAlreadyOverStopsBeforeSending) {
-    for (const char* code : {"200", "300", "440", "99"}) {
-        const std::string result =
-            send_with_fault("sessions/status", value_at("status.code", code));
-        EXPECT_NE(result.find("\"status\":{"), std::string::npos) << code << result;
-        EXPECT_TRUE(sandbox->requests("sessions/online/invoices").empty()) << code;
-    }
-    Json once = value_at("status.code", "1000");
-    once["count"] = 1;
-    EXPECT_EQ(send_with_fault("sessions/status", once), "")
-        << "ordered as text before 300: goes on";
-    EXPECT_EQ(send_with_fault("sessions/status", status(500)), "")
-        << "an unreadable session status goes on";
-}
-
-TEST_F(SendFaults, RefusedInvoiceGivesKsefsOwnAnswer) {
-    invoice = base::replace_all(invoice, u"<P_2>", u"<P_2");
-    const std::string result = send();
-    EXPECT_NE(result.find("\"status\":{\"code\":4"), std::string::npos) << result;
-    expect_row_untouched("not well-formed");
-}
-
-// From here on the invoice has its number; what fails costs the UPO at most.
-TEST_F(SendFaults, AfterAcceptanceTheNumberStays) {
-    const std::string accepted = "Faktura o numerze KSeF: ";
-    const Trouble troubles[] = {
-        {"sessions/status", skipping(1, {{"kind", "429"}}), "429 Too many Requests"},
-        {"sessions/status", skipping(1, value_at("failedInvoiceCount", 3)),
-         "failedInvoiceCount:STATUS:3"},
-        {"storage/invoice-upo", status(404), accepted},
-        {"storage/invoice-upo", {{"kind", "refuse"}, {"count", -1}}, accepted},
-        {"storage/invoice-upo", {{"kind", "cut"}}, accepted},
-        {"storage/invoice-upo", {{"kind", "empty"}}, accepted},
-        {"storage/invoice-upo", {{"kind", "html"}}, accepted},
-        {"sessions/invoices/status", value_at("upoDownloadUrl", "file:///etc/passwd"), accepted},
-        {"sessions/invoices/status", {{"kind", "remove"}, {"path", "upoDownloadUrl"}}, accepted},
-        {"sessions/invoices/status", {{"kind", "truncated"}}, accepted},
-    };
-    for (const Trouble& trouble : troubles) {
-        const std::string where = std::string(trouble.step) + " " + trouble.fault.dump();
-        const std::string result = send_with_fault(trouble.step, trouble.fault);
-        const Row document = row();
-        EXPECT_EQ(result,
-                  trouble.text == accepted ? accepted + document.at("numer_ksef") : trouble.text)
-            << where;
-        EXPECT_EQ(document.at("status_ksef"), "200") << where;
-        EXPECT_EQ(document.at("numer_ksef").size(), 35u) << where;
-        EXPECT_EQ(document.at("UPO_ksef"), "") << where;
     }
 }
 
 TEST_F(SendFaults, BearerTokenStaysWithTheService) {
     // The same sandbox under another name is another origin.
-    Json fault = {{"step", "sessions/invoices/status"},
-                  {"kind", "json"},
-                  {"path", "upoDownloadUrl"},
-                  {"value", "http://localhost:" + sandbox->port() + "/storage/01/x/invoice-upo/y"}};
-    sandbox->fault(fault);
-    send();
+    const std::string elsewhere = "http://localhost:" + sandbox->port();
+    send_with_fault("sessions/invoices/status",
+                    value_at("upoDownloadUrl", elsewhere + "/storage/01/x/invoice-upo/y"));
     const auto foreign = sandbox->requests("storage/invoice-upo");
     ASSERT_EQ(foreign.size(), 1u);
     EXPECT_EQ(foreign[0].at("authorization"), "none");
 }
 
-// Whatever a server or a firewall does at whatever step: a text comes back, and the row is either
-// as it was or holds the whole outcome.
+// Whatever a server or a firewall does at whatever step.
 TEST_F(SendFaults, NothingHalfDoneWhateverHappensWherever) {
     constexpr const char* steps[] = {"auth/challenge",           "security/public-key-certificates",
                                      "auth/ksef-token",          "auth/status",
@@ -229,12 +191,7 @@ TEST_F(SendFaults, NothingHalfDoneWhateverHappensWherever) {
         for (const char* kind : kinds) {
             const std::string result = send_with_fault(
                 step, {{"kind", kind}, {"count", 3}, {"bytes", 200}, {"interval_ms", 1}});
-            const Row document = row();
-            const std::string where = std::string(step) + " " + kind + ": " + result;
-            expect_whole_or_untouched(document, where);
-            const bool recorded = document.at("status_ksef") == "200";
-            EXPECT_TRUE(!result.empty() || document.at("UPO_ksef") != "") << where;
-            EXPECT_TRUE(recorded || !result.empty()) << where;
+            expect_whole_or_untouched(result, std::string(step) + " " + kind + ": " + result);
         }
     }
 }
@@ -242,9 +199,90 @@ TEST_F(SendFaults, NothingHalfDoneWhateverHappensWherever) {
 TEST_F(SendFaults, SilentServerCostsTheTimeoutAndNoMore) {
     connection_settings.no_progress_timeout = 300ms;
     const auto begin = std::chrono::steady_clock::now();
-    EXPECT_EQ(send_with_fault("auth/challenge", {{"kind", "hang"}}),
+    EXPECT_EQ(send_with_fault("auth/challenge", kind("hang")),
               session_failed + "auth/challenge:STATUS:0");
     EXPECT_LT(std::chrono::steady_clock::now() - begin, 5s);
+}
+
+TEST_F(SendFaults, ADatabaseThatFailsAtAnyCallLeavesTheRowWholeOrUntouched) {
+    test::FailingAt failing(test::out_of_memory);
+    const int calls = test::fail_each_call(failing, [&](int call) {
+        begin_anew();
+        ports::SqliteDatabase real(connection);
+        test::FailingDatabase database(real, failing);
+        KseF_comm client(ports());
+        const std::string result = send_with(client, database);
+        const std::string number = row().at("numer_ksef");
+        expect_whole_or_untouched(result, "call " + std::to_string(call));
+        if (row().at("UPO_ksef").empty()) {
+            EXPECT_EQ(result, number.empty() ? unknown : accepted + number) << call;
+        }
+    });
+    EXPECT_GT(calls, 20) << "the whole story";
+}
+
+TEST_F(SendFaults, CryptographyThatFailsAtAnyCallHasItsText) {
+    const std::pair<const char*, std::string> texts[] = {
+        {"key for tokens", session_unknown},
+        {"key for symmetric keys", "Load RSA Public Key failed: *"},
+        {"token", session_unknown},
+        {"session key", unknown},
+        {"initialisation vector", unknown},
+        {"loading the key", "Load RSA Public Key failed: odmowa dostępu"},
+        {"wrapping the session key", "RSA Encrypt AES Key failed: odmowa dostępu"},
+        {"invoice", unknown},
+        {"hash", unknown},
+        {"hash of the encrypted", unknown},
+        {"nothing", ""},
+    };
+    const auto real = std::move(crypto);
+    test::FailingAt failing(test::access_denied);
+    const int calls = test::fail_each_call(failing, [&](int call) {
+        begin_anew();
+        crypto = std::make_unique<test::FailingCrypto>(*real, failing);
+        const std::string result = send();
+        const auto& [what, text] = texts[call - 1];
+        expect_text(result, text, what);
+        expect_whole_or_untouched(result, what);
+    });
+    EXPECT_EQ(calls, 10);
+}
+
+/// Tells the watch of each token that the service gives.
+class TokenTap final : public ports::Http {
+  public:
+    TokenTap(std::unique_ptr<ports::Http> http, test::FreedMemory& memory, int& tokens)
+        : http_(std::move(http)), memory_(memory), tokens_(tokens) {}
+    ports::HttpReply send(const ports::HttpRequest& request) override {
+        ports::HttpReply reply = http_->send(request);
+        constexpr std::string_view member = "\"token\":\"";
+        const std::string_view body = reply.body.view();
+        for (std::size_t at = 0; (at = body.find(member, at)) != body.npos; ++tokens_) {
+            at += member.size();
+            memory_.look_for(body.substr(at, body.find('"', at) - at));
+        }
+        return reply;
+    }
+
+  private:
+    std::unique_ptr<ports::Http> http_;
+    test::FreedMemory& memory_;
+    int& tokens_;
+};
+
+TEST_F(SendFaults, NoTokenIsLeftInFreedMemory) {
+    int tokens = 0;
+    test::FreedMemory memory;
+    memory.look_for("0123456789abcdef");
+    make_http = [&] {
+        return std::make_unique<TokenTap>(ports::make_curl_http(connection_settings), memory,
+                                          tokens);
+    };
+    ASSERT_EQ(send(), "");
+    EXPECT_EQ(tokens, 3) << "to authenticate, to send, to refresh";
+    EXPECT_EQ(memory.found(), 0);
+    { const base::Text careless(token); }
+    EXPECT_EQ(memory.found(), 1) << "the watch sees";
 }
 
 }  // namespace

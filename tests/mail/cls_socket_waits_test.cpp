@@ -5,9 +5,7 @@
 
 #include <algorithm>
 #include <deque>
-#include <new>
 
-#include "base/error.h"
 #include "tests/mail/socket_bench.h"
 #include "tests/support/failing.h"
 
@@ -16,80 +14,75 @@ namespace {
 
 using ports::Received;
 using std::chrono::milliseconds;
-using Lines = std::vector<std::string>;
 
-/// Time passes as fast as the test: each slice is over at once.
+/// What the stream does. Time passes as fast as the test: each slice is over at once.
+struct Script {
+    bool open = false;
+    int slices_until_connected = 0;
+    int slices_until_writable = 0;
+    std::deque<std::string> arriving;
+    /// Breaks behind what is arriving, instead of falling silent.
+    bool breaks = false;
+    /// How long each arrival and each sending takes; a slice at most.
+    milliseconds pace{0};
+    std::size_t takes_at_once = std::string::npos;
+    std::size_t sent = 0;
+    milliseconds waited{0};
+    FailingAt failing{out_of_memory};
+};
+
 class ScriptedStream final : public ports::Stream {
   public:
-    struct State {
-        bool open = false;
-        int slices_until_connected = 0;
-        std::deque<std::string> arriving;
-        /// Breaks behind what is arriving, instead of falling silent.
-        bool breaks = false;
-        /// How long each of them takes, and each sending; a slice at most.
-        milliseconds pace{0};
-        std::size_t takes_at_once = std::string::npos;
-        int slices_until_writable = 0;
-        std::size_t sent = 0;
-        milliseconds waited{0};
-    };
-    explicit ScriptedStream(State& state) : state_(state) {}
+    explicit ScriptedStream(Script& script) : script_(script) {}
 
-    void connect(const ports::StreamAddress&, bool) override { state_.open = true; }
+    void connect(const ports::StreamAddress&, bool) override {
+        script_.failing.count();
+        script_.open = true;
+    }
     bool connected_within(milliseconds slice) override {
-        require_open();
-        if (state_.slices_until_connected-- <= 0) return true;
-        state_.waited += slice;
-        return false;
+        return !waits(script_.slices_until_connected, slice);
     }
     ports::Sent send(base::ByteView bytes, milliseconds slice) override {
-        require_open();
-        if (state_.slices_until_writable-- > 0) {
-            state_.waited += slice;
-            return {0, slice};
-        }
-        const std::size_t count = std::min(bytes.size(), state_.takes_at_once);
-        state_.sent += count;
-        return {count, std::min(state_.pace, slice)};
+        if (waits(script_.slices_until_writable, slice)) return {0, slice};
+        const std::size_t count = std::min(bytes.size(), script_.takes_at_once);
+        script_.sent += count;
+        return {count, std::min(script_.pace, slice)};
     }
     Received receive(milliseconds slice) override {
-        require_open();
-        Received received;
-        received.waited = slice;
-        if (!state_.arriving.empty()) {
-            const base::ByteView bytes = base::bytes_of(state_.arriving.front());
-            received.state = Received::State::data;
-            received.bytes.assign(bytes.begin(), bytes.end());
-            received.waited = std::min(state_.pace, slice);
-            state_.arriving.pop_front();
-        } else if (state_.breaks) {
-            state_.open = false;
-            throw base::AutomationError(base::ErrorNumber::component_failed, u"test", u"zerwane");
+        int slices = script_.arriving.empty() ? 1 : 0;
+        if (waits(slices, slice)) {
+            if (!script_.breaks) return {Received::State::nothing_yet, {}, slice};
+            close();
+            access_denied();
         }
-        state_.waited += std::chrono::duration_cast<milliseconds>(received.waited);
+        const base::ByteView bytes = base::bytes_of(script_.arriving.front());
+        Received received{Received::State::data, {bytes.begin(), bytes.end()}, script_.pace};
+        script_.arriving.pop_front();
         return received;
     }
-    void close() noexcept override { state_.open = false; }
+    void close() noexcept override { script_.open = false; }
 
   private:
-    void require_open() const {
-        if (!state_.open) {
-            throw base::AutomationError(base::ErrorNumber::component_failed, u"test", u"zamknięty");
-        }
+    bool waits(int& slices, milliseconds slice) {
+        if (!script_.open) access_denied();
+        script_.failing.count();
+        if (slices-- <= 0) return false;
+        script_.waited += slice;
+        return true;
     }
-    State& state_;
+
+    Script& script_;
 };
 
 class SocketWaits : public testing::Test {
   protected:
-    ScriptedStream::State stream;
-    Bench bench{std::make_unique<ScriptedStream>(stream)};
+    Script stream;
+    Bench bench{settings_with(""), std::make_unique<ScriptedStream>(stream)};
+    mail::clsSocket& socket = bench.socket;
     Listener& listener = bench.listener;
 
-    std::int32_t open(std::int32_t wait_ms) {
-        return bench.socket.OpeneSocket(0, wait_ms, u"host:1");
-    }
+    std::int32_t open(std::int32_t wait_ms) { return socket.OpeneSocket(0, wait_ms, u"host:1"); }
+    milliseconds waited() { return std::exchange(stream.waited, milliseconds(0)); }
 };
 
 TEST_F(SocketWaits, TheSettingsGiveTheTimeOutsWhenTheHostDoesNot) {
@@ -97,47 +90,45 @@ TEST_F(SocketWaits, TheSettingsGiveTheTimeOutsWhenTheHostDoesNot) {
     bench.settings.no_progress_timeout = milliseconds(1500);
     stream.slices_until_connected = 8;
     EXPECT_EQ(open(0), 0);
-    EXPECT_EQ(stream.waited, milliseconds(700));
+    EXPECT_EQ(waited(), milliseconds(700));
     stream.slices_until_connected = 8;
     EXPECT_EQ(open(900), 1);
     stream.slices_until_connected = 0;
     ASSERT_EQ(open(-1), 1);
-    stream.waited = {};
-    EXPECT_EQ(bench.socket.ReceiveString(), u"");
-    EXPECT_EQ(stream.waited, milliseconds(1500));
-    stream.waited = {};
+    waited();
+    EXPECT_EQ(socket.ReceiveString(), u"");
+    EXPECT_EQ(waited(), milliseconds(1500));
     stream.slices_until_writable = 100;
-    bench.socket.SendString(u"x");
-    EXPECT_EQ(stream.waited, milliseconds(1500));
+    socket.SendString(u"x");
+    EXPECT_EQ(waited(), milliseconds(1500));
 }
 
 TEST_F(SocketWaits, AbortEndsEachKindOfWait) {
-    listener.on_check = [&](bool& abort) { abort = listener.checks == 3; };
+    listener.abort_at_check = 3;
     stream.slices_until_connected = 100;
     EXPECT_EQ(open(60'000), 0);
-    EXPECT_EQ(stream.waited, milliseconds(300));
+    EXPECT_EQ(waited(), milliseconds(300));
     EXPECT_FALSE(stream.open);
 
     stream.slices_until_connected = 0;
     ASSERT_EQ(open(60'000), 1);
     listener.checks = 0;
-    stream.waited = {};
-    EXPECT_EQ(bench.socket.ReceiveString(), u"");
-    EXPECT_EQ(stream.waited, milliseconds(300));
+    EXPECT_EQ(socket.ReceiveString(), u"");
+    EXPECT_EQ(waited(), milliseconds(300));
     EXPECT_TRUE(stream.open) << "nothing is lost when nothing came";
 
     listener.checks = 0;
     stream.slices_until_writable = 100;
-    bench.socket.SendString(u"x");
-    EXPECT_EQ(listener.checks, 3);
+    socket.SendString(u"x");
+    EXPECT_EQ(waited(), milliseconds(300));
     EXPECT_FALSE(stream.open);
-    EXPECT_EQ(std::count(listener.log.begin(), listener.log.end(), "Błąd Przerwano."), 3);
+    EXPECT_EQ(std::ranges::count(listener.log, "Błąd Przerwano."), 3);
 }
 
-TEST_F(SocketWaits, PercentDoneStopsALongText) {
+TEST_F(SocketWaits, ALongTextGoesInPiecesUntilTheHostStopsIt) {
     ASSERT_EQ(open(1000), 1);
     listener.abort_at_percent = 50;
-    bench.socket.SendString(base::Text(4 * 65'536, u'x'));
+    socket.SendString(base::Text(4 * 65'536, u'x'));
     EXPECT_EQ(listener.percents, (std::vector<std::int32_t>{25, 50}));
     EXPECT_EQ(stream.sent, 2u * 65'536);
     EXPECT_FALSE(stream.open);
@@ -147,35 +138,49 @@ TEST_F(SocketWaits, ADripDoesNotOutlastTheTimeOutOrTheHostsPatience) {
     ASSERT_EQ(open(1000), 1);
     stream.arriving = {"ab", "cd"};
     stream.pace = milliseconds(19);
-    EXPECT_EQ(bench.socket.ReceiveString(), u"abcd") << "pieces that follow each other";
+    EXPECT_EQ(socket.ReceiveString(), u"abcd") << "pieces that follow each other";
     listener.checks = 0;
     stream.arriving.assign(1000, "x");
     stream.pace = milliseconds(10);
-    EXPECT_EQ(bench.socket.ReceiveString().size(), 100u);
+    EXPECT_EQ(socket.ReceiveString().size(), 100u);
     EXPECT_EQ(listener.checks, 10);
-    listener.on_check = [](bool& abort) { abort = true; };
-    EXPECT_EQ(bench.socket.ReceiveString().size(), 10u) << "what came is the host's";
+    listener.abort_at_check = 11;
+    EXPECT_EQ(socket.ReceiveString().size(), 10u) << "what came is the host's";
+
+    stream.takes_at_once = 1;
+    listener.checks = 0;
+    socket.SendString(base::Text(200, u'x'));
+    EXPECT_EQ(stream.sent, 110u) << "the time-out begins anew with each, the host's patience not";
+    EXPECT_FALSE(stream.open);
+}
+
+TEST_F(SocketWaits, EndlessDataFailsAtTheLimit) {
+    ASSERT_EQ(open(1000), 1);
+    stream.arriving.assign(1025, std::string(64 * 1024, 'x'));
+    EXPECT_EQ(socket.ReceiveString(), u"");
+    EXPECT_TRUE(listener.has("Błąd Odebrano ponad 64 MiB"));
+    EXPECT_FALSE(stream.open);
 }
 
 TEST_F(SocketWaits, HandlersMayCloseWherever) {
-    for (const base::TextView at : {u"Zamknięto", u"Łączenie", u"Połączono"}) {
+    for (const char* at : {"Zamknięto", "Łączenie", "Połączono"}) {
         ASSERT_EQ(open(1000), 1);
         listener.log.clear();
-        listener.on_progress = [&](base::TextView name) {
-            if (name == at) bench.socket.CloseSocket();
+        listener.on_line = [&](const std::string& line) {
+            if (line.starts_with(at)) socket.CloseSocket();
         };
-        EXPECT_EQ(open(1000), 0) << base::to_utf8(at);
-        EXPECT_TRUE(listener.has("Błąd Przerwano.")) << base::to_utf8(at);
+        EXPECT_EQ(open(1000), 0) << at;
+        EXPECT_TRUE(listener.has("Błąd Przerwano.")) << at;
         EXPECT_EQ(listener.log.back(), "failed");
         EXPECT_FALSE(stream.open);
-        listener.on_progress = {};
+        listener.on_line = {};
     }
-    listener.on_check = [&](bool&) { bench.socket.CloseSocket(); };
+    listener.on_check = [&] { socket.CloseSocket(); };
     stream.slices_until_connected = 5;
     EXPECT_EQ(open(1000), 0) << "in the middle of a wait";
     stream.slices_until_connected = 0;
     ASSERT_EQ(open(1000), 1);
-    EXPECT_EQ(bench.socket.ReceiveString(), u"");
+    EXPECT_EQ(socket.ReceiveString(), u"");
     EXPECT_EQ(listener.checks, 2);
     EXPECT_EQ(listener.log.back(), "failed");
 }
@@ -183,15 +188,14 @@ TEST_F(SocketWaits, HandlersMayCloseWherever) {
 TEST_F(SocketWaits, ClosingWhenAMethodIsDoneTellsNoEndOfItsOwn) {
     ASSERT_EQ(open(1000), 1);
     listener.log.clear();
-    listener.on_completed = [&] { bench.socket.CloseSocket(); };
-    bench.socket.SendString(u"x");
+    listener.on_line = [&](const std::string& line) {
+        if (line == "done") socket.CloseSocket();
+    };
+    socket.SendString(u"x");
     EXPECT_EQ(listener.log, (Lines{"Wysłano 1", "done", "Zamknięto host:1"}));
-    listener.log.clear();
-    bench.socket.CloseSocket();
-    EXPECT_EQ(listener.log, Lines{"done"});
-    listener.on_completed = {};
-    bench.socket.CloseSocket();
-    EXPECT_EQ(listener.log, (Lines{"done", "done"}));
+    socket.CloseSocket();
+    EXPECT_EQ(listener.log.back(), "done");
+    EXPECT_EQ(listener.log.size(), 4u);
 }
 
 TEST_F(SocketWaits, WhatCameBeforeABreakIsGivenAndTheReasonNext) {
@@ -199,93 +203,47 @@ TEST_F(SocketWaits, WhatCameBeforeABreakIsGivenAndTheReasonNext) {
     listener.log.clear();
     stream.arriving = {"ab"};
     stream.breaks = true;
-    EXPECT_EQ(bench.socket.ReceiveString(), u"ab");
-    EXPECT_EQ(bench.socket.ReceiveString(), u"");
-    bench.socket.SendString(u"x");
-    EXPECT_EQ(listener.log,
-              (Lines{"Odebrano 2", "Zamknięto host:1", "binary 2", "text ab", "done",
-                     "Błąd zerwane", "failed", "Błąd Połączenie nie jest otwarte.", "failed"}));
-    ASSERT_EQ(open(1000), 1);
-    listener.log.clear();
-    EXPECT_EQ(bench.socket.ReceiveString(), u"");
-    EXPECT_EQ(listener.log, (Lines{"Błąd zerwane", "Zamknięto host:1", "failed"}));
-}
-
-/// Has no memory for a text that came.
-class ExhaustedCodePage final : public ports::CodePage {
-  public:
-    std::optional<std::uint8_t> byte_of(char16_t) const override { return {}; }
-    base::Bytes to_bytes(base::TextView text) const override { return base::Bytes(text.size()); }
-    base::Text to_text(base::ByteView) const override { throw std::bad_alloc(); }
-};
-
-TEST_F(SocketWaits, NoTextStartsInTheMiddleBecauseAnEarlierOneWasLost) {
-    const ExhaustedCodePage code_page;
-    mail::clsSocket socket(
-        {std::make_unique<ScriptedStream>(stream), code_page, bench.settings, listener});
-    ASSERT_EQ(socket.OpeneSocket(0, 1000, u"host:1"), 1);
-    stream.arriving = {"ab"};
+    EXPECT_EQ(socket.ReceiveString(), u"ab");
     EXPECT_EQ(socket.ReceiveString(), u"");
-    EXPECT_FALSE(stream.open);
-    EXPECT_TRUE(listener.has("Zamknięto"));
-    EXPECT_FALSE(listener.has("binary"));
-    EXPECT_EQ(listener.log.back(), "failed");
+    socket.SendString(u"x");
+    EXPECT_EQ(listener.log, (Lines{"Odebrano 2", "Zamknięto host:1", "binary 2", "text ab", "done",
+                                   "Błąd odmowa dostępu", "failed",
+                                   "Błąd Połączenie nie jest otwarte.", "failed"}));
 }
 
-TEST_F(SocketWaits, SendingThatMovesSlowlyCanBeAborted) {
-    ASSERT_EQ(open(50), 1);
-    stream.takes_at_once = 1;
-    stream.pace = milliseconds(10);
-    bench.socket.SendString(base::Text(100, u'x'));
-    EXPECT_EQ(stream.sent, 100u) << "the time-out begins anew with each that is taken";
-    EXPECT_EQ(listener.checks, 10);
-    listener.on_check = [](bool& abort) { abort = true; };
-    bench.socket.SendString(base::Text(100, u'x'));
-    EXPECT_EQ(stream.sent, 110u);
-    EXPECT_FALSE(stream.open);
-}
-
-TEST_F(SocketWaits, OtherCallsInTheMiddleOfAWaitFail) {
+TEST_F(SocketWaits, OnlyTheHandlersOfWhatCameMayCallOtherMethods) {
     ASSERT_EQ(open(300), 1);
-    listener.on_check = [&](bool&) {
-        EXPECT_EQ(bench.socket.OpeneSocket(0, 300, u"other:1"), 0);
-        EXPECT_EQ(bench.socket.ReceiveString(), u"");
-        bench.socket.SendString(u"x");
+    listener.on_check = [&] {
+        EXPECT_EQ(socket.OpeneSocket(0, 300, u"other:1"), 0);
+        EXPECT_EQ(socket.ReceiveString(), u"");
+        socket.SendString(u"x");
     };
-    EXPECT_EQ(bench.socket.ReceiveString(), u"");
+    EXPECT_EQ(socket.ReceiveString(), u"");
     EXPECT_EQ(stream.sent, 0u);
     EXPECT_TRUE(stream.open);
-}
-
-TEST_F(SocketWaits, HandlersMayAnswerWhatCame) {
-    ASSERT_EQ(open(300), 1);
+    listener.on_check = {};
     stream.arriving = {"pytanie"};
-    listener.on_text = [&] { bench.socket.SendString(u"odpowiedź"); };
-    EXPECT_EQ(bench.socket.ReceiveString(), u"pytanie");
+    listener.on_line = [&](const std::string& line) {
+        if (line == "text pytanie") socket.SendString(u"odpowiedź");
+    };
+    EXPECT_EQ(socket.ReceiveString(), u"pytanie");
     EXPECT_EQ(stream.sent, 9u);
 }
 
 TEST_F(SocketWaits, AStreamThatFailsAtAnyCallEndsTheMethodAndNothingElse) {
-    FailingAt failing;
-    ScriptedStream real(stream);
-    Bench failing_bench(std::make_unique<FailingStream>(real, failing));
-    mail::clsSocket& socket = failing_bench.socket;
-    for (const auto failure : {access_denied, out_of_memory}) {
-        const int calls = fail_each_call(failing, failure, [&](int call) {
-            failing_bench.listener.log.clear();
-            stream.arriving = {"ab"};
-            const bool opened = socket.OpeneSocket(0, 1000, u"host:1") == 1;
-            socket.SendString(u"x");
-            const bool received = socket.ReceiveString() == u"ab";
-            // After its first byte a text is complete with the next silence, or with a failure.
-            EXPECT_EQ(opened, call > 2) << call;
-            EXPECT_EQ(received, call > 4 && !(call == 5 && failure == out_of_memory)) << call;
-            EXPECT_EQ(failing_bench.listener.has("failed"), call < 5 || !received) << call;
-            socket.CloseSocket();
-            EXPECT_FALSE(stream.open) << call;
-        });
-        EXPECT_EQ(calls, 5) << "connect, wait, send, receive, look for more";
-    }
+    const int calls = fail_each_call(stream.failing, [&](int call) {
+        listener.log.clear();
+        stream.arriving = {"ab"};
+        const bool opened = open(1000) == 1;
+        socket.SendString(u"x");
+        const bool received = socket.ReceiveString() == u"ab";
+        EXPECT_EQ(opened, call > 2) << call;
+        EXPECT_EQ(received, call > 5) << call;
+        EXPECT_EQ(listener.has("failed"), !received) << call;
+        socket.CloseSocket();
+        EXPECT_FALSE(stream.open) << call;
+    });
+    EXPECT_EQ(calls, 5) << "connect, wait, send, receive, look for more";
 }
 
 }  // namespace

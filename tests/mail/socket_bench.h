@@ -10,32 +10,28 @@
 
 namespace tavrix::test {
 
-/// Remembers every event as one line, AbortCheck apart from the rest.
+using Lines = std::vector<std::string>;
+
+/// Remembers every event as one line, AbortCheck and PercentDone apart from the rest.
 class Listener final : public mail::SocketEvents {
   public:
     void BinaryData(const base::Bytes& Data) override {
-        log.push_back("binary " + std::to_string(Data.size()));
+        tell("binary " + std::to_string(Data.size()));
     }
     void AbortCheck(bool& Abort) override {
         ++checks;
-        if (on_check) on_check(Abort);
+        if (on_check) on_check();
+        Abort = checks == abort_at_check;
     }
-    void TextData(const base::Text& Text) override {
-        log.push_back("text " + base::to_utf8(Text));
-        if (on_text) on_text();
-    }
+    void TextData(const base::Text& Text) override { tell("text " + base::to_utf8(Text)); }
     void ProgressInfo(const base::Text& Name, const base::Text& Value) override {
-        log.push_back(base::to_utf8(Name) + " " + base::to_utf8(Value));
-        if (on_progress) on_progress(Name);
+        tell(base::to_utf8(Name) + " " + base::to_utf8(Value));
     }
     void PercentDone(std::int32_t Percent, bool& Abort) override {
         percents.push_back(Percent);
         Abort = Percent >= abort_at_percent;
     }
-    void TaskCompleted(bool Success) override {
-        log.push_back(Success ? "done" : "failed");
-        if (on_completed) on_completed();
-    }
+    void TaskCompleted(bool Success) override { tell(Success ? "done" : "failed"); }
 
     /// True when a line of the log begins so.
     bool has(const std::string& beginning) const {
@@ -45,30 +41,37 @@ class Listener final : public mail::SocketEvents {
         return false;
     }
 
-    std::vector<std::string> log;
+    Lines log;
     std::vector<std::int32_t> percents;
     int checks = 0;
-    std::function<void(bool&)> on_check;
-    std::function<void()> on_text;
-    std::function<void(base::TextView)> on_progress;
-    std::function<void()> on_completed;
+    int abort_at_check = -1;
     std::int32_t abort_at_percent = 1000;
+    /// What the host does meanwhile; of a line, when it is told.
+    std::function<void()> on_check;
+    std::function<void(const std::string&)> on_line;
+
+  private:
+    void tell(const std::string& line) {
+        log.push_back(line);
+        if (on_line) on_line(line);
+    }
 };
 
-inline ports::ConnectionSettings settings_with(const std::string& private_ca_file = "") {
+inline ports::ConnectionSettings settings_with(const std::string& private_ca_file,
+                                               const std::string& proxy = "direct") {
     ports::ConnectionSettings settings;
-    settings.proxy = "direct";
+    settings.proxy = proxy;
     settings.private_ca_file = private_ca_file;
     return settings;
 }
 
-/// A socket with its surroundings.
+/// A socket with its surroundings; without a stream of the test's own it is a real one.
 struct Bench {
-    explicit Bench(ports::ConnectionSettings with = settings_with())
+    explicit Bench(ports::ConnectionSettings with = settings_with(""),
+                   std::unique_ptr<ports::Stream> stream = nullptr)
         : settings(std::move(with)),
-          socket({ports::make_curl_stream(settings), *code_page, settings, listener}) {}
-    explicit Bench(std::unique_ptr<ports::Stream> stream)
-        : settings(settings_with()), socket({std::move(stream), *code_page, settings, listener}) {}
+          socket({stream ? std::move(stream) : ports::make_curl_stream(settings), *code_page,
+                  settings, listener}) {}
 
     Listener listener;
     std::unique_ptr<ports::CodePage> code_page = system_code_page();

@@ -23,10 +23,7 @@ namespace {
 using Socket = SOCKET;
 using Length = int;
 constexpr int no_signal = 0;
-
-void close_socket(std::intptr_t socket) {
-    closesocket(static_cast<Socket>(socket));
-}
+const auto close_socket = &closesocket;
 
 void start_sockets() {
     static const int started = [] {
@@ -39,16 +36,25 @@ void start_sockets() {
 using Socket = int;
 using Length = socklen_t;
 constexpr int no_signal = MSG_NOSIGNAL;
-
-void close_socket(std::intptr_t socket) {
-    ::close(static_cast<Socket>(socket));
-}
+const auto close_socket = &::close;
 
 void start_sockets() {}
 #endif
 
 Socket handle(std::intptr_t socket) {
     return static_cast<Socket>(socket);
+}
+
+std::intptr_t new_socket() {
+    return static_cast<std::intptr_t>(::socket(AF_INET, SOCK_STREAM, 0));
+}
+
+sockaddr_in loopback(std::uint16_t port) {
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    address.sin_port = htons(port);
+    return address;
 }
 
 }  // namespace
@@ -70,14 +76,9 @@ std::string Peer::read_until(const std::string& end) {
 }
 
 bool Peer::write(const std::string& bytes) {
-    std::size_t done = 0;
-    while (done < bytes.size()) {
-        const auto count = ::send(handle(socket_), bytes.data() + done,
-                                  static_cast<int>(bytes.size() - done), no_signal);
-        if (count <= 0) return false;
-        done += static_cast<std::size_t>(count);
-    }
-    return true;
+    // A blocking socket takes all of it, or the client is gone.
+    const auto size = static_cast<int>(bytes.size());
+    return ::send(handle(socket_), bytes.data(), size, no_signal) == size;
 }
 
 void Peer::reset() {
@@ -90,16 +91,14 @@ void Peer::reset() {
 
 void Peer::close() {
     if (socket_ < 0) return;
-    close_socket(socket_);
+    close_socket(handle(socket_));
     socket_ = -1;
 }
 
 LoopbackServer::LoopbackServer(std::function<void(Peer&)> serve) : serve_(std::move(serve)) {
     start_sockets();
-    listener_ = static_cast<std::intptr_t>(::socket(AF_INET, SOCK_STREAM, 0));
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    listener_ = new_socket();
+    sockaddr_in address = loopback(0);
     auto* generic = reinterpret_cast<sockaddr*>(&address);
     Length size = sizeof address;
     if (listener_ < 0 || bind(handle(listener_), generic, size) != 0 ||
@@ -113,14 +112,11 @@ LoopbackServer::LoopbackServer(std::function<void(Peer&)> serve) : serve_(std::m
 LoopbackServer::~LoopbackServer() {
     // A connection of our own wakes the thread, whichever system it waits in.
     stopping_ = true;
-    const Peer waker(static_cast<std::intptr_t>(::socket(AF_INET, SOCK_STREAM, 0)));
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    address.sin_port = htons(port_);
+    const Peer waker(new_socket());
+    sockaddr_in address = loopback(port_);
     ::connect(handle(waker.socket()), reinterpret_cast<sockaddr*>(&address), sizeof address);
     thread_.join();
-    close_socket(listener_);
+    close_socket(handle(listener_));
 }
 
 void LoopbackServer::accept_clients() {

@@ -5,21 +5,24 @@
 #include "base/error.h"
 #include "ports/crypto.h"
 #include "ports/database.h"
-#include "ports/files.h"
-#include "ports/stream.h"
 
 namespace tavrix::test {
+
+// What may fail.
+[[noreturn]] inline void access_denied() {
+    throw base::AutomationError(base::ErrorNumber::component_failed, u"test", u"odmowa dostępu");
+}
+[[noreturn]] inline void out_of_memory() {
+    throw std::bad_alloc();
+}
 
 /// Counts the calls of the ports that share it and fails one of them.
 class FailingAt {
   public:
-    using Failure = void (*)();
+    explicit FailingAt(void (*failure)()) : failure_(failure) {}
 
-    /// The `call`-th from now on, the first is 1.
-    void arm(int call, Failure failure) {
-        left_ = call;
-        failure_ = failure;
-    }
+    /// The `call`-th from now on fails, the first is 1.
+    void arm(int call) { left_ = call; }
     void count() {
         if (--left_ == 0) failure_();
     }
@@ -27,26 +30,15 @@ class FailingAt {
 
   private:
     int left_ = 0;
-    Failure failure_ = nullptr;
+    void (*failure_)();
 };
-
-// What may fail.
-[[noreturn]] inline void access_denied() {
-    throw base::AutomationError(base::ErrorNumber::database_failed, u"test", u"odmowa dostępu");
-}
-[[noreturn]] inline void out_of_space() {
-    throw base::AutomationError(base::ErrorNumber::component_failed, u"test", u"brak miejsca");
-}
-[[noreturn]] inline void out_of_memory() {
-    throw std::bad_alloc();
-}
 
 /// Tells `story` again and again: with its first call failing, then its second, until it is told
 /// without a failure. Gives the number of the calls. `story` is given the call that fails.
 template <typename Story>
-int fail_each_call(FailingAt& failing, FailingAt::Failure failure, Story story) {
+int fail_each_call(FailingAt& failing, Story story) {
     for (int call = 1;; ++call) {
-        failing.arm(call, failure);
+        failing.arm(call);
         story(call);
         if (!failing.struck()) return call - 1;
     }
@@ -56,15 +48,17 @@ int fail_each_call(FailingAt& failing, FailingAt::Failure failure, Story story) 
 template <typename Port>
 class Failing : public Port {
   public:
-    Failing(Port& port, FailingAt& failing) : port_(port), failing_(failing) {}
+    Failing(Port& port, FailingAt& failing) : failing_(failing), port_(port) {}
 
   protected:
     Port& through() {
         failing_.count();
         return port_;
     }
-    Port& port_;
     FailingAt& failing_;
+
+  private:
+    Port& port_;
 };
 
 class FailingRecordset final : public Failing<ports::Recordset> {
@@ -110,32 +104,6 @@ struct FailingCrypto final : Failing<ports::Crypto> {
                                         base::ByteView plain) override {
         return through().rsa_oaep_sha256_encrypt(key, plain);
     }
-};
-
-struct FailingFiles final : Failing<ports::Files> {
-    using Failing::Failing;
-    bool is_file(base::TextView path) override { return through().is_file(path); }
-    void copy(base::TextView from, base::TextView to) override { through().copy(from, to); }
-    void append(base::TextView path, base::ByteView bytes) override {
-        through().append(path, bytes);
-    }
-};
-
-struct FailingStream final : Failing<ports::Stream> {
-    using Failing::Failing;
-    void connect(const ports::StreamAddress& address, bool tls) override {
-        through().connect(address, tls);
-    }
-    bool connected_within(std::chrono::milliseconds slice) override {
-        return through().connected_within(slice);
-    }
-    ports::Sent send(base::ByteView bytes, std::chrono::milliseconds slice) override {
-        return through().send(bytes, slice);
-    }
-    ports::Received receive(std::chrono::milliseconds slice) override {
-        return through().receive(slice);
-    }
-    void close() noexcept override { port_.close(); }
 };
 
 }  // namespace tavrix::test

@@ -5,42 +5,14 @@
 
 #include <cstdlib>
 #include <new>
-#include <stdexcept>
+#include <string>
+#include <vector>
 
 namespace {
 
-struct Text {
-    char bytes[4096];
-    std::size_t size;
-};
-
-// Nothing here may allocate.
-Text texts[20];
-std::size_t text_count = 0;
+std::vector<std::string> texts;
 int blocks_found = 0;
 bool watching = false;
-
-void remember(std::string_view secret, std::size_t unit) {
-    if (text_count == std::size(texts) || secret.size() * unit > sizeof texts[0].bytes) {
-        throw std::length_error("too much to look for");
-    }
-    Text& text = texts[text_count++];
-    text = {};
-    for (const char c : secret) {
-        text.bytes[text.size] = c;
-        text.size += unit;
-    }
-}
-
-void look_into(void* block) {
-    const std::size_t size = malloc_usable_size(block);
-    for (std::size_t i = 0; i < text_count; ++i) {
-        // Without the zero behind the last character's UTF-16.
-        if (memmem(block, size, texts[i].bytes, texts[i].size - (texts[i].bytes[1] == '\0'))) {
-            ++blocks_found;
-        }
-    }
-}
 
 }  // namespace
 
@@ -53,7 +25,12 @@ void* operator new(std::size_t size) {
 }
 
 void operator delete(void* block) noexcept {
-    if (watching && block != nullptr) look_into(block);
+    if (watching && block != nullptr) {
+        const std::size_t size = malloc_usable_size(block);
+        for (const std::string& text : texts) {
+            if (memmem(block, size, text.data(), text.size()) != nullptr) ++blocks_found;
+        }
+    }
     std::free(block);
 }
 
@@ -64,18 +41,23 @@ void operator delete(void* block, std::size_t) noexcept {
 namespace tavrix::test {
 
 FreedMemory::FreedMemory() {
-    text_count = 0;
     blocks_found = 0;
-    watching = true;
 }
 
 FreedMemory::~FreedMemory() {
     watching = false;
+    texts.clear();
 }
 
 void FreedMemory::look_for(std::string_view secret) {
-    remember(secret, sizeof(char));
-    remember(secret, sizeof(char16_t));
+    // The watch's own texts are no finds.
+    watching = false;
+    texts.emplace_back(secret);
+    std::string& utf16 = texts.emplace_back();
+    for (const char c : secret) (utf16 += c) += '\0';
+    // Without the zero behind the last character.
+    utf16.pop_back();
+    watching = true;
 }
 
 int FreedMemory::found() const {

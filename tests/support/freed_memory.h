@@ -14,7 +14,7 @@ class FreedMemory {
     FreedMemory(const FreedMemory&) = delete;
     FreedMemory& operator=(const FreedMemory&) = delete;
 
-    /// From now on; as UTF-8 and as UTF-16. Ten texts of ASCII at most.
+    /// From now on; as UTF-8 and as UTF-16. ASCII only.
     void look_for(std::string_view secret);
     /// How many blocks held one of the texts.
     int found() const;
