@@ -22,15 +22,14 @@ thread_local Connection* current_connection = nullptr;
 
 std::vector<std::pair<std::string, std::string>> read_query(std::string_view target) {
     std::vector<std::pair<std::string, std::string>> query;
-    std::string_view rest = target.substr(std::min(target.find('?'), target.size()));
-    if (!rest.empty()) rest.remove_prefix(1);
-    while (!rest.empty()) {
-        const std::size_t end = std::min(rest.find('&'), rest.size());
-        const std::string_view part = rest.substr(0, end);
+    std::size_t at = std::min(target.find('?'), target.size());
+    while (++at < target.size()) {
+        const std::size_t end = std::min(target.find('&', at), target.size());
+        const std::string_view part = target.substr(at, end - at);
         const std::size_t equals = std::min(part.find('='), part.size());
         query.emplace_back(percent_decode(part.substr(0, equals), true),
                            percent_decode(part.substr(std::min(equals + 1, part.size())), true));
-        rest.remove_prefix(std::min(end + 1, rest.size()));
+        at = end;
     }
     return query;
 }
