@@ -5,6 +5,7 @@
 #include <cstring>
 #include <new>
 
+#include "base/error.h"
 #include "base/secret.h"
 #include "base/version.h"
 #include "ports/portable/curl_connection.h"
