@@ -6,56 +6,50 @@
 namespace tavrix::test {
 namespace {
 
-class Errors : public testing::Test {
-  protected:
-    ComPointer<IDispatch> probe = make_probe();
-    Variant variable{u""};
-    Outcome fail(LONG how) {
-        return call(probe, u"Fail", {plain(how), by_reference(variable.address())});
+TEST(Errors, ReachTheHostWithNumberSourceAndDescription) {
+    const auto probe = make_probe();
+    Variant variable(u"");
+    const struct {
+        int how;
+        HRESULT code;
+        std::uint32_t number;
+        const char16_t* source;
+        const char16_t* description;
+    } failures[] = {
+        {0, DISP_E_EXCEPTION, 0x800A0009, u"Probe.Fail", u"Zła liczba"},
+        // Lack of memory is no exception.
+        {1, E_OUTOFMEMORY, 0, u"", u""},
+        {2, DISP_E_EXCEPTION, 0x80040200, u"Probe", u"broken"},
+    };
+    for (const auto& failure : failures) {
+        SetErrorInfo(0, nullptr);
+        const Outcome outcome =
+            call(probe, u"Fail", {failure.how, by_reference(variable.address())});
+        EXPECT_EQ(written(outcome), refused(failure.code));
+        EXPECT_EQ(static_cast<std::uint32_t>(outcome.number), failure.number);
+        EXPECT_EQ(outcome.source, failure.source);
+        EXPECT_EQ(outcome.description, failure.description);
+        EXPECT_EQ(outcome.result.type(), VT_EMPTY);
+
+        ComPointer<IErrorInfo> info;
+        EXPECT_EQ(GetErrorInfo(0, info.out()), failure.number != 0 ? S_OK : S_FALSE);
+        windows::Bstr description;
+        if (info) info->GetDescription(description.out());
+        EXPECT_EQ(windows::view_of(description.get()), failure.description);
     }
-};
-
-TEST_F(Errors, AnAutomationErrorCarriesNumberSourceAndDescription) {
-    SetErrorInfo(0, nullptr);
-    const Outcome outcome = fail(0);
-    EXPECT_EQ(outcome.code, DISP_E_EXCEPTION);
-    EXPECT_EQ(outcome.number, static_cast<SCODE>(0x800A0009));
-    EXPECT_EQ(outcome.source, u"Probe.Fail");
-    EXPECT_EQ(outcome.description, u"Zła liczba");
-    EXPECT_EQ(outcome.argument_index, Outcome::none);
-    EXPECT_EQ(outcome.result.type(), VT_EMPTY);
-
-    ComPointer<IErrorInfo> info;
-    ASSERT_EQ(GetErrorInfo(0, info.out()), S_OK);
-    windows::Bstr description;
-    info->GetDescription(description.out());
-    EXPECT_EQ(windows::view_of(description.get()), u"Zła liczba");
-    EXPECT_EQ(probe.query<ISupportErrorInfo>()->InterfaceSupportsErrorInfo(IID_IDispatch), S_OK);
-    EXPECT_EQ(probe.query<ISupportErrorInfo>()->InterfaceSupportsErrorInfo(IID_IStream), S_FALSE);
-}
-
-TEST_F(Errors, AHostThatWantsNoDetailsGetsTheCode) {
-    VARIANT arguments[] = {by_reference(variable.address()), plain(0)};
-    DISPPARAMS parameters{arguments, nullptr, 2, 0};
-    EXPECT_EQ(probe->Invoke(id_of(probe.get(), u"Fail"), IID_NULL, 0, DISPATCH_METHOD, &parameters,
-                            nullptr, nullptr, nullptr),
-              DISP_E_EXCEPTION);
-}
-
-TEST_F(Errors, LackOfMemoryIsNoException) {
-    EXPECT_EQ(fail(1).code, E_OUTOFMEMORY);
-}
-
-TEST_F(Errors, AnythingElseIsTheComponentsError) {
-    const Outcome known = fail(2);
-    EXPECT_EQ(known.code, DISP_E_EXCEPTION);
-    EXPECT_EQ(known.number, static_cast<SCODE>(0x80040200));
-    EXPECT_EQ(known.source, u"Probe");
-    EXPECT_EQ(known.description, u"broken");
-    const Outcome unknown = fail(3);
-    EXPECT_EQ(unknown.code, DISP_E_EXCEPTION);
-    EXPECT_EQ(unknown.number, static_cast<SCODE>(0x80040200));
+    const Outcome unknown = call(probe, u"Fail", {3, by_reference(variable.address())});
+    EXPECT_EQ(static_cast<std::uint32_t>(unknown.number), 0x80040200);
     EXPECT_FALSE(unknown.description.empty());
+    // A host that wants no details gets the code.
+    VARIANT arguments[] = {by_reference(variable.address()), {}};
+    DISPPARAMS parameters{arguments, nullptr, 2, 0};
+    EXPECT_EQ(
+        probe->Invoke(14, IID_NULL, 0, DISPATCH_METHOD, &parameters, nullptr, nullptr, nullptr),
+        DISP_E_EXCEPTION);
+
+    const auto support = probe.query<ISupportErrorInfo>();
+    EXPECT_EQ(support->InterfaceSupportsErrorInfo(IID_IDispatch), S_OK);
+    EXPECT_EQ(support->InterfaceSupportsErrorInfo(IID_IStream), S_FALSE);
 }
 
 }  // namespace

@@ -7,37 +7,36 @@
 
 namespace tavrix::test {
 
-/// What one event brought to a sink.
-struct ReceivedEvent {
-    DISPID id;
-    /// In the order of the source text, as they came: references where the host can write back.
-    std::vector<VARIANT> arguments;
-};
-
 /// A host's sink, late-bound and written by hand, because no script host here connects events. It
-/// remembers the numbers of the events and does what its handler says.
+/// writes down the events and does what its handler says.
 class EventSink final : public com::Unknown<IDispatch> {
   public:
-    using Handler = std::function<HRESULT(const ReceivedEvent&)>;
+    /// The arguments stand in the order of the source text, as they came: references where the host
+    /// can write back.
+    using Handler = std::function<HRESULT(DISPID event, const std::vector<VARIANT>& arguments)>;
 
     /// Answers to the interface `id` too, as sinks of VB6 and .NET do; IID_NULL for none such.
-    explicit EventSink(const GUID& id = IID_NULL) : id_(id) {}
-    ~EventSink() override {
-        if (ended != nullptr) *ended = true;
-    }
+    explicit EventSink(const GUID& id, Handler does = {}) : handler(std::move(does)), id_(id) {}
 
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** object) noexcept override;
-    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) noexcept override;
-    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) noexcept override;
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** object) noexcept override {
+        return Unknown::QueryInterface(id == id_ ? IID_IDispatch : id, object);
+    }
+    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) noexcept override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) noexcept override {
+        return E_NOTIMPL;
+    }
     HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID,
-                                            DISPID*) noexcept override;
+                                            DISPID*) noexcept override {
+        ADD_FAILURE() << "events are raised by their numbers";
+        return E_NOTIMPL;
+    }
     HRESULT STDMETHODCALLTYPE Invoke(DISPID id, REFIID reserved, LCID, WORD flags,
                                      DISPPARAMS* parameters, VARIANT* result,
                                      EXCEPINFO* information, UINT*) override;
 
-    std::vector<DISPID> events;
+    /// "1, text abc, ref bool 0" for each event, as it came.
+    std::vector<std::string> events;
     Handler handler;
-    bool* ended = nullptr;
 
   private:
     GUID id_;

@@ -12,86 +12,39 @@ class Facade : public testing::Test {
   protected:
     FormUser user;
     ComPointer<IDispatch> info = create(u"Tavrix.CInfo");
-
-    std::function<void()> about() {
-        return [this] {
-            const Outcome outcome = call(info, u"OProgramie");
-            EXPECT_EQ(outcome.code, S_OK);
-            EXPECT_EQ(outcome.result.type(), VT_EMPTY);
-        };
-    }
+    const std::function<void()> about = [this] { EXPECT_EQ(answer(info, u"OProgramie"), "empty"); };
 };
 
 TEST_F(Facade, OpensTheAboutBoxOnce) {
     const auto same_again = [&](HWND form) {
-        EXPECT_EQ(text_of(form, TAVRIX_ABOUT_VERSION), u"Wersja 10.0.36");
-        EXPECT_EQ(call(create(u"Tavrix.CInfo"), u"OProgramie").code, S_OK);
+        expect_texts(form, {{TAVRIX_ABOUT_VERSION, u"Wersja 10.0.36"}});
+        EXPECT_EQ(answer(create(u"Tavrix.CInfo"), u"OProgramie"), "empty");
         EXPECT_EQ(open_forms(), std::vector<HWND>{form});
         // Nothing else waits for the box.
-        EXPECT_EQ(bstr_of(call(info, u"VersjaLib").result), u"10.0.36.Tavrix");
+        EXPECT_EQ(answer(info, u"VersjaLib"), "text 10.0.36.Tavrix");
     };
-    user.use(about(), {same_again, press(VK_RETURN)});
-}
-
-TEST_F(Facade, SaysWhenThereIsNoSystemInformation) {
-    const wchar_t key[] = L"SOFTWARE\\Microsoft\\Shared Tools\\MSINFO";
-    const wchar_t nothing[] = L"C:\\none\\none.exe";
-    ASSERT_EQ(RegSetKeyValueW(HKEY_LOCAL_MACHINE, key, L"PATH", REG_SZ, nothing, sizeof nothing),
-              ERROR_SUCCESS);
-    bool seen = false;
-    user.use(about(), {[&](HWND form) {
-                           click(TAVRIX_ABOUT_SYSTEM_INFORMATION)(form);
-                           user.soon([&seen, form](HWND box) {
-                               EXPECT_EQ(GetWindow(box, GW_OWNER), form);
-                               for (const HWND control : controls_of(box)) {
-                                   seen |= text_of(control) ==
-                                           u"Brak zainstalownej opcji w Systemie Windows";
-                               }
-                               press(VK_RETURN)(box);
-                           });
-                       },
-                       press(VK_ESCAPE)});
-    EXPECT_TRUE(seen);
-    // The prefix's own state: none.
-    RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, key, L"PATH");
+    user.use(about, {same_again, press(VK_RETURN)});
 }
 
 TEST_F(Facade, ShowsTheMessageForTheHelpdeskAndGivesItsResult) {
-    const Variant text(u"tekst");
-    const Variant tax_number(u"525-000-12-34");
     Variant files(u"C:\\a.pdf");
-    BSTR more = windows::make_bstr(u"; ktos@inny.example").release();
-    Variant result;
-    user.use(
-        [&] {
-            result =
-                std::move(call(info, u"sendmail",
-                               {text.get(), tax_number.get(), text.get(), text.get(), text.get(),
-                                text.get(), by_reference(files.address()), by_reference(&more)})
-                              .result);
-        },
-        {[](HWND form) {
-             EXPECT_EQ(text_of(form, TAVRIX_MESSAGE_RECIPIENTS),
-                       u"pomoc@tavrix.example; ktos@inny.example");
-             EXPECT_EQ(text_of(form, TAVRIX_MESSAGE_TAX_NUMBER), u"525-000-12-34");
-             EXPECT_EQ(text_of(form, TAVRIX_MESSAGE_ATTACHMENTS), u"C:\\a.pdf");
-         },
-         click_cross()});
-    EXPECT_EQ(result.type(), VT_I4);
-    EXPECT_EQ(result.get().lVal, 0);
-    SysFreeString(more);
+    const auto send = [&] {
+        EXPECT_EQ(answer(info, u"sendmail",
+                         {u"a", u"525-000-12-34", u"b", u"c", u"d", u"e",
+                          by_reference(files.address()), u"; ktos@inny.example"}),
+                  "long 0");
+    };
+    const auto look = [](HWND form) {
+        expect_texts(form, {{TAVRIX_MESSAGE_RECIPIENTS, u"pomoc@tavrix.example; ktos@inny.example"},
+                            {TAVRIX_MESSAGE_TAX_NUMBER, u"525-000-12-34"},
+                            {TAVRIX_MESSAGE_ATTACHMENTS, u"C:\\a.pdf"}});
+    };
+    user.use(send, {look, click_cross()});
 }
 
 TEST(Registry, GivesTheSystemsOwnValues) {
     const wchar_t* key = L"Software\\Tavrix test\\Zażółć";
-    const Variant sub_key(u"Software\\Tavrix test\\Zażółć");
     const auto rejestr = create(u"Tavrix.Rejestr");
-    const auto read = [&](const char16_t* name, LONG root = 1) {
-        const Outcome outcome =
-            call(rejestr, u"RegGetValue", {plain(root), sub_key.get(), Variant(name).get()});
-        EXPECT_EQ(outcome.code, S_OK);
-        return bstr_of(outcome.result);
-    };
     const std::wstring fits(254, L'x');
     const std::wstring too_long(255, L'x');
     const DWORD all_bits = 0xFFFFFFFF;
@@ -100,48 +53,69 @@ TEST(Registry, GivesTheSystemsOwnValues) {
         DWORD type;
         const void* data;
         std::size_t size;
-        base::Text expected;
+        std::string expected;
     } values[] = {
-        {L"Gęś", REG_SZ, L"gęgała", 14, u"gęgała"},
-        {L"path", REG_EXPAND_SZ, L"%TEMP%\\x", 18, u"%TEMP%\\x"},  // as it is stored
-        {L"number", REG_DWORD, &all_bits, sizeof all_bits, u"-1"},
-        {L"nothing", REG_SZ, L"", 0, u""},
+        {L"Gęś", REG_SZ, L"gęgała", 14, "text gęgała"},
+        {L"path", REG_EXPAND_SZ, L"%TEMP%\\x", 18, "text %TEMP%\\x"},  // as it is stored
+        {L"number", REG_DWORD, &all_bits, sizeof all_bits, "text -1"},
         // 255 bytes with the zero, and no more.
-        {L"fits", REG_SZ, fits.c_str(), 2 * 255, base::Text(254, u'x')},
-        {L"too long", REG_SZ, too_long.c_str(), 2 * 256, u""},
+        {L"fits", REG_SZ, fits.c_str(), 2 * 255, "text " + std::string(254, 'x')},
+        {L"too long", REG_SZ, too_long.c_str(), 2 * 256, "text "},
     };
     for (const auto& row : values) {
-        ASSERT_EQ(RegSetKeyValueW(HKEY_CURRENT_USER, key, row.name, row.type, row.data,
-                                  static_cast<DWORD>(row.size)),
-                  ERROR_SUCCESS);
+        RegSetKeyValueW(HKEY_CURRENT_USER, key, row.name, row.type, row.data,
+                        static_cast<DWORD>(row.size));
         const base::Text name = windows::text_from_wide(row.name);
-        EXPECT_EQ(read(name.c_str()), row.expected) << base::to_utf8(name);
+        EXPECT_EQ(answer(rejestr, u"RegGetValue", {1, u"Software\\Tavrix test\\Zażółć", name}),
+                  row.expected);
     }
-    EXPECT_EQ(read(u"missing"), u"");
-    for (const LONG root : {2, 4, 255}) EXPECT_EQ(read(u"number", root), u"") << root;
     RegDeleteTreeW(HKEY_CURRENT_USER, L"Software\\Tavrix test");
 }
 
-TEST(NullStr, TurnsAnyValueIntoText) {
-    const auto sender = create(u"Tavrix.ClsSendMail");
-    const auto text_of_value = [&](const VARIANT& value) {
-        const Outcome outcome = call(sender, u"NullStr", {value});
-        EXPECT_EQ(outcome.code, S_OK);
-        return bstr_of(outcome.result);
+// For each class one call that goes well, where it has one that fails that too.
+TEST(Classes, AnswerTheirHosts) {
+    const base::Text none = beside_program(u"none.file");
+    const ComPointer<IDispatch> object = create(u"Tavrix.CInfo");
+    const struct {
+        const char16_t* name;
+        const char16_t* method;
+        std::vector<Argument> arguments;
+        std::string expected;
+    } calls[] = {
+        {u"CInfo", u"VersjaLib", {}, "text 10.0.36.Tavrix"},
+        {u"Rejestr", u"RegGetValue", {4, u"a", u"b"}, "text "},
+        {u"KseF_comm", u"Base64EncodeSS", {u"Zażółć"}, "text WmG/87Pm"},
+        {u"KseF_comm", u"Base64DecodeSS", {u"WmG/87Pm"}, "text Zażółć"},
+        {u"KseF_comm", u"Base64DecodeToBytes", {u"AAEC/w=="}, "byte[] 0 1 2 255"},
+        {u"KseF_comm", u"Base64DecodeToBytes", {u"*"}, refused(DISP_E_EXCEPTION)},
+        {u"KseF_comm", u"HexStringToBytes", {u"ż"}, "byte[] 197 188"},
+        // FIPS 180-4: the digest of no bytes.
+        {u"KseF_comm",
+         u"Sha256XmlSimpleb",
+         {base::Bytes{}},
+         "text 47DEQpj8HBSa+/TImW+5JCeuQeRkm5NMpJWZG3hSuFU="},
+        {u"Drk_Wyd_Ean_cls", u"SyncShell", {u"none.exe", 0, false, true}, "bool 0"},
+        {u"Drk_Wyd_Ean_cls813", u"EAN8", {u"1234567"}, "text :BCDE*fgha+"},
+        {u"Drk_Wyd_Ean_cls128", u"Code128_GetWidth", {u"x", 2}, "long 100"},
+        // Nothing listens there.
+        {u"ClsGetMail",
+         u"cmdGetMail",
+         {u"127.0.0.1", 1, u"u", u"p", true, u"", u"", none},
+         "bool 0"},
+        {u"CMessage", u"DodajMail", {u"x", none, false}, "long 0"},
+        {u"ClsSendMail", u"NullStr", {Variant::null()}, "text "},
+        {u"ClsSendMail", u"NullStr", {Variant()}, "text "},
+        {u"ClsSendMail", u"NullStr", {1.5}, "text 1,5"},  // as the user writes it
+        {u"ClsSendMail", u"NullStr", {base::Bytes{1}}, "text "},
+        {u"ClsSendMail", u"NullStr", {object}, "text "},  // has no value
+        {u"clsSocket", u"ReceiveString", {}, "text "},
+        {u"ClsPdfPodpis", u"pdfpodpis", {none, none, none, u"1"}, "bool 0"},
     };
-    VARIANT null{};
-    null.vt = VT_NULL;
-    EXPECT_EQ(text_of_value(null), u"");
-    EXPECT_EQ(text_of_value({}), u"");
-    EXPECT_EQ(text_of_value(Variant(u"zażółć").get()), u"zażółć");
-    EXPECT_EQ(text_of_value(Variant(1.5).get()), u"1,5") << "as the user writes it";
-    EXPECT_EQ(text_of_value(plain(-7)), u"-7");
-    const Variant numbers(windows::SafeArray(SafeArrayCreateVector(VT_I4, 0, 2)), VT_I4);
-    EXPECT_EQ(text_of_value(numbers.get()), u"") << "what has no text";
-    EXPECT_EQ(text_of_value(Variant(sender).get()), u"") << "an object without a value";
-    BSTR text = windows::make_bstr(u"zmienna").release();
-    EXPECT_EQ(text_of_value(by_reference(&text)), u"zmienna");
-    SysFreeString(text);
+    for (const auto& row : calls) {
+        const auto created = create((u"Tavrix." + base::Text(row.name)).c_str());
+        EXPECT_EQ(answer(created, row.method, row.arguments), row.expected)
+            << base::to_utf8(row.name);
+    }
 }
 
 }  // namespace

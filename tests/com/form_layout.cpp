@@ -7,18 +7,10 @@
 namespace tavrix::test {
 namespace {
 
-constexpr wchar_t desktop_key[] = L"Control Panel\\Desktop";
-constexpr wchar_t scale_value[] = L"LogPixels";
-
-std::wstring class_of(HWND control) {
-    wchar_t name[16];
-    GetClassNameW(control, name, 16);
-    return name;
-}
-
 // A label breaks its lines where it must, a button has one, a box of the user's needs a line's
 // height.
-SIZE needed_size(HWND control, const std::wstring& control_class, LONG width_px) {
+SIZE needed_size(HWND control, LONG width_px) {
+    const std::wstring control_class = class_of(control);
     const HDC device = GetDC(control);
     RECT needed = {0, 0, width_px, 0};
     {
@@ -57,7 +49,7 @@ void expect_readable_layout(HWND form) {
         SCOPED_TRACE(base::to_utf8(text_of(control)));
         RECT room{};
         GetClientRect(control, &room);
-        const SIZE needed = needed_size(control, class_of(control), room.right);
+        const SIZE needed = needed_size(control, room.right);
         EXPECT_LE(needed.cx, room.right);
         EXPECT_LE(needed.cy, room.bottom);
 
@@ -70,23 +62,6 @@ void expect_readable_layout(HWND form) {
                 << "lies on: " << base::to_utf8(text_of(controls[j]));
         }
     }
-}
-
-ScreenScale::ScreenScale(DWORD dots_per_inch) {
-    RegSetKeyValueW(HKEY_CURRENT_USER, desktop_key, scale_value, REG_DWORD, &dots_per_inch,
-                    sizeof dots_per_inch);
-}
-
-ScreenScale::~ScreenScale() {
-    // Wine's own state: 96 without a value.
-    RegDeleteKeyValueW(HKEY_CURRENT_USER, desktop_key, scale_value);
-}
-
-int ScreenScale::of_this_program() {
-    const HDC screen = GetDC(nullptr);
-    const int dots_per_inch = GetDeviceCaps(screen, LOGPIXELSX);
-    ReleaseDC(nullptr, screen);
-    return dots_per_inch;
 }
 
 }  // namespace tavrix::test

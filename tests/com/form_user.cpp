@@ -14,20 +14,6 @@ BOOL CALLBACK collect(HWND window, LPARAM list) {
     return TRUE;
 }
 
-bool is_form(HWND window) {
-    wchar_t name[16];
-    GetClassNameW(window, name, 16);
-    return std::wstring_view(name) == L"#32770";
-}
-
-void post_key(UINT down, UINT up, WPARAM key, LPARAM flags) {
-    const HWND focused = GetFocus();
-    ASSERT_NE(focused, nullptr);
-    const LPARAM scan_code = static_cast<LPARAM>(MapVirtualKeyW(static_cast<UINT>(key), 0)) << 16;
-    PostMessageW(focused, down, key, 1 | scan_code | flags);
-    PostMessageW(focused, up, key, static_cast<LPARAM>(1 | scan_code | flags | 0xC0000000));
-}
-
 void CALLBACK give_up(HWND, UINT, UINT_PTR, DWORD) {
     ADD_FAILURE() << "a form was open for " << deadline_ms / 1000 << " seconds";
     const std::vector<HWND> forms = open_forms();
@@ -94,7 +80,13 @@ LRESULT CALLBACK FormUser::procedure(HWND window, UINT message, WPARAM wparam, L
 }
 
 Step press(WPARAM key) {
-    return [key](HWND) { post_key(WM_KEYDOWN, WM_KEYUP, key, 0); };
+    return [key](HWND) {
+        const HWND focused = GetFocus();
+        ASSERT_NE(focused, nullptr);
+        const UINT scan_code = MapVirtualKeyW(static_cast<UINT>(key), 0) << 16;
+        PostMessageW(focused, WM_KEYDOWN, key, static_cast<LPARAM>(1 | scan_code));
+        PostMessageW(focused, WM_KEYUP, key, static_cast<LPARAM>(1 | scan_code | 0xC0000000));
+    };
 }
 
 Step press_with_alt(wchar_t letter) {
@@ -122,7 +114,7 @@ Step click_cross() {
 std::vector<HWND> open_forms() {
     std::vector<HWND> windows;
     EnumThreadWindows(GetCurrentThreadId(), &collect, reinterpret_cast<LPARAM>(&windows));
-    std::erase_if(windows, [](HWND window) { return !is_form(window); });
+    std::erase_if(windows, [](HWND window) { return class_of(window) != L"#32770"; });
     return windows;
 }
 
@@ -133,14 +125,22 @@ base::Text text_of(HWND window) {
     return text;
 }
 
-base::Text text_of(HWND form, int control) {
-    return text_of(GetDlgItem(form, control));
+std::wstring class_of(HWND window) {
+    wchar_t name[16];
+    GetClassNameW(window, name, 16);
+    return name;
 }
 
 std::vector<HWND> controls_of(HWND form) {
     std::vector<HWND> controls;
     EnumChildWindows(form, &collect, reinterpret_cast<LPARAM>(&controls));
     return controls;
+}
+
+void expect_texts(HWND form, const std::map<int, base::Text>& texts) {
+    for (const auto& [control, text] : texts) {
+        EXPECT_EQ(text_of(GetDlgItem(form, control)), text) << control;
+    }
 }
 
 }  // namespace tavrix::test

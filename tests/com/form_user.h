@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <map>
+#include <string>
 #include <vector>
 
 #include "base/text.h"
@@ -48,7 +50,9 @@ Step click_cross();
 /// The forms that the calling thread shows.
 std::vector<HWND> open_forms();
 base::Text text_of(HWND window);
-base::Text text_of(HWND form, int control);
+std::wstring class_of(HWND window);
 std::vector<HWND> controls_of(HWND form);
+/// The test fails for each control, by its number, that shows something else.
+void expect_texts(HWND form, const std::map<int, base::Text>& texts);
 
 }  // namespace tavrix::test

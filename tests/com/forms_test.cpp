@@ -22,62 +22,41 @@ namespace {
 
 class Forms : public testing::Test {
   protected:
-    std::function<void()> about() {
-        return [this] { about_window->show(content.about); };
-    }
-    std::function<void()> message_form() {
-        return [this] { message_window->show(content.message); };
-    }
-
     FormUser user;
     const std::unique_ptr<frame::AboutWindow> about_window = com::make_about_window();
     const std::unique_ptr<mail::MessageWindow> message_window = com::make_message_window();
     FormContent content;
-};
+    const std::function<void()> about = [this] { about_window->show(content.about); };
+    const std::function<void()> message_form = [this] { message_window->show(content.message); };
 
-int focused_control() {
-    return GetDlgCtrlID(GetFocus());
-}
-
-// Presses Tab until the focus is back where it was; `order` gets every control on the way.
-void walk_with_tab(FormUser& user, const std::function<void()>& show, std::vector<int>& order) {
-    constexpr int more_than_there_are = 20;
-    std::vector<Step> steps;
-    for (int i = 0; i < more_than_there_are; ++i) {
-        steps.push_back([&order](HWND form) {
-            order.push_back(focused_control());
+    // The control that has the focus first, and every other one that Tab leads to.
+    std::vector<int> tab_order(const std::function<void()>& show) {
+        constexpr std::size_t more_than_there_are = 20;
+        std::vector<int> order;
+        std::vector<Step> steps(more_than_there_are, [&order](HWND form) {
+            order.push_back(GetDlgCtrlID(GetFocus()));
             press(VK_TAB)(form);
         });
+        steps.push_back(press(VK_ESCAPE));
+        user.use(show, std::move(steps));
+        order.erase(std::find(order.begin() + 1, order.end(), order.front()), order.end());
+        return order;
     }
-    steps.push_back(press(VK_ESCAPE));
-    user.use(show, std::move(steps));
-    const auto again = std::find(order.begin() + 1, order.end(), order.front());
-    ASSERT_NE(again, order.end());
-    order.erase(again, order.end());
-}
+};
 
 TEST_F(Forms, AboutBoxTellsWhatItIsAndReachesTheSystemInformation) {
     int calls = 0;
-    content.about.show_system_information = [&] {
-        ++calls;
-        EXPECT_EQ(open_forms().size(), 1u);
+    content.about.show_system_information = [&] { ++calls; };
+    const auto look = [&](HWND form) {
+        EXPECT_EQ(text_of(form), u"O programie Tavrix");
+        expect_texts(form, {{TAVRIX_ABOUT_TITLE, u"Tavrix"},
+                            {TAVRIX_ABOUT_VERSION, u"Wersja 10.0.36"},
+                            {TAVRIX_ABOUT_DESCRIPTION, content.about.description}});
     };
-    user.use(about(), {[&](HWND form) {
-                           EXPECT_EQ(text_of(form), u"O programie Tavrix");
-                           EXPECT_EQ(text_of(form, TAVRIX_ABOUT_TITLE), u"Tavrix");
-                           EXPECT_EQ(text_of(form, TAVRIX_ABOUT_VERSION), u"Wersja 10.0.36");
-                           EXPECT_EQ(text_of(form, TAVRIX_ABOUT_DESCRIPTION),
-                                     content.about.description);
-                           EXPECT_EQ(GetWindow(form, GW_OWNER), user.host_window());
-                       },
-                       click(TAVRIX_ABOUT_SYSTEM_INFORMATION), press_with_alt(L'i'),
-                       [&](HWND form) {
-                           EXPECT_EQ(calls, 2);
-                           press(VK_ESCAPE)(form);
-                       }});
-    std::vector<int> order;
-    walk_with_tab(user, about(), order);
-    EXPECT_EQ(order, (std::vector<int>{IDOK, TAVRIX_ABOUT_SYSTEM_INFORMATION}));
+    user.use(about, {look, click(TAVRIX_ABOUT_SYSTEM_INFORMATION), press_with_alt(L'i'),
+                     press(VK_ESCAPE)});
+    EXPECT_EQ(calls, 2);
+    EXPECT_EQ(tab_order(about), (std::vector<int>{IDOK, TAVRIX_ABOUT_SYSTEM_INFORMATION}));
 }
 
 TEST_F(Forms, MessageFormShowsTheWholeMessageAndLeavesItsResultAlone) {
@@ -85,15 +64,16 @@ TEST_F(Forms, MessageFormShowsTheWholeMessageAndLeavesItsResultAlone) {
     content.record.body[1] = u"jedna\ndruga\r\ntrzecia\rczwarta & piąta";
     content.record.attachments = u"C:\\a & b.pdf;;D:\\zażółć.xml";
     const auto look = [&](HWND form) {
-        EXPECT_EQ(text_of(form, TAVRIX_MESSAGE_RECIPIENTS), content.record.recipients);
-        EXPECT_EQ(text_of(form, TAVRIX_MESSAGE_TAX_NUMBER), u"525-000-12-34");
-        EXPECT_EQ(text_of(form, TAVRIX_MESSAGE_DATE), content.message.date);
-        EXPECT_EQ(text_of(form, TAVRIX_MESSAGE_SUBJECT), content.record.subject);
-        EXPECT_EQ(text_of(form, TAVRIX_MESSAGE_BODY + 1),
-                  u"jedna\r\ndruga\r\ntrzecia\r\nczwarta & piąta");
-        EXPECT_EQ(text_of(form, TAVRIX_MESSAGE_BODY + 2), content.record.body[2]);
-        EXPECT_EQ(text_of(form, TAVRIX_MESSAGE_ATTACHMENTS), u"C:\\a & b.pdf\r\nD:\\zażółć.xml");
-        EXPECT_EQ(text_of(form, TAVRIX_MESSAGE_STATUS), content.message.status);
+        expect_texts(form,
+                     {{TAVRIX_MESSAGE_RECIPIENTS, content.record.recipients},
+                      {TAVRIX_MESSAGE_TAX_NUMBER, u"525-000-12-34"},
+                      {TAVRIX_MESSAGE_DATE, content.message.date},
+                      {TAVRIX_MESSAGE_SUBJECT, content.record.subject},
+                      {TAVRIX_MESSAGE_BODY, content.record.body[0]},
+                      {TAVRIX_MESSAGE_BODY + 1, u"jedna\r\ndruga\r\ntrzecia\r\nczwarta & piąta"},
+                      {TAVRIX_MESSAGE_BODY + 2, content.record.body[2]},
+                      {TAVRIX_MESSAGE_ATTACHMENTS, u"C:\\a & b.pdf\r\nD:\\zażółć.xml"},
+                      {TAVRIX_MESSAGE_STATUS, content.message.status}});
         std::vector<base::Text> labels;
         for (const HWND control : controls_of(form)) labels.push_back(text_of(control));
         for (const char16_t* label : {u"Wysyłam do konta:", u"NIP:", u"Dnia:"}) {
@@ -106,23 +86,16 @@ TEST_F(Forms, MessageFormShowsTheWholeMessageAndLeavesItsResultAlone) {
         SetFocus(GetDlgItem(form, TAVRIX_MESSAGE_BODY));
         PostMessageW(GetFocus(), WM_CHAR, L'x', 1);
     };
-    const auto unchanged = [&](HWND form) {
-        EXPECT_EQ(text_of(form, TAVRIX_MESSAGE_BODY), content.record.body[0]);
-    };
-    user.use(message_form(), {look, type, unchanged, press_with_alt(L'z')});
+    user.use(message_form, {look, type, look, press_with_alt(L'z')});
     EXPECT_EQ(content.record.result, 7);
 
-    std::vector<int> order;
-    walk_with_tab(user, message_form(), order);
-    EXPECT_EQ(order,
+    EXPECT_EQ(tab_order(message_form),
               (std::vector<int>{IDCANCEL, TAVRIX_MESSAGE_RECIPIENTS, TAVRIX_MESSAGE_TAX_NUMBER,
                                 TAVRIX_MESSAGE_DATE, TAVRIX_MESSAGE_SUBJECT, TAVRIX_MESSAGE_BODY,
                                 TAVRIX_MESSAGE_BODY + 1, TAVRIX_MESSAGE_BODY + 2,
                                 TAVRIX_MESSAGE_ATTACHMENTS}));
     content.message.can_send = true;
-    order.clear();
-    walk_with_tab(user, message_form(), order);
-    EXPECT_EQ(order.front(), IDOK);
+    EXPECT_EQ(tab_order(message_form).front(), IDOK);
 }
 
 TEST_F(Forms, CloseInEveryWayAndGiveTheHostItsWindowBack) {
@@ -137,16 +110,16 @@ TEST_F(Forms, CloseInEveryWayAndGiveTheHostItsWindowBack) {
         const char* name;
         std::function<void()> show;
         Step close;
-    } ways[] = {{"About box, Enter", about(), press(VK_RETURN)},
-                {"About box, Esc", about(), press(VK_ESCAPE)},
-                {"About box, cross", about(), click_cross()},
-                {"About box, OK", about(), click(IDOK)},
-                {"message form, Enter", message_form(), press(VK_RETURN)},
-                {"message form, Enter in a text", message_form(), in_text(VK_RETURN)},
-                {"message form, Esc", message_form(), press(VK_ESCAPE)},
-                {"message form, Esc in a text", message_form(), in_text(VK_ESCAPE)},
-                {"message form, cross", message_form(), click_cross()},
-                {"message form, Zamknij", message_form(), click(IDCANCEL)}};
+    } ways[] = {{"About box, Enter", about, press(VK_RETURN)},
+                {"About box, Esc", about, press(VK_ESCAPE)},
+                {"About box, cross", about, click_cross()},
+                {"About box, OK", about, click(IDOK)},
+                {"message form, Enter", message_form, press(VK_RETURN)},
+                {"message form, Enter in a text", message_form, in_text(VK_RETURN)},
+                {"message form, Esc", message_form, press(VK_ESCAPE)},
+                {"message form, Esc in a text", message_form, in_text(VK_ESCAPE)},
+                {"message form, cross", message_form, click_cross()},
+                {"message form, Zamknij", message_form, click(IDCANCEL)}};
     for (const auto& way : ways) {
         SCOPED_TRACE(way.name);
         user.use(way.show, {[&](HWND form) {
@@ -184,7 +157,7 @@ TEST_F(Forms, BelongToTheHostAndLeaveItsWindowsAsTheyWere) {
 
 TEST_F(Forms, ASecondCallOpensNothingAndBringsTheFirstFormBack) {
     const auto of_another_object = com::make_about_window();
-    user.use(about(), {[&](HWND form) {
+    user.use(about, {[&](HWND form) {
                  of_another_object->show(content.about);
                  EXPECT_EQ(open_forms(), std::vector<HWND>{form});
                  // The other kind opens over it; a call for the first one then leads to what lies
@@ -202,41 +175,43 @@ TEST_F(Forms, ASecondCallOpensNothingAndBringsTheFirstFormBack) {
                  EXPECT_EQ(GetActiveWindow(), form);
                  press(VK_ESCAPE)(form);
              }});
-    user.use(about(), {press(VK_ESCAPE)});
+    user.use(about, {press(VK_ESCAPE)});
 }
 
 TEST_F(Forms, EndWithTheProgramAndWithTheHostsWindow) {
-    user.use(about(), {[](HWND) { PostQuitMessage(5); }});
+    user.use(about, {[](HWND) { PostQuitMessage(5); }});
     MSG message{};
     ASSERT_TRUE(PeekMessageW(&message, nullptr, WM_QUIT, WM_QUIT, PM_REMOVE));
     EXPECT_EQ(message.wParam, 5u);
-    user.use(message_form(), {[&](HWND) { DestroyWindow(user.host_window()); }});
+    user.use(message_form, {[&](HWND) { DestroyWindow(user.host_window()); }});
 }
 
 const char* const expected_scale = "TAVRIX_TEST_DOTS_PER_INCH";
 
 TEST_F(Forms, AreReadable) {
     const char* expected = std::getenv(expected_scale);
-    EXPECT_EQ(ScreenScale::of_this_program(), expected == nullptr ? 96 : std::atoi(expected));
-    const std::vector<Step> look{expect_readable_layout, press(VK_ESCAPE)};
-    user.use(about(), look);
-    user.use(message_form(), look);
-
-    // More than the templates have room for.
-    const base::Text long_text = base::replace_all(
-        u"Żółć i gęślą jaźń & inne słowa, które razem nie mieszczą się w jednym wierszu okna.",
-        u"razem", u"razem wszystkie, ile ich tu jest,");
-    content.about.title = long_text;
-    content.about.description = long_text + u"\n\n" + long_text + u"\nKoniec.";
-    content.message.status = long_text + u" " + long_text;
-    user.use(about(), look);
-    user.use(message_form(), look);
+    const windows::MemoryDevice screen(CreateCompatibleDC(nullptr));
+    EXPECT_EQ(GetDeviceCaps(screen.get(), LOGPIXELSX),
+              expected == nullptr ? 96 : std::atoi(expected));
+    const base::Text words =
+        u"Żółć i gęślą jaźń & inne słowa, które razem wszystkie, ile ich tu jest, nie mieszczą się "
+        u"w jednym wierszu okna.";
+    for (const bool more_than_the_templates_have_room_for : {false, true}) {
+        if (more_than_the_templates_have_room_for) {
+            content.about.title = words;
+            content.about.description = words + u"\n\n" + words + u"\nKoniec.";
+            content.message.status = words + u" " + words;
+        }
+        user.use(about, {expect_readable_layout, press(VK_ESCAPE)});
+        user.use(message_form, {expect_readable_layout, press(VK_ESCAPE)});
+    }
 }
 
 // A program learns the scale of its screen when it starts.
 TEST_F(Forms, AreReadableAtTwiceTheSize) {
-    if (std::getenv(expected_scale) != nullptr) GTEST_SKIP() << "this is the larger screen";
-    const ScreenScale twice(192);
+    const wchar_t* desktop = L"Control Panel\\Desktop";
+    const DWORD twice = 192;
+    RegSetKeyValueW(HKEY_CURRENT_USER, desktop, L"LogPixels", REG_DWORD, &twice, sizeof twice);
     _putenv_s(expected_scale, "192");
     // Its results count as this test's, not as another program's.
     _putenv_s("GTEST_OUTPUT", "");
@@ -245,6 +220,8 @@ TEST_F(Forms, AreReadableAtTwiceTheSize) {
                        L"--gtest_filter=Forms.AreReadable", nullptr),
               0);
     _putenv_s(expected_scale, "");
+    // Wine's own state: 96 without a value.
+    RegDeleteKeyValueW(HKEY_CURRENT_USER, desktop, L"LogPixels");
 }
 
 TEST_F(Forms, LeaveNothingBehind) {
@@ -254,8 +231,8 @@ TEST_F(Forms, LeaveNothingBehind) {
     font.reset();
 
     const auto open_both = [&] {
-        user.use(about(), {press(VK_ESCAPE)});
-        user.use(message_form(), {press(VK_ESCAPE)});
+        user.use(about, {press(VK_ESCAPE)});
+        user.use(message_form, {press(VK_ESCAPE)});
     };
     // What the system makes once and keeps.
     open_both();

@@ -2,89 +2,194 @@
 // late-bound hosts ask: both must offer what hosts were promised, to the letter.
 
 #include <map>
-#include <ostream>
 
 #include "com/guid.h"
 #include "tests/com/interface_table.h"
-#include "tests/com/type_info.h"
+#include "tests/com/late_host.h"
 
 namespace tavrix::test {
-
-// A failure names the class.
-static void PrintTo(const PublishedClass& published, std::ostream* out) {
-    *out << base::to_utf8(published.name);
-}
-
 namespace {
 
-constexpr struct {
-    VARTYPE type;
-    const char* word;
-} type_words[] = {
-    {VT_BSTR, "text"}, {VT_BOOL, "bool"},       {VT_UI1, "byte"},  {VT_I2, "integer"},
-    {VT_I4, "long"},   {VT_CY, "currency"},     {VT_R8, "double"}, {VT_DISPATCH, "object"},
-    {VT_VOID, "void"}, {VT_VARIANT, "variant"},
-};
-
-std::string written(VARTYPE type) {
-    const VARTYPE element = static_cast<VARTYPE>(type & ~(VT_BYREF | VT_ARRAY));
-    std::string word = "type " + std::to_string(element);
-    for (const auto& row : type_words) {
-        if (row.type == element) word = row.word;
+std::string written(const TYPEDESC* type) {
+    unsigned flags = 0;
+    for (; type->vt == VT_PTR || type->vt == VT_SAFEARRAY; type = type->lptdesc) {
+        flags |= type->vt == VT_PTR ? VT_BYREF : VT_ARRAY;
     }
-    return ((type & VT_BYREF) != 0 ? "ref " : "") + word + ((type & VT_ARRAY) != 0 ? "[]" : "");
+    return type_words(static_cast<VARTYPE>(flags | type->vt));
+}
+
+// What the library says of a type or of a function is given back to it.
+auto attributes_of(ITypeInfo* info) {
+    TYPEATTR* attributes = nullptr;
+    EXPECT_EQ(info->GetTypeAttr(&attributes), S_OK);
+    const auto give_back = [info](TYPEATTR* given) { info->ReleaseTypeAttr(given); };
+    return std::unique_ptr<TYPEATTR, decltype(give_back)>(attributes, give_back);
+}
+
+auto function_of(ITypeInfo* info, UINT index) {
+    FUNCDESC* function = nullptr;
+    EXPECT_EQ(info->GetFuncDesc(index, &function), S_OK);
+    const auto give_back = [info](FUNCDESC* given) { info->ReleaseFuncDesc(given); };
+    return std::unique_ptr<FUNCDESC, decltype(give_back)>(function, give_back);
+}
+
+// The name of a type or of one of its members; the test fails where nothing explains it.
+base::Text name_of(ITypeInfo* info, MEMBERID member = MEMBERID_NIL) {
+    windows::Bstr name;
+    windows::Bstr help;
+    info->GetDocumentation(member, name.out(), help.out(), nullptr, nullptr);
+    const base::Text text(windows::view_of(name.get()));
+    EXPECT_FALSE(windows::view_of(help.get()).empty()) << base::to_utf8(text) << " without help";
+    return text;
+}
+
+// The function's own name, then those of its arguments.
+std::vector<base::Text> names_of(ITypeInfo* info, MEMBERID function) {
+    BSTR found[32] = {};
+    UINT count = 0;
+    EXPECT_EQ(info->GetNames(function, found, 32, &count), S_OK);
+    std::vector<base::Text> names;
+    for (UINT i = 0; i < count; ++i)
+        names.emplace_back(windows::view_of(windows::Bstr(found[i]).get()));
+    return names;
 }
 
 // "(ref text first, long second)". Compilers go by the flags as well as by the pointer, so flags
 // that say otherwise are written down too.
-std::string written_arguments(const Function& function) {
-    const std::vector<base::Text> names = function.names();
+std::string written_arguments(const FUNCDESC& function, const std::vector<base::Text>& names) {
     std::string text;
-    for (int i = 0; i < function->cParams; ++i) {
-        const VARTYPE type = function.argument(i);
-        const USHORT flags = function->lprgelemdescParam[i].paramdesc.wParamFlags;
-        const int usual = (type & VT_BYREF) != 0 ? PARAMFLAG_FIN | PARAMFLAG_FOUT : PARAMFLAG_FIN;
+    for (int i = 0; i < function.cParams; ++i) {
+        const ELEMDESC& argument = function.lprgelemdescParam[i];
+        const USHORT flags = argument.paramdesc.wParamFlags;
+        const int usual =
+            argument.tdesc.vt == VT_PTR ? PARAMFLAG_FIN | PARAMFLAG_FOUT : PARAMFLAG_FIN;
         text += i == 0 ? "" : ", ";
         if (flags != usual) text += "[flags " + std::to_string(flags) + "] ";
-        text += written(type);
+        text += written(&argument.tdesc);
         const auto place = static_cast<std::size_t>(i) + 1;
         if (place < names.size()) text += " " + base::to_utf8(names[place]);
     }
     return "(" + text + ")";
 }
 
-// The members in the notation of PublishedClass::members.
-std::map<MEMBERID, std::string> written_members(ITypeInfo* info) {
+void expect_same_numbers(const ComPointer<IDispatch>& object, MEMBERID function,
+                         const std::vector<base::Text>& texts) {
+    std::vector<LPOLESTR> names;
+    std::vector<DISPID> expected;
+    for (const base::Text& text : texts) {
+        expected.push_back(names.empty() ? function : static_cast<DISPID>(names.size()) - 1);
+        names.push_back(const_cast<wchar_t*>(windows::wide(text)));
+    }
+    std::vector<DISPID> ids(names.size(), DISPID_UNKNOWN);
+    object->GetIDsOfNames(IID_NULL, names.data(), static_cast<UINT>(names.size()),
+                          LOCALE_USER_DEFAULT, ids.data());
+    EXPECT_EQ(ids, expected) << base::to_utf8(texts.at(0));
+}
+
+// The members in the notation of PublishedClass, each after its number. A live object has to know
+// them by the same numbers.
+std::map<MEMBERID, std::string> written_members(ITypeInfo* info,
+                                                const ComPointer<IDispatch>& object) {
     std::map<MEMBERID, std::string> lines;
-    const TypeAttributes type(info);
+    const auto type = attributes_of(info);
+    EXPECT_EQ(type->typekind, TKIND_DISPATCH);
     for (UINT i = 0; i < type->cFuncs; ++i) {
-        const Function function(info, i);
-        if (!function.is_own()) continue;
-        const std::string name = base::to_utf8(function.names().at(0));
-        const std::string arguments = written_arguments(function);
+        const auto function = function_of(info, i);
+        // The compilers of type libraries number IUnknown's functions from 0x60000000 and
+        // IDispatch's from 0x60010000 on.
+        if ((static_cast<ULONG>(function->memid) & 0xFFFE0000) == 0x60000000) continue;
+        const std::vector<base::Text> names = names_of(info, function->memid);
+        expect_same_numbers(object, function->memid, names);
+        const std::string name = base::to_utf8(name_of(info, function->memid));
+        const std::string result = written(&function->elemdescFunc.tdesc);
+        const std::string arguments = written_arguments(*function, names);
         std::string& line = lines[function->memid];
         if (function->invkind == INVOKE_PROPERTYGET && line.empty() && arguments == "()") {
-            line = "readonly " + written(function.result()) + " " + name;
+            line = "readonly " + result + " " + name;
         } else if (function->invkind == INVOKE_PROPERTYPUT && function->cParams == 1 &&
-                   line == "readonly " + written(function.argument(0)) + " " + name) {
+                   line ==
+                       "readonly " + written(&function->lprgelemdescParam[0].tdesc) + " " + name) {
             line.replace(0, std::string("readonly").size(), "property");
         } else {
             const std::string kind = function->invkind == INVOKE_FUNC ? "" : "property function ";
-            line += kind + written(function.result()) + " " + name + arguments;
+            line += kind + result + " " + name + arguments;
         }
     }
     return lines;
 }
 
-ComPointer<ITypeLib> library() {
-    ComPointer<ITypeLib> library;
-    EXPECT_EQ(
-        LoadTypeLibEx(windows::wide(beside_program(u"Tavrix.dll")), REGKIND_NONE, library.out()),
-        S_OK);
-    return library;
+// The events, numbered. Hosts connect to the interface that the library names.
+std::map<MEMBERID, std::string> written_events(ITypeInfo* info,
+                                               const ComPointer<IDispatch>& object) {
+    std::map<MEMBERID, std::string> names;
+    const auto type = attributes_of(info);
+    for (UINT i = 0; i < type->cFuncs; ++i) {
+        const MEMBERID event = function_of(info, i)->memid;
+        if (event < 0x60000000) names[event] = base::to_utf8(name_of(info, event));
+    }
+    ComPointer<IConnectionPoint> point;
+    const auto container = object.query<IConnectionPointContainer>();
+    EXPECT_TRUE(container && container->FindConnectionPoint(type->guid, point.out()) == S_OK);
+    return names;
 }
 
-std::map<base::Text, ComPointer<ITypeInfo>> classes_of(ITypeLib* library) {
+std::map<MEMBERID, std::string> numbered(const std::vector<const char16_t*>& lines) {
+    std::map<MEMBERID, std::string> numbered;
+    for (const char16_t* line : lines) {
+        numbered[static_cast<MEMBERID>(numbered.size()) + 1] = base::to_utf8(line);
+    }
+    return numbered;
+}
+
+// An object says itself of which class and interface it is.
+void expect_own_types(const ComPointer<IDispatch>& object, const GUID& class_id,
+                      const GUID& interface_id) {
+    UINT count = 0;
+    EXPECT_EQ(object->GetTypeInfoCount(&count), S_OK);
+    ASSERT_EQ(count, 1u) << "the DLL was built without its type library";
+    ComPointer<ITypeInfo> info;
+    ASSERT_EQ(object->GetTypeInfo(0, LOCALE_USER_DEFAULT, info.out()), S_OK);
+    EXPECT_EQ(attributes_of(info.get())->guid, interface_id);
+    const auto provider = object.query<IProvideClassInfo>();
+    ASSERT_TRUE(provider);
+    ASSERT_EQ(provider->GetClassInfo(info.out()), S_OK);
+    EXPECT_EQ(attributes_of(info.get())->guid, class_id);
+}
+
+void expect_class(ITypeInfo* creatable, const PublishedClass& published) {
+    const base::Text name(published.name);
+    const auto type = attributes_of(creatable);
+    EXPECT_NE(type->wTypeFlags & TYPEFLAG_FCANCREATE, 0);
+    CLSID registered{};
+    EXPECT_EQ(CLSIDFromProgID(windows::wide(u"Tavrix." + name), &registered), S_OK);
+    EXPECT_EQ(type->guid, registered);
+    const auto object = create((u"Tavrix." + name).c_str());
+    ASSERT_TRUE(object);
+    ASSERT_EQ(type->cImplTypes, published.events.empty() ? 1 : 2);
+    for (UINT i = 0; i < type->cImplTypes; ++i) {
+        int flags = 0;
+        HREFTYPE reference = 0;
+        ComPointer<ITypeInfo> info;
+        EXPECT_EQ(creatable->GetImplTypeFlags(i, &flags), S_OK);
+        EXPECT_EQ(creatable->GetRefTypeOfImplType(i, &reference), S_OK);
+        ASSERT_EQ(creatable->GetRefTypeInfo(reference, info.out()), S_OK);
+        if (flags == IMPLTYPEFLAG_FDEFAULT) {
+            EXPECT_EQ(name_of(info.get()), u"_" + name);
+            EXPECT_EQ(written_members(info.get(), object), numbered(published.members));
+            expect_own_types(object, registered, attributes_of(info.get())->guid);
+        } else {
+            EXPECT_EQ(flags, IMPLTYPEFLAG_FDEFAULT | IMPLTYPEFLAG_FSOURCE);
+            EXPECT_EQ(name_of(info.get()), u"__" + name);
+            EXPECT_EQ(written_events(info.get(), object), numbered(published.events));
+        }
+    }
+}
+
+TEST(Interface, IsWhatHostsWerePromised) {
+    ComPointer<ITypeLib> library;
+    ASSERT_EQ(
+        LoadTypeLibEx(windows::wide(beside_program(u"Tavrix.dll")), REGKIND_NONE, library.out()),
+        S_OK);
     std::map<base::Text, ComPointer<ITypeInfo>> classes;
     for (UINT i = 0; i < library->GetTypeInfoCount(); ++i) {
         TYPEKIND kind{};
@@ -93,171 +198,31 @@ std::map<base::Text, ComPointer<ITypeInfo>> classes_of(ITypeLib* library) {
         EXPECT_EQ(library->GetTypeInfo(i, info.out()), S_OK);
         if (kind == TKIND_COCLASS) classes[name_of(info.get())] = info;
     }
-    return classes;
-}
-
-// The dispatch interface behind exactly these flags; empty when the class has none.
-ComPointer<ITypeInfo> interface_of(ITypeInfo* creatable, int flags) {
-    ComPointer<ITypeInfo> info;
-    const TypeAttributes type(creatable);
-    for (UINT i = 0; i < type->cImplTypes; ++i) {
-        int found = 0;
-        HREFTYPE reference = 0;
-        EXPECT_EQ(creatable->GetImplTypeFlags(i, &found), S_OK);
-        if (found != flags) continue;
-        EXPECT_FALSE(info) << "two interfaces with the flags " << flags;
-        EXPECT_EQ(creatable->GetRefTypeOfImplType(i, &reference), S_OK);
-        EXPECT_EQ(creatable->GetRefTypeInfo(reference, info.out()), S_OK);
-        EXPECT_EQ(TypeAttributes(info.get())->typekind, TKIND_DISPATCH);
+    EXPECT_EQ(classes.size(), published_classes().size());
+    UINT types = 0;
+    for (const PublishedClass& published : published_classes()) {
+        SCOPED_TRACE(base::to_utf8(published.name));
+        const auto found = classes.find(published.name);
+        ASSERT_NE(found, classes.end());
+        expect_class(found->second.get(), published);
+        types += published.events.empty() ? 2 : 3;
     }
-    return info;
-}
-
-void expect_help(ITypeInfo* info) {
-    EXPECT_NE(help_of(info), u"") << base::to_utf8(name_of(info));
-    const TypeAttributes type(info);
-    for (UINT i = 0; i < type->cFuncs; ++i) {
-        const Function function(info, i);
-        if (!function.is_own()) continue;
-        EXPECT_NE(help_of(info, function->memid), u"") << base::to_utf8(function.names().at(0));
-    }
+    EXPECT_EQ(library->GetTypeInfoCount(), types) << "a class, its interface and its events";
 }
 
 TEST(Interface, HasTheNumbersAndTheLanguageOfTheLibrary) {
-    const auto tavrix = library();
-    ASSERT_TRUE(tavrix);
+    ComPointer<ITypeLib> registered;
+    ASSERT_EQ(LoadRegTypeLib(com::guid("5FC8EFCB-3C8D-44BB-8DB5-710083B78EB0"), 10, 0,
+                             LOCALE_USER_DEFAULT, registered.out()),
+              S_OK);
     TLIBATTR* attributes = nullptr;
-    ASSERT_EQ(tavrix->GetLibAttr(&attributes), S_OK);
+    ASSERT_EQ(registered->GetLibAttr(&attributes), S_OK);
     EXPECT_EQ(attributes->wMajorVerNum, 10);
     EXPECT_EQ(attributes->wMinorVerNum, 0);
     // Names outside the language's code page would be lost.
     EXPECT_EQ(attributes->lcid, LCID{0x0415});
-    tavrix->ReleaseTLibAttr(attributes);
+    registered->ReleaseTLibAttr(attributes);
 }
-
-TEST(Interface, IsRegisteredForCompilers) {
-    ComPointer<ITypeLib> registered;
-    EXPECT_EQ(LoadRegTypeLib(com::guid("5FC8EFCB-3C8D-44BB-8DB5-710083B78EB0"), 10, 0,
-                             LOCALE_USER_DEFAULT, registered.out()),
-              S_OK);
-    EXPECT_TRUE(registered);
-}
-
-TEST(Interface, OffersNoOtherClass) {
-    const auto tavrix = library();
-    ASSERT_TRUE(tavrix);
-    auto classes = classes_of(tavrix.get());
-    UINT types = 0;
-    for (const PublishedClass& published : published_classes()) {
-        classes.erase(published.name);
-        types += published.events.empty() ? 2 : 3;
-    }
-    for (const auto& [name, info] : classes) ADD_FAILURE() << base::to_utf8(name);
-    EXPECT_EQ(tavrix->GetTypeInfoCount(), types) << "a class, its interface and its events";
-}
-
-class PublishedInterface : public testing::TestWithParam<PublishedClass> {
-  protected:
-    void SetUp() override {
-        const auto tavrix = library();
-        ASSERT_TRUE(tavrix);
-        creatable = classes_of(tavrix.get())[name];
-        ASSERT_TRUE(creatable) << "the library has no class of this name";
-        members = interface_of(creatable.get(), IMPLTYPEFLAG_FDEFAULT);
-        ASSERT_TRUE(members) << "the class has no default interface";
-        events = interface_of(creatable.get(), IMPLTYPEFLAG_FDEFAULT | IMPLTYPEFLAG_FSOURCE);
-    }
-    ComPointer<IDispatch> created() const { return create((u"Tavrix." + name).c_str()); }
-
-    const base::Text name{GetParam().name};
-    ComPointer<ITypeInfo> creatable;
-    ComPointer<ITypeInfo> members;
-    ComPointer<ITypeInfo> events;
-};
-
-TEST_P(PublishedInterface, DeclaresEachMemberAndNoOther) {
-    EXPECT_EQ(name_of(members.get()), u"_" + name);
-    std::map<MEMBERID, std::string> declared = written_members(members.get());
-    MEMBERID number = 0;
-    for (const char16_t* line : GetParam().members) {
-        EXPECT_EQ(declared[++number], base::to_utf8(line)) << base::to_utf8(name) << " " << number;
-        declared.erase(number);
-    }
-    for (const auto& [extra, line] : declared) {
-        ADD_FAILURE() << base::to_utf8(name) << " has too much: " << extra << " " << line;
-    }
-}
-
-TEST_P(PublishedInterface, DeclaresItsEventsAsTheDefaultSource) {
-    if (GetParam().events.empty()) {
-        EXPECT_FALSE(events) << base::to_utf8(name) << " raises no events";
-        return;
-    }
-    ASSERT_TRUE(events) << base::to_utf8(name) << " has no source of events";
-    EXPECT_EQ(name_of(events.get()), u"__" + name);
-    std::map<MEMBERID, base::Text> declared;
-    const TypeAttributes type(events.get());
-    for (UINT i = 0; i < type->cFuncs; ++i) {
-        const Function function(events.get(), i);
-        if (function.is_own()) declared[function->memid] = function.names().at(0);
-    }
-    std::map<MEMBERID, base::Text> expected;
-    for (const char16_t* event : GetParam().events) {
-        expected[static_cast<MEMBERID>(expected.size()) + 1] = event;
-    }
-    EXPECT_EQ(declared, expected) << base::to_utf8(name);
-    // Hosts connect to the interface that the library names.
-    const auto container = created().query<IConnectionPointContainer>();
-    ASSERT_TRUE(container);
-    ComPointer<IConnectionPoint> point;
-    EXPECT_EQ(container->FindConnectionPoint(type->guid, point.out()), S_OK);
-}
-
-TEST_P(PublishedInterface, ExplainsItself) {
-    EXPECT_NE(help_of(creatable.get()), u"") << base::to_utf8(name);
-    expect_help(members.get());
-    if (events) expect_help(events.get());
-}
-
-TEST_P(PublishedInterface, IsWhatAnObjectAnswersTo) {
-    const TypeAttributes type(members.get());
-    const TypeAttributes class_type(creatable.get());
-    EXPECT_NE(class_type->wTypeFlags & TYPEFLAG_FCANCREATE, 0);
-    CLSID registered{};
-    ASSERT_EQ(CLSIDFromProgID(windows::wide(u"Tavrix." + name), &registered), S_OK);
-    EXPECT_EQ(class_type->guid, registered);
-    const auto object = created();
-    ASSERT_TRUE(object);
-    const auto own_type = type_info(object);
-    ASSERT_TRUE(own_type);
-    EXPECT_EQ(TypeAttributes(own_type.get())->guid, type->guid);
-    const auto provider = object.query<IProvideClassInfo>();
-    ASSERT_TRUE(provider);
-    ComPointer<ITypeInfo> own_class;
-    ASSERT_EQ(provider->GetClassInfo(own_class.out()), S_OK);
-    EXPECT_EQ(TypeAttributes(own_class.get())->guid, registered);
-
-    for (UINT i = 0; i < type->cFuncs; ++i) {
-        const Function function(members.get(), i);
-        if (!function.is_own()) continue;
-        const std::vector<base::Text> texts = function.names();
-        std::vector<LPOLESTR> names;
-        for (const base::Text& text : texts)
-            names.push_back(const_cast<wchar_t*>(windows::wide(text)));
-        std::vector<DISPID> expected{function->memid};
-        while (expected.size() < names.size())
-            expected.push_back(static_cast<DISPID>(expected.size()) - 1);
-        std::vector<DISPID> ids(names.size(), DISPID_UNKNOWN);
-        EXPECT_EQ(object->GetIDsOfNames(IID_NULL, names.data(), static_cast<UINT>(names.size()),
-                                        LOCALE_USER_DEFAULT, ids.data()),
-                  S_OK)
-            << base::to_utf8(name + u"." + texts.at(0));
-        EXPECT_EQ(ids, expected) << base::to_utf8(name + u"." + texts.at(0));
-    }
-}
-
-INSTANTIATE_TEST_SUITE_P(Tavrix, PublishedInterface, testing::ValuesIn(published_classes()),
-                         [](const auto& of) { return base::to_utf8(of.param.name); });
 
 }  // namespace
 }  // namespace tavrix::test

@@ -1,5 +1,9 @@
 #include "tests/com/late_host.h"
 
+#include <cstring>
+#include <map>
+#include <sstream>
+
 namespace tavrix::test {
 namespace {
 
@@ -10,38 +14,38 @@ base::Text take(BSTR text) {
 
 }  // namespace
 
-DISPID id_of(IDispatch* object, const char16_t* name) {
-    auto* wide_name = const_cast<wchar_t*>(windows::wide(name));
-    DISPID id = DISPID_UNKNOWN;
-    EXPECT_EQ(object->GetIDsOfNames(IID_NULL, &wide_name, 1, LOCALE_USER_DEFAULT, &id), S_OK)
-        << base::to_utf8(name);
-    return id;
-}
-
-Outcome invoke(IDispatch* object, const char16_t* name, WORD flags, std::vector<VARIANT> arguments,
-               const std::vector<NamedArgument>& named) {
+Outcome invoke(const ComPointer<IDispatch>& object, const char16_t* name, WORD flags,
+               const std::vector<Argument>& arguments, const std::vector<NamedArgument>& named,
+               LCID locale) {
     std::vector<LPOLESTR> names{const_cast<wchar_t*>(windows::wide(name))};
+    // The last argument comes first, and the named ones before all others.
+    std::vector<VARIANT> list;
     for (const NamedArgument& argument : named) {
         names.push_back(const_cast<wchar_t*>(windows::wide(argument.name)));
+        list.push_back(argument.value.get());
+    }
+    for (auto each = arguments.rbegin(); each != arguments.rend(); ++each) {
+        list.push_back(each->get());
     }
     std::vector<DISPID> ids(names.size());
     Outcome outcome;
     outcome.code = object->GetIDsOfNames(IID_NULL, names.data(), static_cast<UINT>(names.size()),
-                                         LOCALE_USER_DEFAULT, ids.data());
+                                         locale, ids.data());
     if (FAILED(outcome.code)) return outcome;
 
-    std::vector<VARIANT> list;
-    for (const NamedArgument& argument : named) list.push_back(argument.value);
-    list.insert(list.end(), arguments.rbegin(), arguments.rend());
     std::vector<DISPID> places(ids.begin() + 1, ids.end());
     if ((flags & (DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF)) != 0) {
         places.insert(places.begin(), DISPID_PROPERTYPUT);
     }
     DISPPARAMS parameters{list.data(), places.data(), static_cast<UINT>(list.size()),
                           static_cast<UINT>(places.size())};
+    const std::vector<VARIANT> sent = list;
     EXCEPINFO information{};
-    outcome.code = object->Invoke(ids[0], IID_NULL, LOCALE_USER_DEFAULT, flags, &parameters,
+    outcome.code = object->Invoke(ids[0], IID_NULL, locale, flags, &parameters,
                                   outcome.result.out(), &information, &outcome.argument_index);
+    EXPECT_TRUE(list.empty() ||
+                std::memcmp(list.data(), sent.data(), sizeof(VARIANT) * list.size()) == 0)
+        << "values that are no references stay the host's";
     outcome.number = information.scode;
     outcome.source = take(information.bstrSource);
     outcome.description = take(information.bstrDescription);
@@ -49,18 +53,63 @@ Outcome invoke(IDispatch* object, const char16_t* name, WORD flags, std::vector<
 }
 
 Outcome call(const ComPointer<IDispatch>& object, const char16_t* name,
-             std::vector<VARIANT> arguments) {
-    return invoke(object.get(), name, DISPATCH_METHOD, std::move(arguments));
+             const std::vector<Argument>& arguments) {
+    return invoke(object, name, DISPATCH_METHOD, arguments);
 }
 
 Outcome get(const ComPointer<IDispatch>& object, const char16_t* name,
-            std::vector<VARIANT> arguments) {
-    return invoke(object.get(), name, DISPATCH_PROPERTYGET, std::move(arguments));
+            const std::vector<Argument>& arguments) {
+    return invoke(object, name, DISPATCH_PROPERTYGET, arguments);
 }
 
-Outcome put(const ComPointer<IDispatch>& object, const char16_t* name,
-            std::vector<VARIANT> arguments) {
-    return invoke(object.get(), name, DISPATCH_PROPERTYPUT, std::move(arguments));
+std::string type_words(VARTYPE type) {
+    const std::map<int, const char*> words = {
+        {VT_EMPTY, "empty"},    {VT_NULL, "null"}, {VT_VOID, "void"},  {VT_BSTR, "text"},
+        {VT_BOOL, "bool"},      {VT_UI1, "byte"},  {VT_I2, "integer"}, {VT_I4, "long"},
+        {VT_CY, "currency"},    {VT_R8, "double"}, {VT_DATE, "date"},  {VT_DISPATCH, "object"},
+        {VT_VARIANT, "variant"}};
+    const auto word = words.find(type & ~(VT_BYREF | VT_ARRAY));
+    return ((type & VT_BYREF) != 0 ? "ref " : "") +
+           (word == words.end() ? "type " + std::to_string(type) : word->second) +
+           ((type & VT_ARRAY) != 0 ? "[]" : "");
+}
+
+std::string written(const VARIANT& value) {
+    VARIANT seen = windows::look_through(value);
+    std::string text = type_words(static_cast<VARTYPE>(seen.vt | (value.vt & VT_BYREF)));
+    if (seen.vt == (VT_ARRAY | VT_UI1)) {
+        EXPECT_EQ(seen.parray->rgsabound[0].lLbound, 0);
+        const windows::SafeArrayAccess access(seen.parray);
+        const auto* bytes = static_cast<const std::uint8_t*>(access.data());
+        for (ULONG i = 0; i < windows::element_count(seen.parray); ++i) {
+            text += " " + std::to_string(bytes[i]);
+        }
+    } else if (seen.vt != VT_DISPATCH && seen.vt != VT_EMPTY) {
+        EXPECT_FALSE(seen.vt == VT_BSTR && seen.bstrVal == nullptr);
+        Variant content;
+        VariantChangeTypeEx(content.address(), &seen, LOCALE_INVARIANT, 0, VT_BSTR);
+        if (content.type() == VT_BSTR) {
+            text += " " + base::to_utf8(windows::view_of(content.get().bstrVal));
+        }
+    }
+    return text;
+}
+
+std::string written(const Outcome& outcome) {
+    return outcome.code == S_OK ? written(outcome.result.get())
+                                : refused(outcome.code, outcome.argument_index);
+}
+
+std::string refused(HRESULT code, UINT argument_index) {
+    std::ostringstream text;
+    text << "refused with " << std::hex << code;
+    if (argument_index != Outcome::none) text << " for argument " << argument_index;
+    return text.str();
+}
+
+std::string answer(const ComPointer<IDispatch>& object, const char16_t* name,
+                   const std::vector<Argument>& arguments) {
+    return written(call(object, name, arguments));
 }
 
 base::Text bstr_of(const Variant& value) {
@@ -70,27 +119,10 @@ base::Text bstr_of(const Variant& value) {
     return base::Text(windows::view_of(value.get().bstrVal));
 }
 
-base::Bytes bytes_of(const Variant& value) {
-    EXPECT_EQ(value.type(), VT_ARRAY | VT_UI1);
-    if (value.type() != (VT_ARRAY | VT_UI1)) return {};
-    SAFEARRAY* array = value.get().parray;
-    EXPECT_EQ(array->rgsabound[0].lLbound, 0);
-    const windows::SafeArrayAccess access(array);
-    const auto* bytes = static_cast<const std::uint8_t*>(access.data());
-    return {bytes, bytes + windows::element_count(array)};
-}
-
 VARIANT reference(void* variable, int type) {
     VARIANT value{};
     value.vt = static_cast<VARTYPE>(VT_BYREF | type);
     value.byref = variable;
-    return value;
-}
-
-VARIANT plain(LONG number) {
-    VARIANT value{};
-    value.vt = VT_I4;
-    value.lVal = number;
     return value;
 }
 

@@ -2,7 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <initializer_list>
+#include <concepts>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -12,6 +13,28 @@ namespace tavrix::test {
 
 using windows::ComPointer;
 using windows::Variant;
+
+/// One value that a host sends: its own variable, or a literal that lives as long as this.
+class Argument {
+  public:
+    Argument(const VARIANT& value) : value_(value) {}
+    Argument(const Variant& value) : value_(value.get()) {}
+    template <typename Value>
+    requires std::constructible_from<Variant, Value&&> Argument(Value&& value)
+        : literal_(std::make_shared<Variant>(std::forward<Value>(value))),
+          value_(literal_->get()) {}
+
+    const VARIANT& get() const noexcept { return value_; }
+
+  private:
+    std::shared_ptr<Variant> literal_;
+    VARIANT value_;
+};
+
+struct NamedArgument {
+    const char16_t* name;
+    Argument value;
+};
 
 /// What a host sees of one call.
 struct Outcome {
@@ -25,26 +48,28 @@ struct Outcome {
     UINT argument_index = none;
 };
 
-struct NamedArgument {
-    const char16_t* name;
-    VARIANT value;
-};
-
 /// Calls members by name as late-bound hosts do. Arguments stand in the order of the source text.
-DISPID id_of(IDispatch* object, const char16_t* name);
-Outcome invoke(IDispatch* object, const char16_t* name, WORD flags,
-               std::vector<VARIANT> arguments = {}, const std::vector<NamedArgument>& named = {});
+Outcome invoke(const ComPointer<IDispatch>& object, const char16_t* name, WORD flags,
+               const std::vector<Argument>& arguments = {},
+               const std::vector<NamedArgument>& named = {}, LCID locale = LOCALE_USER_DEFAULT);
 Outcome call(const ComPointer<IDispatch>& object, const char16_t* name,
-             std::vector<VARIANT> arguments = {});
+             const std::vector<Argument>& arguments = {});
 Outcome get(const ComPointer<IDispatch>& object, const char16_t* name,
-            std::vector<VARIANT> arguments = {});
-Outcome put(const ComPointer<IDispatch>& object, const char16_t* name,
-            std::vector<VARIANT> arguments);
+            const std::vector<Argument>& arguments = {});
+
+/// "long", "byte[]", "ref text" and so on: the words of PublishedClass::members.
+std::string type_words(VARTYPE type);
+/// A value with its exact type: "long 3", "text abc", "byte[] 0 255", "ref bool -1", "object".
+std::string written(const VARIANT& value);
+/// The result of a call; for a failed one what `refused` gives.
+std::string written(const Outcome& outcome);
+std::string refused(HRESULT code, UINT argument_index = Outcome::none);
+/// What a method answers, written.
+std::string answer(const ComPointer<IDispatch>& object, const char16_t* name,
+                   const std::vector<Argument>& arguments = {});
 
 /// The text of a result that must be exactly a BSTR.
 base::Text bstr_of(const Variant& value);
-/// The bytes of a result that must be exactly a zero-based array of them.
-base::Bytes bytes_of(const Variant& value);
 
 // References to what a host keeps in variables.
 VARIANT reference(void* variable, int type);
@@ -63,7 +88,6 @@ inline VARIANT by_reference(SAFEARRAY** array, VARTYPE element_type) {
 inline VARIANT by_reference(VARIANT* variable) {
     return reference(variable, VT_VARIANT);
 }
-VARIANT plain(LONG number);
 
 /// The path of a file that stands beside the test program.
 base::Text beside_program(base::TextView file);

@@ -28,12 +28,5 @@ TEST(Scripts, JScriptUsesTheLibraryAndAdo) {
     EXPECT_EQ(database.stored(u"numer_ksef", 1), ports::Value(u"JS-1"));
 }
 
-TEST(Scripts, VbScriptCreatesEachClass) {
-    EXPECT_EQ(run(script(u"classes.vbs"), beside_program(u"scripts")),
-              "CInfo\r\nRejestr\r\nKseF_comm\r\nDrk_Wyd_Ean_cls\r\nDrk_Wyd_Ean_cls813\r\n"
-              "Drk_Wyd_Ean_cls128\r\nClsGetMail\r\nCMessage\r\nClsSendMail\r\nclsSocket\r\n"
-              "ClsPdfPodpis\r\nKONIEC\r\n");
-}
-
 }  // namespace
 }  // namespace tavrix::test
