@@ -24,9 +24,9 @@ TEST(Ean, symbols_of_published_numbers_and_none_of_other_texts) {
                  {encode_add_on, u"02", u"[K\\C"},
                  {encode_add_on, u"03", u"[K\\N"}};
     for (const auto& each : cases) EXPECT_EQ(each.encode(each.text), each.symbol);
-    for (const TextView text : {u"", u"1", u"123", u"1a", u"1234x", u"123456", u"123456a",
-                                u"12345678", u"12345６7", u"59012341234x", u"590123412 45",
-                                u"1234567890123"}) {
+    for (const TextView text :
+         {u"", u"1", u"123", u"1a", u"1234x", u"123456", u"123456a", u"12345678", u"12345６7",
+          u"59012341234x", u"590123412 45", u"1234567890123"}) {
         for (const auto encode : {encode_ean8, encode_ean13, encode_add_on}) {
             EXPECT_EQ(encode(text), u"") << base::to_utf8(text);
         }

@@ -199,13 +199,12 @@ TEST_F(Classes, linear_kinds_by_the_dispatcher) {
 }
 
 TEST_F(Classes, pictures_by_the_dispatcher) {
-    const Text qr =
-        plain(u"42") + painted + u"CurrentX 1220; FontName Arial CE; FontSize 14; ";
+    const Text qr = plain(u"42") + painted + u"CurrentX 1220; FontName Arial CE; FontSize 14; ";
     EXPECT_EQ(log_of({u"Ala", u"QR"}), qr + all_back);
     EXPECT_EQ(log_of({u"Ala", u"QR", true, true}), measured(u"Ala") + qr + all_back);
-    EXPECT_EQ(log_of({u"Ala", u"QR", false, true}),
-              measured(u"Ala") + qr + height_of(u"Ala") + u"TextOut 270 1317 50 Ala; " +
-                  u"CurrentX 1220; CurrentY 14; " + all_back);
+    EXPECT_EQ(log_of({u"Ala", u"QR", false, true}), measured(u"Ala") + qr + height_of(u"Ala") +
+                                                        u"TextOut 270 1317 50 Ala; " +
+                                                        u"CurrentX 1220; CurrentY 14; " + all_back);
     for (const Text& text : {Text(), Text(3000, u'x')}) {
         EXPECT_EQ(log_of({text, u"QR"}), plain(u"42") + all_back);
     }

@@ -9,8 +9,6 @@
 
 #include "barcode/qr_generator.h"
 #include "barcode/symbology.h"
-#include "drawing/coverage.h"
-#include "drawing/png.h"
 #include "ports/windows/adapters.h"
 #include "ports/windows/com_pictures.h"
 #include "ports/windows/gdi_drawing.h"
@@ -46,14 +44,12 @@ class Page {
 
     void save(const std::string& path) const {
         const ports::Bitmap bitmap = windows::read_bitmap(bitmap_.get());
-        drawing::Coverage picture{bitmap.width_px, bitmap.height_px, {}};
+        std::ofstream file(path, std::ios::binary);
+        // Black on white: one byte of each pixel tells its grey.
+        file << "P5\n" << bitmap.width_px << ' ' << bitmap.height_px << "\n255\n";
         for (std::size_t i = 0; i < bitmap.bits.size(); i += 4) {
-            picture.dark.push_back(static_cast<std::uint8_t>(255 - bitmap.bits[i]));
+            file.put(static_cast<char>(bitmap.bits[i]));
         }
-        const base::Bytes file = drawing::to_png(picture, 0, 96);
-        std::ofstream(path, std::ios::binary)
-            .write(reinterpret_cast<const char*>(file.data()),
-                   static_cast<std::streamsize>(file.size()));
     }
 
   private:

@@ -123,8 +123,9 @@ void PictureBox::paint_picture(const ComPointer<IDispatch>& picture, double left
     const windows::MemoryDevice source(CreateCompatibleDC(memory.get()));
     const windows::Selected selected(source.get(), reinterpret_cast<HBITMAP>(number));
     const ports::Bitmap size = windows::read_bitmap(reinterpret_cast<HBITMAP>(number));
-    StretchBlt(memory.get(), place.left, place.top, place.right - place.left, place.bottom - place.top,
-               source.get(), 0, 0, size.width_px, size.height_px, SRCCOPY);
+    StretchBlt(memory.get(), place.left, place.top, place.right - place.left,
+               place.bottom - place.top, source.get(), 0, 0, size.width_px, size.height_px,
+               SRCCOPY);
 }
 
 double PictureBox::scale_x(double length, std::int32_t from, std::int32_t to) {
