@@ -34,16 +34,8 @@ struct Order {
 class Page {
   public:
     Page(int width_px, int height_px)
-        : width_px_(width_px), height_px_(height_px), device_(CreateCompatibleDC(nullptr)) {
-        header_.biSize = sizeof header_;
-        header_.biWidth = width_px;
-        header_.biHeight = -height_px;
-        header_.biPlanes = 1;
-        header_.biBitCount = 32;
-        BITMAPINFO info{};
-        info.bmiHeader = header_;
-        bitmap_.reset(CreateDIBSection(device_.get(), &info, DIB_RGB_COLORS, &bits_, nullptr, 0));
-        if (!bitmap_) windows::throw_failure(E_OUTOFMEMORY, u"CreateDIBSection");
+        : device_(CreateCompatibleDC(nullptr)),
+          bitmap_(CreateBitmap(width_px, height_px, 1, 32, nullptr)) {
         SelectObject(device_.get(), bitmap_.get());
         const RECT whole = {0, 0, width_px, height_px};
         FillRect(device_.get(), &whole, static_cast<HBRUSH>(GetStockObject(WHITE_BRUSH)));
@@ -51,25 +43,18 @@ class Page {
     HDC device() const { return device_.get(); }
 
     void save(const std::string& path) const {
-        const auto size = static_cast<DWORD>(width_px_ * height_px_ * 4);
-        BITMAPFILEHEADER file_header{};
-        file_header.bfType = 0x4D42;  // "BM"
-        file_header.bfOffBits = sizeof file_header + sizeof header_;
-        file_header.bfSize = file_header.bfOffBits + size;
-        GdiFlush();
+        const ports::Bitmap bitmap = windows::read_bitmap(bitmap_.get());
         std::ofstream file(path, std::ios::binary);
-        file.write(reinterpret_cast<const char*>(&file_header), sizeof file_header);
-        file.write(reinterpret_cast<const char*>(&header_), sizeof header_);
-        file.write(static_cast<const char*>(bits_), size);
+        // Black on white: one byte of each pixel tells its grey.
+        file << "P5\n" << bitmap.width_px << ' ' << bitmap.height_px << "\n255\n";
+        for (std::size_t i = 0; i < bitmap.bits.size(); i += 4) {
+            file.put(static_cast<char>(bitmap.bits[i]));
+        }
     }
 
   private:
-    int width_px_;
-    int height_px_;
-    BITMAPINFOHEADER header_{};
     windows::MemoryDevice device_;
     windows::GdiBitmap bitmap_;
-    void* bits_ = nullptr;
 };
 
 // The size at which a module is the whole number of pixels next to its size at the smallest text.
@@ -152,12 +137,10 @@ int main(int argc, char** argv) {
     std::ifstream list(argv[1]);
     for (std::string line; std::getline(list, line);) {
         std::istringstream fields(line);
-        std::string kind, dots, text, file;
-        std::getline(fields, kind, '\t');
-        std::getline(fields, dots, '\t');
-        std::getline(fields, text, '\t');
-        std::getline(fields, file, '\t');
-        const Order order{base::from_utf8(kind), std::stoi(dots), from_hexadecimal(text), file};
+        std::string kind, text, file;
+        int dots_per_inch = 0;
+        fields >> kind >> dots_per_inch >> text >> file;
+        const Order order{base::from_utf8(kind), dots_per_inch, from_hexadecimal(text), file};
         order.kind == u"QR" ? draw_qr(order) : draw_linear(order);
     }
     return 0;

@@ -24,7 +24,7 @@ consteval auto plain_property(DISPID id, base::TextView name) {
 // Image, Font and Parent lead back to the box: one object answers for all of them.
 constexpr auto box_members = com::members(
     plain_property<&Box::x>(1, u"CurrentX"), plain_property<&Box::y>(2, u"CurrentY"),
-    com::property<&Box::own_font_name, &Box::set_font_name>(3, u"FontName", u""),
+    plain_property<&Box::font_name>(3, u"FontName"),
     plain_property<&Box::font_size>(4, u"FontSize"),
     plain_property<&Box::font_bold>(5, u"FontBold"),
     plain_property<&Box::scale_mode>(6, u"ScaleMode"),
@@ -43,7 +43,7 @@ constexpr auto box_members = com::members(
     com::method<&Box::paint_picture>(20, u"PaintPicture", u"", by_value(u"picture"), by_value(u"x"),
                                      by_value(u"y"), by_value(u"width"), by_value(u"height")),
     com::method<&Box::scale>(21, u"Scale", u""), com::read_only<&Box::self>(22, u"Font", u""),
-    com::read_only<&Box::own_font_name>(23, u"Name", u""),
+    com::read_only<&Box::get<&Box::font_name>>(23, u"Name", u""),
     com::read_only<&Box::self>(24, u"Parent", u""),
     com::method<&Box::scale_x>(25, u"ScaleX", u"", by_value(u"length"), by_value(u"from"),
                                by_value(u"to")),
@@ -71,23 +71,11 @@ PictureBox::PictureBox(std::int32_t width, std::int32_t height)
 }
 
 void PictureBox::make_bitmap() {
-    BITMAPINFO info{};
-    info.bmiHeader.biSize = sizeof info.bmiHeader;
-    info.bmiHeader.biWidth = width_px;
-    info.bmiHeader.biHeight = -height_px;
-    info.bmiHeader.biPlanes = 1;
-    info.bmiHeader.biBitCount = 32;
-    void* bits = nullptr;
-    windows::GdiBitmap fresh(
-        CreateDIBSection(memory.get(), &info, DIB_RGB_COLORS, &bits, nullptr, 0));
+    windows::GdiBitmap fresh(CreateBitmap(width_px, height_px, 1, 32, nullptr));
     SelectObject(memory.get(), fresh.get());
     bitmap = std::move(fresh);
     const RECT whole = {0, 0, width_px, height_px};
     FillRect(memory.get(), &whole, static_cast<HBRUSH>(GetStockObject(WHITE_BRUSH)));
-}
-
-void PictureBox::set_font_name(const base::Text& name) {
-    if (name != missing_font) font_name = name;
 }
 
 void PictureBox::set_width(double twips) {
@@ -123,23 +111,21 @@ void PictureBox::paint_picture(const ComPointer<IDispatch>& picture, double left
     const auto painted = picture.query<IPicture>();
     OLE_HANDLE handle = 0;
     painted->get_Handle(&handle);
-    const int x_px = pixels(left, unit());
-    const int y_px = pixels(top, unit());
-    const int width_of_picture = pixels(width, unit());
-    const int height_of_picture = pixels(height, unit());
+    const RECT place = {pixels(left, unit()), pixels(top, unit()), pixels(left + width, unit()),
+                        pixels(top + height, unit())};
     SHORT type = 0;
     painted->get_Type(&type);
     const auto number = static_cast<INT_PTR>(static_cast<INT>(handle));
     if (type == PICTYPE_ENHMETAFILE) {
-        const RECT place = {x_px, y_px, x_px + width_of_picture, y_px + height_of_picture};
         PlayEnhMetaFile(memory.get(), reinterpret_cast<HENHMETAFILE>(number), &place);
         return;
     }
     const windows::MemoryDevice source(CreateCompatibleDC(memory.get()));
     const windows::Selected selected(source.get(), reinterpret_cast<HBITMAP>(number));
     const ports::Bitmap size = windows::read_bitmap(reinterpret_cast<HBITMAP>(number));
-    StretchBlt(memory.get(), x_px, y_px, width_of_picture, height_of_picture, source.get(), 0, 0,
-               size.width_px, size.height_px, SRCCOPY);
+    StretchBlt(memory.get(), place.left, place.top, place.right - place.left,
+               place.bottom - place.top, source.get(), 0, 0, size.width_px, size.height_px,
+               SRCCOPY);
 }
 
 double PictureBox::scale_x(double length, std::int32_t from, std::int32_t to) {

@@ -21,7 +21,6 @@ class PictureBox {
         this->*Property = value;
     }
 
-    void set_font_name(const base::Text& name);
     double scale_width() { return width_px * unit(); }
     double scale_height() { return height_px * unit(); }
     double width() { return width_px * 15.0; }
@@ -30,7 +29,6 @@ class PictureBox {
     void set_height(double twips);
     std::int32_t device() { return handle(memory.get()); }
     ComPointer<IDispatch> self() { return ComPointer<IDispatch>(object); }
-    base::Text own_font_name() { return font_name; }
     std::int32_t image_handle() { return handle(bitmap.get()); }
     void keep_picture(const ComPointer<IDispatch>&) { ++kept_images; }
     void scale() { scale_mode = 1; }
@@ -58,8 +56,6 @@ class PictureBox {
     std::int32_t height_px;
     windows::MemoryDevice memory;
     windows::GdiBitmap bitmap;
-    /// Fonts that the box does not take.
-    base::Text missing_font;
     /// Its own automation object, not counted.
     IDispatch* object = nullptr;
 
