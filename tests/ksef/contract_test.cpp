@@ -15,7 +15,7 @@ TEST_F(RequestContract, BodiesAgreeWithThePublishedInterface) {
         GTEST_SKIP() << "the published interface is not on this machine";
     }
     const sandbox::testing::Contract contract(TAVRIX_KSEF_CONTRACT_DIR);
-    yesterday();
+    begin_anew("2026-11-20");
     connection->execute_script(
         "update dok_fak set NumerRef_ksef='20261120-EE-0000000000-0000000000-AA', HashFaktury='" +
         std::string(43, 'A') + "='");

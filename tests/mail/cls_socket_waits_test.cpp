@@ -132,6 +132,11 @@ TEST_F(SocketWaits, ALongTextGoesInPiecesUntilTheHostStopsIt) {
     EXPECT_EQ(listener.percents, (std::vector<std::int32_t>{25, 50}));
     EXPECT_EQ(stream.sent, 2u * 65'536);
     EXPECT_FALSE(stream.open);
+
+    // A hundred times this size is more than 32 bits hold.
+    ASSERT_EQ(open(1000), 1);
+    socket.SendString(base::Text(512 * 65'536, u'x'));
+    EXPECT_EQ(listener.percents.back(), 50);
 }
 
 TEST_F(SocketWaits, ADripDoesNotOutlastTheTimeOutOrTheHostsPatience) {
