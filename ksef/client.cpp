@@ -1,21 +1,24 @@
 #include "ksef/client.h"
 
+#include <algorithm>
+
 #include "ksef/environment.h"
 
 namespace tavrix::ksef {
 namespace {
 
-// Scheme, host and port of an address; empty when it is not http or https.
-std::string_view origin_of(std::string_view url) {
-    for (const std::string_view scheme : {"https://", "http://"}) {
-        if (url.starts_with(scheme))
-            return url.substr(0, url.find_first_of("/?#\\", scheme.size()));
-    }
-    return {};
-}
-
 bool is_encrypted(std::string_view url) {
     return url.starts_with("https://");
+}
+
+// An http(s) address that every parser reads the same way: no user information, no backslash,
+// blank or control character.
+bool is_plain_address(std::string_view url) {
+    if (!is_encrypted(url) && !url.starts_with("http://")) return false;
+    const auto is_odd = [](char c) { return c <= ' ' || c == 0x7F || c == '\\'; };
+    if (std::ranges::any_of(url, is_odd)) return false;
+    const std::string_view host = url.substr(url.find("//") + 2);
+    return host.substr(0, host.find_first_of("/?#")).find('@') == std::string_view::npos;
 }
 
 }  // namespace
@@ -96,13 +99,12 @@ ports::HttpReply Client::post(std::string_view path, const Json& body) {
 
 ports::HttpReply Client::get_address(std::string_view url) {
     const std::string service = base::to_utf8(base_url);
-    const std::string_view origin = origin_of(url);
-    if (origin.empty() || (is_encrypted(service) && !is_encrypted(url))) {
+    if (!is_plain_address(url) || (is_encrypted(service) && !is_encrypted(url))) {
         ports::HttpReply refused;
         refused.error = "the address is not one to fetch from";
         return refused;
     }
-    return send({"GET", base::SecretUtf8(url)}, origin == origin_of(service));
+    return send({"GET", base::SecretUtf8(url)}, false);
 }
 
 void Client::close_with_authentication_token() {

@@ -38,10 +38,10 @@ class Client {
     /// `path` begins with "/api/v2"; settings may put another root in its place.
     ports::HttpReply get(std::string_view path);
     ports::HttpReply post(std::string_view path, const Json& body);
-    /// An address out of an answer. The Bearer header goes along only to the service's own origin:
-    /// a storage address carries its permission in itself, and any other host must not see the
-    /// token. An address that is not http(s), or not encrypted although the service is, is not
-    /// fetched.
+    /// An address out of an answer. The Bearer header never goes along: a storage address carries
+    /// its permission in itself, and whoever else is named there must not see the token. An address
+    /// that is not plain http(s) (user information, backslashes, blanks), or not encrypted although
+    /// the service is, is not fetched.
     ports::HttpReply get_address(std::string_view url);
     /// Sets the persistent header Authorization.
     void set_bearer(const base::SecretUtf8& token);
