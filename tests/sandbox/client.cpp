@@ -1,64 +1,38 @@
 #include "tests/sandbox/client.h"
 
-#include <openssl/rsa.h>
-
-#include "sandbox/basics/certificates.h"
+#include "base/text.h"
+#include "ports/portable/openssl_crypto.h"
 #include "sandbox/basics/crypto.h"
 
 namespace tavrix::sandbox::testing {
 namespace {
 
-unsigned char* bytes(std::string& text) {
-    return reinterpret_cast<unsigned char*>(text.data());
-}
-const unsigned char* bytes(const std::string& text) {
-    return reinterpret_cast<const unsigned char*>(text.data());
+using base::bytes_of;
+
+/// `token|ms` or an AES key under a published certificate, in Base64.
+std::string encrypt_for_certificate(const std::string& certificate, const std::string& plain) {
+    const auto crypto = ports::make_openssl_crypto();
+    const auto key = crypto->key_of_certificate("-----BEGIN CERTIFICATE-----\n" + certificate +
+                                                "\n-----END CERTIFICATE-----");
+    const base::Bytes cipher = crypto->rsa_oaep_sha256_encrypt(*key, bytes_of(plain));
+    return base64_encode(base::chars_of(cipher));
 }
 
 }  // namespace
 
 Json Reply::json() const {
-    Json value = Json::parse(body, nullptr, false);
-    return value.is_discarded() ? Json() : value;
+    return read_json(body).value_or(Json());
 }
 
 int Reply::exception_code() const {
     const Json value = json();
     const Json::json_pointer code("/exception/exceptionDetailList/0/exceptionCode");
-    return value.is_object() && value.contains(code) ? value.at(code).get<int>() : 0;
+    return value.is_object() ? value.value(code, 0) : 0;
 }
 
 std::string Reply::header(const std::string& name) const {
     const auto found = headers.find(name);
     return found == headers.end() ? "" : found->second;
-}
-
-std::string encrypt_for_certificate(const std::string& certificate_base64,
-                                    const std::string& plain) {
-    const CertificateHandle certificate = read_certificate(
-        "-----BEGIN CERTIFICATE-----\n" + certificate_base64 + "\n-----END CERTIFICATE-----");
-    EVP_PKEY* key = X509_get0_pubkey(certificate.get());
-    const KeyContextHandle context(EVP_PKEY_CTX_new(key, nullptr));
-    EVP_PKEY_encrypt_init(context.get());
-    EVP_PKEY_CTX_set_rsa_padding(context.get(), RSA_PKCS1_OAEP_PADDING);
-    EVP_PKEY_CTX_set_rsa_oaep_md(context.get(), EVP_sha256());
-    EVP_PKEY_CTX_set_rsa_mgf1_md(context.get(), EVP_sha256());
-    std::size_t size = std::size_t(EVP_PKEY_get_size(key));
-    std::string cipher(size, '\0');
-    EVP_PKEY_encrypt(context.get(), bytes(cipher), &size, bytes(plain), plain.size());
-    return base64_encode(cipher);
-}
-
-std::string aes_256_cbc_encrypt(const std::string& key, const std::string& vector,
-                                const std::string& plain) {
-    const CipherContextHandle context(EVP_CIPHER_CTX_new());
-    EVP_EncryptInit_ex(context.get(), EVP_aes_256_cbc(), nullptr, bytes(key), bytes(vector));
-    std::string cipher(plain.size() + 16, '\0');
-    int written = 0, last = 0;
-    EVP_EncryptUpdate(context.get(), bytes(cipher), &written, bytes(plain), int(plain.size()));
-    EVP_EncryptFinal_ex(context.get(), bytes(cipher) + written, &last);
-    cipher.resize(std::size_t(written + last));
-    return cipher;
 }
 
 std::string token_of(const std::string& nip) {
@@ -115,14 +89,15 @@ std::string Client::certificate(const std::string& usage) {
     return last;
 }
 
-Reply Client::send_token(const std::string& token, const std::string& nip, const Json& challenge) {
+Reply Client::send_token(const std::string& token, const std::string& nip, const Json& challenge,
+                         std::string certificate) {
+    if (certificate.empty()) certificate = this->certificate("KsefTokenEncryption");
     const std::string plain =
         token + "|" + std::to_string(challenge.at("timestampMs").get<std::int64_t>());
-    const Reply reply = post(
-        "/auth/ksef-token",
-        {{"challenge", challenge.at("challenge")},
-         {"contextIdentifier", {{"type", "Nip"}, {"value", nip}}},
-         {"encryptedToken", encrypt_for_certificate(certificate("KsefTokenEncryption"), plain)}});
+    const Reply reply =
+        post("/auth/ksef-token", {{"challenge", challenge.at("challenge")},
+                                  {"contextIdentifier", {{"type", "Nip"}, {"value", nip}}},
+                                  {"encryptedToken", encrypt_for_certificate(certificate, plain)}});
     if (reply.status == 202) {
         authentication_reference = reply.json().at("referenceNumber");
         authentication_token = reply.json().at("authenticationToken").at("token");
@@ -159,15 +134,14 @@ std::string Client::open_session() {
     return session;
 }
 
-Json Client::invoice_body(const std::string& xml, bool as_text) {
-    const std::string cipher = aes_256_cbc_encrypt(key_, vector_, xml);
-    const auto size = [as_text](std::size_t value) {
-        return as_text ? Json(std::to_string(value)) : Json(value);
-    };
+Json Client::invoice_body(const std::string& xml) {
+    const base::Bytes encrypted = ports::make_openssl_crypto()->aes_256_cbc_encrypt(
+        bytes_of(key_), bytes_of(vector_), bytes_of(xml));
+    const std::string_view cipher = base::chars_of(encrypted);
     return {{"invoiceHash", sha256_base64(xml)},
-            {"invoiceSize", size(xml.size())},
+            {"invoiceSize", xml.size()},
             {"encryptedInvoiceHash", sha256_base64(cipher)},
-            {"encryptedInvoiceSize", size(cipher.size())},
+            {"encryptedInvoiceSize", cipher.size()},
             {"encryptedInvoiceContent", base64_encode(cipher)},
             {"offlineMode", false}};
 }

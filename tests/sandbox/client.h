@@ -1,4 +1,5 @@
-// A KSeF client as small as the tests need it, with its own encryption.
+// A KSeF client as small as the tests need it. It encrypts with the library's cryptography, which
+// the sandbox decrypts with its own.
 #pragma once
 
 #include <httplib.h>
@@ -24,12 +25,6 @@ struct Reply {
     std::string header(const std::string& name) const;
 };
 
-/// `token|ms` or an AES key under a published certificate: RSA-OAEP with SHA-256, in Base64.
-std::string encrypt_for_certificate(const std::string& certificate_base64,
-                                    const std::string& plain);
-std::string aes_256_cbc_encrypt(const std::string& key, const std::string& vector,
-                                const std::string& plain);
-
 std::string token_of(const std::string& nip);
 
 class Client {
@@ -52,7 +47,9 @@ class Client {
     // The steps of signing in, each with what it needs of the earlier ones.
     Json challenge();
     std::string certificate(const std::string& usage);
-    Reply send_token(const std::string& token, const std::string& nip, const Json& challenge);
+    /// \param certificate the newest published one when empty.
+    Reply send_token(const std::string& token, const std::string& nip, const Json& challenge,
+                     std::string certificate = "");
     /// All of it; afterwards `bearer` is the access token. Returns the answer to redeeming.
     Reply sign_in(const std::string& nip, const std::string& token = "");
 
@@ -60,7 +57,7 @@ class Client {
     std::string open_session();
     Json open_body(const std::string& key);
     /// The body of a sent invoice, which tests may spoil.
-    Json invoice_body(const std::string& xml, bool as_text = false);
+    Json invoice_body(const std::string& xml);
     /// Sends to the session opened last and returns the invoice's reference number.
     std::string send(const std::string& xml);
     /// Status object of an invoice of the session opened last.

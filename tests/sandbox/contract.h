@@ -1,4 +1,4 @@
-// Judging answers by the published interface (OpenAPI 3).
+// Judging bodies by the published interface (OpenAPI 3).
 #pragma once
 
 #include <string>
@@ -24,14 +24,6 @@ class Contract {
                                            const Json& body) const;
 
   private:
-    Json resolve(const Json& schema) const;
-    void walk(const Json& schema, const Json& value, const std::string& where,
-              std::vector<std::string>& problems) const;
-    void walk_object(const Json& schema, const Json& value, const std::string& where,
-                     std::vector<std::string>& problems) const;
-    void walk_text(const Json& schema, const std::string& value, const std::string& where,
-                   std::vector<std::string>& problems) const;
-
     Json document_;
 };
 

@@ -17,24 +17,16 @@ TEST_F(HostileTest, DocumentTypesAndEntitiesAreNeverRead) {
     open_as_seller();
     const std::string secret = ::testing::TempDir() + "/secret.txt";
     std::ofstream(secret) << "TOP-SECRET";
-    std::string bomb = "<!DOCTYPE Faktura [<!ENTITY a \"0123456789\">";
-    for (char name = 'b'; name < 'k'; ++name) {
-        bomb += std::string("<!ENTITY ") + name + " \"";
-        for (int i = 0; i < 10; ++i) bomb += std::string("&") + char(name - 1) + ";";
-        bomb += "\">";
-    }
+    const std::string bomb = "<!DOCTYPE Faktura [<!ENTITY j \"" + std::string(100'000, 'x') + "\">";
     const std::string cases[] = {
-        bomb + "]><Faktura>&j;</Faktura>",
+        bomb + "<!ENTITY k \"&j;&j;&j;&j;&j;&j;&j;&j;\">]><Faktura>&k;&k;&k;&k;</Faktura>",
         "<!DOCTYPE Faktura [<!ENTITY x SYSTEM \"file://" + secret + "\">]><Faktura>&x;</Faktura>",
         "<!DOCTYPE Faktura SYSTEM \"http://127.0.0.1:1/x.dtd\"><Faktura/>",
-        "<!DOCTYPE Faktura [<!ATTLIST Faktura a CDATA \"" + std::string(100, 'x') +
-            "\">]><Faktura/>",
     };
     for (const std::string& xml : cases) {
         const Json status = status_of(xml);
-        EXPECT_EQ(status.at("code"), 450) << xml.substr(0, 60);
-        EXPECT_EQ(status.at("details")[0], "Deklaracja DOCTYPE jest niedozwolona.")
-            << xml.substr(0, 60);
+        EXPECT_EQ(status.at("code"), 450) << xml;
+        EXPECT_EQ(status.at("details")[0], "Deklaracja DOCTYPE jest niedozwolona.") << xml;
     }
     EXPECT_EQ(dump(state()).find("TOP-SECRET"), std::string::npos);
 }
@@ -48,16 +40,11 @@ TEST_F(HostileTest, DepthAndNonsenseAreRefused) {
     EXPECT_EQ(code_of(SampleInvoice{.seller = "1e9"}.xml()), 450);
 
     const std::string path = "/sessions/online/" + client().session + "/invoices";
-    const std::string bodies[] = {"",
-                                  "null",
-                                  "[]",
-                                  "{",
-                                  "{\"invoiceHash\": \"\xFF\xFE\"}",
-                                  std::string(1'000'000, '['),
-                                  "{\"a\":" + std::string(500'000, '[')};
-    for (const std::string& body : bodies)
-        EXPECT_EQ(client().post_text(path, body).exception_code(), 21405) << body.substr(0, 30);
-    EXPECT_EQ(control_get("/sandbox/state").status, 200) << "the log can still be shown";
+    const std::string deep_json = "{\"a\":" + std::string(500'000, '[');
+    for (const char* body :
+         {"", "null", "[]", "{", "{\"invoiceHash\": \"\xFF\xFE\"}", deep_json.c_str()})
+        EXPECT_EQ(client().post_text(path, body).exception_code(), 21405);
+    EXPECT_EQ(control().get("/sandbox/state").status, 200) << "the log can still be shown";
 }
 
 TEST_F(HostileTest, StrangePathsFindNothing) {
@@ -73,9 +60,9 @@ TEST_F(HostileTest, StrangePathsFindNothing) {
 }
 
 TEST_F(HostileTest, WhatTheTransportRefusesEndsTheConnection) {
-    EXPECT_EQ(client().post_text("/auth/challenge", std::string(8 * 1024 * 1024 + 1, ' ')).status,
-              413);
-    EXPECT_EQ(client().post_text("/auth/challenge", std::string(8 * 1024 * 1024, ' ')).status, 200);
+    std::string body(8 * 1024 * 1024, ' ');
+    EXPECT_EQ(client().post_text("/auth/challenge", body).status, 200);
+    EXPECT_EQ(client().post_text("/auth/challenge", body + ' ').status, 413);
     const Reply too_long = client().get("/" + std::string(9000, 'x'));
     EXPECT_EQ(too_long.status, 414);
     EXPECT_EQ(too_long.header("Connection"), "close");
@@ -91,7 +78,6 @@ TEST_F(HostileTest, TheRequestLogStaysBounded) {
     EXPECT_EQ(requests.size(), 5u);
     EXPECT_LT(dump(requests.back()).size(), 2000u);
     EXPECT_EQ(requests.back().at("body").at("offlineMode"), false) << "short members stay readable";
-    EXPECT_EQ(state().at("counters").at("steps").at("auth/challenge"), 1);
 }
 
 }  // namespace

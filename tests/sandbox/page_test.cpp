@@ -5,25 +5,26 @@
 namespace tavrix::sandbox::testing {
 namespace {
 
-class PageTest : public SandboxTest {};
+using PageTest = SandboxTest;
 
 TEST_F(PageTest, ShowsInvoicesAndRequestsWithTokensMasked) {
     open_as_seller();
     const std::string reference = client().send(SampleInvoice().xml());
-    client().post("/sessions/online/" + client().access_token + "%20/close");
-    const std::string overview = control_get("/").body;
+    // Older clients close with a token and a blank where the reference number belongs.
+    const std::string path = "/sessions/online/" + client().access_token + "%20/close";
+    EXPECT_EQ(client().post(path).exception_code(), 21405);
+    const std::string overview = control().get("/").body;
     EXPECT_NE(overview.find("FV/1/2026"), std::string::npos);
     EXPECT_NE(overview.find("/v2/sessions/online/{token}%20/close"), std::string::npos);
     EXPECT_EQ(overview.find(client().access_token), std::string::npos);
-    const std::string page = control_get("/faktura/" + reference).body;
+    const std::string page = control().get("/faktura/" + reference).body;
     for (const char* text :
          {"Zakład Usługowy Żuraw", "Nabywca S.A.", "Usługa serwisowa",
           "1\xC2\xA0"
           "950,53 PLN",
           "stawka obniżona druga (5%)", "&lt;Faktura xmlns=", "NumerKSeFDokumentu"})
         EXPECT_NE(page.find(text), std::string::npos) << text;
-    EXPECT_EQ(control_get("/sesja/" + client().session).status, 200);
-    EXPECT_EQ(control_get("/faktura/none").status, 404);
+    EXPECT_EQ(control().get("/faktura/none").status, 404);
 }
 
 TEST_F(PageTest, NothingInADocumentBecomesMarkup) {
@@ -39,7 +40,8 @@ TEST_F(PageTest, NothingInADocumentBecomesMarkup) {
     const std::string wrong = state().at("invoices")[1].at("referenceNumber");
     for (const std::string& path : {std::string("/"), "/faktura/" + reference, "/faktura/" + wrong,
                                     "/sesja/" + client().session}) {
-        const Reply page = control_get(path);
+        const Reply page = control().get(path);
+        EXPECT_EQ(page.status, 200) << path;
         EXPECT_EQ(page.body.find("<script"), std::string::npos) << path;
         EXPECT_EQ(page.body.find("<img"), std::string::npos) << path;
         EXPECT_EQ(page.header("Content-Security-Policy").substr(0, 18), "default-src 'none'")

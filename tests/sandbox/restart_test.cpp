@@ -1,4 +1,6 @@
 // What is kept on disk.
+#include <sqlite3.h>
+
 #include <filesystem>
 #include <fstream>
 
@@ -11,8 +13,17 @@ namespace {
 class RestartTest : public ::testing::Test {
   protected:
     std::string file() const { return folder_.path() / "sandbox.sqlite"; }
-    std::unique_ptr<RunningSandbox> run(const Options& options = {}) {
-        return std::make_unique<RunningSandbox>(options, open_sqlite_store(file()));
+    std::unique_ptr<RunningSandbox> run() {
+        return std::make_unique<RunningSandbox>(Options(), open_sqlite_store(file()));
+    }
+    /// Why the file cannot be opened; empty when it can.
+    std::string refusal() const {
+        try {
+            open_sqlite_store(file());
+            return "";
+        } catch (const std::runtime_error& error) {
+            return error.what();
+        }
     }
 
     test::ScratchFolder folder_;
@@ -29,61 +40,60 @@ Json records(Client& client, int port) {
 }
 
 TEST_F(RestartTest, EverythingIsThereAgainUntilItIsReset) {
-    Json before;
-    std::string session, token, upo_url, number, pending;
+    Json before, first;
+    std::string token, certificate;
     {
         const auto sandbox = run();
-        Client client(sandbox->port()), control(sandbox->port(), "");
+        Client client(sandbox->port());
         client.sign_in(seller_nip);
         client.post("/tokens", {{"permissions", {"InvoiceRead"}}, {"description", "Odczyt"}});
-        session = client.open_session();
+        client.open_session();
         client.send(SampleInvoice().xml());
         client.send(SampleInvoice().xml());
-        client.post("/sessions/online/" + session + "/close");
-        const Json first =
-            client.get("/sessions/" + session + "/invoices").json().at("invoices").at(0);
-        upo_url = first.at("upoDownloadUrl");
-        number = first.at("ksefNumber");
-        control.post("/sandbox/pace", {{"invoice", {{"delay_ms", 60'000}}}});
-        session = client.open_session();
-        pending = client.send(SampleInvoice{.number = "FV/2"}.xml());
+        client.post("/sessions/online/" + client.session + "/close");
+        first = client.get("/sessions/" + client.session + "/invoices").json().at("invoices").at(0);
         token = client.access_token;
+        certificate = client.certificate("SymmetricKeyEncryption");
         before = records(client, sandbox->port());
     }
     {
-        Options slow;
-        slow.invoice_accepted.delay_ms = 60'000;
-        const auto sandbox = run(slow);
-        Client client(sandbox->port()), control(sandbox->port(), "");
+        const auto sandbox = run();
+        Client client(sandbox->port());
         client.bearer = token;
         EXPECT_EQ(records(client, sandbox->port()), before);
-        EXPECT_EQ(client.download(upo_url).status, 200);
+        EXPECT_EQ(client.download(first.at("upoDownloadUrl")).status, 200);
+        const std::string number = first.at("ksefNumber");
         EXPECT_EQ(client.get("/invoices/ksef/" + number).body, SampleInvoice().xml());
-        client.session = session;
-        EXPECT_EQ(client.invoice_status(pending).at("code"), 100);
-        sandbox->advance(std::chrono::minutes(1));
-        EXPECT_EQ(client.invoice_status(pending).at("code"), 200);
         client.open_session();
-        const std::string again = client.send(SampleInvoice().xml());
-        sandbox->advance(std::chrono::minutes(1));
-        EXPECT_EQ(client.invoice_status(again).at("code"), 440)
+        EXPECT_EQ(client.invoice_status(client.send(SampleInvoice().xml())).at("code"), 440)
             << "duplicates are known over a restart";
-        control.post("/sandbox/reset");
+        Client(sandbox->port(), "").post("/sandbox/reset");
     }
     const auto sandbox = run();
     const Json after = Client(sandbox->port(), "").get("/sandbox/state").json();
     for (const char* list : {"sessions", "invoices", "authentications"})
         EXPECT_EQ(after.at(list).size(), 0u) << list;
+    EXPECT_EQ(Client(sandbox->port()).certificate("SymmetricKeyEncryption"), certificate)
+        << "keys outlive a reset";
 }
 
-TEST_F(RestartTest, ForeignAndBusyFilesAreRefused) {
+TEST_F(RestartTest, ForeignBusyAndOlderFilesAreRefused) {
     std::ofstream(file())
         << "This is a letter, not a database, and longer than a page header is, to be sure.";
-    EXPECT_THROW(open_sqlite_store(file()), std::runtime_error);
+    EXPECT_NE(refusal(), "");
     std::filesystem::remove(file());
-    const auto first = open_sqlite_store(file());
-    first->write("setting", "a", "b");
-    EXPECT_THROW(open_sqlite_store(file()), std::runtime_error);
+    {
+        const auto first = open_sqlite_store(file());
+        first->write("setting", "a", "b");
+        EXPECT_NE(refusal(), "");
+    }
+    EXPECT_EQ(refusal(), "");
+    sqlite3* database = nullptr;
+    sqlite3_open(file().c_str(), &database);
+    sqlite3_exec(database, "pragma user_version = 1", nullptr, nullptr, nullptr);
+    sqlite3_close(database);
+    EXPECT_NE(refusal().find("written by another version of the sandbox"), std::string::npos)
+        << refusal();
 }
 
 }  // namespace

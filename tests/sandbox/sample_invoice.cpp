@@ -31,8 +31,7 @@ std::string SampleInvoice::xml() const {
            element("RodzajFaktury", kind) + "<FaWiersz><NrWierszaFa>1</NrWierszaFa>" +
            element("P_7", line_name) +
            "<P_8A>godz.</P_8A><P_8B>15</P_8B><P_9A>100.00</P_9A><P_11>1500.00</P_11><P_12>23</P_12>"
-           "</FaWiersz></Fa>" +
-           end + "</Faktura>";
+           "</FaWiersz></Fa></Faktura>";
 }
 
 }  // namespace tavrix::sandbox::testing

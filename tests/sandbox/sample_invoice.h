@@ -19,8 +19,6 @@ struct SampleInvoice {
     std::string line_name = "Usługa serwisowa";
     /// Inserted after the buyer: other parties.
     std::string other_parties{};
-    /// Inserted after the body: for example an attachment.
-    std::string end{};
 
     std::string xml() const;
 };
