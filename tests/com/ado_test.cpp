@@ -69,18 +69,6 @@ TEST_F(Ado, BatchChangesWaitForUpdateBatch) {
     EXPECT_EQ(database.stored(u"ddout_id", 9), ports::Value(std::int64_t{9}));
 }
 
-TEST_F(Ado, ABatchThatMeetsAChangedRowWritesNothing) {
-    const LateBound rows =
-        open(u"select ddout_id, opis from dok_fak order by ddout_id", lock_batch_optimistic);
-    rows.object(u"Fields", u"opis").put(u"Value", u"mine 1");
-    rows.call(u"MoveNext");
-    rows.object(u"Fields", u"opis").put(u"Value", u"mine 2");
-    connection.call(u"Execute", u"update dok_fak set opis='theirs' where ddout_id=2");
-    EXPECT_EQ(error_of([&] { rows.call(u"UpdateBatch"); }), 0x80040E38u);
-    EXPECT_EQ(database.stored(u"opis", 1), ports::Value(u"Zażółć"));
-    EXPECT_EQ(database.stored(u"opis", 2), ports::Value(u"theirs"));
-}
-
 TEST_F(Ado, ThePortReadsAndWritesThroughTheHostsConnection) {
     windows::AdoDatabase port(ComPointer<IDispatch>(connection.dispatch()));
     const auto rows = port.open(u"select top 1 * from dok_fak where ddout_id=1");

@@ -44,21 +44,22 @@ TEST_F(Conversions, BytesComeAsAnArrayOfAnythingThatCounts) {
         Argument bytes;
         std::string expected;
     } rows[] = {{base::Bytes{}, "byte[]"},
-                {by_reference(&variable, VT_UI1), "byte[] 2 1"},
-                {by_reference(array.address()), "byte[] 2 1"},
-                {by_reference(&unset, VT_UI1), "byte[]"},
+                {by_reference(&variable, VT_ARRAY | VT_UI1), "byte[] 2 1"},
+                {by_reference(array), "byte[] 2 1"},
+                {by_reference(&unset, VT_ARRAY | VT_UI1), "byte[]"},
                 {array_of(VT_I2, 0, {256}), refused(DISP_E_OVERFLOW, 0)},
                 {array_of(VT_VARIANT, 0, {-1}), refused(DISP_E_OVERFLOW, 0)},
                 {u"abc", refused(DISP_E_TYPEMISMATCH, 0)},
-                {Variant(), refused(DISP_E_TYPEMISMATCH, 0)},
                 {Variant::null(), refused(DISP_E_TYPEMISMATCH, 0)},
-                {5, refused(DISP_E_TYPEMISMATCH, 0)},
                 {square, refused(DISP_E_TYPEMISMATCH, 0)}};
     for (const auto& row : rows) EXPECT_EQ(answer(probe, u"Reverse", {row.bytes}), row.expected);
 }
 
 TEST_F(Conversions, ArgumentsAndResultsHaveTheTypesOfTheTable) {
     const ComPointer<IDispatch> nothing;
+    VARIANT wide{};
+    wide.vt = VT_I8;
+    wide.llVal = 5'000'000'000;
     const std::string mismatch = refused(DISP_E_TYPEMISMATCH, 0);
     const Variant texts = std::move(call(probe, u"Split", {u"a,b"}).result);
     EXPECT_EQ(texts.type(), VT_ARRAY | VT_BSTR);
@@ -67,7 +68,6 @@ TEST_F(Conversions, ArgumentsAndResultsHaveTheTypesOfTheTable) {
         Argument argument;
         std::string expected;
     } rows[] = {
-        {u"Echo", u"5", "text 5"},
         {u"Echo", -12, "text -12"},
         {u"Echo", Variant(), "text "},
         {u"Echo", Variant::null(), mismatch},
@@ -90,20 +90,12 @@ TEST_F(Conversions, ArgumentsAndResultsHaveTheTypesOfTheTable) {
         {u"Same", base::Bytes{1, 2}, "byte[] 1 2"},
         {u"Same", Variant(), "null"},
         {u"Same", Variant::currency(25'000), "double 2.5"},
+        {u"Same", wide, "decimal 5000000000"},
     };
     for (const auto& row : rows) {
         EXPECT_EQ(answer(probe, row.method, {row.argument}), row.expected)
             << base::to_utf8(row.method) << " " << written(row.argument.get());
     }
-
-    VARIANT wide{};
-    wide.vt = VT_I8;
-    wide.llVal = 5'000'000'000;
-    Variant whole = std::move(call(probe, u"Same", {wide}).result);
-    ASSERT_EQ(whole.type(), VT_DECIMAL);
-    LONG64 back = 0;
-    EXPECT_EQ(VarI8FromDec(&whole.address()->decVal, &back), S_OK);
-    EXPECT_EQ(back, wide.llVal);
 }
 
 TEST_F(Conversions, NumbersFollowTheCallersLocale) {
@@ -121,7 +113,9 @@ TEST_F(Conversions, TextsOfAnySizeAndContentPassWhole) {
     base::Text text(5 * 1024 * 1024, u'ż');  // 10 MB
     text[100] = u'\0';
     text.back() = u'\xD800';
-    EXPECT_TRUE(bstr_of(call(probe, u"Echo", {text}).result) == text);
+    const Outcome outcome = call(probe, u"Echo", {text});
+    ASSERT_EQ(outcome.result.type(), VT_BSTR);
+    EXPECT_TRUE(windows::view_of(outcome.result.get().bstrVal) == text);
 }
 
 }  // namespace

@@ -47,10 +47,8 @@ TEST_F(Dispatch, ArgumentsAreCountedPlacedAndNamed) {
         {{}, {}, refused(DISP_E_BADPARAMCOUNT)},
         {{2, 3, 4}, {}, refused(DISP_E_BADPARAMCOUNT)},
         {{missing, 3}, {}, refused(DISP_E_PARAMNOTOPTIONAL, 1)},
-        {{}, {{u"Wykładnik", 1}}, refused(DISP_E_PARAMNOTOPTIONAL)},
         {{5}, {{u"Podstawa", 1}}, refused(DISP_E_PARAMNOTFOUND, 0)},
         {{u"x", u"x"}, {}, refused(DISP_E_TYPEMISMATCH, 1)},
-        {{1, u"x"}, {}, refused(DISP_E_TYPEMISMATCH, 0)},
     };
     for (const auto& power : powers) {
         EXPECT_EQ(written(invoke(probe, u"Potęga", DISPATCH_METHOD, power.arguments, power.named)),
@@ -88,7 +86,6 @@ TEST_F(Dispatch, PropertiesAreReadAndWritten) {
         {u"Label", read, {}, "text Zażółć"},
         {u"Label", DISPATCH_PROPERTYPUTREF, {1}, no_member},
         {u"Echo", DISPATCH_PROPERTYPUT, {1}, no_member},
-        {u"Echo", DISPATCH_PROPERTYGET, {1}, no_member},
         {u"NieMa", read, {}, refused(DISP_E_UNKNOWNNAME)},
         {u"Slot", DISPATCH_PROPERTYPUT, {2, u"two"}, "empty"},
         {u"Slot", DISPATCH_PROPERTYGET, {2}, "text two"},
@@ -102,20 +99,13 @@ TEST_F(Dispatch, PropertiesAreReadAndWritten) {
 }
 
 TEST_F(Dispatch, ReferencesAreCounted) {
-    EXPECT_EQ(probe->AddRef(), 2u);
-    EXPECT_EQ(probe->Release(), 1u);
     {
-        const Variant itself(probe);
-        const Outcome outcome = call(probe, u"SameObject", {itself});
+        const Outcome outcome = call(probe, u"SameObject", {probe});
         ASSERT_EQ(outcome.result.type(), VT_DISPATCH);
         EXPECT_EQ(outcome.result.get().pdispVal, probe.get());
-        EXPECT_EQ(probe->AddRef(), 4u);
-        probe->Release();
     }
     EXPECT_EQ(probe->AddRef(), 2u);
-    probe->Release();
-    EXPECT_TRUE(probe.query<IUnknown>());
-    EXPECT_TRUE(probe.query<ISupportErrorInfo>());
+    EXPECT_EQ(probe->Release(), 1u);
     EXPECT_FALSE(probe.query<IStream>());
 }
 

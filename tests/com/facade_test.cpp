@@ -1,5 +1,5 @@
-// CInfo, Rejestr and the small conversions as hosts call them: by name, with the user before the
-// forms and the system's own registry behind them.
+// The classes as hosts call them: by name, with the user before the forms and the system's own
+// registry behind them.
 
 #include "com/forms/identifiers.h"
 #include "tests/com/form_user.h"
@@ -8,14 +8,10 @@
 namespace tavrix::test {
 namespace {
 
-class Facade : public testing::Test {
-  protected:
+TEST(Facade, OpensTheAboutBoxOnce) {
     FormUser user;
-    ComPointer<IDispatch> info = create(u"Tavrix.CInfo");
-    const std::function<void()> about = [this] { EXPECT_EQ(answer(info, u"OProgramie"), "empty"); };
-};
-
-TEST_F(Facade, OpensTheAboutBoxOnce) {
+    const auto info = create(u"Tavrix.CInfo");
+    const auto about = [&] { EXPECT_EQ(answer(info, u"OProgramie"), "empty"); };
     const auto same_again = [&](HWND form) {
         expect_texts(form, {{TAVRIX_ABOUT_VERSION, u"Wersja 10.0.36"}});
         EXPECT_EQ(answer(create(u"Tavrix.CInfo"), u"OProgramie"), "empty");
@@ -26,12 +22,13 @@ TEST_F(Facade, OpensTheAboutBoxOnce) {
     user.use(about, {same_again, press(VK_RETURN)});
 }
 
-TEST_F(Facade, ShowsTheMessageForTheHelpdeskAndGivesItsResult) {
+TEST(Facade, ShowsTheMessageForTheHelpdeskAndGivesItsResult) {
+    FormUser user;
     Variant files(u"C:\\a.pdf");
     const auto send = [&] {
-        EXPECT_EQ(answer(info, u"sendmail",
-                         {u"a", u"525-000-12-34", u"b", u"c", u"d", u"e",
-                          by_reference(files.address()), u"; ktos@inny.example"}),
+        EXPECT_EQ(answer(create(u"Tavrix.CInfo"), u"sendmail",
+                         {u"a", u"525-000-12-34", u"b", u"c", u"d", u"e", by_reference(files),
+                          u"; ktos@inny.example"}),
                   "long 0");
     };
     const auto look = [](HWND form) {
@@ -82,20 +79,14 @@ TEST(Classes, AnswerTheirHosts) {
         std::vector<Argument> arguments;
         std::string expected;
     } calls[] = {
-        {u"CInfo", u"VersjaLib", {}, "text 10.0.36.Tavrix"},
         {u"Rejestr", u"RegGetValue", {4, u"a", u"b"}, "text "},
-        {u"KseF_comm", u"Base64EncodeSS", {u"Zażółć"}, "text WmG/87Pm"},
         {u"KseF_comm", u"Base64DecodeSS", {u"WmG/87Pm"}, "text Zażółć"},
-        {u"KseF_comm", u"Base64DecodeToBytes", {u"AAEC/w=="}, "byte[] 0 1 2 255"},
         {u"KseF_comm", u"Base64DecodeToBytes", {u"*"}, refused(DISP_E_EXCEPTION)},
         {u"KseF_comm", u"HexStringToBytes", {u"ż"}, "byte[] 197 188"},
-        // FIPS 180-4: the digest of no bytes.
-        {u"KseF_comm",
-         u"Sha256XmlSimpleb",
-         {base::Bytes{}},
-         "text 47DEQpj8HBSa+/TImW+5JCeuQeRkm5NMpJWZG3hSuFU="},
+        {u"Drk_Wyd_Ean_cls", u"SyncShell", {u"cmd.exe /c exit 3", 1, true, true}, "bool -1"},
         {u"Drk_Wyd_Ean_cls", u"SyncShell", {u"none.exe", 0, false, true}, "bool 0"},
         {u"Drk_Wyd_Ean_cls813", u"EAN8", {u"1234567"}, "text :BCDE*fgha+"},
+        {u"Drk_Wyd_Ean_cls813", u"BinaryByte", {5}, "text 00000101"},
         {u"Drk_Wyd_Ean_cls128", u"Code128_GetWidth", {u"x", 2}, "long 100"},
         // Nothing listens there.
         {u"ClsGetMail",
@@ -104,7 +95,6 @@ TEST(Classes, AnswerTheirHosts) {
          "bool 0"},
         {u"CMessage", u"DodajMail", {u"x", none, false}, "long 0"},
         {u"ClsSendMail", u"NullStr", {Variant::null()}, "text "},
-        {u"ClsSendMail", u"NullStr", {Variant()}, "text "},
         {u"ClsSendMail", u"NullStr", {1.5}, "text 1,5"},  // as the user writes it
         {u"ClsSendMail", u"NullStr", {base::Bytes{1}}, "text "},
         {u"ClsSendMail", u"NullStr", {object}, "text "},  // has no value
@@ -116,6 +106,24 @@ TEST(Classes, AnswerTheirHosts) {
         EXPECT_EQ(answer(created, row.method, row.arguments), row.expected)
             << base::to_utf8(row.name);
     }
+}
+
+TEST(Classes, HaveInstancesThatShareNothing) {
+    const auto first = create(u"Tavrix.KseF_comm");
+    const auto second = create(u"Tavrix.KseF_comm.10");
+    invoke(first, u"baseUrl", DISPATCH_PROPERTYPUT, {u"https://one"});
+    EXPECT_EQ(written(invoke(second, u"baseUrl", DISPATCH_PROPERTYGET)), "text ");
+}
+
+TEST(Classes, TakeNothingForAConnectionAndNoText) {
+    const auto send = [](const Argument& connection) {
+        return answer(create(u"Tavrix.KseF_comm"), u"SendInvoiceToKSeF",
+                      {connection, u"5260250995", u"no bars", u"<x/>", u"FA (3)", u"1-0E", u"FA", 2,
+                       u"dok_fak", 1});
+    };
+    // Nothing is an object variable that was not set; a text is no object at all.
+    EXPECT_EQ(send(ComPointer<IDispatch>()), "text Błędny token :no bars");
+    EXPECT_EQ(send(u"connection"), refused(DISP_E_TYPEMISMATCH, 9));
 }
 
 }  // namespace

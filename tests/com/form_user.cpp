@@ -7,19 +7,10 @@ namespace {
 
 constexpr wchar_t host_class[] = L"TavrixTestHost";
 constexpr UINT soon_message = WM_APP;
-constexpr UINT deadline_ms = 60'000;
 
 BOOL CALLBACK collect(HWND window, LPARAM list) {
     reinterpret_cast<std::vector<HWND>*>(list)->push_back(window);
     return TRUE;
-}
-
-void CALLBACK give_up(HWND, UINT, UINT_PTR, DWORD) {
-    ADD_FAILURE() << "a form was open for " << deadline_ms / 1000 << " seconds";
-    const std::vector<HWND> forms = open_forms();
-    for (const HWND form : forms) DestroyWindow(form);
-    // A form may have gone without its loop having noticed.
-    if (forms.empty()) PostQuitMessage(1);
 }
 
 }  // namespace
@@ -42,10 +33,7 @@ FormUser::~FormUser() {
 void FormUser::use(const std::function<void()>& show, std::vector<Step> steps) {
     steps_ = std::move(steps);
     next_step_ = 0;
-    // The thread's, not the window's: a test may take the window away.
-    const UINT_PTR deadline = SetTimer(nullptr, 0, deadline_ms, &give_up);
     show();
-    KillTimer(nullptr, deadline);
     EXPECT_EQ(next_step_, steps_.size()) << "the form went before the user had done everything";
     EXPECT_TRUE(open_forms().empty());
 }

@@ -57,17 +57,13 @@ Outcome call(const ComPointer<IDispatch>& object, const char16_t* name,
     return invoke(object, name, DISPATCH_METHOD, arguments);
 }
 
-Outcome get(const ComPointer<IDispatch>& object, const char16_t* name,
-            const std::vector<Argument>& arguments) {
-    return invoke(object, name, DISPATCH_PROPERTYGET, arguments);
-}
-
 std::string type_words(VARTYPE type) {
     const std::map<int, const char*> words = {
-        {VT_EMPTY, "empty"},    {VT_NULL, "null"}, {VT_VOID, "void"},  {VT_BSTR, "text"},
-        {VT_BOOL, "bool"},      {VT_UI1, "byte"},  {VT_I2, "integer"}, {VT_I4, "long"},
-        {VT_CY, "currency"},    {VT_R8, "double"}, {VT_DATE, "date"},  {VT_DISPATCH, "object"},
-        {VT_VARIANT, "variant"}};
+        {VT_EMPTY, "empty"},     {VT_NULL, "null"},      {VT_VOID, "void"},
+        {VT_BSTR, "text"},       {VT_BOOL, "bool"},      {VT_UI1, "byte"},
+        {VT_I2, "integer"},      {VT_I4, "long"},        {VT_CY, "currency"},
+        {VT_R8, "double"},       {VT_DATE, "date"},      {VT_DISPATCH, "object"},
+        {VT_VARIANT, "variant"}, {VT_DECIMAL, "decimal"}};
     const auto word = words.find(type & ~(VT_BYREF | VT_ARRAY));
     return ((type & VT_BYREF) != 0 ? "ref " : "") +
            (word == words.end() ? "type " + std::to_string(type) : word->second) +
@@ -112,18 +108,15 @@ std::string answer(const ComPointer<IDispatch>& object, const char16_t* name,
     return written(call(object, name, arguments));
 }
 
-base::Text bstr_of(const Variant& value) {
-    EXPECT_EQ(value.type(), VT_BSTR);
-    if (value.type() != VT_BSTR) return {};
-    EXPECT_NE(value.get().bstrVal, nullptr);
-    return base::Text(windows::view_of(value.get().bstrVal));
-}
-
-VARIANT reference(void* variable, int type) {
+VARIANT by_reference(void* variable, int type) {
     VARIANT value{};
     value.vt = static_cast<VARTYPE>(VT_BYREF | type);
     value.byref = variable;
     return value;
+}
+
+VARIANT by_reference(Variant& variable) {
+    return by_reference(variable.address(), VT_VARIANT);
 }
 
 base::Text beside_program(base::TextView file) {

@@ -54,8 +54,6 @@ Outcome invoke(const ComPointer<IDispatch>& object, const char16_t* name, WORD f
                const std::vector<NamedArgument>& named = {}, LCID locale = LOCALE_USER_DEFAULT);
 Outcome call(const ComPointer<IDispatch>& object, const char16_t* name,
              const std::vector<Argument>& arguments = {});
-Outcome get(const ComPointer<IDispatch>& object, const char16_t* name,
-            const std::vector<Argument>& arguments = {});
 
 /// "long", "byte[]", "ref text" and so on: the words of PublishedClass::members.
 std::string type_words(VARTYPE type);
@@ -68,26 +66,10 @@ std::string refused(HRESULT code, UINT argument_index = Outcome::none);
 std::string answer(const ComPointer<IDispatch>& object, const char16_t* name,
                    const std::vector<Argument>& arguments = {});
 
-/// The text of a result that must be exactly a BSTR.
-base::Text bstr_of(const Variant& value);
-
-// References to what a host keeps in variables.
-VARIANT reference(void* variable, int type);
-inline VARIANT by_reference(BSTR* text) {
-    return reference(text, VT_BSTR);
-}
-inline VARIANT by_reference(LONG* number) {
-    return reference(number, VT_I4);
-}
-inline VARIANT by_reference(SHORT* number) {
-    return reference(number, VT_I2);
-}
-inline VARIANT by_reference(SAFEARRAY** array, VARTYPE element_type) {
-    return reference(array, VT_ARRAY | element_type);
-}
-inline VARIANT by_reference(VARIANT* variable) {
-    return reference(variable, VT_VARIANT);
-}
+/// A reference to what a host keeps in a variable of the type.
+VARIANT by_reference(void* variable, int type);
+/// One to a variable of a script, which holds anything.
+VARIANT by_reference(Variant& variable);
 
 /// The path of a file that stands beside the test program.
 base::Text beside_program(base::TextView file);

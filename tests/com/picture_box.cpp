@@ -3,8 +3,6 @@
 #include <ocidl.h>
 #include <olectl.h>
 
-#include <cmath>
-
 #include "com/dispatch_object.h"
 #include "com/guid.h"
 #include "com/signature.h"
@@ -45,10 +43,10 @@ constexpr auto box_members = com::members(
     com::method<&Box::scale>(21, u"Scale", u""), com::read_only<&Box::self>(22, u"Font", u""),
     com::read_only<&Box::get<&Box::font_name>>(23, u"Name", u""),
     com::read_only<&Box::self>(24, u"Parent", u""),
-    com::method<&Box::scale_x>(25, u"ScaleX", u"", by_value(u"length"), by_value(u"from"),
-                               by_value(u"to")),
-    com::method<&Box::scale_x>(26, u"ScaleY", u"", by_value(u"length"), by_value(u"from"),
-                               by_value(u"to")),
+    com::method<&Box::scale_on_parent>(25, u"ScaleX", u"", by_value(u"length"), by_value(u"from"),
+                                       by_value(u"to")),
+    com::method<&Box::scale_on_parent>(26, u"ScaleY", u"", by_value(u"length"), by_value(u"from"),
+                                       by_value(u"to")),
     com::read_only<&Box::image_handle>(27, u"Handle", u""));
 
 constexpr com::ClassTable box_class = {
@@ -59,33 +57,21 @@ constexpr com::ClassTable box_class = {
     .members = box_members,
 };
 
-int pixels(double length, double unit) {
-    return static_cast<int>(std::lround(length / unit));
-}
-
 }  // namespace
 
 PictureBox::PictureBox(std::int32_t width, std::int32_t height)
-    : width_px(width), height_px(height), memory(CreateCompatibleDC(nullptr)) {
-    make_bitmap();
+    : memory(CreateCompatibleDC(nullptr)) {
+    resize(width, height);
 }
 
-void PictureBox::make_bitmap() {
+void PictureBox::resize(std::int32_t new_width_px, std::int32_t new_height_px) {
+    width_px = new_width_px;
+    height_px = new_height_px;
     windows::GdiBitmap fresh(CreateBitmap(width_px, height_px, 1, 32, nullptr));
     SelectObject(memory.get(), fresh.get());
     bitmap = std::move(fresh);
     const RECT whole = {0, 0, width_px, height_px};
     FillRect(memory.get(), &whole, static_cast<HBRUSH>(GetStockObject(WHITE_BRUSH)));
-}
-
-void PictureBox::set_width(double twips) {
-    width_px = pixels(twips, 15);
-    make_bitmap();
-}
-
-void PictureBox::set_height(double twips) {
-    height_px = pixels(twips, 15);
-    make_bitmap();
 }
 
 SIZE PictureBox::extent(const base::Text& text) {
@@ -97,7 +83,6 @@ SIZE PictureBox::extent(const base::Text& text) {
 }
 
 void PictureBox::print(const base::Text& text) {
-    printed.push_back(text);
     const auto font = windows::make_font(memory.get(), font_name, font_size, font_bold, 0);
     const windows::Selected selected(memory.get(), font.get());
     TextOutW(memory.get(), pixels(x, unit()), pixels(y, unit()), windows::wide(text),
@@ -128,26 +113,10 @@ void PictureBox::paint_picture(const ComPointer<IDispatch>& picture, double left
                SRCCOPY);
 }
 
-double PictureBox::scale_x(double length, std::int32_t from, std::int32_t to) {
-    const double twips = from == 3 ? length * 15 : length;
-    return to == 3 ? twips / 15 : twips;
-}
-
-bool PictureBox::is_dark(std::int32_t x_px, std::int32_t y_px) const {
-    return (GetPixel(memory.get(), x_px, y_px) & 0xFF) < 128;
-}
-
 HostedBox::HostedBox(std::int32_t width_px, std::int32_t height_px)
     : box(std::make_shared<PictureBox>(width_px, height_px)),
       object(com::make_object(box_class, box)) {
     box->object = object.get();
-}
-
-VARIANT HostedBox::variant() const {
-    VARIANT value{};
-    value.vt = VT_DISPATCH;
-    value.pdispVal = object.get();
-    return value;
 }
 
 }  // namespace tavrix::test

@@ -52,8 +52,7 @@ class Probe {
         if (how == 0)
             throw base::AutomationError(base::ErrorNumber::subscript, u"Probe.Fail", u"Zła liczba");
         if (how == 1) throw std::bad_alloc();
-        if (how == 2) throw std::runtime_error("broken");
-        throw how;
+        throw std::runtime_error("broken");
     }
     base::Text label() const { return label_; }
     void set_label(const base::Text& label) { label_ = label; }

@@ -7,6 +7,6 @@
 namespace tavrix::test {
 
 /// Runs a command to its end and gives what it wrote, in the console's code page.
-std::string run_program(base::Text command);
+std::string run_program(const base::Text& command);
 
 }  // namespace tavrix::test
