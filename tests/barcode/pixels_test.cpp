@@ -8,7 +8,6 @@
 #include "drawing/png.h"
 #include "drawing/svg.h"
 #include "drawing/text.h"
-#include "ports/native/canvas.h"
 
 namespace tavrix::barcode {
 namespace {
@@ -144,15 +143,6 @@ TEST(Drawings, png_keeps_its_physical_size) {
     const std::string bytes(file.begin(), file.end());
     // 300 dots per inch are 11811 per metre, 0x2E23; unit 1 is the metre.
     EXPECT_NE(bytes.find(std::string("pHYs\0\0\x2E\x23\0\0\x2E\x23\1", 13)), std::string::npos);
-}
-
-TEST(Canvases, measure_text_in_the_font_they_have) {
-    ports::Canvas canvas(6000, 4000);
-    canvas.set_font_name(u"CODE ean13");
-    canvas.set_font_size(58);
-    // Each digit has 14 modules as a leading one, with 64 modules to the em.
-    EXPECT_EQ(canvas.text_width(u"590123412345"), 12 * 14 * 58 * 20 / 64.0);
-    EXPECT_EQ(canvas.text_height(u"5"), 66 * 58 * 20 / 64.0);
 }
 
 }  // namespace

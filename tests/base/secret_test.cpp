@@ -13,8 +13,7 @@ static_assert(!std::is_convertible_v<SecretUtf8, std::string> &&
               !std::is_copy_constructible_v<SecretUtf8>);
 
 TEST(Secret, LeavesNothingBehindHoweverItEnds) {
-    test::FreedMemory memory;
-    memory.look_for("hunter2");
+    test::look_for_in_freed_memory("hunter2");
     SecretUtf8 grown;
     for (int i = 0; i < 100; ++i) grown += "hunter2";
     SecretText wide = from_secret_utf8(grown.view());
@@ -26,9 +25,9 @@ TEST(Secret, LeavesNothingBehindHoweverItEnds) {
     moved.clear();
     { const SecretBytes taken = take_secret(Bytes(3, 7)); }
     { const SecretUtf8 utf8 = to_secret_utf8(u"hunter2"); }
-    EXPECT_EQ(memory.found(), 0);
+    EXPECT_EQ(test::found_in_freed_memory(), 0);
     { const std::string careless("the password is hunter2"); }
-    EXPECT_EQ(memory.found(), 1) << "the watch sees";
+    EXPECT_EQ(test::found_in_freed_memory(), 1) << "the watch sees";
 }
 
 }  // namespace

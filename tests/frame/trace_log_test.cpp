@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <map>
@@ -11,7 +10,6 @@
 
 #include "mail/trace_marks.h"
 #include "ports/native/adapters.h"
-#include "tests/support/failing.h"
 #include "tests/support/fake_clock.h"
 #include "tests/support/scratch_folder.h"
 
@@ -51,12 +49,10 @@ TEST_F(TraceLogTest, WritesALineForEachMarkOnceTheSwitchWasSeen) {
     turn_on();
     ports::Trace& trace = log;
     trace.mark(mail::data_arrival_marks[u"12"]);
-    trace.mark(mail::disconnect_marks[u"2k"]);
     clock.now = {2026, 11, 15, 0, 0, 0};
     trace.mark(mail::socket_error_marks[u"1"], u"10061 Połączenie odrzucone");
     EXPECT_EQ(written(),
               "2026-11-14 21:49:05:10.0.36:C_Getmail:Winsock1_DataArrival:12\r\n"
-              "2026-11-14 21:49:05:10.0.36:C_Getmail:DisconnectMe:2k\r\n"
               "2026-11-15:10.0.36:C_Getmail:Winsock1_Error:1:10061 Po\xB3\xB9"
               "czenie odrzucone\r\n");
 }
@@ -75,32 +71,6 @@ TEST_F(TraceLogTest, IsOffUntilTheSwitchIsLookedForAndStaysOn) {
     another.look_for_switch();
     another.write(u"a");
     EXPECT_EQ(written(), "2026-11-14 21:49:05:10.0.36:a\r\n");
-}
-
-struct FailingFiles final : test::Failing<ports::Files> {
-    using Failing::Failing;
-    bool is_file(base::TextView path) override { return through().is_file(path); }
-    void copy(base::TextView from, base::TextView to) override { through().copy(from, to); }
-    void append(base::TextView path, base::ByteView bytes) override {
-        through().append(path, bytes);
-    }
-};
-
-TEST_F(TraceLogTest, ItsOwnTroubleIsNobodyElses) {
-    turn_on();
-    test::FailingAt failing(test::out_of_memory);
-    FailingFiles disk(*files, failing);
-    const int calls = test::fail_each_call(failing, [&](int call) {
-        fs::remove(log_file);
-        is_on = false;
-        TraceLog over_the_disk(is_on, {disk, clock, *locale, *code_page});
-        over_the_disk.look_for_switch();
-        over_the_disk.write(u"a");
-        over_the_disk.write(u"b");
-        const auto lines = std::ranges::count(written(), '\n');
-        EXPECT_EQ(lines, call == 1 ? 0 : failing.struck() ? 1 : 2) << call;
-    });
-    EXPECT_EQ(calls, 3) << "the switch and two lines";
 }
 
 TEST_F(TraceLogTest, TwoInstancesWriteWholeLines) {

