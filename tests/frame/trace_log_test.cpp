@@ -10,6 +10,7 @@
 
 #include "mail/trace_marks.h"
 #include "ports/native/adapters.h"
+#include "tests/support/failing.h"
 #include "tests/support/fake_clock.h"
 #include "tests/support/scratch_folder.h"
 
@@ -71,6 +72,20 @@ TEST_F(TraceLogTest, IsOffUntilTheSwitchIsLookedForAndStaysOn) {
     another.look_for_switch();
     another.write(u"a");
     EXPECT_EQ(written(), "2026-11-14 21:49:05:10.0.36:a\r\n");
+}
+
+TEST_F(TraceLogTest, ItsOwnTroubleIsNobodyElses) {
+    turn_on();
+    test::FailingAt failing;
+    test::FailingFiles disk(*files, failing);
+    const int calls = test::fail_each_call(failing, test::out_of_space, [&](int) {
+        is_on = false;
+        TraceLog over_the_disk(is_on, {disk, clock, *locale, *code_page});
+        over_the_disk.look_for_switch();
+        over_the_disk.write(u"a");
+        over_the_disk.write(u"b");
+    });
+    EXPECT_EQ(calls, 3) << "the switch and two lines";
 }
 
 TEST_F(TraceLogTest, TwoInstancesWriteWholeLines) {

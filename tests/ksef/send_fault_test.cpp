@@ -2,6 +2,7 @@
 // is left in memory.
 
 #include "tests/ksef/send_fixture.h"
+#include "tests/support/failing.h"
 #include "tests/support/freed_memory.h"
 
 namespace tavrix::ksef {
@@ -160,14 +161,23 @@ TEST_F(SendFaults, EveryWaitHasItsEnd) {
     }
 }
 
-TEST_F(SendFaults, BearerTokenStaysWithTheService) {
-    // The same sandbox under another name is another origin.
-    const std::string elsewhere = "http://localhost:" + sandbox->port();
-    send_with_fault("sessions/invoices/status",
-                    value_at("upoDownloadUrl", elsewhere + "/storage/01/x/invoice-upo/y"));
-    const auto foreign = sandbox->requests("storage/invoice-upo");
-    ASSERT_EQ(foreign.size(), 1u);
-    EXPECT_EQ(foreign[0].at("authorization"), "none");
+TEST_F(SendFaults, BearerTokenNeverGoesToAnAddressOutOfAnAnswer) {
+    const std::string port = sandbox->port();
+    const std::string page = "/storage/01/x/invoice-upo/y";
+    const std::pair<std::string, std::size_t> addresses[] = {
+        {"http://127.0.0.1:" + port + page, 1},
+        {"http://localhost:" + port + page, 1},
+        {"http://user@127.0.0.1:" + port + page, 0},
+        {"http://127.0.0.1:" + port + "\\@localhost:" + port + page, 0},
+        {"http://127.0.0.1:" + port + page + "\r\nX: 1", 0},
+    };
+    for (const auto& [address, fetches] : addresses) {
+        begin_anew();
+        send_with_fault("sessions/invoices/status", value_at("upoDownloadUrl", address));
+        const auto seen = sandbox->requests("storage/invoice-upo");
+        ASSERT_EQ(seen.size(), fetches) << address;
+        for (const auto& request : seen) EXPECT_EQ(request.at("authorization"), "none") << address;
+    }
 }
 
 // Whatever a server or a firewall does at whatever step.
@@ -197,55 +207,12 @@ TEST_F(SendFaults, SilentServerCostsTheTimeoutAndNoMore) {
     EXPECT_LT(std::chrono::steady_clock::now() - begin, 5s);
 }
 
-/// Counts the calls of the ports that share it; the last one that it counts fails.
-struct FailingAt {
-    int left;
-    void count() {
-        if (--left == 0) throw std::bad_alloc();
-    }
-};
-
-class FailingRecordset final : public ports::Recordset {
-  public:
-    FailingRecordset(std::unique_ptr<ports::Recordset> rows, FailingAt& failing)
-        : rows_(std::move(rows)), failing_(failing) {}
-    bool at_end() override { return counted().at_end(); }
-    void move_next() override { counted().move_next(); }
-    ports::Value field(base::TextView name) override { return counted().field(name); }
-    void set_field(base::TextView name, const ports::Value& value) override {
-        counted().set_field(name, value);
-    }
-    void add_new() override { counted().add_new(); }
-    void update_batch() override { counted().update_batch(); }
-
-  private:
-    ports::Recordset& counted() {
-        failing_.count();
-        return *rows_;
-    }
-    std::unique_ptr<ports::Recordset> rows_;
-    FailingAt& failing_;
-};
-
-struct FailingDatabase final : ports::Database {
-    FailingDatabase(ports::SqliteConnection& connection, FailingAt& failing)
-        : connection_(connection), failing_(failing) {}
-    std::unique_ptr<ports::Recordset> open(base::TextView sql) override {
-        failing_.count();
-        return std::make_unique<FailingRecordset>(connection_.open_recordset(sql), failing_);
-    }
-    void execute(base::TextView sql) override { connection_.execute(sql); }
-    ports::SqliteConnection& connection_;
-    FailingAt& failing_;
-};
-
 TEST_F(SendFaults, ADatabaseThatFailsAtAnyCallLeavesTheRowWholeOrUntouched) {
-    int call = 0;
-    FailingAt failing{};
-    do {
+    test::FailingAt failing;
+    const int calls = test::fail_each_call(failing, test::out_of_memory, [&](int call) {
         begin_anew();
-        failing.left = ++call;
-        FailingDatabase database(*connection, failing);
+        ports::SqliteDatabase real(connection);
+        test::FailingDatabase database(real, failing);
         KseF_comm client(ports());
         const std::string result = send_with(client, database);
         const std::string number = row().at("numer_ksef");
@@ -253,8 +220,34 @@ TEST_F(SendFaults, ADatabaseThatFailsAtAnyCallLeavesTheRowWholeOrUntouched) {
         if (row().at("UPO_ksef").empty()) {
             EXPECT_EQ(result, number.empty() ? unknown : accepted + number) << call;
         }
-    } while (failing.left <= 0);
-    EXPECT_GT(call, 20) << "the whole story";
+    });
+    EXPECT_GT(calls, 20) << "the whole story";
+}
+
+TEST_F(SendFaults, CryptographyThatFailsAtAnyCallHasItsText) {
+    const std::pair<const char*, std::string> texts[] = {
+        {"key for tokens", session_unknown},
+        {"key for symmetric keys", "Load RSA Public Key failed: *"},
+        {"token", session_unknown},
+        {"session key", unknown},
+        {"initialisation vector", unknown},
+        {"loading the key", "Load RSA Public Key failed: odmowa dostępu"},
+        {"wrapping the session key", "RSA Encrypt AES Key failed: odmowa dostępu"},
+        {"invoice", unknown},
+        {"hash", unknown},
+        {"hash of the encrypted", unknown},
+        {"nothing", ""},
+    };
+    const auto real = std::move(crypto);
+    test::FailingAt failing;
+    test::fail_each_call(failing, test::access_denied, [&](int call) {
+        begin_anew();
+        crypto = std::make_unique<test::FailingCrypto>(*real, failing);
+        const std::string result = send();
+        const auto& [what, text] = texts[call - 1];
+        expect_text(result, text, what);
+        expect_whole_or_untouched(result, what);
+    });
 }
 
 TEST_F(SendFaults, NoTokenIsLeftInFreedMemory) {

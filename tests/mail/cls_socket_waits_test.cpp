@@ -8,6 +8,7 @@
 
 #include "base/error.h"
 #include "tests/mail/socket_bench.h"
+#include "tests/support/failing.h"
 
 namespace tavrix::test {
 namespace {
@@ -225,6 +226,24 @@ TEST_F(SocketWaits, OnlyTheHandlersOfWhatCameMayCallOtherMethods) {
     };
     EXPECT_EQ(socket.ReceiveString(), u"pytanie");
     EXPECT_EQ(stream.sent, 9u);
+}
+
+TEST_F(SocketWaits, AStreamThatFailsAtAnyCallEndsTheMethodAndNothingElse) {
+    FailingAt failing;
+    ScriptedStream real(stream);
+    Bench over(settings_with(""), std::make_unique<FailingStream>(real, failing));
+    const int calls = fail_each_call(failing, access_denied, [&](int call) {
+        over.listener.log.clear();
+        stream.arriving = {"ab"};
+        EXPECT_EQ(over.socket.OpeneSocket(0, 1000, u"host:1") == 1, call > 2) << call;
+        over.socket.SendString(u"x");
+        over.socket.ReceiveString();
+        // After its first byte a text is complete with the next silence, or with a failure.
+        EXPECT_EQ(over.listener.has("Błąd odmowa"), call < 5) << call;
+        over.socket.CloseSocket();
+        EXPECT_FALSE(stream.open) << call;
+    });
+    EXPECT_EQ(calls, 5) << "connect, wait, send, receive, look for more";
 }
 
 }  // namespace

@@ -9,9 +9,11 @@
 
 namespace tavrix::test {
 
-/// A registry in memory, names as bytes.
+/// A registry in memory, names as bytes. Counts the keys that were opened and those still open.
 class FakeRegistry final : public ports::Registry {
   public:
+    int opened = 0;
+    int open_now = 0;
     /// Every call throws.
     bool broken = false;
 
@@ -25,7 +27,8 @@ class FakeRegistry final : public ports::Registry {
         if (broken) throw std::runtime_error("no registry");
         const auto found = keys_.find({root, std::string(base::chars_of(sub_key))});
         if (found == keys_.end()) return nullptr;
-        return std::make_unique<Key>(found->second);
+        ++opened;
+        return std::make_unique<Key>(found->second, open_now);
     }
 
   private:
@@ -33,15 +36,22 @@ class FakeRegistry final : public ports::Registry {
 
     class Key final : public ports::RegistryKey {
       public:
-        explicit Key(const Values& values) : values_(values) {}
-        std::optional<ports::RegistryValue> query(base::ByteView name, std::size_t) override {
+        Key(const Values& values, int& open_now) : values_(values), open_now_(open_now) {
+            ++open_now_;
+        }
+        ~Key() override { --open_now_; }
+        std::optional<ports::RegistryValue> query(base::ByteView name,
+                                                  std::size_t capacity_bytes) override {
             const auto found = values_.find(std::string(base::chars_of(name)));
-            if (found == values_.end()) return std::nullopt;
+            if (found == values_.end() || found->second.data.size() > capacity_bytes) {
+                return std::nullopt;
+            }
             return found->second;
         }
 
       private:
         const Values& values_;
+        int& open_now_;
     };
 
     std::map<std::tuple<ports::RegistryRoot, std::string>, Values> keys_;

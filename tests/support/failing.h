@@ -1,0 +1,141 @@
+#pragma once
+
+#include <new>
+
+#include "base/error.h"
+#include "ports/crypto.h"
+#include "ports/database.h"
+#include "ports/files.h"
+#include "ports/stream.h"
+
+namespace tavrix::test {
+
+/// Counts the calls of the ports that share it and fails one of them.
+class FailingAt {
+  public:
+    using Failure = void (*)();
+
+    /// The `call`-th from now on, the first is 1.
+    void arm(int call, Failure failure) {
+        left_ = call;
+        failure_ = failure;
+    }
+    void count() {
+        if (--left_ == 0) failure_();
+    }
+    bool struck() const { return left_ <= 0; }
+
+  private:
+    int left_ = 0;
+    Failure failure_ = nullptr;
+};
+
+// What may fail.
+[[noreturn]] inline void access_denied() {
+    throw base::AutomationError(base::ErrorNumber::database_failed, u"test", u"odmowa dostępu");
+}
+[[noreturn]] inline void out_of_space() {
+    throw base::AutomationError(base::ErrorNumber::component_failed, u"test", u"brak miejsca");
+}
+[[noreturn]] inline void out_of_memory() {
+    throw std::bad_alloc();
+}
+
+/// Tells `story` again and again: with its first call failing, then its second, until it is told
+/// without a failure. Gives the number of the calls. `story` is given the call that fails.
+template <typename Story>
+int fail_each_call(FailingAt& failing, FailingAt::Failure failure, Story story) {
+    for (int call = 1;; ++call) {
+        failing.arm(call, failure);
+        story(call);
+        if (!failing.struck()) return call - 1;
+    }
+}
+
+/// What the decorators have in common: the way to the real port, which counts.
+template <typename Port>
+class Failing : public Port {
+  public:
+    Failing(Port& port, FailingAt& failing) : port_(port), failing_(failing) {}
+
+  protected:
+    Port& through() {
+        failing_.count();
+        return port_;
+    }
+    Port& port_;
+    FailingAt& failing_;
+};
+
+class FailingRecordset final : public Failing<ports::Recordset> {
+  public:
+    FailingRecordset(std::unique_ptr<ports::Recordset> rows, FailingAt& failing)
+        : Failing(*rows, failing), rows_(std::move(rows)) {}
+    bool at_end() override { return through().at_end(); }
+    void move_next() override { through().move_next(); }
+    ports::Value field(base::TextView name) override { return through().field(name); }
+    void set_field(base::TextView name, const ports::Value& value) override {
+        through().set_field(name, value);
+    }
+    void add_new() override { through().add_new(); }
+    void update_batch() override { through().update_batch(); }
+
+  private:
+    std::unique_ptr<ports::Recordset> rows_;
+};
+
+struct FailingDatabase final : Failing<ports::Database> {
+    using Failing::Failing;
+    std::unique_ptr<ports::Recordset> open(base::TextView sql) override {
+        return std::make_unique<FailingRecordset>(through().open(sql), failing_);
+    }
+    void execute(base::TextView sql) override { through().execute(sql); }
+};
+
+struct FailingCrypto final : Failing<ports::Crypto> {
+    using Failing::Failing;
+    void fill_random(std::span<std::uint8_t> bytes) override { through().fill_random(bytes); }
+    base::Bytes sha256(base::ByteView data) override { return through().sha256(data); }
+    base::Bytes aes_256_cbc_encrypt(base::ByteView key, base::ByteView iv,
+                                    base::ByteView plain) override {
+        return through().aes_256_cbc_encrypt(key, iv, plain);
+    }
+    std::unique_ptr<ports::PublicKey> key_of_certificate(std::string_view pem) override {
+        return through().key_of_certificate(pem);
+    }
+    std::unique_ptr<ports::PublicKey> load_public_key(std::string_view pem) override {
+        return through().load_public_key(pem);
+    }
+    base::Bytes rsa_oaep_sha256_encrypt(const ports::PublicKey& key,
+                                        base::ByteView plain) override {
+        return through().rsa_oaep_sha256_encrypt(key, plain);
+    }
+};
+
+struct FailingFiles final : Failing<ports::Files> {
+    using Failing::Failing;
+    bool is_file(base::TextView path) override { return through().is_file(path); }
+    void copy(base::TextView from, base::TextView to) override { through().copy(from, to); }
+    void append(base::TextView path, base::ByteView bytes) override {
+        through().append(path, bytes);
+    }
+};
+
+struct FailingStream final : Failing<ports::Stream> {
+    using Failing::Failing;
+    void connect(const ports::StreamAddress& address, bool tls) override {
+        through().connect(address, tls);
+    }
+    bool connected_within(std::chrono::milliseconds slice) override {
+        return through().connected_within(slice);
+    }
+    ports::Sent send(base::ByteView bytes, std::chrono::milliseconds slice) override {
+        return through().send(bytes, slice);
+    }
+    ports::Received receive(std::chrono::milliseconds slice) override {
+        return through().receive(slice);
+    }
+    void close() noexcept override { port_.close(); }
+};
+
+}  // namespace tavrix::test
