@@ -12,8 +12,6 @@
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
 std::string input;
 
 void run() {
@@ -41,28 +39,13 @@ class Damage {
     std::size_t below(std::size_t limit) { return limit == 0 ? 0 : random_() % limit; }
     const std::string& any_seed() { return seeds_[below(seeds_.size())]; }
 
+    // Another piece in the place of one: nothing, a row of one character, its own, a seed's
+    // beginning.
     void hurt(std::string& text) {
-        const std::size_t at = below(text.size());
-        const std::size_t count = 1 + below(16);
-        switch (below(6)) {
-            case 0:
-                text.resize(at);
-                break;
-            case 1:
-                text.erase(at, count);
-                break;
-            case 2:
-                text.insert(at, text.substr(at, count));
-                break;
-            case 3:
-                text.insert(at, count, static_cast<char>(random_()));
-                break;
-            case 4:
-                text.insert(at, any_seed().substr(0, below(200)));
-                break;
-            default:
-                if (!text.empty()) text[at] = static_cast<char>(random_());
-        }
+        const std::string pieces[] = {"", std::string(1 + below(16), static_cast<char>(random_())),
+                                      text.substr(below(text.size()), below(32)),
+                                      any_seed().substr(0, below(200))};
+        text.replace(below(text.size()), below(16), pieces[below(std::size(pieces))]);
     }
 
     const std::vector<std::string>& seeds_;
@@ -82,8 +65,9 @@ int main(int argument_count, char** arguments) {
         }
         Damage damage(seeds);
         long count = 0;
-        for (const auto end = Clock::now() + std::chrono::seconds(std::atoi(arguments[1]));
-             Clock::now() < end; ++count) {
+        for (const auto end =
+                 std::chrono::steady_clock::now() + std::chrono::seconds(std::atoi(arguments[1]));
+             std::chrono::steady_clock::now() < end; ++count) {
             input = damage.next();
             run();
         }

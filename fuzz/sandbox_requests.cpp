@@ -27,10 +27,7 @@ Request request_of(std::string_view text) {
     const std::size_t question = request.target.find('?');
     request.path = percent_decode(std::string_view(request.target).substr(0, question));
     if (question != std::string::npos) {
-        const std::string query = request.target.substr(question + 1);
-        const std::size_t equals = query.find('=');
-        request.query.emplace_back(query.substr(0, equals),
-                                   equals == std::string::npos ? "" : query.substr(equals + 1));
+        request.query.emplace_back("sessionType", request.target.substr(question + 1));
     }
     if (end_of_line != std::string_view::npos) {
         request.headers.emplace_back("Authorization",
@@ -53,7 +50,7 @@ std::vector<std::string> tavrix::fuzz::seeds() {
         "\n\n"
         R"({"challenge":"20261121-CR-1","contextIdentifier":{"type":"Nip","value":"5265877635"},)"
         R"("encryptedToken":"AAAA"})",
-        "GET /v2/sessions?sessionType=Online\nBearer eyJhbGciOiJIUzI1NiJ9.eyJzdWIiOiIxIn0.AAAA\n\n",
+        "GET /v2/sessions?Online\nBearer eyJhbGciOiJIUzI1NiJ9.eyJzdWIiOiIxIn0.AAAA\n\n",
         "POST /sandbox/faults\n\n"
         R"({"step":"auth/challenge","kind":"json","path":"status.code","value":7,"skip":1})"
         "\n---\nPOST /v2/auth/challenge\n\n{}\n---\nGET /sandbox/state\n\n",

@@ -2,12 +2,13 @@
 // request, with a line
 // "---" between them. The cryptography is left out, it never sees more than a key's text.
 #include <cstdlib>
-#include <map>
 
 #include "base/error.h"
 #include "fuzz/fuzz_target.h"
 #include "ksef/ksef_comm.h"
+#include "ksef/rows/columns.h"
 #include "ports/native/adapters.h"
+#include "ports/portable/sqlite_database.h"
 #include "tests/support/fake_clock.h"
 
 using namespace tavrix;
@@ -55,34 +56,21 @@ struct NoCrypto final : ports::Crypto {
     }
 };
 
-using Row = std::map<base::Text, ports::Value>;
-
-// Changes reach the row when the batch is written.
-class OneRow final : public ports::Recordset {
-  public:
-    explicit OneRow(Row& row) : row_(row), changed_(row) {}
-    bool at_end() override { return false; }
-    void move_next() override {}
-    ports::Value field(base::TextView name) override { return changed_[base::Text(name)]; }
-    void set_field(base::TextView name, const ports::Value& value) override {
-        changed_[base::Text(name)] = value;
-    }
-    void add_new() override {}
-    void update_batch() override { row_ = changed_; }
-
-  private:
-    Row& row_;
-    Row changed_;
-};
-
-class OneRowDatabase final : public ports::Database {
-  public:
-    std::unique_ptr<ports::Recordset> open(base::TextView) override {
-        return std::make_unique<OneRow>(row);
-    }
-    void execute(base::TextView) override {}
-    Row row{{u"ddout_data_wyst", base::Text(u"2026-11-21")}};
-};
+std::shared_ptr<ports::SqliteConnection> one_document() {
+    static const auto connection = [] {
+        auto opened = ports::SqliteConnection::open(":memory:", true);
+        std::string columns = "ddout_id integer primary key";
+        for (const ksef::Column& column : ksef::document_columns) {
+            columns += ", " + base::to_utf8(column.name) + " text";
+        }
+        opened->execute_script("create table dok_fak (" + columns + ")");
+        return opened;
+    }();
+    connection->execute_script(
+        "delete from dok_fak; insert into dok_fak (ddout_id, ddout_data_wyst) values (1, "
+        "'2026-11-21')");
+    return connection;
+}
 
 }  // namespace
 
@@ -134,15 +122,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     static const ksef::Settings settings;
     test::FakeClock clock;
     NoCrypto crypto;
-    OneRowDatabase database;
+    const auto connection = one_document();
+    ports::SqliteDatabase database(connection);
     ksef::KseF_comm client({[&] { return std::make_unique<Answers>(script); }, crypto, clock, *xml,
                             *code_page, settings});
     // Raises nothing, ends, and leaves the row whole or untouched.
     client.SendInvoiceToKSeF(database, u"5265877635", base::SecretText(u"R|nip-5265877635|s"),
                              u"<Faktura/>", u"FA (3)", u"1-0E", u"FA", 2, u"dok_fak", 1);
-    const bool accepted = database.row[u"status_ksef"] == ports::Value(base::Text(u"200"));
-    const bool has_note =
-        database.row[u"Export_Opis_bledu_ksef"] == ports::Value(base::Text(u"OK."));
-    if (accepted != has_note) std::abort();
+    const auto row = connection->open_recordset(u"select * from dok_fak");
+    const bool accepted = ports::text_of(row->field(u"status_ksef")) == u"200";
+    if (accepted != (ports::text_of(row->field(u"Export_Opis_bledu_ksef")) == u"OK.")) std::abort();
     return 0;
 }

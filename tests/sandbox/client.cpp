@@ -20,10 +20,6 @@ std::string encrypt_for_certificate(const std::string& certificate, const std::s
 
 }  // namespace
 
-Json Reply::json() const {
-    return read_json(body).value_or(Json());
-}
-
 int Reply::exception_code() const {
     const Json value = json();
     const Json::json_pointer code("/exception/exceptionDetailList/0/exceptionCode");
@@ -48,38 +44,10 @@ Client::Client(int port, std::string root)
     http_->set_read_timeout(20);
 }
 
-httplib::Headers Client::request_headers() const {
+httplib::Headers Client::all_headers() const {
     httplib::Headers result(headers.begin(), headers.end());
     if (!bearer.empty()) result.emplace("Authorization", "Bearer " + bearer);
     return result;
-}
-
-Reply Client::to_reply(const httplib::Result& result) {
-    return result ? Reply{result->status, result->body, result->headers} : Reply{};
-}
-
-Reply Client::get(const std::string& path) {
-    return to_reply(http_->Get(root_ + path, request_headers()));
-}
-
-Reply Client::post(const std::string& path, const Json& body) {
-    return post_text(path, dump(body));
-}
-
-Reply Client::post_text(const std::string& path, const std::string& body) {
-    return to_reply(http_->Post(root_ + path, request_headers(), body, "application/json"));
-}
-
-Reply Client::remove(const std::string& path) {
-    return to_reply(http_->Delete(root_ + path, request_headers()));
-}
-
-Reply Client::download(const std::string& url) {
-    return to_reply(http_->Get(url.substr(url.find('/', url.find("//") + 2))));
-}
-
-Json Client::challenge() {
-    return post("/auth/challenge").json();
 }
 
 std::string Client::certificate(const std::string& usage) {
@@ -149,10 +117,6 @@ Json Client::invoice_body(const std::string& xml) {
 std::string Client::send(const std::string& xml) {
     const Reply reply = post("/sessions/online/" + session + "/invoices", invoice_body(xml));
     return reply.status == 202 ? reply.json().at("referenceNumber").get<std::string>() : "";
-}
-
-Json Client::invoice_status(const std::string& reference) {
-    return get("/sessions/" + session + "/invoices/" + reference).json().at("status");
 }
 
 }  // namespace tavrix::sandbox::testing

@@ -19,7 +19,7 @@ struct Reply {
     httplib::Headers headers;
 
     /// The body as JSON; null when it is none.
-    Json json() const;
+    Json json() const { return read_json(body).value_or(Json()); }
     /// First exception code of an error body; 0 when there is none.
     int exception_code() const;
     std::string header(const std::string& name) const;
@@ -32,12 +32,20 @@ class Client {
     /// \param root `/v2` or `/api/v2`.
     explicit Client(int port, std::string root = "/v2");
 
-    Reply get(const std::string& path);
-    Reply post(const std::string& path, const Json& body = Json::object());
-    Reply post_text(const std::string& path, const std::string& body);
-    Reply remove(const std::string& path);
+    Reply get(const std::string& path) { return reply_to(http_->Get(root_ + path, all_headers())); }
+    Reply remove(const std::string& path) {
+        return reply_to(http_->Delete(root_ + path, all_headers()));
+    }
+    Reply post_text(const std::string& path, const std::string& body) {
+        return reply_to(http_->Post(root_ + path, all_headers(), body, "application/json"));
+    }
+    Reply post(const std::string& path, const Json& body = Json::object()) {
+        return post_text(path, dump(body));
+    }
     /// An address as an answer gives it, without the bearer token.
-    Reply download(const std::string& url);
+    Reply download(const std::string& url) {
+        return reply_to(http_->Get(url.substr(url.find('/', url.find("//") + 2))));
+    }
 
     /// Extra headers of every request from now on.
     std::map<std::string, std::string> headers;
@@ -45,7 +53,8 @@ class Client {
     std::string bearer;
 
     // The steps of signing in, each with what it needs of the earlier ones.
-    Json challenge();
+    Json challenge() { return post("/auth/challenge").json(); }
+    /// The newest published one.
     std::string certificate(const std::string& usage);
     /// \param certificate the newest published one when empty.
     Reply send_token(const std::string& token, const std::string& nip, const Json& challenge,
@@ -61,14 +70,18 @@ class Client {
     /// Sends to the session opened last and returns the invoice's reference number.
     std::string send(const std::string& xml);
     /// Status object of an invoice of the session opened last.
-    Json invoice_status(const std::string& reference);
+    Json invoice_status(const std::string& reference) {
+        return get("/sessions/" + session + "/invoices/" + reference).json().at("status");
+    }
 
     std::string session;
     std::string access_token, refresh_token, authentication_token, authentication_reference;
 
   private:
-    httplib::Headers request_headers() const;
-    static Reply to_reply(const httplib::Result& result);
+    httplib::Headers all_headers() const;
+    static Reply reply_to(const httplib::Result& result) {
+        return result ? Reply{result->status, result->body, result->headers} : Reply{};
+    }
 
     std::string root_;
     std::unique_ptr<httplib::Client> http_;

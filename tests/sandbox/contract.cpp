@@ -9,10 +9,6 @@
 namespace tavrix::sandbox::testing {
 namespace {
 
-bool has_type(const Json& value, const std::string& type) {
-    return type == "integer" ? value.is_number_integer() : type == value.type_name();
-}
-
 /// Walks a value and its schema side by side.
 class Judgement {
   public:
@@ -41,8 +37,9 @@ class Judgement {
         const Json schema = resolve(unresolved);
         // The service leaves members out rather than sending null, so null is wrong even where it
         // is allowed.
-        if (!has_type(value, schema.at("type"))) {
-            problems_.push_back(where + ": not of type " + schema.at("type").get<std::string>());
+        const std::string type = schema.at("type");
+        if (type == "integer" ? !value.is_number_integer() : type != value.type_name()) {
+            problems_.push_back(where + ": not of type " + type);
             return;
         }
         const Json values = schema.value("enum", Json::array({value}));

@@ -19,14 +19,12 @@ TEST_F(ControlTest, TheStateShowsWhatAClientSentAndNoSecrets) {
     EXPECT_EQ(text.find(client().access_token), std::string::npos);
     EXPECT_EQ(text.find(client().refresh_token), std::string::npos);
 
-    const Json first = all.at("requests").front(), other = all.at("requests").back();
+    const Json other = all.at("requests").back();
     const Json last = *(all.at("requests").end() - 2);
     EXPECT_EQ(last.at("target"), "/v2/sessions?sessionType=Online&pageSize=10&x=a%2Bb+c");
     EXPECT_EQ(last.at("query")[2], Json({{"name", "x"}, {"value", "a+b c"}}));
-    EXPECT_EQ(last.at("authorization"), "access");
     EXPECT_NE(dump(last.at("headers")).find("{\"name\":\"X-Trace\",\"value\":\"abc\"}"),
               std::string::npos);
-    EXPECT_EQ(first.at("connection"), last.at("connection")) << "one kept connection";
     EXPECT_NE(other.at("connection"), last.at("connection")) << "another client's";
     EXPECT_EQ(control().get("/sandbox/invoices/" + reference + "/xml").body, SampleInvoice().xml());
 }

