@@ -3,6 +3,7 @@
 #include <cmath>
 #include <optional>
 #include <set>
+#include <utility>
 
 #include "base/error.h"
 #include "ports/native/canvas.h"
