@@ -1,5 +1,5 @@
-// Requests to the sandbox, "METHOD TARGET", a blank line and the body, with a line "---" between
-// them; and invoices, when the input begins as XML.
+// Requests to the sandbox, "METHOD PATH?SESSION-TYPE", the Authorization, a blank line and the
+// body, with a line "---" between them; and invoices, when the input begins as XML.
 #include "fuzz/fuzz_target.h"
 #include "sandbox/basics/text.h"
 #include "sandbox/documents/fa3.h"
