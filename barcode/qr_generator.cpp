@@ -4,7 +4,10 @@
 #include <array>
 #include <limits>
 #include <qrcodegen/qrcodegen.hpp>
+#include <utility>
+#include <vector>
 
+#include "barcode/qr_mask.h"
 #include "base/error.h"
 
 namespace tavrix::barcode {
@@ -31,6 +34,8 @@ constexpr std::array<NamedColour, 7> colours = {{
 // The byte mode's capacity of version 40 at level low (ISO/IEC 18004, table 7): anything longer is
 // refused before the library spends time and memory on its bits.
 constexpr std::size_t largest_text_bytes = 2953;
+
+constexpr int automatic_mask = -1;
 
 constexpr std::array<QrCode::Ecc, 4> levels = {QrCode::Ecc::LOW, QrCode::Ecc::MEDIUM,
                                                QrCode::Ecc::QUARTILE, QrCode::Ecc::HIGH};
@@ -88,11 +93,20 @@ drawing::Drawing draw(const QrCode& symbol, std::int32_t module_twips, bool squa
     return drawing;
 }
 
+/// A mask of -1 is chosen here: the library would draw the symbol eight times and judge it module
+/// by module, which takes ten times as long and ends with the same mask.
 std::optional<QrCode> encode(const base::Bytes& bytes, QrCode::Ecc level, int min_version,
                              int max_version, int mask, bool boost_level) {
+    const std::vector<QrSegment> segments = {QrSegment::makeBytes(bytes)};
+    const auto masked = [&](int number) {
+        return QrCode::encodeSegments(segments, level, min_version, max_version, number,
+                                      boost_level);
+    };
     try {
-        return QrCode::encodeSegments({QrSegment::makeBytes(bytes)}, level, min_version,
-                                      max_version, mask, boost_level);
+        if (mask != automatic_mask) return masked(mask);
+        QrCode symbol = masked(0);
+        const int chosen = choose_qr_mask(symbol);
+        return chosen == 0 ? std::move(symbol) : masked(chosen);
     } catch (const qrcodegen::data_too_long&) {
         return std::nullopt;
     }
@@ -126,7 +140,7 @@ std::optional<drawing::Drawing> drk_wyd_QRGen::QRCodegenBarcode(base::TextView t
     if (text.empty() || text.size() > largest_text_bytes) return std::nullopt;
     const base::Bytes bytes = StrToUtf8(text);
     if (bytes.size() > largest_text_bytes) return std::nullopt;
-    if (!is_between(level_, 0, 3) || !is_between(mask_, -1, 7) ||
+    if (!is_between(level_, 0, 3) || !is_between(mask_, automatic_mask, 7) ||
         !is_between(min_version_, QrCode::MIN_VERSION, max_version_) ||
         !is_between(max_version_, min_version_, QrCode::MAX_VERSION)) {
         return std::nullopt;

@@ -121,8 +121,8 @@ void compare_qr() {
             sink += static_cast<std::size_t>(ZBarcode_Encode(symbol, text, length));
         });
     report("QR 100 bytes level M, drawn", drawn, theirs);
-    std::printf("%-28s %10.0f/s   ours on top of it: %.1f %%\n", "QR, the library alone", library,
-                100 * (library / drawn - 1));
+    std::printf("%-28s %10.0f/s   ours, drawn, %.2f times as fast\n", "QR, the library's own mask",
+                library, drawn / library);
 }
 
 void turn_pictures() {

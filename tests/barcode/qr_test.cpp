@@ -1,6 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <qrcodegen/qrcodegen.hpp>
+#include <random>
+
 #include "barcode/qr_generator.h"
+#include "barcode/qr_mask.h"
 #include "base/error.h"
 
 namespace tavrix::barcode {
@@ -59,6 +63,42 @@ TEST(Qr, picture_has_a_quiet_zone_and_a_row_for_each_row_of_modules) {
     }
     generator.set_xModuleSize(2'000'000'000);
     EXPECT_THROW(generator.QRCodegenBarcode(u"Tavrix"), base::AutomationError);
+}
+
+// Flat bytes leave long runs and large patterns, letters are what hosts send, the rest is noise.
+base::Bytes random_bytes(std::mt19937& random, std::size_t length) {
+    const auto kind = random() % 3;
+    base::Bytes bytes(length);
+    for (std::uint8_t& byte : bytes) {
+        const auto value = random();
+        byte = static_cast<std::uint8_t>(
+            kind == 0 ? value : (kind == 1 ? 'a' + value % 26 : value % 8 / 7));
+    }
+    return bytes;
+}
+
+TEST(Qr, chosen_mask_is_the_librarys_own_choice) {
+    using qrcodegen::QrCode;
+    // Small symbols are seldom balanced; version 32 has the irregular alignment patterns.
+    const auto symbols_of = [](int version) {
+        return version <= 2 ? 100 : (version <= 11 ? 16 : (version == 32 ? 12 : 2));
+    };
+    std::mt19937 random(1);
+    for (int version = 1; version <= 40; ++version) {
+        for (int number = 0; number < symbols_of(version); ++number) {
+            const auto level = static_cast<QrCode::Ecc>(number % 4);
+            // Version 1 holds 7 bytes at the highest level.
+            const auto longest = static_cast<std::size_t>(version * version / 2 + 6);
+            const std::vector segments = {
+                qrcodegen::QrSegment::makeBytes(random_bytes(random, 1 + random() % longest))};
+            const auto symbol = [&](int mask) {
+                return QrCode::encodeSegments(segments, level, version, version, mask, false);
+            };
+            const int any_mask = static_cast<int>(random() % 8);
+            EXPECT_EQ(choose_qr_mask(symbol(any_mask)), symbol(-1).getMask())
+                << "version " << version << ", level " << number % 4 << ", number " << number;
+        }
+    }
 }
 
 TEST(Qr, colours) {
