@@ -76,9 +76,9 @@ check_system() {
         warn "made for and tested on Debian 12; this is $(. /etc/os-release && echo "${PRETTY_NAME:-something else}")"
 }
 
-# need part...: tools, 32 (the 32-bit Windows libraries and Wine prefix), 64.
+# need part...: tools, 32 (the 32-bit Windows libraries and Wine prefix), 64, pascal.
 need() {
-    local part widths=()
+    local part widths=() with_pascal=''
     check_system
     lock_cache
     sweep_cache
@@ -86,15 +86,17 @@ need() {
         case $part in
             tools) need_tools ;;
             32 | 64) widths+=("$part") ;;
+            pascal) with_pascal=1 ;;
         esac
     done
     ((${#widths[@]} == 0)) || need_windows "${widths[@]}"
+    [[ -z $with_pascal ]] || need_pascal
     unlock_cache
 }
 
 command_setup() {
     [[ ${1:-} != --retry ]] || rm -f "$no_wine32_marker"
-    need tools 32 64
+    need tools 32 64 pascal
     say "everything is there: cross-built libraries and Wine patterns in $tavrix_cache"
 }
 
@@ -104,6 +106,7 @@ command_env() {
     for bits in 32 64; do
         printf 'export TAVRIX_WINDOWS_PREFIX_%s=%q\n' "$bits" "$(windows_prefix "$bits")"
     done
+    printf 'export TAVRIX_PASCAL=%q\n' "$(pascal_folder)"
     printf 'export CCACHE_BASEDIR=%q CCACHE_NOHASHDIR=%q CCACHE_SLOPPINESS=%q\n' \
         "$CCACHE_BASEDIR" "$CCACHE_NOHASHDIR" "$CCACHE_SLOPPINESS"
 }

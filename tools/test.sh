@@ -84,6 +84,11 @@ command_test() {
     ((${#doors[@]} > 0)) || doors=("${all_doors[@]}")
     check_doors "${doors[@]}"
     need_for_doors "${doors[@]}"
+    if [[ " ${doors[*]} " == *" win32 "* ]]; then
+        need pascal
+        TAVRIX_PASCAL=$(pascal_folder)
+        export TAVRIX_PASCAL
+    fi
     trap stop_test_servers EXIT
     start_display
     for door in "${doors[@]}"; do
