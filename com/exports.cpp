@@ -54,8 +54,8 @@ HRESULT STDAPICALLTYPE DllGetClassObject(REFCLSID class_id, REFIID id, void** ob
     return CLASS_E_CLASSNOTAVAILABLE;
 }
 
-// Says whether anything is left in use, also when the DLL is to stay: a host that gives it back then
-// only counts down.
+// Says whether anything is left in use, also when the DLL is to stay: a host that gives it back
+// then only counts down.
 HRESULT STDAPICALLTYPE DllCanUnloadNow() {
     return module_in_use() ? S_FALSE : S_OK;
 }

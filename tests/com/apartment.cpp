@@ -27,9 +27,8 @@ Parcel::Parcel(const ComPointer<IDispatch>& object) {
 
 ComPointer<IDispatch> Parcel::take() {
     ComPointer<IDispatch> object;
-    EXPECT_EQ(
-        CoGetInterfaceAndReleaseStream(stream_.release(), IID_IDispatch, object.out_void()),
-        S_OK);
+    EXPECT_EQ(CoGetInterfaceAndReleaseStream(stream_.release(), IID_IDispatch, object.out_void()),
+              S_OK);
     return object;
 }
 

@@ -1,8 +1,8 @@
 // Hosts whose threads live in another apartment than the objects: everything goes through proxies.
 
+#include "tests/com/apartment.h"
 #include "com/dispatch_object.h"
 #include "com/guid.h"
-#include "tests/com/apartment.h"
 #include "tests/com/event_sink.h"
 #include "tests/com/probe.h"
 
@@ -53,10 +53,9 @@ TEST(Apartments, AMultithreadedHostIsServed) {
         const auto socket = create(u"Tavrix.clsSocket");
         const ConnectedSink sink(socket, socket_events);
         EXPECT_EQ(answer(socket, u"OpeneSocket", {0, 1000, u"no port"}), "long 0");
-        EXPECT_EQ(sink->events,
-                  (std::vector<std::string>{
-                      "4, text Błąd, text Nieprawidłowy adres: oczekiwano host:port.",
-                      "6, bool 0"}));
+        EXPECT_EQ(sink->events, (std::vector<std::string>{
+                                    "4, text Błąd, text Nieprawidłowy adres: oczekiwano host:port.",
+                                    "6, bool 0"}));
     });
 }
 

@@ -51,21 +51,21 @@ TEST_F(Conversions, BytesComeAsAnArrayOfAnythingThatCounts) {
     const struct {
         Argument bytes;
         std::string expected;
-    } rows[] = {{base::Bytes{}, "byte[]"},
-                {by_reference(&variable, VT_ARRAY | VT_UI1), "byte[] 2 1"},
-                {by_reference(array), "byte[] 2 1"},
-                {by_reference(&unset, VT_ARRAY | VT_UI1), "byte[]"},
-                {array_of(VT_I2, 0, {256}), refused(DISP_E_OVERFLOW, 0)},
-                {array_of(VT_VARIANT, 0, {-1}), refused(DISP_E_OVERFLOW, 0)},
-                {u"abc", refused(DISP_E_TYPEMISMATCH, 0)},
-                {Variant::null(), refused(DISP_E_TYPEMISMATCH, 0)},
-                {square, refused(DISP_E_TYPEMISMATCH, 0)},
-                {array_of(VT_DECIMAL, 0, {256}), refused(DISP_E_OVERFLOW, 0)},
-                {array_of(VT_ERROR, 0, {1}), refused(DISP_E_TYPEMISMATCH, 0)},
-                {array_of(VT_UNKNOWN, 0, {}), "byte[]"},
-                // Says bytes, and has larger ones.
-                {Variant(windows::SafeArray(SafeArrayCreateVector(VT_I4, 0, 2)), VT_UI1),
-                 "byte[] 0 0"}};
+    } rows[] = {
+        {base::Bytes{}, "byte[]"},
+        {by_reference(&variable, VT_ARRAY | VT_UI1), "byte[] 2 1"},
+        {by_reference(array), "byte[] 2 1"},
+        {by_reference(&unset, VT_ARRAY | VT_UI1), "byte[]"},
+        {array_of(VT_I2, 0, {256}), refused(DISP_E_OVERFLOW, 0)},
+        {array_of(VT_VARIANT, 0, {-1}), refused(DISP_E_OVERFLOW, 0)},
+        {u"abc", refused(DISP_E_TYPEMISMATCH, 0)},
+        {Variant::null(), refused(DISP_E_TYPEMISMATCH, 0)},
+        {square, refused(DISP_E_TYPEMISMATCH, 0)},
+        {array_of(VT_DECIMAL, 0, {256}), refused(DISP_E_OVERFLOW, 0)},
+        {array_of(VT_ERROR, 0, {1}), refused(DISP_E_TYPEMISMATCH, 0)},
+        {array_of(VT_UNKNOWN, 0, {}), "byte[]"},
+        // Says bytes, and has larger ones.
+        {Variant(windows::SafeArray(SafeArrayCreateVector(VT_I4, 0, 2)), VT_UI1), "byte[] 0 0"}};
     for (const auto& row : rows) EXPECT_EQ(answer(probe, u"Reverse", {row.bytes}), row.expected);
 
     // As VB6 passes an array of a user-defined type, with only the type's description missing.

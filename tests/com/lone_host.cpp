@@ -1,6 +1,6 @@
 // A host in a process of its own, for what a process shows only as long as nothing else happened in
-// it. `lone_host rounds` and `lone_host unwinder DLL`, whose path starts from this program's folder;
-// "whole" is the last line of one that came through.
+// it. `lone_host rounds` and `lone_host unwinder DLL`, whose path starts from this program's
+// folder; "whole" is the last line of one that came through.
 
 #include <cstdio>
 #include <string>
@@ -27,8 +27,8 @@ std::size_t free_tls_indexes() {
 std::size_t private_bytes() {
     PROCESS_MEMORY_COUNTERS_EX counters{};
     counters.cb = sizeof counters;
-    GetProcessMemoryInfo(GetCurrentProcess(),
-                         reinterpret_cast<PROCESS_MEMORY_COUNTERS*>(&counters), sizeof counters);
+    GetProcessMemoryInfo(GetCurrentProcess(), reinterpret_cast<PROCESS_MEMORY_COUNTERS*>(&counters),
+                         sizeof counters);
     return counters.PrivateUsage;
 }
 

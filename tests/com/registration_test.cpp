@@ -1,8 +1,8 @@
 // Who may register what: the probe's class through the system's registry, with the machine's part
 // of it closed as it is to a user without elevation.
 
-#include "base/error.h"
 #include "com/registration.h"
+#include "base/error.h"
 #include "tests/com/late_host.h"
 #include "tests/com/probe.h"
 #include "windows/failure.h"
@@ -112,7 +112,8 @@ TEST_F(RegistrationRights, AUserTakesOutWhatIsHisAndHearsOfWhatIsNot) {
 
 TEST_F(RegistrationRights, TheMachinesEntriesAreNotHiddenByOldOnesOfTheUser) {
     register_classes(server, Scope::user, administrator);
-    administrator.set_value(HKEY_CURRENT_USER, key(u"\\InprocServer32"), u"", u"C:\\old\\Tavrix.dll");
+    administrator.set_value(HKEY_CURRENT_USER, key(u"\\InprocServer32"), u"",
+                            u"C:\\old\\Tavrix.dll");
     EXPECT_EQ(failure([&] { register_classes(server, Scope::machine, user); }).empty(), false);
     EXPECT_EQ(found(), "user") << "what did not become the machine's stays the user's";
     register_classes(server, Scope::machine, administrator);
