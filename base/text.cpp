@@ -126,34 +126,12 @@ SecretText from_secret_utf8(std::string_view bytes) {
     return utf16_as<SecretText>(bytes);
 }
 
-char16_t lower(char16_t c) noexcept {
-    if (c >= u'A' && c <= u'Z') return static_cast<char16_t>(c + 32);
-    if (c >= 0xC0 && c <= 0xDE && c != 0xD7) return static_cast<char16_t>(c + 32);
-    // Latin Extended-A alternates upper and lower, with the phase changing twice; U+0130, U+0131,
-    // U+0138 and U+0149 have no partner beside them.
-    if ((c >= 0x100 && c <= 0x12F) || (c >= 0x132 && c <= 0x137) || (c >= 0x14A && c <= 0x177)) {
-        return static_cast<char16_t>(c | 1);
-    }
-    if ((c >= 0x139 && c <= 0x148) || (c >= 0x179 && c <= 0x17E)) {
-        return static_cast<char16_t>((c & 1) != 0 ? c + 1 : c);
-    }
-    return c;
-}
-
 char16_t upper(char16_t c) noexcept {
     // In every pair the upper-case letter stands before the lower-case one: 32 places in the first
     // two blocks, one place in the third.
     if (c >= 32 && lower(static_cast<char16_t>(c - 32)) == c) return static_cast<char16_t>(c - 32);
     if (c >= 1 && lower(static_cast<char16_t>(c - 1)) == c) return static_cast<char16_t>(c - 1);
     return c;
-}
-
-bool equal_case_blind(TextView left, TextView right) noexcept {
-    if (left.size() != right.size()) return false;
-    for (std::size_t i = 0; i < left.size(); ++i) {
-        if (left[i] != right[i] && lower(left[i]) != lower(right[i])) return false;
-    }
-    return true;
 }
 
 std::size_t find_case_blind(TextView text, TextView needle, std::size_t start) noexcept {

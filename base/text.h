@@ -21,11 +21,29 @@ std::string to_utf8(TextView text);
 Text from_utf8(std::string_view bytes);
 
 /// One character in lower case; Latin-1 and Latin Extended-A letters, hence all Polish ones.
-char16_t lower(char16_t character) noexcept;
+constexpr char16_t lower(char16_t c) noexcept {
+    if (c >= u'A' && c <= u'Z') return static_cast<char16_t>(c + 32);
+    if (c >= 0xC0 && c <= 0xDE && c != 0xD7) return static_cast<char16_t>(c + 32);
+    // Latin Extended-A alternates upper and lower, with the phase changing twice; U+0130, U+0131,
+    // U+0138 and U+0149 have no partner beside them.
+    if ((c >= 0x100 && c <= 0x12F) || (c >= 0x132 && c <= 0x137) || (c >= 0x14A && c <= 0x177)) {
+        return static_cast<char16_t>(c | 1);
+    }
+    if ((c >= 0x139 && c <= 0x148) || (c >= 0x179 && c <= 0x17E)) {
+        return static_cast<char16_t>((c & 1) != 0 ? c + 1 : c);
+    }
+    return c;
+}
 /// The other way round.
 char16_t upper(char16_t character) noexcept;
 /// True when both texts differ in letter case at most.
-bool equal_case_blind(TextView left, TextView right) noexcept;
+constexpr bool equal_case_blind(TextView left, TextView right) noexcept {
+    if (left.size() != right.size()) return false;
+    for (std::size_t i = 0; i < left.size(); ++i) {
+        if (left[i] != right[i] && lower(left[i]) != lower(right[i])) return false;
+    }
+    return true;
+}
 /// Position of `needle` in `text` from `start`, ignoring letter case; npos when absent. Linear in
 /// practice.
 std::size_t find_case_blind(TextView text, TextView needle, std::size_t start = 0) noexcept;

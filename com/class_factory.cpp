@@ -8,6 +8,7 @@ HRESULT ClassFactory::CreateInstance(IUnknown* outer, REFIID id, void** object) 
     if (object == nullptr) return E_POINTER;
     *object = nullptr;
     if (outer != nullptr) return CLASS_E_NOAGGREGATION;
+    stay_loaded();
     try {
         return creatable_.create()->QueryInterface(id, object);
     } catch (...) {

@@ -36,6 +36,8 @@ struct Member {
     std::size_t argument_count = 0;
     std::size_t required_count = 0;
     VARTYPE result = VT_EMPTY;
+    /// The class of an object that is the result, as far as it is always the same one of ours.
+    base::TextView result_class;
     Call method = nullptr;
     Call get = nullptr;
     /// Takes the new value behind the arguments.

@@ -1,6 +1,5 @@
 #include "com/codec.h"
 
-#include <cstring>
 #include <new>
 
 #include "base/error.h"
@@ -34,25 +33,68 @@ bool is_object(const VARIANT& source) noexcept {
     return source.vt == VT_DISPATCH || source.vt == VT_UNKNOWN;
 }
 
-// Calls `visit` with each element as a value of its own.
+// The size of an element of the type; 0 for types that no VARIANT holds as a value, records among
+// them.
+std::size_t element_size(VARTYPE type) noexcept {
+    switch (type) {
+        case VT_I1:
+        case VT_UI1:
+            return 1;
+        case VT_I2:
+        case VT_UI2:
+        case VT_BOOL:
+            return 2;
+        case VT_I4:
+        case VT_UI4:
+        case VT_INT:
+        case VT_UINT:
+        case VT_R4:
+        case VT_ERROR:
+            return 4;
+        case VT_I8:
+        case VT_UI8:
+        case VT_R8:
+        case VT_CY:
+        case VT_DATE:
+            return 8;
+        case VT_BSTR:
+        case VT_DISPATCH:
+        case VT_UNKNOWN:
+            return sizeof(void*);
+        case VT_DECIMAL:
+            return sizeof(DECIMAL);
+        case VT_VARIANT:
+            return sizeof(VARIANT);
+        default:
+            return 0;
+    }
+}
+
+// Calls `visit` with each element of `source` as a value of its own. The elements are walked by
+// their place in memory, because indexes from a high lower bound on do not fit into a LONG.
 template <typename Visit>
-void for_each_element(SAFEARRAY* array, Visit visit) {
+void for_each_element(const VARIANT& source, Visit visit) {
+    SAFEARRAY* const array = source.parray;
     if (array == nullptr) return;
+    // An array that a host put together by hand may not know its type.
     VARTYPE type = VT_EMPTY;
-    if (SafeArrayGetDim(array) != 1 || FAILED(SafeArrayGetVartype(array, &type))) {
+    if (FAILED(SafeArrayGetVartype(array, &type))) type = source.vt & VT_TYPEMASK;
+    const std::size_t size = element_size(type);
+    if (SafeArrayGetDim(array) != 1 || size == 0 || size != SafeArrayGetElemsize(array)) {
         refuse(DISP_E_TYPEMISMATCH);
     }
-    const LONG first = array->rgsabound[0].lLbound;
-    const auto count = static_cast<LONG>(windows::element_count(array));
-    for (LONG i = first; i < first + count; ++i) {
+    const windows::SafeArrayAccess access(array);
+    const std::size_t count = windows::element_count(array);
+    if (access.data() == nullptr && count != 0) refuse(DISP_E_TYPEMISMATCH);
+    for (std::size_t i = 0; i < count; ++i) {
+        VARIANT place{};
+        place.vt = static_cast<VARTYPE>(VT_BYREF | type);
+        place.byref = static_cast<std::uint8_t*>(access.data()) + i * size;
+        // A copy: an object among the elements may change the array when it is asked.
         Variant element;
-        if (type == VT_VARIANT) {
-            if (FAILED(SafeArrayGetElement(array, &i, element.out()))) throw std::bad_alloc();
-        } else {
-            if (FAILED(SafeArrayGetElement(array, &i, &element.address()->bVal)))
-                throw std::bad_alloc();
-            element.address()->vt = type;
-        }
+        const HRESULT code = type == VT_VARIANT ? VariantCopy(element.out(), place.pvarVal)
+                                                : VariantCopyInd(element.out(), &place);
+        if (FAILED(code)) refuse(code);
         visit(element.get());
     }
 }
@@ -75,7 +117,7 @@ void for_each_property(const VARIANT& source, LCID locale, Visit visit) {
 template <typename Visit>
 void for_each(const VARIANT& source, LCID locale, Visit visit) {
     if ((source.vt & VT_ARRAY) != 0) {
-        for_each_element(source.parray, visit);
+        for_each_element(source, visit);
     } else if (is_object(source)) {
         for_each_property(source, locale, visit);
     } else {
@@ -115,13 +157,8 @@ base::SecretText Codec<base::SecretText>::read(const VARIANT& source, LCID local
 
 base::Bytes Codec<base::Bytes>::read(const VARIANT& source, LCID locale) {
     base::Bytes bytes;
-    if (source.vt == (VT_ARRAY | VT_UI1) && source.parray != nullptr &&
-        SafeArrayGetDim(source.parray) == 1) {
-        bytes.resize(windows::element_count(source.parray));
-        const windows::SafeArrayAccess access(source.parray);
-        if (access.data() == nullptr) refuse(DISP_E_TYPEMISMATCH);
-        if (!bytes.empty()) std::memcpy(bytes.data(), access.data(), bytes.size());
-        return bytes;
+    if (source.vt == (VT_ARRAY | VT_UI1) && windows::is_byte_array(source.parray)) {
+        return windows::bytes_of(source.parray);
     }
     for_each(source, locale, [&](const VARIANT& element) {
         bytes.push_back(Codec<std::uint8_t>::read(windows::look_through(element), locale));

@@ -13,6 +13,7 @@ namespace tavrix::com {
 // How each portable type travels as a VARIANT. `read` is given a value without references
 // (look_through), takes everything that the system can turn into the type in the caller's locale,
 // and throws ArgumentError (DISP_E_TYPEMISMATCH or DISP_E_OVERFLOW, without an index) for the rest.
+// A type that is always an object of one public class says which, as `class_name`.
 template <typename T>
 struct Codec;
 

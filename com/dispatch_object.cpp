@@ -27,6 +27,18 @@ Call select(const Member& member, WORD flags) noexcept {
     return (flags & (DISPATCH_PROPERTYGET | DISPATCH_METHOD)) != 0 ? member.get : nullptr;
 }
 
+// An interface that the objects of this very copy of the code know and nobody else: its number is
+// made anew in each process. Through a proxy every registered interface answers, and another copy's
+// objects answer to the same registered ones; what stands behind either is laid out otherwise.
+const GUID& own_objects_id() noexcept {
+    static const GUID id = [] {
+        GUID made{};
+        CoCreateGuid(&made);
+        return made;
+    }();
+    return id;
+}
+
 }  // namespace
 
 DispatchObject::DispatchObject(const ClassTable& table, std::shared_ptr<void> target,
@@ -38,6 +50,11 @@ DispatchObject::DispatchObject(const ClassTable& table, std::shared_ptr<void> ta
 HRESULT DispatchObject::QueryInterface(REFIID id, void** object) noexcept {
     if (object == nullptr) return E_POINTER;
     if (id == table_.interface_id) return Unknown::QueryInterface(IID_IDispatch, object);
+    if (id == own_objects_id()) {
+        *object = this;
+        AddRef();
+        return S_OK;
+    }
     if (id == IID_IProvideClassInfo) {
         *object = static_cast<IProvideClassInfo*>(this);
         AddRef();
@@ -52,12 +69,13 @@ HRESULT DispatchObject::QueryInterface(REFIID id, void** object) noexcept {
 
 std::shared_ptr<void> DispatchObject::find_target(IDispatch* object,
                                                   const ClassTable& table) noexcept {
-    // Only this class answers to the interface of its table, and never through a proxy.
-    windows::ComPointer<IDispatch> own;
-    if (object == nullptr || FAILED(object->QueryInterface(table.interface_id, own.out_void()))) {
+    void* found = nullptr;
+    if (object == nullptr || FAILED(object->QueryInterface(own_objects_id(), &found))) {
         return nullptr;
     }
-    return static_cast<DispatchObject*>(own.get())->target_;
+    auto* const own = static_cast<DispatchObject*>(found);
+    const auto reference = windows::ComPointer<IDispatch>::adopt(own);
+    return &own->table_ == &table ? own->target_ : nullptr;
 }
 
 HRESULT DispatchObject::GetTypeInfoCount(UINT* count) noexcept {

@@ -38,7 +38,7 @@ class DispatchObject final
                                                   IConnectionPoint** point) noexcept override;
 
     /// The portable object behind `object`; empty when it is not one of the class `table` of this
-    /// DLL.
+    /// very DLL, or stands in another apartment, where only its proxy can be called.
     template <typename Class>
     static std::shared_ptr<Class> target_of(IDispatch* object, const ClassTable& table) noexcept {
         return std::static_pointer_cast<Class>(find_target(object, table));

@@ -29,11 +29,11 @@ HRESULT register_in(Scope scope) noexcept {
     if (server().only_under_wine && !runs_under_wine()) {
         return HRESULT_FROM_WIN32(ERROR_NOT_SUPPORTED);
     }
-    return guarded([&] { register_classes(server(), scope); });
+    return guarded([&] { register_classes(server(), scope, system_registry()); });
 }
 
 HRESULT unregister_in(Scope scope) noexcept {
-    return guarded([&] { unregister_classes(server(), scope); });
+    return guarded([&] { unregister_classes(server(), scope, system_registry()); });
 }
 
 }  // namespace
@@ -54,20 +54,19 @@ HRESULT STDAPICALLTYPE DllGetClassObject(REFCLSID class_id, REFIID id, void** ob
     return CLASS_E_CLASSNOTAVAILABLE;
 }
 
+// Says whether anything is left in use, also when the DLL is to stay: a host that gives it back
+// then only counts down.
 HRESULT STDAPICALLTYPE DllCanUnloadNow() {
     return module_in_use() ? S_FALSE : S_OK;
 }
 
-// For the machine, or for the current user alone where the machine's classes may not be written.
+// For the machine, never silently for less: services and elevated programs would not see it.
 HRESULT STDAPICALLTYPE DllRegisterServer() {
-    const HRESULT outcome = register_in(Scope::machine);
-    return outcome == E_ACCESSDENIED ? register_in(Scope::user) : outcome;
+    return register_in(Scope::machine);
 }
 
 HRESULT STDAPICALLTYPE DllUnregisterServer() {
-    const HRESULT machine = unregister_in(Scope::machine);
-    const HRESULT user = unregister_in(Scope::user);
-    return FAILED(machine) ? machine : user;
+    return guarded([] { unregister_everywhere(server(), system_registry()); });
 }
 
 // `regsvr32 /n /i:user` registers for the current user on purpose; any other command line does what

@@ -27,6 +27,12 @@ bool module_in_use() noexcept {
     return uses != 0;
 }
 
+void stay_loaded() noexcept {
+    HMODULE module = nullptr;
+    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_PIN,
+                       reinterpret_cast<LPCWSTR>(&module_handle), &module);
+}
+
 HMODULE module_handle() noexcept {
     HMODULE module = nullptr;
     GetModuleHandleExW(

@@ -5,9 +5,9 @@
 #include <ranges>
 #include <vector>
 
+#include "base/error.h"
 #include "com/guid_text.h"
 #include "com/module.h"
-#include "com/registry_entry.h"
 #include "com/type_library.h"
 
 namespace tavrix::com {
@@ -24,11 +24,11 @@ class Entries {
     }
     static base::Text under_classes(const base::Text& key) { return u"Software\\Classes\\" + key; }
 
-    void write_to(HKEY root) const {
-        for (const RegistryEntry& entry : list_) write(root, entry);
+    void write_to(RegistryDoor& door, HKEY root) const {
+        for (const RegistryEntry& entry : list_) write(door, root, entry);
     }
-    void remove_from(HKEY root) const {
-        for (const RegistryEntry& entry : list_ | std::views::reverse) remove(root, entry);
+    void remove_from(RegistryDoor& door, HKEY root) const {
+        for (const RegistryEntry& entry : list_ | std::views::reverse) remove(door, root, entry);
     }
 
   private:
@@ -118,8 +118,7 @@ Group class_group(const Server& server, const ClassTable& table, const base::Tex
     return group;
 }
 
-std::vector<Group> groups_of(const Server& server) {
-    const base::Text path = module_path();
+std::vector<Group> groups_of(const Server& server, const base::Text& path) {
     std::vector<Group> groups;
     if (has_type_library()) groups.push_back(type_library_group(server, path));
     for (const CreatableClass& creatable : server.classes) {
@@ -137,50 +136,89 @@ Entries common_keys() {
     return keys;
 }
 
-void remove_group(HKEY root, const Group& group) {
-    group.own.remove_from(root);
+void remove_group(RegistryDoor& door, HKEY root, const Group& group) {
+    group.own.remove_from(door, root);
     // Asked afterwards: a system of 32 bits has one view only, where our own entry stood.
-    if (!key_exists(root, group.sibling_key, group.sibling_view)) group.shared.remove_from(root);
+    if (!door.key_exists(root, group.sibling_key, group.sibling_view)) {
+        group.shared.remove_from(door, root);
+    }
 }
 
-HKEY root_of(Scope scope) noexcept {
-    return scope == Scope::machine ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER;
-}
-
-void take_back(HKEY root, const std::vector<Group>& groups) noexcept {
+void take_back(RegistryDoor& door, HKEY root, const std::vector<Group>& groups) noexcept {
     try {
-        for (const Group& group : groups) remove_group(root, group);
-        common_keys().remove_from(root);
+        for (const Group& group : groups) remove_group(door, root, group);
+        common_keys().remove_from(door, root);
     } catch (...) {
         // What could not be written cannot be removed; the first failure is the one to report.
     }
 }
 
-}  // namespace
-
-void register_classes(const Server& server, Scope scope) {
-    const HKEY root = root_of(scope);
-    const std::vector<Group> groups = groups_of(server);
+void write_entries(const Server& server, HKEY root, RegistryDoor& door) {
+    const std::vector<Group> groups = groups_of(server, module_path());
     const bool was_registered = std::ranges::any_of(
-        groups, [&](const Group& group) { return key_exists(root, group.owner.key, 0); });
+        groups, [&](const Group& group) { return door.key_exists(root, group.owner.key, 0); });
     try {
-        common_keys().write_to(root);
+        common_keys().write_to(door, root);
         for (const Group& group : groups) {
-            group.shared.write_to(root);
-            group.own.write_to(root);
+            group.shared.write_to(door, root);
+            group.own.write_to(door, root);
         }
     } catch (...) {
-        if (!was_registered) take_back(root, groups);
+        if (!was_registered) take_back(door, root, groups);
         throw;
     }
 }
 
-void unregister_classes(const Server& server, Scope scope) {
-    const HKEY root = root_of(scope);
-    for (const Group& group : groups_of(server)) {
-        if (is_stored(root, group.owner)) remove_group(root, group);
+// Each group as the copy wrote it that its owner entry names.
+void remove_users_entries(const Server& server, RegistryDoor& door) {
+    const std::vector<Group> groups = groups_of(server, module_path());
+    for (std::size_t i = 0; i < groups.size(); ++i) {
+        const RegistryEntry& owner = groups[i].owner;
+        const auto path = door.value(HKEY_CURRENT_USER, owner.key, owner.name);
+        if (path) remove_group(door, HKEY_CURRENT_USER, groups_of(server, *path)[i]);
     }
-    common_keys().remove_from(root);
+    common_keys().remove_from(door, HKEY_CURRENT_USER);
+}
+
+// With `advice` in place of the system's words where the machine's classes are closed to the user.
+template <typename Action>
+void with_advice(const Server& server, const base::Text& advice, Action action) {
+    try {
+        action();
+    } catch (const base::AutomationError& error) {
+        if (error.number() != static_cast<base::ErrorNumber>(E_ACCESSDENIED)) throw;
+        throw base::AutomationError(error.number(), base::Text(server.library), advice);
+    }
+}
+
+}  // namespace
+
+void register_classes(const Server& server, Scope scope, RegistryDoor& door) {
+    if (scope == Scope::user) return write_entries(server, HKEY_CURRENT_USER, door);
+    const base::Text file = base::Text(server.library) + u".dll";
+    const base::Text advice =
+        u"Rejestracja dla całego komputera wymaga uprawnień administratora (regsvr32 " + file +
+        u"). Tylko dla bieżącego użytkownika, poza usługami i programami uruchomionymi jako "
+        u"administrator: regsvr32 /n /i:user " +
+        file;
+    with_advice(server, advice, [&] {
+        write_entries(server, HKEY_LOCAL_MACHINE, door);
+        remove_users_entries(server, door);
+    });
+}
+
+void unregister_classes(const Server& server, Scope scope, RegistryDoor& door) {
+    const HKEY root = scope == Scope::machine ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER;
+    for (const Group& group : groups_of(server, module_path())) {
+        if (is_stored(door, root, group.owner)) remove_group(door, root, group);
+    }
+    common_keys().remove_from(door, root);
+}
+
+void unregister_everywhere(const Server& server, RegistryDoor& door) {
+    unregister_classes(server, Scope::user, door);
+    with_advice(server, u"Wyrejestrowanie dla całego komputera wymaga uprawnień administratora.",
+                [&] { unregister_classes(server, Scope::machine, door); });
 }
 
 }  // namespace tavrix::com

@@ -102,6 +102,15 @@ constexpr VARTYPE result_type() {
     }
 }
 
+template <typename R>
+constexpr base::TextView result_class() {
+    if constexpr (requires { Codec<std::remove_cvref_t<R>>::class_name; }) {
+        return Codec<std::remove_cvref_t<R>>::class_name;
+    } else {
+        return {};
+    }
+}
+
 template <auto Method>
 constexpr Member describe(DISPID id, base::TextView name, base::TextView help,
                           const auto&... argument_names) {
@@ -115,6 +124,7 @@ constexpr Member describe(DISPID id, base::TextView name, base::TextView help,
     member.argument_count = S::count;
     member.required_count = S::required;
     member.result = result_type<typename S::Result>();
+    member.result_class = result_class<typename S::Result>();
     return member;
 }
 
@@ -170,6 +180,17 @@ consteval MemberOf<Class> pending(MemberOf<Class> row) {
     return row;
 }
 
+/// True when two of the names are one to hosts, who may write them in any letter case.
+template <typename Row>
+constexpr bool has_twins(std::span<const Row> rows) {
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        for (std::size_t k = i + 1; k < rows.size(); ++k) {
+            if (base::equal_case_blind(rows[i].name, rows[k].name)) return true;
+        }
+    }
+    return false;
+}
+
 /// The members of one class in the order of their DISPIDs, which are hence unique.
 template <typename Class, std::same_as<MemberOf<Class>>... More>
 consteval auto members(const MemberOf<Class>& first, const More&... more) {
@@ -177,9 +198,10 @@ consteval auto members(const MemberOf<Class>& first, const More&... more) {
     for (std::size_t i = 1; i < rows.size(); ++i) {
         if (rows[i].id <= rows[i - 1].id) throw "DISPIDs ascend";
     }
+    if (has_twins(std::span<const Member>(rows))) throw "names are unique";
     for (const Member& row : rows) {
-        for (const Member& other : rows) {
-            if (&row != &other && base::TextView(row.name) == other.name) throw "names are unique";
+        if (has_twins(std::span(row.arguments).first(row.argument_count))) {
+            throw "an argument's name is unique in its member";
         }
     }
     return rows;

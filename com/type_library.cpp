@@ -1,6 +1,7 @@
 #include "com/type_library.h"
 
 #include <list>
+#include <map>
 #include <vector>
 
 #include "com/module.h"
@@ -45,6 +46,10 @@ TYPEDESC argument_type(const ArgumentRow& argument, Types& pointed_to) {
     return reference;
 }
 
+/// The interfaces of the library by the names of their classes: a member may give an object of any
+/// of them, whichever was written first.
+using Interfaces = std::map<base::TextView, ComPointer<ICreateTypeInfo>>;
+
 USHORT argument_flags(const ArgumentRow& argument) {
     USHORT flags = PARAMFLAG_FIN;
     if (argument.by_reference) flags |= PARAMFLAG_FOUT;
@@ -52,9 +57,16 @@ USHORT argument_flags(const ArgumentRow& argument) {
     return flags;
 }
 
+HREFTYPE refer_to(ICreateTypeInfo& from, ITypeInfo* to) {
+    HREFTYPE reference = 0;
+    check(from.AddRefTypeInfo(to, &reference), source);
+    return reference;
+}
+
 class InterfaceWriter {
   public:
-    InterfaceWriter(ICreateTypeInfo& info, const Member& member) : info_(info), member_(member) {}
+    InterfaceWriter(ICreateTypeInfo& info, const Member& member, const Interfaces& interfaces)
+        : info_(info), member_(member), interfaces_(interfaces) {}
 
     /// Adds the member as one function, or a property as two; gives the next free index.
     UINT add(UINT index) {
@@ -94,7 +106,9 @@ class InterfaceWriter {
         function.invkind = kind;
         function.callconv = CC_STDCALL;
         function.cParams = static_cast<SHORT>(parameters.size());
-        function.elemdescFunc.tdesc = type_of(result, types);
+        function.elemdescFunc.tdesc = result == VT_DISPATCH && !member_.result_class.empty()
+                                          ? reference_to(member_.result_class, types)
+                                          : type_of(result, types);
         check(info_.AddFuncDesc(index, &function), source);
 
         std::vector<LPOLESTR> names{mutable_text(name)};
@@ -105,8 +119,22 @@ class InterfaceWriter {
         if (!help.empty()) check(info_.SetFuncDocString(index, mutable_text(help)), source);
     }
 
+    // A pointer to the class's interface: compilers that know the library take it for the class.
+    TYPEDESC reference_to(base::TextView class_name, Types& pointed_to) {
+        const auto found = interfaces_.find(class_name);
+        if (found == interfaces_.end()) check(TYPE_E_ELEMENTNOTFOUND, class_name);
+        TYPEDESC& target = pointed_to.emplace_back();
+        target.vt = VT_USERDEFINED;
+        target.hreftype = refer_to(info_, found->second.query<ITypeInfo>().get());
+        TYPEDESC reference{};
+        reference.vt = VT_PTR;
+        reference.lptdesc = &target;
+        return reference;
+    }
+
     ICreateTypeInfo& info_;
     const Member& member_;
+    const Interfaces& interfaces_;
 };
 
 ComPointer<ICreateTypeInfo> create_type(ICreateTypeLib2& library, const base::Text& name,
@@ -121,12 +149,6 @@ ComPointer<ICreateTypeInfo> create_type(ICreateTypeLib2& library, const base::Te
     return info;
 }
 
-HREFTYPE refer_to(ICreateTypeInfo& from, ITypeInfo* to) {
-    HREFTYPE reference = 0;
-    check(from.AddRefTypeInfo(to, &reference), source);
-    return reference;
-}
-
 ComPointer<ITypeInfo> dispatch_type() {
     ComPointer<ITypeLib> standard;
     check(LoadTypeLibEx(L"stdole2.tlb", REGKIND_NONE, standard.out()), u"stdole2.tlb");
@@ -135,25 +157,36 @@ ComPointer<ITypeInfo> dispatch_type() {
     return dispatch;
 }
 
-ComPointer<ITypeInfo> add_interface(ICreateTypeLib2& library, const base::Text& name,
-                                    const GUID& id, base::TextView help,
-                                    std::span<const Member> members, ITypeInfo* dispatch) {
-    const auto info = create_type(library, name, TKIND_DISPATCH, id, TYPEFLAG_FDISPATCHABLE, help);
-    check(info->AddImplType(0, refer_to(*info.get(), dispatch)), name);
+// Hosts' compilers take a name that an extensible interface lacks for one that is found at run
+// time; ours is all there, so they may refuse it.
+ComPointer<ICreateTypeInfo> create_interface(ICreateTypeLib2& library, const base::Text& name,
+                                             const GUID& id, base::TextView help) {
+    return create_type(library, name, TKIND_DISPATCH, id,
+                       TYPEFLAG_FDISPATCHABLE | TYPEFLAG_FNONEXTENSIBLE, help);
+}
+
+ComPointer<ITypeInfo> fill_interface(const ComPointer<ICreateTypeInfo>& info,
+                                     std::span<const Member> members, const Interfaces& interfaces,
+                                     ITypeInfo* dispatch) {
+    check(info->AddImplType(0, refer_to(*info.get(), dispatch)), source);
     UINT index = 0;
-    for (const Member& member : members) index = InterfaceWriter(*info.get(), member).add(index);
-    check(info->LayOut(), name);
+    for (const Member& member : members) {
+        index = InterfaceWriter(*info.get(), member, interfaces).add(index);
+    }
+    check(info->LayOut(), source);
     return info.query<ITypeInfo>();
 }
 
-void add_class(ICreateTypeLib2& library, const ClassTable& table, ITypeInfo* dispatch) {
+void add_class(ICreateTypeLib2& library, const ClassTable& table, const Interfaces& interfaces,
+               ITypeInfo* dispatch) {
     const base::Text name(table.name);
-    const auto members = add_interface(library, interface_name(table), table.interface_id,
-                                       table.help, table.members, dispatch);
+    const auto members =
+        fill_interface(interfaces.at(table.name), table.members, interfaces, dispatch);
     ComPointer<ITypeInfo> events;
     if (table.events != nullptr) {
-        events = add_interface(library, event_interface_name(table), table.events->interface_id,
-                               table.events->help, table.events->members, dispatch);
+        events = fill_interface(create_interface(library, event_interface_name(table),
+                                                 table.events->interface_id, table.events->help),
+                                table.events->members, interfaces, dispatch);
     }
 
     const auto creatable =
@@ -179,8 +212,14 @@ void write_type_library(const Server& server, const base::Text& path) {
     check(library->SetName(mutable_text(name)), source);
     check(library->SetDocString(mutable_text(name)), source);
     const ComPointer<ITypeInfo> dispatch = dispatch_type();
+    Interfaces interfaces;
     for (const CreatableClass& creatable : server.classes) {
-        add_class(*library.get(), creatable.table, dispatch.get());
+        const ClassTable& table = creatable.table;
+        interfaces[table.name] =
+            create_interface(*library.get(), interface_name(table), table.interface_id, table.help);
+    }
+    for (const CreatableClass& creatable : server.classes) {
+        add_class(*library.get(), creatable.table, interfaces, dispatch.get());
     }
     check(library->SaveAllChanges(), path);
 }

@@ -1,5 +1,6 @@
 #include "ksef/ksef_comm.h"
 
+#include "base/error.h"
 #include "ksef/authentication.h"
 #include "ksef/client.h"
 #include "ksef/encoding.h"
@@ -10,6 +11,20 @@ namespace tavrix::ksef {
 
 using base::Bytes;
 using base::Text;
+
+namespace {
+
+// What is wrong with the settings file; the empty text when it can be taken as it stands.
+Text settings_failure(const KsefPorts& ports) {
+    try {
+        if (ports.read_settings) ports.read_settings();
+        return {};
+    } catch (const base::AutomationError& error) {
+        return error.description();
+    }
+}
+
+}  // namespace
 
 KseF_comm::KseF_comm(KsefPorts ports)
     : ports_(std::move(ports)), client_(std::make_unique<Client>(ports_)) {}
@@ -71,6 +86,7 @@ Text KseF_comm::SendInvoiceToKSeF(ports::Database& dbb, const Text& nip,
                                   std::int32_t Tablica_id) {
     Text result = u"Nieznany błąd";
     try {
+        if (Text failure = settings_failure(ports_); !failure.empty()) return failure;
         client_->select_environment(pog517);
         const TokenCheck token = check_token(Token, nip);
         if (!token.failure.empty()) return token.failure;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+
 #include "ksef/settings.h"
 #include "ports/clock.h"
 #include "ports/code_page.h"
@@ -18,6 +20,9 @@ struct KsefPorts {
     ports::Xml& xml;
     ports::CodePage& code_page;
     const Settings& settings;
+    /// Called before a call needs `settings` or `make_http`; throws base::AutomationError with what
+    /// is wrong with the settings file. Empty where the settings are there from the start.
+    std::function<void()> read_settings{};
 };
 
 }  // namespace tavrix::ksef

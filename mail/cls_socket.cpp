@@ -85,6 +85,7 @@ std::int32_t clsSocket::OpeneSocket(std::int32_t ssl, std::int32_t maxWaitMillis
                                     const base::Text& Adress) {
     if (busy_) return 0;
     const bool success = run([&] {
+        if (ports_.read_settings) ports_.read_settings();
         const milliseconds wait(maxWaitMillisec);
         connect_timeout_ = maxWaitMillisec > 0 ? wait : ports_.settings.connect_timeout;
         transfer_timeout_ = maxWaitMillisec > 0 ? wait : ports_.settings.no_progress_timeout;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
 #include <memory>
 
 #include "mail/socket_events.h"
@@ -16,6 +17,9 @@ struct SocketPorts {
     const ports::CodePage& code_page;
     const ports::ConnectionSettings& settings;
     SocketEvents& events;
+    /// Called before a connection is made; throws base::AutomationError with what is wrong with
+    /// the settings file. Empty where the settings are there from the start.
+    std::function<void()> read_settings{};
 };
 
 /// The public class `clsSocket`: one connection that carries texts, as bytes of the system's ANSI

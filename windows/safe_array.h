@@ -34,4 +34,9 @@ class SafeArrayAccess {
 /// The number of elements of an array of one dimension; the null array has none.
 std::size_t element_count(SAFEARRAY* array) noexcept;
 
+/// True for an array of one dimension whose elements are single bytes, whatever its VARIANT says.
+bool is_byte_array(SAFEARRAY* array) noexcept;
+/// The content of such an array.
+base::Bytes bytes_of(SAFEARRAY* array);
+
 }  // namespace tavrix::windows

@@ -25,6 +25,19 @@ std::size_t element_count(SAFEARRAY* array) noexcept {
     return array == nullptr ? 0 : array->rgsabound[0].cElements;
 }
 
+bool is_byte_array(SAFEARRAY* array) noexcept {
+    return array != nullptr && SafeArrayGetDim(array) == 1 && SafeArrayGetElemsize(array) == 1;
+}
+
+base::Bytes bytes_of(SAFEARRAY* array) {
+    base::Bytes copy(element_count(array));
+    const SafeArrayAccess access(array);
+    if (!copy.empty() && access.data() != nullptr) {
+        std::memcpy(copy.data(), access.data(), copy.size());
+    }
+    return copy;
+}
+
 Variant Variant::copy_of(const VARIANT& source) {
     Variant copy;
     // Arrays, texts and objects are copied or counted; only memory can run out.
@@ -102,6 +115,8 @@ VARIANT look_through(const VARIANT& source) noexcept {
         case VT_DISPATCH:
             value.punkVal = *reference.ppunkVal;
             break;
+        case VT_RECORD:
+            break;  // held in the same way by value and by reference
         default:
             value.lVal = *reference.plVal;
             break;

@@ -1,7 +1,6 @@
 #include "windows/variant_value.h"
 
 #include <cmath>
-#include <cstring>
 #include <limits>
 
 namespace tavrix::windows {
@@ -30,15 +29,6 @@ base::Value decimal(VARIANT variant) {
     double value = 0;
     VarR8FromDec(&variant.decVal, &value);
     return number(value);
-}
-
-base::Value bytes(SAFEARRAY* array) {
-    if (array == nullptr || SafeArrayGetDim(array) != 1) return {};
-    base::Bytes copy(element_count(array));
-    const SafeArrayAccess access(array);
-    if (access.data() == nullptr) return {};
-    if (!copy.empty()) std::memcpy(copy.data(), access.data(), copy.size());
-    return copy;
 }
 
 struct ToVariant {
@@ -97,7 +87,8 @@ base::Value value_of(const VARIANT& variant) {
         case VT_BSTR:
             return base::Text(view_of(seen.bstrVal));
         case VT_ARRAY | VT_UI1:
-            return bytes(seen.parray);
+            if (is_byte_array(seen.parray)) return bytes_of(seen.parray);
+            return {};
         default:
             return {};
     }

@@ -11,6 +11,7 @@ namespace tavrix::com {
 template <>
 struct Codec<std::shared_ptr<mail::CMessage>> {
     static constexpr VARTYPE type = VT_DISPATCH;
+    static constexpr base::TextView class_name = u"CMessage";
     static windows::Variant write(std::shared_ptr<mail::CMessage> message) {
         if (!message) return windows::ComPointer<IDispatch>();
         return make_object(cmessage_class.table, std::move(message));

@@ -11,17 +11,15 @@
 
 namespace tavrix::com {
 
-// Each public object gets adapters of its own, set up from the settings file as it stands when the
-// object is created: objects share nothing but the library's hand-over records, and a change of
-// settings needs no restart of the host.
+// Each public object gets adapters of its own, set up from the settings file as its first call that
+// needs settings finds it: objects share nothing but the library's hand-over records, a change of
+// settings needs no restart of the host, and a file that cannot be taken fails that call alone.
 
-/// Reads no settings: what needs them reads them when it is called.
 std::shared_ptr<frame::CInfo> compose_cinfo();
 std::shared_ptr<frame::Rejestr> compose_rejestr();
 
-/// Throws base::AutomationError when the settings file beside the DLL cannot be read.
 std::shared_ptr<ksef::KseF_comm> compose_ksef_comm();
-/// Tells `events` what happens. Throws like compose_ksef_comm.
+/// Tells `events` what happens.
 std::shared_ptr<mail::clsSocket> compose_cls_socket(std::unique_ptr<mail::SocketEvents> events);
 
 // These need no settings.

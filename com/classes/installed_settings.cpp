@@ -11,4 +11,10 @@ frame::Settings load_installed_settings() {
     return frame::load_settings(base::to_utf8(folder) + "Tavrix.json");
 }
 
+void SettingsOnDemand::read() {
+    if (known_) return;
+    settings_ = load_installed_settings();
+    known_ = true;
+}
+
 }  // namespace tavrix::com

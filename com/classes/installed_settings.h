@@ -9,4 +9,23 @@ namespace tavrix::com {
 /// taken as it stands.
 frame::Settings load_installed_settings();
 
+/// The settings of one object: read by its first call that needs them, so that objects can be
+/// created, and whatever needs no settings works, beside a file that cannot be taken. Such a call
+/// reads again until the file can.
+class SettingsOnDemand {
+  public:
+    SettingsOnDemand() = default;
+    SettingsOnDemand(const SettingsOnDemand&) = delete;
+    SettingsOnDemand& operator=(const SettingsOnDemand&) = delete;
+
+    /// Throws like load_installed_settings.
+    void read();
+    /// The defaults until they were read; stays where it is.
+    const frame::Settings& get() const noexcept { return settings_; }
+
+  private:
+    frame::Settings settings_;
+    bool known_ = false;
+};
+
 }  // namespace tavrix::com

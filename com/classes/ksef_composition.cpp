@@ -9,13 +9,14 @@ namespace tavrix::com {
 namespace {
 
 struct ComposedKsef {
-    frame::Settings settings = load_installed_settings();
+    SettingsOnDemand settings;
     std::unique_ptr<ports::Crypto> crypto = ports::make_openssl_crypto();
     std::unique_ptr<ports::Clock> clock = ports::make_windows_clock();
     std::unique_ptr<ports::Xml> xml = ports::make_windows_xml();
     std::unique_ptr<ports::CodePage> code_page = ports::make_windows_code_page();
-    ksef::KseF_comm object{{[this] { return ports::make_curl_http(settings.connection); }, *crypto,
-                            *clock, *xml, *code_page, settings.ksef}};
+    ksef::KseF_comm object{{[this] { return ports::make_curl_http(settings.get().connection); },
+                            *crypto, *clock, *xml, *code_page, settings.get().ksef,
+                            [this] { settings.read(); }}};
 };
 
 }  // namespace

@@ -7,14 +7,42 @@
 namespace tavrix::com {
 namespace {
 
+/// A stream that takes the settings as they are when it first connects.
+class StreamOnDemand final : public ports::Stream {
+  public:
+    explicit StreamOnDemand(const SettingsOnDemand& settings) : settings_(settings) {}
+
+    void connect(const ports::StreamAddress& address, bool tls) override {
+        if (!stream_) stream_ = ports::make_curl_stream(settings_.get().connection);
+        stream_->connect(address, tls);
+    }
+    bool connected_within(std::chrono::milliseconds slice) override {
+        return stream_->connected_within(slice);
+    }
+    ports::Sent send(base::ByteView bytes, std::chrono::milliseconds slice) override {
+        return stream_->send(bytes, slice);
+    }
+    ports::Received receive(std::chrono::milliseconds slice) override {
+        return stream_->receive(slice);
+    }
+    void close() noexcept override {
+        if (stream_) stream_->close();
+    }
+
+  private:
+    const SettingsOnDemand& settings_;
+    std::unique_ptr<ports::Stream> stream_;
+};
+
 struct ComposedSocket {
     explicit ComposedSocket(std::unique_ptr<mail::SocketEvents> listener)
         : events(std::move(listener)) {}
 
     std::unique_ptr<mail::SocketEvents> events;
-    ports::ConnectionSettings settings = load_installed_settings().connection;
+    SettingsOnDemand settings;
     std::unique_ptr<ports::CodePage> code_page = ports::make_windows_code_page();
-    mail::clsSocket object{{ports::make_curl_stream(settings), *code_page, settings, *events}};
+    mail::clsSocket object{{std::make_unique<StreamOnDemand>(settings), *code_page,
+                            settings.get().connection, *events, [this] { settings.read(); }}};
 };
 
 }  // namespace

@@ -39,7 +39,9 @@ std::string argument_text(const ArgumentRow& argument) {
     return text + type_name(static_cast<VARTYPE>(argument.type & ~VT_ARRAY));
 }
 
-std::string result_text(VARTYPE type) {
+std::string result_text(const Member& member) {
+    if (!member.result_class.empty()) return " As " + base::to_utf8(member.result_class);
+    const VARTYPE type = member.result;
     const bool array = (type & VT_ARRAY) != 0;
     return " As " + type_name(static_cast<VARTYPE>(type & ~VT_ARRAY)) + (array ? "()" : "");
 }
@@ -59,7 +61,7 @@ std::string declaration(const Member& member) {
         text += argument_text(member.arguments[i]);
     }
     text += ")";
-    if (member.result != VT_EMPTY) text += result_text(member.result);
+    if (member.result != VT_EMPTY) text += result_text(member);
     if (member.get != nullptr && member.let == nullptr) text += " (read-only)";
     return text;
 }
@@ -93,7 +95,7 @@ std::string reference_page(const Server& server) {
         "Basic's; what a member does is said in Polish, as object browsers show it.\n\n"
         "A member whose column \"works\" says \"not yet\" can be bound and called: it answers with "
         "the value that it has for a\n"
-        "failure, and does nothing else.\n";
+        "failure, and does nothing else but what its row says.\n";
     for (const CreatableClass& creatable : server.classes) {
         text += class_section(server, creatable.table);
     }

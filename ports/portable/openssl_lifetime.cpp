@@ -8,8 +8,4 @@ void start_openssl() {
     OPENSSL_init_crypto(OPENSSL_INIT_NO_ATEXIT, nullptr);
 }
 
-void release_openssl() noexcept {
-    OPENSSL_cleanup();
-}
-
 }  // namespace tavrix::ports

@@ -1,6 +1,9 @@
 // What hosts send where a method wants something else: numbers as texts, arrays of anything,
 // objects, nulls. And the types in which results come.
 
+#include <climits>
+#include <cstring>
+
 #include "tests/com/late_host.h"
 #include "tests/com/probe.h"
 
@@ -12,23 +15,28 @@ class Conversions : public testing::Test {
     ComPointer<IDispatch> probe = make_probe();
 };
 
+// Filled in place: the system's own functions refuse the highest bounds.
 Variant array_of(VARTYPE type, LONG first, const std::vector<int>& numbers) {
     windows::SafeArray array(
         SafeArrayCreateVector(type, first, static_cast<ULONG>(numbers.size())));
-    for (const int number : numbers) {
-        LONG index = first++;
-        Variant element(number);
+    const windows::SafeArrayAccess access(array.get());
+    const std::size_t size = SafeArrayGetElemsize(array.get());
+    for (std::size_t i = 0; i < numbers.size(); ++i) {
+        Variant element(numbers[i]);
         VARIANT* value = element.address();
         if (type != VT_VARIANT) VariantChangeType(value, value, 0, type);
-        SafeArrayPutElement(array.get(), &index,
-                            type == VT_VARIANT ? static_cast<void*>(value) : &value->bVal);
+        const bool whole = type == VT_VARIANT || type == VT_DECIMAL;
+        const void* content = whole ? static_cast<void*>(value) : &value->bVal;
+        std::memcpy(static_cast<char*>(access.data()) + i * size, content, size);
+        static_cast<void>(element.release());
     }
     return {std::move(array), type};
 }
 
 TEST_F(Conversions, BytesComeAsAnArrayOfAnythingThatCounts) {
-    for (const VARTYPE type : {VT_UI1, VT_VARIANT, VT_I2, VT_I4, VT_R8}) {
-        for (const LONG first : {0, 1}) {
+    for (const VARTYPE type : {VT_UI1, VT_VARIANT, VT_I2, VT_I4, VT_R8, VT_I8, VT_UI2, VT_R4, VT_CY,
+                               VT_BSTR, VT_DECIMAL, VT_UINT}) {
+        for (const LONG first : {0L, 1L, -3L, LONG_MIN, LONG_MAX - 2, LONG_MAX - 1}) {
             const Variant array = array_of(type, first, {0, 1, 255});
             EXPECT_EQ(answer(probe, u"Reverse", {array}), "byte[] 255 1 0")
                 << type << " from " << first;
@@ -43,16 +51,70 @@ TEST_F(Conversions, BytesComeAsAnArrayOfAnythingThatCounts) {
     const struct {
         Argument bytes;
         std::string expected;
-    } rows[] = {{base::Bytes{}, "byte[]"},
-                {by_reference(&variable, VT_ARRAY | VT_UI1), "byte[] 2 1"},
-                {by_reference(array), "byte[] 2 1"},
-                {by_reference(&unset, VT_ARRAY | VT_UI1), "byte[]"},
-                {array_of(VT_I2, 0, {256}), refused(DISP_E_OVERFLOW, 0)},
-                {array_of(VT_VARIANT, 0, {-1}), refused(DISP_E_OVERFLOW, 0)},
-                {u"abc", refused(DISP_E_TYPEMISMATCH, 0)},
-                {Variant::null(), refused(DISP_E_TYPEMISMATCH, 0)},
-                {square, refused(DISP_E_TYPEMISMATCH, 0)}};
+    } rows[] = {
+        {base::Bytes{}, "byte[]"},
+        {by_reference(&variable, VT_ARRAY | VT_UI1), "byte[] 2 1"},
+        {by_reference(array), "byte[] 2 1"},
+        {by_reference(&unset, VT_ARRAY | VT_UI1), "byte[]"},
+        {array_of(VT_I2, 0, {256}), refused(DISP_E_OVERFLOW, 0)},
+        {array_of(VT_VARIANT, 0, {-1}), refused(DISP_E_OVERFLOW, 0)},
+        {u"abc", refused(DISP_E_TYPEMISMATCH, 0)},
+        {Variant::null(), refused(DISP_E_TYPEMISMATCH, 0)},
+        {square, refused(DISP_E_TYPEMISMATCH, 0)},
+        {array_of(VT_DECIMAL, 0, {256}), refused(DISP_E_OVERFLOW, 0)},
+        {array_of(VT_ERROR, 0, {1}), refused(DISP_E_TYPEMISMATCH, 0)},
+        {array_of(VT_UNKNOWN, 0, {}), "byte[]"},
+        // Says bytes, and has larger ones.
+        {Variant(windows::SafeArray(SafeArrayCreateVector(VT_I4, 0, 2)), VT_UI1), "byte[] 0 0"}};
     for (const auto& row : rows) EXPECT_EQ(answer(probe, u"Reverse", {row.bytes}), row.expected);
+
+    // As VB6 passes an array of a user-defined type, with only the type's description missing.
+    SAFEARRAY* descriptor = nullptr;
+    ASSERT_EQ(SafeArrayAllocDescriptorEx(VT_RECORD, 1, &descriptor), S_OK);
+    descriptor->cbElements = 12;
+    descriptor->rgsabound[0] = {2, 0};
+    ASSERT_EQ(SafeArrayAllocData(descriptor), S_OK);
+    const Variant records(windows::SafeArray(descriptor), VT_RECORD);
+    EXPECT_EQ(answer(probe, u"Reverse", {records}), refused(DISP_E_TYPEMISMATCH, 0));
+    EXPECT_EQ(answer(probe, u"Join", {records}), refused(DISP_E_TYPEMISMATCH, 0));
+    descriptor->fFeatures = 0;  // records that nobody describes cannot be cleared
+}
+
+TEST_F(Conversions, AnArrayThatIsLockedOrOfAFixedSizeStaysTheHostsOwn) {
+    const struct {
+        const char* name;
+        USHORT feature;
+        bool locked;
+        int count;
+        std::string expected;
+        std::string left;
+    } rows[] = {{"dynamic", 0, false, 3, "empty", "x|x|x|"},
+                {"locked", 0, true, 3, refused(DISP_E_ARRAYISLOCKED, 1), "a|b|"},
+                {"fixed", FADF_FIXEDSIZE, false, 2, "empty", "x|x|"},
+                {"static", FADF_STATIC, false, 2, "empty", "x|x|"},
+                {"too small", FADF_FIXEDSIZE, false, 3, refused(DISP_E_ARRAYISLOCKED, 1), "a|b|"},
+                {"too large", FADF_STATIC, false, 1, refused(DISP_E_ARRAYISLOCKED, 1), "a|b|"}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        Variant array = std::move(call(probe, u"Split", {u"a,b"}).result);
+        SAFEARRAY*& variable = array.address()->parray;
+        SAFEARRAY* const before = variable;
+        variable->fFeatures |= row.feature;
+        if (row.locked) SafeArrayLock(variable);
+        EXPECT_EQ(answer(probe, u"Fill", {by_reference(&variable, VT_ARRAY | VT_BSTR), row.count}),
+                  row.expected);
+        EXPECT_EQ(answer(probe, u"Join", {array}), "text " + row.left);
+        if (!row.locked) {
+            variable->fFeatures &= static_cast<USHORT>(~row.feature);
+            continue;
+        }
+        EXPECT_EQ(variable, before);
+        EXPECT_EQ(answer(probe, u"Fill", {by_reference(array), 3}), row.expected)
+            << "in a script's variable too";
+        EXPECT_EQ(variable, before);
+        EXPECT_EQ(variable->cLocks, 1u);
+        SafeArrayUnlock(variable);
+    }
 }
 
 TEST_F(Conversions, ArgumentsAndResultsHaveTheTypesOfTheTable) {

@@ -1,5 +1,6 @@
 // Names, argument lists and results, against an object that has every kind of argument.
 
+#include "com/signature.h"
 #include "tests/com/late_host.h"
 #include "tests/com/probe.h"
 
@@ -10,6 +11,21 @@ class Dispatch : public testing::Test {
   protected:
     ComPointer<IDispatch> probe = make_probe();
 };
+
+// As hosts see names: `members` refuses such rows when it compiles them.
+constexpr com::Member rows_named(base::TextView name) {
+    com::Member row;
+    row.name = name;
+    return row;
+}
+template <std::size_t count>
+constexpr bool clash(const std::array<com::Member, count>& rows) {
+    return com::has_twins(std::span<const com::Member>(rows));
+}
+static_assert(clash(std::array{rows_named(u"Treść"), rows_named(u"x"), rows_named(u"TREŚĆ")}));
+static_assert(clash(std::array{rows_named(u"x1"), rows_named(u"X1")}));
+static_assert(!clash(std::array{rows_named(u"Treść"), rows_named(u"Tresc"),
+                                rows_named(u"Treśćx")}));
 
 TEST_F(Dispatch, NamesAreFoundWhateverTheirLetterCaseAndNoOthers) {
     const struct {

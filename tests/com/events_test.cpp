@@ -3,6 +3,7 @@
 #include "com/dispatch_object.h"
 #include "com/guid.h"
 #include "com/signature.h"
+#include "tests/com/apartment.h"
 #include "tests/com/event_sink.h"
 #include "tests/com/probe.h"
 
@@ -140,6 +141,23 @@ TEST_F(Events, HandlersAnswerThroughReferencesAndTheNextOneSeesIt) {
     EXPECT_EQ(first->events, (Lines{"12, ref text , ref bool 0"}));
     EXPECT_EQ(second->events, (Lines{"12, ref text pierwszy, ref bool -1"}));
     EXPECT_EQ(written(variable.get()), "text pierwszy") << "a failed handler has answered nothing";
+}
+
+TEST_F(Events, SinksOfAnotherApartmentAreAskedAndAnswer) {
+    Parcel parcel(talker);
+    in_multithreaded_apartment([&] {
+        const auto proxy = parcel.take();
+        const ConnectedSink sink(proxy, events_id, [](DISPID, const auto& arguments) {
+            SysReAllocString(arguments[0].pbstrVal, L"stamtąd");
+            *arguments[1].pboolVal = VARIANT_TRUE;
+            return S_OK;
+        });
+        BSTR text = windows::make_bstr(u"pytanie").release();
+        EXPECT_EQ(answer(proxy, u"Ask", {test::by_reference(&text, VT_BSTR)}), "bool -1");
+        EXPECT_EQ(sink->events, (Lines{"12, ref text pytanie, ref bool 0"}));
+        EXPECT_EQ(windows::view_of(text), u"stamtąd");
+        SysFreeString(text);
+    });
 }
 
 TEST_F(Events, SinksMayFailCallBackAndComeAndGo) {

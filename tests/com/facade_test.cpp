@@ -1,7 +1,12 @@
 // The classes as hosts call them: by name, with the user before the forms and the system's own
 // registry behind them.
 
+#include <filesystem>
+#include <fstream>
+
 #include "com/forms/identifiers.h"
+#include "com/guid.h"
+#include "tests/com/event_sink.h"
 #include "tests/com/form_user.h"
 #include "tests/com/late_host.h"
 
@@ -106,6 +111,33 @@ TEST(Classes, AnswerTheirHosts) {
         EXPECT_EQ(answer(created, row.method, row.arguments), row.expected)
             << base::to_utf8(row.name);
     }
+}
+
+TEST(Classes, NeedTheirSettingsOnlyWhenTheyUseThem) {
+    const base::Text path = beside_program(u"Tavrix.json");
+    const auto write_settings = [&](const char* text) {
+        std::ofstream(std::filesystem::path(path), std::ios::binary) << text;
+    };
+    write_settings("{\n  \"ksef\": {\n    \"tset\": \"https://127.0.0.1:1\"\n  }\n}");
+    const std::string wrong =
+        base::to_utf8(path) + ", wiersz 3: klucz \"ksef.tset\": nieznany klucz";
+    const auto ksef = create(u"Tavrix.KseF_comm");
+    const auto send = [&] {
+        return answer(ksef, u"SendInvoiceToKSeF",
+                      {ComPointer<IDispatch>(), u"5260250995", u"no bars", u"<x/>", u"FA (3)",
+                       u"1-0E", u"FA", 2, u"dok_fak", 1});
+    };
+    EXPECT_EQ(answer(ksef, u"Base64DecodeSS", {u"WmG/87Pm"}), "text Zażółć");
+    EXPECT_EQ(send(), "text " + wrong);
+
+    const auto socket = create(u"Tavrix.clsSocket");
+    const ConnectedSink sink(socket, com::guid("D7EFD24E-AC81-4DBF-A0D9-CD71DFC3386D"));
+    EXPECT_EQ(answer(socket, u"OpeneSocket", {0, 0, u"127.0.0.1:1"}), "long 0");
+    EXPECT_EQ(sink->events, (std::vector<std::string>{"4, text Błąd, text " + wrong, "6, bool 0"}));
+    // The host's developer mends it meanwhile.
+    write_settings("{}");
+    EXPECT_EQ(send(), "text Błędny token :no bars");
+    std::filesystem::remove(std::filesystem::path(path));
 }
 
 TEST(Classes, HaveInstancesThatShareNothing) {

@@ -94,7 +94,7 @@ const PublishedClass classes[] = {
     {u"ClsGetMail", {
         u"bool cmdGetMail(ref text host, ref long port, ref text user, ref text Pass, ref bool Delete, "
             u"ref text opis, ref text temat, ref text Katalog)",
-        u"object cmdGetMailM(ref text host, ref long port, ref text user, ref text Pass, ref bool Delete, "
+        u"CMessage cmdGetMailM(ref text host, ref long port, ref text user, ref text Pass, ref bool Delete, "
             u"ref text Katalog, ref bool czyssl)",
     }},
     {u"CMessage", {

@@ -16,7 +16,7 @@ struct PublishedClass {
     ///
     /// `text` is a BSTR, `bool` a VARIANT_BOOL, `byte` 8 bits without sign, `integer` 16 and `long`
     /// 32 bits with one, `currency` 64 bits with four decimals; `double`, `object` and `variant`
-    /// are themselves; `[]` is a SAFEARRAY.
+    /// are themselves; `[]` is a SAFEARRAY. A class's name is an object of the class.
     std::vector<const char16_t*> members;
     /// Names of the events it raises, numbered in the same way. Their arguments are nobody's
     /// promise.

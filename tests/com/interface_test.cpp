@@ -10,14 +10,6 @@
 namespace tavrix::test {
 namespace {
 
-std::string written(const TYPEDESC* type) {
-    unsigned flags = 0;
-    for (; type->vt == VT_PTR || type->vt == VT_SAFEARRAY; type = type->lptdesc) {
-        flags |= type->vt == VT_PTR ? VT_BYREF : VT_ARRAY;
-    }
-    return type_words(static_cast<VARTYPE>(flags | type->vt));
-}
-
 // What the library says of a type or of a function is given back to it.
 auto attributes_of(ITypeInfo* info) {
     TYPEATTR* attributes = nullptr;
@@ -54,9 +46,26 @@ std::vector<base::Text> names_of(ITypeInfo* info, MEMBERID function) {
     return names;
 }
 
+// A reference to the interface `_Class` is an object of the class.
+std::string written(const TYPEDESC* type, ITypeInfo* info) {
+    if (type->vt == VT_PTR && type->lptdesc->vt == VT_USERDEFINED) {
+        ComPointer<ITypeInfo> object;
+        EXPECT_EQ(info->GetRefTypeInfo(type->lptdesc->hreftype, object.out()), S_OK);
+        const std::string name = base::to_utf8(name_of(object.get()));
+        EXPECT_EQ(name.front(), '_');
+        return name.substr(1);
+    }
+    unsigned flags = 0;
+    for (; type->vt == VT_PTR || type->vt == VT_SAFEARRAY; type = type->lptdesc) {
+        flags |= type->vt == VT_PTR ? VT_BYREF : VT_ARRAY;
+    }
+    return type_words(static_cast<VARTYPE>(flags | type->vt));
+}
+
 // "(ref text first, long second)". Compilers go by the flags as well as by the pointer, so flags
 // that say otherwise are written down too.
-std::string written_arguments(const FUNCDESC& function, const std::vector<base::Text>& names) {
+std::string written_arguments(const FUNCDESC& function, const std::vector<base::Text>& names,
+                              ITypeInfo* info) {
     std::string text;
     for (int i = 0; i < function.cParams; ++i) {
         const ELEMDESC& argument = function.lprgelemdescParam[i];
@@ -65,7 +74,7 @@ std::string written_arguments(const FUNCDESC& function, const std::vector<base::
             argument.tdesc.vt == VT_PTR ? PARAMFLAG_FIN | PARAMFLAG_FOUT : PARAMFLAG_FIN;
         text += i == 0 ? "" : ", ";
         if (flags != usual) text += "[flags " + std::to_string(flags) + "] ";
-        text += written(&argument.tdesc);
+        text += written(&argument.tdesc, info);
         const auto place = static_cast<std::size_t>(i) + 1;
         if (place < names.size()) text += " " + base::to_utf8(names[place]);
     }
@@ -101,14 +110,14 @@ std::map<MEMBERID, std::string> written_members(ITypeInfo* info,
         const std::vector<base::Text> names = names_of(info, function->memid);
         expect_same_numbers(object, function->memid, names);
         const std::string name = base::to_utf8(name_of(info, function->memid));
-        const std::string result = written(&function->elemdescFunc.tdesc);
-        const std::string arguments = written_arguments(*function, names);
+        const std::string result = written(&function->elemdescFunc.tdesc, info);
+        const std::string arguments = written_arguments(*function, names, info);
         std::string& line = lines[function->memid];
         if (function->invkind == INVOKE_PROPERTYGET && line.empty() && arguments == "()") {
             line = "readonly " + result + " " + name;
         } else if (function->invkind == INVOKE_PROPERTYPUT && function->cParams == 1 &&
-                   line ==
-                       "readonly " + written(&function->lprgelemdescParam[0].tdesc) + " " + name) {
+                   line == "readonly " + written(&function->lprgelemdescParam[0].tdesc, info) +
+                               " " + name) {
             line.replace(0, std::string("readonly").size(), "property");
         } else {
             EXPECT_EQ(function->invkind, INVOKE_FUNC) << name;
@@ -168,6 +177,8 @@ void expect_class(ITypeInfo* creatable, const PublishedClass& published) {
         EXPECT_EQ(creatable->GetImplTypeFlags(i, &flags), S_OK);
         EXPECT_EQ(creatable->GetRefTypeOfImplType(i, &reference), S_OK);
         ASSERT_EQ(creatable->GetRefTypeInfo(reference, info.out()), S_OK);
+        EXPECT_NE(attributes_of(info.get())->wTypeFlags & TYPEFLAG_FNONEXTENSIBLE, 0)
+            << "compilers refuse names that are not there";
         if (flags == IMPLTYPEFLAG_FDEFAULT) {
             EXPECT_EQ(name_of(info.get()), u"_" + name);
             EXPECT_EQ(written_members(info.get(), object), numbered(published.members));

@@ -66,14 +66,22 @@ TEST(VersionResource, IsPolishAndEnglish) {
     }
 }
 
-// Whatever the libraries inside left with the process would bring it down when it ends.
-TEST(Unloading, LeavesTheProcessWhole) {
-    for (int round = 0; round < 3; ++round) {
-        EXPECT_EQ(call(create(u"Tavrix.KseF_comm"), u"Sha256XmlSimpleb", {base::Bytes{1}}).code,
-                  S_OK);
-        CoFreeUnusedLibrariesEx(0, 0);
-        EXPECT_EQ(GetModuleHandleW(L"Tavrix.dll"), nullptr);
+std::string lone_host(const base::Text& story) {
+    return run_program(u"\"" + beside_program(u"lone_host.exe") + u"\" " + story);
+}
+
+// As servers do that open COM for each piece of work.
+TEST(LoneHost, CreatesCallsAndGivesBackThousandsOfTimes) {
+    EXPECT_EQ(lone_host(u"rounds"), "whole\r\n");
+}
+
+// Its unwinder must not be handed the DLL's own tables, which the DLL's own one would miss.
+TEST(LoneHost, MayHaveTheSharedUnwinderLoaded) {
+    const base::Text unwinder = u"..\\tests\\com\\host_runtime\\" TAVRIX_LIBGCC;
+    if (GetFileAttributesW(windows::wide(beside_program(unwinder))) == INVALID_FILE_ATTRIBUTES) {
+        GTEST_SKIP() << "the compiler has no shared run-time library";
     }
+    EXPECT_EQ(lone_host(u"unwinder " + unwinder), "whole\r\n");
 }
 
 TEST_F(Module, RefusesWhatItDoesNotHave) {
@@ -203,7 +211,12 @@ TEST_F(Registration, LeavesAnotherCopyItsEntries) {
         const auto upgraded = classes_of(HKEY_LOCAL_MACHINE);
         EXPECT_EQ(unregister_server(), S_OK);
         EXPECT_TRUE(classes_of(HKEY_LOCAL_MACHINE) == upgraded);
-        EXPECT_TRUE(create(u"Tavrix.CInfo"));
+        // The class is found; an object of it would keep the copy loaded.
+        ComPointer<IClassFactory> factory;
+        EXPECT_EQ(CoGetClassObject(class_id, CLSCTX_INPROC_SERVER, nullptr, IID_IClassFactory,
+                                   factory.out_void()),
+                  S_OK);
+        factory = {};
         CoFreeUnusedLibrariesEx(0, 0);
         EXPECT_EQ(other.function<NoArguments>("DllUnregisterServer")(), S_OK);
         EXPECT_TRUE(classes_of(HKEY_LOCAL_MACHINE) == before);

@@ -35,6 +35,9 @@ class Probe {
         return joined;
     }
     std::vector<base::Text> Split(const base::Text& text) const { return base::split(text, u','); }
+    void Fill(std::vector<base::Text>& texts, std::int32_t count) const {
+        texts.assign(static_cast<std::size_t>(count), u"x");
+    }
     base::Value Same(const base::Value& value) const { return value; }
     windows::ComPointer<IDispatch> SameObject(const windows::ComPointer<IDispatch>& object) const {
         return object;
@@ -85,7 +88,8 @@ constexpr auto probe_members = com::members(
     com::method<&Probe::Count>(13, u"Count", u"", by_value(u"text"), by_reference(u"length")),
     com::method<&Probe::Fail>(14, u"Fail", u"", by_value(u"how"), by_reference(u"changed")),
     com::property<&Probe::label, &Probe::set_label>(15, u"Label", u""),
-    com::read_only<&Probe::inner>(16, u"Inner", u""));
+    com::read_only<&Probe::inner>(16, u"Inner", u""),
+    com::method<&Probe::Fill>(17, u"Fill", u"", by_reference(u"texts"), by_value(u"count")));
 
 windows::ComPointer<IDispatch> Probe::inner() const {
     auto inner = std::make_shared<Probe>();
