@@ -93,7 +93,7 @@ ports::HttpReply Client::get(std::string_view path) {
     return send({"GET", url_of(path)}, true);
 }
 
-ports::HttpReply Client::post(std::string_view path, const Json& body) {
+ports::HttpReply Client::post(std::string_view path, const Body& body) {
     return send({"POST", url_of(path), body.dump()}, true);
 }
 
@@ -111,7 +111,7 @@ void Client::close_with_authentication_token() {
     base::SecretUtf8 path("/api/v2/sessions/online/");
     path += secret_path_segment(authentication_token.view()).view();
     path += "%20/close";
-    post(path.view(), Json::object());
+    post(path.view(), Body::object());
 }
 
 }  // namespace tavrix::ksef

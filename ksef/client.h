@@ -37,7 +37,7 @@ class Client {
 
     /// `path` begins with "/api/v2"; settings may put another root in its place.
     ports::HttpReply get(std::string_view path);
-    ports::HttpReply post(std::string_view path, const Json& body);
+    ports::HttpReply post(std::string_view path, const Body& body);
     /// An address out of an answer. The Bearer header never goes along: a storage address carries
     /// its permission in itself, and whoever else is named there must not see the token. An address
     /// that is not plain http(s) (user information, backslashes, blanks), or not encrypted although

@@ -75,7 +75,7 @@ class OnlineSession : Exchange {
 
     bool open_session(const FormCode& form, const SessionKey& session_key) {
         client_.set_bearer(client_.access_token);
-        Json body;
+        Body body;
         body["formCode"]["systemCode"] = base::to_utf8(form.system_code);
         body["formCode"]["schemaVersion"] = base::to_utf8(form.schema_version);
         body["formCode"]["value"] = base::to_utf8(form.value);
@@ -157,7 +157,7 @@ class OnlineSession : Exchange {
     }
 
     bool close_and_wait() {
-        client_.post(online_path("/close"), Json::object());
+        client_.post(online_path("/close"), Body::object());
         PollCounter counter;
         for (;;) {
             const HttpReply reply = client_.get(session_path());
@@ -205,7 +205,7 @@ class OnlineSession : Exchange {
     }
 
     DocumentRow row_;
-    Json body_ = Json::object();
+    Body body_ = Body::object();
     std::string invoice_hash_;
     std::string invoice_reference_;
     Json invoices_;
