@@ -34,10 +34,10 @@ class OnlineSession : Exchange {
     OnlineSession(KsefPorts& ports, Client& client, DocumentRow row)
         : Exchange(ports, client, u"Nieznany błąd"), row_(row) {}
 
-    Text run(base::TextView xml_content, const FormCode& form) {
+    Text run(base::Bytes invoice, const FormCode& form) {
         return outcome_of([&] {
             SessionKey session_key;
-            if (prepare(xml_content, session_key) && open_session(form, session_key) &&
+            if (prepare(std::move(invoice), session_key) && open_session(form, session_key) &&
                 check_session() && look_up_row() && send_invoice() && wait_for_invoice()) {
                 record_outcome();
                 if (close_and_wait() && fetch_invoice()) fetch_upo();
@@ -56,12 +56,11 @@ class OnlineSession : Exchange {
 
     // Everything of the body that depends on the bytes alone, so that they are held no longer than
     // needed.
-    bool prepare(base::TextView xml_content, SessionKey& session_key) {
+    bool prepare(const base::Bytes plain, SessionKey& session_key) {
         if (Text failure = make_session_key(ports_.crypto, client_, session_key);
             !failure.empty()) {
             return fail(std::move(failure));
         }
-        const base::Bytes plain = invoice_bytes(ports_.code_page, xml_content);
         const base::Bytes encrypted =
             ports_.crypto.aes_256_cbc_encrypt(session_key.key.view(), session_key.iv, plain);
         invoice_hash_ = sha256_base64(ports_.crypto, plain);
@@ -214,9 +213,9 @@ class OnlineSession : Exchange {
 
 }  // namespace
 
-Text send_in_online_session(KsefPorts& ports, Client& client, DocumentRow row,
-                            base::TextView xml_content, const FormCode& form) {
-    return OnlineSession(ports, client, row).run(xml_content, form);
+Text send_in_online_session(KsefPorts& ports, Client& client, DocumentRow row, base::Bytes invoice,
+                            const FormCode& form) {
+    return OnlineSession(ports, client, row).run(std::move(invoice), form);
 }
 
 }  // namespace tavrix::ksef
