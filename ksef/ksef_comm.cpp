@@ -72,7 +72,7 @@ Text KseF_comm::SendInvoiceToKSeF(ports::Database& dbb, const Text& nip,
                                   std::int32_t Tablica_id) {
     Text result = u"Nieznany błąd";
     try {
-        client_->select_environment(pog517);
+        client_->begin_call(pog517);
         const TokenCheck token = check_token(Token, nip);
         if (!token.failure.empty()) return token.failure;
         Bytes invoice;

@@ -15,9 +15,10 @@ using namespace std::chrono_literals;
 
 constexpr std::string_view sessions = "/api/v2/sessions/";
 constexpr std::string_view online_sessions = "/api/v2/sessions/online";
+constexpr std::u16string_view accepted_prefix = u"Faktura o numerze KSeF: ";
 constexpr auto invoice_poll_pause = 2000ms;
-// The service has the invoice's own page as soon as the session is done; past this many polls it
-// never will.
+// The service has the invoice's own page as soon as the session is done, and the UPO soon after;
+// past this many polls it never will.
 constexpr int most_invoice_polls = 120;
 
 // What the address of a UPO must not have stored as one: nothing, and the page of a firewall.
@@ -146,13 +147,13 @@ class OnlineSession : Exchange {
         // The answer to the sending may have been unreadable; the session's list names the invoice
         // too.
         if (invoice_reference_.empty()) invoice_reference_ = utf8_at(invoice, "referenceNumber");
-        Text number = text_at(invoice, "status.extensions.originalKsefNumber");
-        if (number.empty() || utf8_at(invoice, "status.code") != "440")
-            number = text_at(invoice, "ksefNumber");
-        row_.record({base::from_utf8(invoice_reference_), number, base::from_utf8(invoice_hash_),
+        number_ = text_at(invoice, "status.extensions.originalKsefNumber");
+        if (number_.empty() || utf8_at(invoice, "status.code") != "440")
+            number_ = text_at(invoice, "ksefNumber");
+        row_.record({base::from_utf8(invoice_reference_), number_, base::from_utf8(invoice_hash_),
                      text_at(invoice, "status.description")},
                     ports_.clock.now_local());
-        result_ = u"Faktura o numerze KSeF: " + number;
+        result_ = Text(accepted_prefix) + number_;
     }
 
     bool close_and_wait() {
@@ -181,32 +182,39 @@ class OnlineSession : Exchange {
 
     bool fetch_invoice() {
         const std::string path = session_path("/invoices/") + path_segment(invoice_reference_);
-        HttpReply reply = client_.get(path);
-        for (int poll = 1; !answered(reply, 200); ++poll) {
+        for (int poll = 1;; ++poll) {
+            const HttpReply reply = client_.get(path);
+            if (answered(reply, 200) && read_page(parse_json(reply.body.view()))) return true;
             if (poll == most_invoice_polls) return false;
             ports_.clock.sleep(invoice_poll_pause);
-            reply = client_.get(path);
         }
-        const Json invoice = parse_json(reply.body.view());
-        // An answer without a number must not take away the one that is recorded.
-        if (const Text number = text_at(invoice, "ksefNumber"); !number.empty()) {
+    }
+
+    // Whether the UPO can be fetched. An invoice has its number, and with it its page, before that.
+    bool read_page(const Json& invoice) {
+        const Text number = text_at(invoice, "ksefNumber");
+        if (!number.empty() && number != confirmed_number_) {
             row_.record_number(number, ports_.clock.now_local());
+            number_ = confirmed_number_ = number;
+            result_ = Text(accepted_prefix) + number_;
         }
         upo_url_ = utf8_at(invoice, "upoDownloadUrl");
-        return true;
+        return !upo_url_.empty();
     }
 
     void fetch_upo() {
         const HttpReply reply = client_.get_address(upo_url_);
         if (!answered(reply, 200) || !is_upo(reply.body.view())) return;
         row_.record_upo(base::from_utf8(reply.body.view()), ports_.clock.now_local());
-        result_.clear();
+        if (!number_.empty()) result_.clear();
     }
 
     DocumentRow row_;
     Body body_ = Body::object();
     std::string invoice_hash_;
     std::string invoice_reference_;
+    Text number_;            // what the service called the invoice, empty as long as it did not
+    Text confirmed_number_;  // the same on the invoice's own page, as recorded
     Json invoices_;
     std::string upo_url_;
 };
