@@ -258,6 +258,11 @@ TEST_F(SendFaults, OnlyAWaitWithinTheLimitIsWaited) {
         EXPECT_EQ(send_with_fault("auth/challenge", fault), text) << fault.dump();
         EXPECT_EQ(clock.slept, slept) << fault.dump();
     }
+    Json header = kind("header");
+    header["name"] = "Retry-After";
+    header["value"] = "5";
+    EXPECT_EQ(send_with_fault("auth/challenge", header), "");
+    EXPECT_EQ(clock.slept, 0s) << "an answer that is none to wait for";
 }
 
 TEST_F(SendFaults, ANumberIsReplacedByAnotherAndNeverTakenAway) {

@@ -179,6 +179,12 @@ TEST_F(Send, InstanceCanBeUsedAgain) {
     EXPECT_EQ(send_with(client, database),
               "Błąd inicjalizacji sesji KSeF:auth/token/redeem:STATUS:500");
     sandbox->reset();
+    sandbox->fault({{"step", "security/public-key-certificates"},
+                    {"kind", "remove"},
+                    {"path", "[1].certificate"}});
+    EXPECT_TRUE(send_with(client, database).starts_with("Load RSA Public Key failed: "))
+        << "the key of the call before is not taken";
+    sandbox->reset();
     // And for another environment, at another address of the same sandbox.
     settings.service.demo = u"http://localhost:" + base::from_utf8(sandbox->port());
     environment = 0;
