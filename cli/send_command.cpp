@@ -37,11 +37,6 @@ std::int32_t environment_number(const std::string& name) {
     return 2;
 }
 
-ExitCode exit_code_of(const Text& result) {
-    if (result.empty()) return exit_done;
-    return result.starts_with(accepted_prefix) ? exit_accepted_no_upo : exit_failed;
-}
-
 // The row's KSeF columns as they stand now; nothing when there is no row or no such table.
 Json row_now(ports::Database& database, const SendOptions& options) {
     Json row = Json::object();
@@ -71,8 +66,21 @@ Json row_now(ports::Database& database, const SendOptions& options) {
     return row;
 }
 
-void report(const Text& result, const Json& row, const SendOptions& options) {
-    const ExitCode code = exit_code_of(result);
+std::string ksef_number_in(const Json& row) {
+    const Text column(ksef::column_of(ksef::Field::ksef_number).name);
+    return row.is_object() ? row.value(base::to_utf8(column), "") : "";
+}
+
+// What failed after the number was recorded has a text of its own, which says nothing of the
+// number: then the row does. A number from an earlier sending says nothing of this one; every
+// acceptance leaves its new reference in the row.
+ExitCode exit_code_of(const Text& result, const Json& before, const Json& now) {
+    if (result.empty()) return exit_done;
+    const bool recorded = !ksef_number_in(now).empty() && now != before;
+    return recorded || result.starts_with(accepted_prefix) ? exit_accepted_no_upo : exit_failed;
+}
+
+void report(const Text& result, ExitCode code, const Json& row, const SendOptions& options) {
     if (options.json) {
         Json answer;
         answer["result"] = base::to_utf8(result);
@@ -103,12 +111,15 @@ ExitCode send(const SendOptions& options) {
     const Text xml = bundle.code_page().to_text(read_file(options.xml_file));
     ports::SqliteDatabase database(ports::SqliteConnection::open(options.database_file));
     ksef::KseF_comm client(bundle.for_ksef());
+    const Json before = row_now(database, options);
     const Text result = client.SendInvoiceToKSeF(
         database, base::from_utf8(options.nip), token, xml, base::from_utf8(options.system_code),
         base::from_utf8(options.schema_version), base::from_utf8(options.form_code),
         environment_number(options.environment), base::from_utf8(options.table), options.id);
-    report(result, row_now(database, options), options);
-    return exit_code_of(result);
+    const Json row = row_now(database, options);
+    const ExitCode code = exit_code_of(result, before, row);
+    report(result, code, row, options);
+    return code;
 }
 
 }  // namespace

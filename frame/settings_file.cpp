@@ -68,13 +68,20 @@ struct Reader {
         }
         return base::from_utf8(root);
     }
-    std::chrono::milliseconds milliseconds() const {
-        constexpr std::int64_t one_day_ms = 86'400'000;
-        if (!value.is_number_integer() || value.get<std::int64_t>() < 1 ||
-            value.get<std::int64_t>() > one_day_ms) {
-            source.fail_at_key(key, "oczekiwano liczby milisekund od 1 do 86400000");
+    std::int64_t whole_number(std::int64_t least, std::int64_t most, const char* unit) const {
+        if (!value.is_number_integer() || value.get<std::int64_t>() < least ||
+            value.get<std::int64_t>() > most) {
+            source.fail_at_key(key, std::string("oczekiwano liczby ") + unit + " od " +
+                                        std::to_string(least) + " do " + std::to_string(most));
         }
-        return std::chrono::milliseconds(value.get<std::int64_t>());
+        return value.get<std::int64_t>();
+    }
+    std::chrono::milliseconds milliseconds() const {
+        return std::chrono::milliseconds(whole_number(1, 86'400'000, "milisekund"));
+    }
+    // KSeF's access tokens are good for 15 minutes: after a longer wait there is nothing to repeat.
+    std::chrono::seconds retry_after_limit() const {
+        return std::chrono::seconds(whole_number(0, 900, "sekund"));
     }
     std::vector<mail::HelpdeskRoute> helpdesk_routes() const {
         if (!value.is_object()) source.fail_at_key(key, "oczekiwano obiektu NIP: adres");
@@ -101,6 +108,8 @@ constexpr std::array keys = {
     Key{"ksef.demo", [](Settings& s, const Reader& r) { s.ksef.service.demo = r.origin(); }},
     Key{"ksef.test", [](Settings& s, const Reader& r) { s.ksef.service.test = r.origin(); }},
     Key{"ksef.path_root", [](Settings& s, const Reader& r) { s.ksef.path_root = r.path_root(); }},
+    Key{"ksef.retry_after_limit_s",
+        [](Settings& s, const Reader& r) { s.ksef.retry_after_limit = r.retry_after_limit(); }},
     Key{"qr.production", [](Settings& s, const Reader& r) { s.ksef.qr.production = r.origin(); }},
     Key{"qr.demo", [](Settings& s, const Reader& r) { s.ksef.qr.demo = r.origin(); }},
     Key{"qr.test", [](Settings& s, const Reader& r) { s.ksef.qr.test = r.origin(); }},

@@ -31,6 +31,11 @@ class Answers final : public ports::Http {
         return reply;
     }
 
+    ports::AddressKind kind_of(std::string_view url) const override {
+        return url.starts_with("https://") ? ports::AddressKind::https
+                                           : ports::AddressKind::refused;
+    }
+
   private:
     std::string_view rest_;
 };

@@ -42,7 +42,7 @@ class Authentication : Exchange {
 
   private:
     bool request_challenge() {
-        const HttpReply reply = client_.post("/api/v2/auth/challenge", Json::object());
+        const HttpReply reply = client_.post("/api/v2/auth/challenge", Body::object());
         // Only the transport's failure is one here; an error status shows as a missing timestamp.
         if (!reply.completed) return fail(failure_text(reply, u"auth/challenge:STATUS:"));
         const Json answer = parse_json(reply.body.view());
@@ -92,7 +92,7 @@ class Authentication : Exchange {
     }
 
     bool request_token(const Text& tax_number) {
-        Json body;
+        Body body;
         body["challenge"] = challenge_;
         body["contextIdentifier"]["type"] = "Nip";
         body["contextIdentifier"]["value"] = base::to_utf8(tax_number);
@@ -135,7 +135,7 @@ class Authentication : Exchange {
 
     bool redeem() {
         client_.set_bearer(client_.authentication_token);
-        HttpReply reply = client_.post("/api/v2/auth/token/redeem", Json::object());
+        HttpReply reply = client_.post("/api/v2/auth/token/redeem", Body::object());
         if (!answered(reply, 200)) return fail(failure_text(reply, u"auth/token/redeem:STATUS:"));
         SecretAnswer answer =
             parse_secret_json(reply.body, {"accessToken.token", "refreshToken.token"});

@@ -1,24 +1,26 @@
 #include "ksef/client.h"
 
 #include <algorithm>
+#include <charconv>
 
+#include "base/error.h"
 #include "ksef/environment.h"
 
 namespace tavrix::ksef {
 namespace {
 
-bool is_encrypted(std::string_view url) {
-    return url.starts_with("https://");
-}
+constexpr std::chrono::minutes longest_call{30};
 
-// An http(s) address that every parser reads the same way: no user information, no backslash,
-// blank or control character.
-bool is_plain_address(std::string_view url) {
-    if (!is_encrypted(url) && !url.starts_with("http://")) return false;
-    const auto is_odd = [](char c) { return c <= ' ' || c == 0x7F || c == '\\'; };
-    if (std::ranges::any_of(url, is_odd)) return false;
-    const std::string_view host = url.substr(url.find("//") + 2);
-    return host.substr(0, host.find_first_of("/?#")).find('@') == std::string_view::npos;
+// The value of `Retry-After` (RFC 9110, 10.2.3) in seconds; none when it is absent, or a date.
+std::optional<std::chrono::seconds> retry_after(const ports::HttpReply& reply) {
+    for (const auto& [name, value] : reply.headers) {
+        if (!base::equal_case_blind(base::from_utf8(name), u"Retry-After")) continue;
+        std::uint32_t seconds = 0;
+        const char* const end = value.data() + value.size();
+        const auto [stop, error] = std::from_chars(value.data(), end, seconds);
+        if (error == std::errc() && stop == end) return std::chrono::seconds(seconds);
+    }
+    return std::nullopt;
 }
 
 }  // namespace
@@ -56,8 +58,9 @@ std::string path_segment(std::string_view text) {
     return std::string(secret_path_segment(text).view());
 }
 
-void Client::select_environment(std::int32_t environment) {
+void Client::begin_call(std::int32_t environment) {
     base_url = base_address(ports_.settings.service, environment);
+    call_ends_at_ = ports_.clock.steady_now() + longest_call;
 }
 
 void Client::set_bearer(const base::SecretUtf8& token) {
@@ -81,28 +84,57 @@ base::SecretUtf8 Client::url_of(std::string_view path) const {
     return url;
 }
 
-ports::HttpReply Client::send(ports::HttpRequest request, bool with_authorization) {
+ports::Http& Client::http() {
     if (!http_) http_ = ports_.make_http();
+    return *http_;
+}
+
+ports::HttpReply Client::send(ports::HttpRequest request, bool with_authorization) {
     request.headers.push_back({"Accept", "application/json"});
     request.headers.push_back({"Content-Type", "application/json"});
     if (with_authorization) request.authorization = authorization_.copy();
-    return http_->send(request);
+    for (;;) {
+        request.time_limit = call_ends_at_ - ports_.clock.steady_now();
+        if (request.time_limit->count() <= 0) {
+            throw base::AutomationError(base::ErrorNumber::component_failed, u"KseF_comm",
+                                        u"Przekroczono czas całego wywołania");
+        }
+        ports::HttpReply reply = http().send(request);
+        const auto pause = pause_before_repeating(reply);
+        if (!pause) return reply;
+        ports_.clock.sleep(*pause);
+    }
+}
+
+// At least a second: a server that says 0 is not to be asked without a pause.
+std::optional<std::chrono::seconds> Client::pause_before_repeating(
+    const ports::HttpReply& reply) const {
+    if (!answered(reply, 429)) return std::nullopt;
+    const auto asked = retry_after(reply);
+    if (!asked) return std::nullopt;
+    const auto pause = std::max(*asked, std::chrono::seconds(1));
+    const bool in_time = ports_.clock.steady_now() + pause < call_ends_at_;
+    return in_time && pause <= ports_.settings.retry_after_limit ? std::optional(pause)
+                                                                 : std::nullopt;
 }
 
 ports::HttpReply Client::get(std::string_view path) {
     return send({"GET", url_of(path)}, true);
 }
 
-ports::HttpReply Client::post(std::string_view path, const Json& body) {
+ports::HttpReply Client::post(std::string_view path, const Body& body) {
     return send({"POST", url_of(path), body.dump()}, true);
 }
 
 ports::HttpReply Client::get_address(std::string_view url) {
-    const std::string service = base::to_utf8(base_url);
-    if (!is_plain_address(url) || (is_encrypted(service) && !is_encrypted(url))) {
-        ports::HttpReply refused;
-        refused.error = "the address is not one to fetch from";
-        return refused;
+    using ports::AddressKind;
+    const AddressKind kind = http().kind_of(url);
+    const AddressKind service = http().kind_of(base::to_utf8(base_url));
+    if (kind == AddressKind::refused ||
+        (kind == AddressKind::http && service == AddressKind::https)) {
+        ports::HttpReply reply;
+        reply.error = "the address is not one to fetch from";
+        return reply;
     }
     return send({"GET", base::SecretUtf8(url)}, false);
 }
@@ -111,7 +143,7 @@ void Client::close_with_authentication_token() {
     base::SecretUtf8 path("/api/v2/sessions/online/");
     path += secret_path_segment(authentication_token.view()).view();
     path += "%20/close";
-    post(path.view(), Json::object());
+    post(path.view(), Body::object());
 }
 
 }  // namespace tavrix::ksef

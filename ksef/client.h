@@ -1,6 +1,8 @@
 #pragma once
 
+#include <chrono>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -33,15 +35,20 @@ class Client {
     Client(const Client&) = delete;
     Client& operator=(const Client&) = delete;
 
-    void select_environment(std::int32_t environment);
+    /// Begins a call of the host: chooses the service's base address, and the time runs. A request
+    /// after half an hour throws base::AutomationError, and none lasts longer than until then: the
+    /// waits for the service add up to 13 minutes, and the tokens do not live much longer.
+    void begin_call(std::int32_t environment);
 
+    /// All three wait and ask again where the service says when, by 429 and `Retry-After`, and the
+    /// settings let them wait for so long.
+    ///
     /// `path` begins with "/api/v2"; settings may put another root in its place.
     ports::HttpReply get(std::string_view path);
-    ports::HttpReply post(std::string_view path, const Json& body);
+    ports::HttpReply post(std::string_view path, const Body& body);
     /// An address out of an answer. The Bearer header never goes along: a storage address carries
     /// its permission in itself, and whoever else is named there must not see the token. An address
-    /// that is not plain http(s) (user information, backslashes, blanks), or not encrypted although
-    /// the service is, is not fetched.
+    /// that the HTTP client refuses, or one not encrypted although the service is, is not fetched.
     ports::HttpReply get_address(std::string_view url);
     /// Sets the persistent header Authorization.
     void set_bearer(const base::SecretUtf8& token);
@@ -60,11 +67,15 @@ class Client {
     base::SecretUtf8 refresh_token;
 
   private:
+    ports::Http& http();
     ports::HttpReply send(ports::HttpRequest request, bool with_authorization);
     base::SecretUtf8 url_of(std::string_view path) const;
 
+    std::optional<std::chrono::seconds> pause_before_repeating(const ports::HttpReply& reply) const;
+
     KsefPorts& ports_;
     std::unique_ptr<ports::Http> http_;
+    std::chrono::milliseconds call_ends_at_{0};
     base::SecretUtf8 authorization_;
 };
 

@@ -49,13 +49,6 @@ std::int64_t unix_seconds(TextView timestamp) {
            offset_seconds(timestamp.substr(at));
 }
 
-// A byte-order mark read one byte per character: as Latin-1, or as the code page reads EF BB BF.
-bool begins_with_byte_order_mark(const ports::CodePage& code_page, TextView text) {
-    if (text.size() < 3) return false;
-    const base::Bytes start = ports::bytes_one_per_character(code_page, text.substr(0, 3));
-    return start == base::Bytes{0xEF, 0xBB, 0xBF};
-}
-
 }  // namespace
 
 Text extract_token(const Text& response) {
@@ -122,10 +115,10 @@ std::string sha256_base64(ports::Crypto& crypto, base::ByteView data) {
 }
 
 base::Bytes invoice_bytes(const ports::CodePage& code_page, TextView xml_content) {
-    if (begins_with_byte_order_mark(code_page, xml_content)) xml_content.remove_prefix(3);
     base::Bytes bytes = ports::bytes_one_per_character(code_page, xml_content);
+    const bool is_marked = base::chars_of(bytes).starts_with("\xEF\xBB\xBF");
     std::size_t kept = 0;
-    for (std::size_t i = 0; i < bytes.size(); ++i) {
+    for (std::size_t i = is_marked ? 3 : 0; i < bytes.size(); ++i) {
         if (bytes[i] == '\r' && i + 1 < bytes.size() && bytes[i + 1] == '\n') continue;
         bytes[kept++] = bytes[i];
     }

@@ -41,7 +41,8 @@ base::Text ansi_of_base64(ports::Xml& xml, const ports::CodePage& code_page,
 std::string sha256_base64(ports::Crypto& crypto, base::ByteView data);
 
 /// The bytes of an invoice that a host read one byte per character: without the byte-order mark,
-/// line ends LF.
+/// line ends LF. Throws base::AutomationError for a text that is no bytes; the service would take
+/// an invoice with other characters in their place.
 base::Bytes invoice_bytes(const ports::CodePage& code_page, base::TextView xml_content);
 
 }  // namespace tavrix::ksef

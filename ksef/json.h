@@ -9,8 +9,11 @@
 
 namespace tavrix::ksef {
 
-/// Member order is meaning in the bodies sent, so everything is ordered.
-using Json = nlohmann::ordered_json;
+/// What is read. A member is found without a look at all others: an answer of 1 MB may hold a
+/// hundred thousand. Of members with the same name the last counts.
+using Json = nlohmann::json;
+/// What is sent: the order of the members is meaning there.
+using Body = nlohmann::ordered_json;
 
 /// Parses a reply; whatever is not JSON, or nests deeper than 64 levels, gives null. Reading from
 /// null gives empty texts, so a malformed answer shows as one that lacks its members.

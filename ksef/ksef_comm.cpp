@@ -87,15 +87,21 @@ Text KseF_comm::SendInvoiceToKSeF(ports::Database& dbb, const Text& nip,
     Text result = u"Nieznany błąd";
     try {
         if (Text failure = settings_failure(ports_); !failure.empty()) return failure;
-        client_->select_environment(pog517);
+        client_->begin_call(pog517);
         const TokenCheck token = check_token(Token, nip);
         if (!token.failure.empty()) return token.failure;
+        Bytes invoice;
+        try {
+            invoice = invoice_bytes(ports_.code_page, xmlContent);
+        } catch (const base::AutomationError& error) {
+            return error.description();
+        }
         if (const Text failure = authenticate(ports_, *client_, token.tax_number, Token);
             !failure.empty()) {
             return u"Błąd inicjalizacji sesji KSeF:" + failure;
         }
         result = send_in_online_session(ports_, *client_, DocumentRow(dbb, Tablica, Tablica_id),
-                                        xmlContent, {systemCode, schemaVersion, formcode});
+                                        std::move(invoice), {systemCode, schemaVersion, formcode});
         client_->close_with_authentication_token();
     } catch (const std::exception&) {
         // The host sees no error; the text says what was known.

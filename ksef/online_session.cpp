@@ -15,9 +15,10 @@ using namespace std::chrono_literals;
 
 constexpr std::string_view sessions = "/api/v2/sessions/";
 constexpr std::string_view online_sessions = "/api/v2/sessions/online";
+constexpr std::u16string_view accepted_prefix = u"Faktura o numerze KSeF: ";
 constexpr auto invoice_poll_pause = 2000ms;
-// The service has the invoice's own page as soon as the session is done; past this many polls it
-// never will.
+// The service has the invoice's own page as soon as the session is done, and the UPO soon after;
+// past this many polls it never will.
 constexpr int most_invoice_polls = 120;
 
 // What the address of a UPO must not have stored as one: nothing, and the page of a firewall.
@@ -34,10 +35,10 @@ class OnlineSession : Exchange {
     OnlineSession(KsefPorts& ports, Client& client, DocumentRow row)
         : Exchange(ports, client, u"Nieznany błąd"), row_(row) {}
 
-    Text run(base::TextView xml_content, const FormCode& form) {
+    Text run(base::Bytes invoice, const FormCode& form) {
         return outcome_of([&] {
             SessionKey session_key;
-            if (prepare(xml_content, session_key) && open_session(form, session_key) &&
+            if (prepare(std::move(invoice), session_key) && open_session(form, session_key) &&
                 check_session() && look_up_row() && send_invoice() && wait_for_invoice()) {
                 record_outcome();
                 if (close_and_wait() && fetch_invoice()) fetch_upo();
@@ -56,12 +57,11 @@ class OnlineSession : Exchange {
 
     // Everything of the body that depends on the bytes alone, so that they are held no longer than
     // needed.
-    bool prepare(base::TextView xml_content, SessionKey& session_key) {
+    bool prepare(const base::Bytes plain, SessionKey& session_key) {
         if (Text failure = make_session_key(ports_.crypto, client_, session_key);
             !failure.empty()) {
             return fail(std::move(failure));
         }
-        const base::Bytes plain = invoice_bytes(ports_.code_page, xml_content);
         const base::Bytes encrypted =
             ports_.crypto.aes_256_cbc_encrypt(session_key.key.view(), session_key.iv, plain);
         invoice_hash_ = sha256_base64(ports_.crypto, plain);
@@ -75,7 +75,7 @@ class OnlineSession : Exchange {
 
     bool open_session(const FormCode& form, const SessionKey& session_key) {
         client_.set_bearer(client_.access_token);
-        Json body;
+        Body body;
         body["formCode"]["systemCode"] = base::to_utf8(form.system_code);
         body["formCode"]["schemaVersion"] = base::to_utf8(form.schema_version);
         body["formCode"]["value"] = base::to_utf8(form.value);
@@ -147,17 +147,17 @@ class OnlineSession : Exchange {
         // The answer to the sending may have been unreadable; the session's list names the invoice
         // too.
         if (invoice_reference_.empty()) invoice_reference_ = utf8_at(invoice, "referenceNumber");
-        Text number = text_at(invoice, "status.extensions.originalKsefNumber");
-        if (number.empty() || utf8_at(invoice, "status.code") != "440")
-            number = text_at(invoice, "ksefNumber");
-        row_.record({base::from_utf8(invoice_reference_), number, base::from_utf8(invoice_hash_),
+        number_ = text_at(invoice, "status.extensions.originalKsefNumber");
+        if (number_.empty() || utf8_at(invoice, "status.code") != "440")
+            number_ = text_at(invoice, "ksefNumber");
+        row_.record({base::from_utf8(invoice_reference_), number_, base::from_utf8(invoice_hash_),
                      text_at(invoice, "status.description")},
                     ports_.clock.now_local());
-        result_ = u"Faktura o numerze KSeF: " + number;
+        result_ = Text(accepted_prefix) + number_;
     }
 
     bool close_and_wait() {
-        client_.post(online_path("/close"), Json::object());
+        client_.post(online_path("/close"), Body::object());
         PollCounter counter;
         for (;;) {
             const HttpReply reply = client_.get(session_path());
@@ -182,41 +182,48 @@ class OnlineSession : Exchange {
 
     bool fetch_invoice() {
         const std::string path = session_path("/invoices/") + path_segment(invoice_reference_);
-        HttpReply reply = client_.get(path);
-        for (int poll = 1; !answered(reply, 200); ++poll) {
+        for (int poll = 1;; ++poll) {
+            const HttpReply reply = client_.get(path);
+            if (answered(reply, 200) && read_page(parse_json(reply.body.view()))) return true;
             if (poll == most_invoice_polls) return false;
             ports_.clock.sleep(invoice_poll_pause);
-            reply = client_.get(path);
         }
-        const Json invoice = parse_json(reply.body.view());
-        // An answer without a number must not take away the one that is recorded.
-        if (const Text number = text_at(invoice, "ksefNumber"); !number.empty()) {
+    }
+
+    // Whether the UPO can be fetched. An invoice has its number, and with it its page, before that.
+    bool read_page(const Json& invoice) {
+        const Text number = text_at(invoice, "ksefNumber");
+        if (!number.empty() && number != confirmed_number_) {
             row_.record_number(number, ports_.clock.now_local());
+            number_ = confirmed_number_ = number;
+            result_ = Text(accepted_prefix) + number_;
         }
         upo_url_ = utf8_at(invoice, "upoDownloadUrl");
-        return true;
+        return !upo_url_.empty();
     }
 
     void fetch_upo() {
         const HttpReply reply = client_.get_address(upo_url_);
         if (!answered(reply, 200) || !is_upo(reply.body.view())) return;
         row_.record_upo(base::from_utf8(reply.body.view()), ports_.clock.now_local());
-        result_.clear();
+        if (!number_.empty()) result_.clear();
     }
 
     DocumentRow row_;
-    Json body_ = Json::object();
+    Body body_ = Body::object();
     std::string invoice_hash_;
     std::string invoice_reference_;
+    Text number_;            // what the service called the invoice, empty as long as it did not
+    Text confirmed_number_;  // the same on the invoice's own page, as recorded
     Json invoices_;
     std::string upo_url_;
 };
 
 }  // namespace
 
-Text send_in_online_session(KsefPorts& ports, Client& client, DocumentRow row,
-                            base::TextView xml_content, const FormCode& form) {
-    return OnlineSession(ports, client, row).run(xml_content, form);
+Text send_in_online_session(KsefPorts& ports, Client& client, DocumentRow row, base::Bytes invoice,
+                            const FormCode& form) {
+    return OnlineSession(ports, client, row).run(std::move(invoice), form);
 }
 
 }  // namespace tavrix::ksef

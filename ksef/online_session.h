@@ -13,13 +13,12 @@ struct FormCode {
 };
 
 /// Sends one invoice in an online session of an authenticated client, records the outcome in the
-/// document's row and stores the UPO. `xml_content` holds the invoice's UTF-8 bytes one per
-/// character.
+/// document's row and stores the UPO.
 ///
 /// Returns the empty text once the UPO is stored, "Faktura o numerze KSeF: " and the number when
-/// the invoice was accepted but the UPO could not be had, or the text of what failed. Raises
-/// nothing.
+/// the invoice was accepted but the UPO could not be had, the same without a number when the
+/// service named none (the row keeps the one it has), or the text of what failed. Raises nothing.
 base::Text send_in_online_session(KsefPorts& ports, Client& client, DocumentRow row,
-                                  base::TextView xml_content, const FormCode& form);
+                                  base::Bytes invoice, const FormCode& form);
 
 }  // namespace tavrix::ksef

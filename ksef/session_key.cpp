@@ -27,8 +27,8 @@ base::Text make_session_key(ports::Crypto& crypto, const Client& client, Session
     return {};
 }
 
-Json encryption_of(const SessionKey& session_key) {
-    Json encryption;
+Body encryption_of(const SessionKey& session_key) {
+    Body encryption;
     encryption["encryptedSymmetricKey"] = session_key.encrypted_key;
     encryption["initializationVector"] = base::base64_encode(session_key.iv);
     return encryption;

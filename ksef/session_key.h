@@ -17,6 +17,6 @@ struct SessionKey {
 base::Text make_session_key(ports::Crypto& crypto, const Client& client, SessionKey& session_key);
 
 /// The object "encryption" of a request that opens a session.
-Json encryption_of(const SessionKey& session_key);
+Body encryption_of(const SessionKey& session_key);
 
 }  // namespace tavrix::ksef

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <chrono>
+
 #include "base/text.h"
 
 namespace tavrix::ksef {
@@ -18,6 +20,9 @@ struct Settings {
     /// Replaces a leading "/api/v2" of every request path; empty leaves paths as they are. The
     /// ministry publishes "/v2".
     base::Text path_root;
+    /// The longest `Retry-After` of an answer 429 that is waited out before the request is
+    /// repeated; 0 takes every such answer for the failure that it is.
+    std::chrono::seconds retry_after_limit{0};
     Origins qr{u"https://qr.ksef.mf.gov.pl", u"https://qr-demo.ksef.mf.gov.pl",
                u"https://qr-test.ksef.mf.gov.pl"};
 };

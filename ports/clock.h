@@ -13,6 +13,9 @@ class Clock {
     virtual ~Clock() = default;
     /// The system's local time, whole seconds.
     virtual base::DateTime now_local() = 0;
+    /// Time that only goes forward, whatever happens to the system's; for measuring, its beginning
+    /// means nothing.
+    virtual std::chrono::milliseconds steady_now() = 0;
     /// Blocks the calling thread.
     virtual void sleep(std::chrono::milliseconds duration) = 0;
 };

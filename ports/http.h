@@ -1,8 +1,11 @@
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "base/secret.h"
@@ -21,6 +24,8 @@ struct HttpRequest {
     std::string body{};  ///< sent with every method but GET, also when empty
     std::vector<HttpHeader> headers{};
     base::SecretUtf8 authorization{};  ///< the header of that name; empty for none
+    /// From the call to the end of the answer, however much moves meanwhile; none for no end.
+    std::optional<std::chrono::milliseconds> time_limit{};
 };
 
 struct HttpReply {
@@ -32,6 +37,13 @@ struct HttpReply {
     base::SecretUtf8 body;  ///< may hold tokens
     std::vector<HttpHeader> headers;
     std::string error;  ///< the transport's own words when not completed
+};
+
+/// What an address is that somebody else wrote.
+enum class AddressKind {
+    refused,  ///< none that can be trusted to mean to everybody what it means to the client
+    http,
+    https,
 };
 
 /// One HTTP client with its connections, which it keeps alive between requests. Belongs to one
@@ -46,6 +58,9 @@ class Http {
     virtual ~Http() = default;
     /// Never throws for what the network or the server does; that is in the reply.
     virtual HttpReply send(const HttpRequest& request) = 0;
+    /// Reads `url` as `send` would. Refused is what is not http(s), what names a user, and what
+    /// parsers disagree about: backslashes, blanks, control characters and what is not ASCII.
+    virtual AddressKind kind_of(std::string_view url) const = 0;
 };
 
 using HttpFactory = std::function<std::unique_ptr<Http>()>;

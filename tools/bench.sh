@@ -18,6 +18,7 @@ bin=$root/build/native/bin
 echo
 "$bin/send_bench"
 "$bin/prepare_bench" "$work"
+"$bin/json_bench"
 "$bin/barcode_bench"
 if [[ -x /usr/lib/wine/wine ]]; then
     start_sandbox "$bin/tavrix-sandbox" "$work"

@@ -45,6 +45,8 @@ void DocumentRow::write(std::span<const Field> query, std::initializer_list<Chan
                         const base::DateTime& now) {
     const auto rows = open(query);
     for (const auto& [field, value] : changes) {
+        // A number is replaced by another one, never taken away.
+        if (field == ksef_number && value.empty()) continue;
         rows->set_field(column_of(field).name, base::Text(value));
     }
     rows->set_field(column_of(operation_time).name, now);

@@ -34,7 +34,8 @@ class DocumentRow {
 
     /// What is known of earlier sendings; nothing when there is no such row.
     std::optional<Sent> read();
-    /// Stores an accepted invoice's number, reference and hash.
+    /// Stores an accepted invoice's number, reference and hash. A number that is empty leaves the
+    /// one that is there, here and below.
     void record(const Outcome& outcome, const base::DateTime& now);
     void record_number(const base::Text& number, const base::DateTime& now);
     void record_upo(const base::Text& document, const base::DateTime& now);

@@ -16,6 +16,11 @@ class NativeClock final : public Clock {
                 local.tm_hour,        local.tm_min,     local.tm_sec};
     }
 
+    std::chrono::milliseconds steady_now() override {
+        return std::chrono::duration_cast<std::chrono::milliseconds>(
+            std::chrono::steady_clock::now().time_since_epoch());
+    }
+
     void sleep(std::chrono::milliseconds duration) override {
         std::this_thread::sleep_for(duration);
     }

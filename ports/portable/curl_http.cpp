@@ -22,6 +22,14 @@ std::string origin_of(std::string_view url) {
     return std::string(url.substr(0, url.find_first_of("/?#", scheme + 3)));
 }
 
+struct UrlDeleter {
+    void operator()(CURLU* url) const noexcept { curl_url_cleanup(url); }
+};
+
+struct CurlFree {
+    void operator()(char* text) const noexcept { curl_free(text); }
+};
+
 using SteadyTime = std::chrono::steady_clock::time_point;
 
 // A header list that wipes its copies of the lines, one of which carries the Bearer token, before
@@ -142,8 +150,13 @@ class CurlHttp final : public Http {
         curl_easy_reset(easy_.get());  // options only: connections, sessions and DNS answers stay
         set_connection_options(easy_.get(), connection_, origin_of(request.url.view()) + "/");
         set_transfer_options();
+        // Not even a time that is up means no limit, which 0 would.
+        if (request.time_limit)
+            set(CURLOPT_TIMEOUT_MS, std::max(1L, static_cast<long>(request.time_limit->count())));
         base::SecretUtf8 url = request.url.copy();
         url += '\0';
+        // A segment of dots that a server gave stays one.
+        set(CURLOPT_PATH_AS_IS, 1L);
         set(CURLOPT_URL, url.view().data());
         set(CURLOPT_HTTPHEADER, headers.get());
         set_method(request);
@@ -161,6 +174,22 @@ class CurlHttp final : public Http {
         transfer.reply.completed = code == CURLE_OK;
         if (code != CURLE_OK) transfer.reply.error = words_for(code, words, transfer);
         return std::move(transfer.reply);
+    }
+
+    AddressKind kind_of(std::string_view url) const override {
+        const auto is_odd = [](char c) { return c <= ' ' || c > '~' || c == '\\'; };
+        if (std::ranges::any_of(url, is_odd)) return AddressKind::refused;
+        const std::unique_ptr<CURLU, UrlDeleter> parsed(curl_url());
+        if (!parsed) throw std::bad_alloc();
+        char* scheme = nullptr;
+        if (curl_url_set(parsed.get(), CURLUPART_URL, std::string(url).c_str(),
+                         CURLU_DISALLOW_USER) != CURLUE_OK ||
+            curl_url_get(parsed.get(), CURLUPART_SCHEME, &scheme, 0) != CURLUE_OK) {
+            return AddressKind::refused;
+        }
+        const std::unique_ptr<char, CurlFree> name(scheme);
+        if (std::string_view(scheme) == "https") return AddressKind::https;
+        return std::string_view(scheme) == "http" ? AddressKind::http : AddressKind::refused;
     }
 
   private:

@@ -12,6 +12,9 @@ class WindowsClock final : public Clock {
         GetLocalTime(&now);
         return {now.wYear, now.wMonth, now.wDay, now.wHour, now.wMinute, now.wSecond};
     }
+    std::chrono::milliseconds steady_now() override {
+        return std::chrono::milliseconds(GetTickCount64());
+    }
     void sleep(std::chrono::milliseconds duration) override {
         if (duration.count() > 0) Sleep(static_cast<DWORD>(duration.count()));
     }

@@ -81,8 +81,37 @@ TEST_F(Cli, SendsOverTlsOfAPrivateAuthorityAndTellsMachines) {
 
 TEST_F(Cli, TellsAnAcceptedInvoiceWithoutUpoApart) {
     test::Sandbox sandbox;
-    sandbox.fault({{"step", "storage/invoice-upo"}, {"kind", "status"}, {"status", 404}});
-    EXPECT_EQ(run(ready_to_send(sandbox)).exit_code, 3);
+    std::string send;
+    // The texts of the last two say nothing of the number that was recorded before.
+    const std::pair<const char*, Json> troubles[] = {
+        {"Faktura o numerze KSeF: ", {{"step", "storage/invoice-upo"}, {"kind", "status"}}},
+        {"429 Too many Requests", {{"step", "sessions/status"}, {"skip", 1}, {"kind", "429"}}},
+        {"failedInvoiceCount:STATUS:1",
+         {{"step", "sessions/status"},
+          {"skip", 1},
+          {"kind", "json"},
+          {"path", "failedInvoiceCount"},
+          {"value", 1}}},
+    };
+    for (const auto& [text, fault] : troubles) {
+        sandbox.reset();
+        sandbox.fault(fault);
+        send = ready_to_send(sandbox);
+        const Outcome outcome = run(send);
+        EXPECT_EQ(outcome.exit_code, 3) << outcome.output;
+        const Json answer = Json::parse(outcome.output);
+        EXPECT_TRUE(answer.at("result").get<std::string>().starts_with(text)) << outcome.output;
+        EXPECT_EQ(answer.at("accepted"), true) << text;
+        EXPECT_EQ(answer.at("upo_stored"), false) << text;
+    }
+    // Sent anew and refused: that the row has the number of the first sending does not count.
+    sandbox.reset();
+    sandbox.fault({{"step", "processing/invoice"}, {"kind", "verdict"}, {"code", 450}});
+    const Outcome refused = run(send);
+    EXPECT_EQ(refused.exit_code, 1) << refused.output;
+    const Json answer = Json::parse(refused.output);
+    EXPECT_EQ(answer.at("accepted"), false);
+    EXPECT_EQ(answer.at("row").at("numer_ksef").get<std::string>().size(), 35u);
 }
 
 TEST_F(Cli, ExitCodesTellWhoseFaultItIs) {

@@ -9,7 +9,7 @@ namespace {
 
 TEST(SettingsFile, TakesEveryKeyAndLeavesTheRestAtItsDefault) {
     const Settings settings = parse_settings(R"({
-      "ksef": { "test": "https://localhost:8443", "path_root": "/v2" },
+      "ksef": { "test": "https://localhost:8443", "path_root": "/v2", "retry_after_limit_s": 900 },
       "http": { "connect_timeout_ms": 1500, "proxy": "direct", "private_ca_file": "/ca.pem" },
       "helpdesk": { "address": "bok@firma.example", "routes": { "526-587-76-35": "dwa@firma.example" } },
       "trace": { "root": "/srv/c" }
@@ -17,6 +17,8 @@ TEST(SettingsFile, TakesEveryKeyAndLeavesTheRestAtItsDefault) {
                                              "Tavrix.json");
     EXPECT_EQ(settings.ksef.service.test, u"https://localhost:8443");
     EXPECT_EQ(settings.ksef.path_root, u"/v2");
+    EXPECT_EQ(settings.ksef.retry_after_limit.count(), 900);
+    EXPECT_EQ(ksef::Settings().retry_after_limit.count(), 0);
     EXPECT_EQ(settings.connection.connect_timeout.count(), 1500);
     EXPECT_EQ(settings.connection.no_progress_timeout.count(), 60'000);
     EXPECT_EQ(settings.mail.helpdesk_routes.at(0).tax_number, u"5265877635")
@@ -33,6 +35,8 @@ TEST(SettingsFile, NamesFileLineAndKeyOfWhatItCannotTake) {
         {"{\n \"ksef\": {\n  \"test\": \"https://host/\" } }", "wiersz 3: klucz \"ksef.test\""},
         {"{\n\n \"htp\": {} }", "wiersz 3: klucz \"htp\": nieznany klucz"},
         {"{ \"http\": { \"connect_timeout_ms\": 0 } }", "http.connect_timeout_ms"},
+        {"{ \"ksef\": { \"retry_after_limit_s\": 901 } }", "liczby sekund od 0 do 900"},
+        {"{ \"ksef\": { \"retry_after_limit_s\": -1 } }", "ksef.retry_after_limit_s"},
         {"{\n \"ksef\": {\n", "wiersz 3: to nie jest poprawny JSON"},
         {"{ \"ksef\": 1 }", "klucz \"ksef\""},
         {"{ \"helpdesk\": { \"routes\": { \"1\": 2 } } }", "helpdesk.routes.1"},

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+
 #include "base/error.h"
 #include "ksef/client.h"
 #include "ksef/json.h"
@@ -72,6 +74,34 @@ TEST_F(Conversions, BytesOfAnInvoiceAreTheSameHoweverTheHostReadIt) {
     }
 }
 
+// A system whose code page is UTF-8.
+struct Utf8CodePage final : ports::CodePage {
+    std::optional<std::uint8_t> byte_of(char16_t) const override { return std::nullopt; }
+    base::Bytes to_bytes(base::TextView text) const override {
+        const std::string bytes = base::to_utf8(text);
+        return {bytes.begin(), bytes.end()};
+    }
+    Text to_text(base::ByteView bytes) const override {
+        return base::from_utf8(base::chars_of(bytes));
+    }
+    bool is_single_byte() const override { return false; }
+};
+
+TEST(InvoiceBytes, ComeBackOnASystemOfUtf8AsWell) {
+    const Utf8CodePage utf8;
+    const std::string file = "<a>Zażółć</a>";
+    const base::Bytes expected(file.begin(), file.end());
+    for (const std::string& bytes : {file, "\xEF\xBB\xBF" + file}) {
+        EXPECT_EQ(invoice_bytes(utf8, base::from_utf8(bytes)), expected) << "decoded";
+        Text latin_1;
+        for (const char c : bytes) latin_1 += static_cast<unsigned char>(c);
+        EXPECT_EQ(invoice_bytes(utf8, latin_1), expected) << "read as Latin-1";
+    }
+    const Text decoded = u"<a>\u00F3\u00BF</a>";
+    EXPECT_EQ(invoice_bytes(utf8, decoded), utf8.to_bytes(decoded)) << "no UTF-8 as Latin-1";
+    EXPECT_THROW(invoice_bytes(utf8, Text(u"<a>\xD800</a>")), base::AutomationError);
+}
+
 TEST(PathSegment, StaysOneSegmentWhateverAServerGave) {
     EXPECT_EQ(path_segment("20261121-AB_c.~"), "20261121-AB_c.~");
     EXPECT_EQ(path_segment("../a?b#ż%"), "..%2Fa%3Fb%23%C5%BC%25");
@@ -86,6 +116,7 @@ TEST(SecretAnswer, GivesTheTokensApart) {
         {R"({"a":{"token":"T1"},"a":{"token":"T2"},"r":"R"})", "T2", "R"},
         {R"({"a":{"token":"T\u002B\/\"1"},"r":"R"})", "T+/\"1", "R"},
         {R"({"a":{"token":17},"r":"R"})", "17", "R"},
+        {R"({"r":"Q","a":{"token":"T"},"r":"R"})", "T", "R"},
         {R"({"a":{"token":"T"},"r":"R")", "", ""},
         {"", "", ""},
     };
@@ -105,8 +136,22 @@ TEST(JsonReading, GivesEmptyTextsForWhatIsNotThere) {
     };
     for (const auto& [path, text] : paths) EXPECT_EQ(utf8_at(answer, path), text) << path;
     EXPECT_TRUE(parse_json("<html>").is_null());
+    const auto nested = [](int levels) {
+        return parse_json(std::string(levels, '[') + std::string(levels, ']'));
+    };
+    EXPECT_FALSE(nested(64).is_null());
+    EXPECT_TRUE(nested(65).is_null());
     EXPECT_TRUE(parse_json(std::string(1'000'000, '[')).is_null()) << "a hostile depth";
     EXPECT_EQ(utf8_at(parse_json(R"({"a":"[[[[\"[["})"), "a"), "[[[[\"[[");
+}
+
+TEST(JsonReading, TakesNoLongerForManyMembers) {
+    std::string body = "{\"r\":0";
+    for (int i = 0; body.size() < 1'000'000; ++i) body += ",\"" + std::to_string(i) + "\":1";
+    const auto begin = std::chrono::steady_clock::now();
+    EXPECT_EQ(parse_json(body + "}").at("r"), 0);
+    // Looking at each member for each takes a quarter of a minute; sanitizers are slow.
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(2));
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include "tests/ksef/send_fixture.h"
 #include "tests/support/failing.h"
 #include "tests/support/freed_memory.h"
+#include "tests/support/scratch_folder.h"
 
 namespace tavrix::ksef {
 namespace {
@@ -42,6 +43,28 @@ Json value_at(const char* path, Json value, int skip = 0) {
     fault["count"] = -1;
     return fault;
 }
+Json without(const char* path, int count = -1) {
+    return {{"kind", "remove"}, {"path", path}, {"count", count}};
+}
+
+/// A server each of whose answers takes `pace`, a byte now and then: as long as the client lets it.
+class SlowHttp final : public ports::Http {
+  public:
+    SlowHttp(std::unique_ptr<ports::Http> real, test::FakeClock& clock,
+             std::chrono::milliseconds pace)
+        : real_(std::move(real)), clock_(clock), pace_(pace) {}
+    ports::HttpReply send(const ports::HttpRequest& request) override {
+        const auto limit = request.time_limit.value_or(1000h);
+        clock_.slept += std::min(pace_, limit);
+        return pace_ < limit ? real_->send(request) : ports::HttpReply();
+    }
+    ports::AddressKind kind_of(std::string_view url) const override { return real_->kind_of(url); }
+
+  private:
+    std::unique_ptr<ports::Http> real_;
+    test::FakeClock& clock_;
+    std::chrono::milliseconds pace_;
+};
 
 class SendFaults : public SendFixture {
   protected:
@@ -118,7 +141,6 @@ TEST_F(SendFaults, AfterSendingTheRowIsUntouchedOrHasTheNumber) {
         {"sessions/status", kind("429", 1), "429 Too many Requests"},
         {"sessions/status", value_at("failedInvoiceCount", 3, 1), "failedInvoiceCount:STATUS:3"},
         {page, value_at("upoDownloadUrl", "file:///etc/passwd"), accepted + "5265877635-*"},
-        {page, kind("truncated"), accepted + "5265877635-*"},
         {"storage/invoice-upo", kind("html"), accepted + "5265877635-*"},
     };
     expect_texts(without_upo, true, true);
@@ -151,6 +173,10 @@ TEST_F(SendFaults, EveryWaitHasItsEnd) {
         {"sessions/status", still_open, "sessions:STATUS:timeout", 232'000ms},
         {"sessions/invoices/status", status(404, "", -1), accepted + "*", 238'000ms},
         {"sessions/invoices/status", status(404, "", 5), "", 10'000ms},
+        // The invoice's page may be there before its UPO is.
+        {"sessions/invoices/status", without("upoDownloadUrl"), accepted + "*", 238'000ms},
+        {"sessions/invoices/status", without("upoDownloadUrl", 3), "", 6'000ms},
+        {"sessions/invoices/status", kind("truncated"), "", 2'000ms},
         // Read as a text, this code comes before 300: the session goes on.
         {"sessions/status", code_1000, "", 0ms},
         {"sessions/status", status(500), "", 0ms},
@@ -161,23 +187,199 @@ TEST_F(SendFaults, EveryWaitHasItsEnd) {
     }
 }
 
+TEST_F(SendFaults, TheWholeCallHasItsEndHoweverSlowlyTheServerAnswers) {
+    const std::pair<std::chrono::milliseconds, std::string> servers[] = {
+        {1000h, session_failed + "auth/challenge:STATUS:0"},
+        {4min, "sessions/online/STATUS:0"},
+        {170s, accepted + "*"},  // it is recorded, the closing takes too long
+        {100s, ""},
+    };
+    for (const auto& [pace, text] : servers) {
+        begin_anew();
+        make_http = [&] {
+            return std::make_unique<SlowHttp>(ports::make_curl_http(connection_settings), clock,
+                                              pace);
+        };
+        const std::string result = send();
+        expect_text(result, text, std::to_string(pace.count()));
+        expect_whole_or_untouched(result, text);
+        EXPECT_LE(clock.slept, 30min + 2s) << text << " and a pause";
+    }
+}
+
+// A session's invoices may be asked for 20 times a minute.
+TEST_F(SendFaults, RateLimitCostsTheInvoiceOrTheWait) {
+    struct CommonClock final : test::FakeClock {
+        explicit CommonClock(test::Sandbox& shared) : sandbox_(shared) {}
+        void sleep(std::chrono::milliseconds duration) override {
+            FakeClock::sleep(duration);
+            sandbox_.advance(duration);
+        }
+        test::Sandbox& sandbox_;
+    };
+    test::Sandbox limiting("--rate-limits --invoice-delay 40000");
+    settings.service.test = base::from_utf8(limiting.origin());
+    const std::tuple<std::chrono::seconds, std::string, std::size_t> limits[] = {
+        {0s, "sessions//invoicesSTATUS:429", 0}, {60s, "", 35}};
+    for (const auto& [limit, text, number_size] : limits) {
+        limiting.reset();
+        begin_anew();
+        settings.retry_after_limit = limit;
+        CommonClock common_clock(limiting);
+        ports::SqliteDatabase database(connection);
+        KseF_comm client({make_http, *crypto, common_clock, *xml, *code_page, settings});
+        EXPECT_EQ(send_with(client, database), text);
+        EXPECT_EQ(row().at("numer_ksef").size(), number_size);
+        expect_whole_or_untouched(text, text);
+        EXPECT_GT(limiting.requests("sessions/invoices").size(), 20u) << "the limit was met";
+    }
+}
+
+TEST_F(SendFaults, OnlyAWaitWithinTheLimitIsWaited) {
+    const struct {
+        int limit_s;
+        int offered_s;
+        int count;
+        std::string text;
+        std::chrono::seconds slept;
+    } waits[] = {
+        {0, 0, 1, session_unknown, 0s},
+        {60, 60, 1, "", 60s},
+        {60, 61, 1, session_unknown, 0s},
+        {60, 0, 2, "", 2s},
+        // A second one would pass the end of the whole call.
+        {900, 900, -1, session_unknown, 900s},
+    };
+    for (const auto& [limit_s, offered_s, count, text, slept] : waits) {
+        settings.retry_after_limit = std::chrono::seconds(limit_s);
+        Json fault = kind("429");
+        fault["retry_after"] = offered_s;
+        fault["count"] = count;
+        EXPECT_EQ(send_with_fault("auth/challenge", fault), text) << fault.dump();
+        EXPECT_EQ(clock.slept, slept) << fault.dump();
+    }
+    Json header = kind("header");
+    header["name"] = "Retry-After";
+    header["value"] = "5";
+    EXPECT_EQ(send_with_fault("auth/challenge", header), "");
+    EXPECT_EQ(clock.slept, 0s) << "an answer that is none to wait for";
+}
+
+TEST_F(SendFaults, ANumberIsReplacedByAnotherAndNeverTakenAway) {
+    const Json duplicate = value_at("invoices[0].status", {{"code", 440}, {"description", "D"}});
+    const struct {
+        std::vector<std::pair<const char*, Json>> faults;
+        bool kept;
+        std::string text;
+    } answers[] = {
+        {{{"sessions/invoices", without("invoices[0].ksefNumber")}}, false, ""},
+        {{{"sessions/invoices", without("invoices[0].ksefNumber")},
+          {"sessions/invoices/status", without("ksefNumber")}},
+         true,
+         accepted},
+        {{{"sessions/invoices", without("invoices[0].ksefNumber")},
+          {"sessions/invoices", duplicate},
+          {"sessions/status", value_at("failedInvoiceCount", 1, 1)}},
+         true,
+         "failedInvoiceCount:STATUS:1"},
+    };
+    for (const auto& [faults, kept, text] : answers) {
+        begin_anew();
+        connection->execute_script("update dok_fak set numer_ksef='EARLIER' where ddout_id=1001");
+        for (auto [step, fault] : faults) {
+            fault["step"] = step;
+            sandbox->fault(fault);
+        }
+        EXPECT_EQ(send(), text);
+        EXPECT_EQ(row().at("numer_ksef") == "EARLIER", kept) << text;
+        EXPECT_EQ(row().at("numer_ksef").size(), kept ? 7u : 35u) << text;
+    }
+}
+
+TEST_F(SendFaults, OfAUsagesKeysTheLastReadableCounts) {
+    const Json published =
+        Json::parse(sandbox->call("GET", "/v2/security/public-key-certificates"));
+    const auto key = [](const char* certificate, const char* usage) {
+        return Json{{"certificate", certificate}, {"usage", {usage}}};
+    };
+    const char* const token_usage = "KsefTokenEncryption";
+    const char* const symmetric_usage = "SymmetricKeyEncryption";
+    const std::tuple<Json, bool, std::string> lists[] = {
+        {key(signing_key, token_usage), true, session_unknown},
+        {key(signing_key, symmetric_usage), true, "RSA Encrypt AES Key failed: *"},
+        {key(signing_key, token_usage), false, ""},
+        {key(signing_key, symmetric_usage), false, ""},
+        {key("AAAA", token_usage), true, ""},
+        {key("AAAA", symmetric_usage), true, ""},
+        {key("", token_usage), true, ""},
+    };
+    for (const auto& [other, is_last, text] : lists) {
+        Json list = published;
+        list.insert(is_last ? list.end() : list.begin(), other);
+        expect_text(
+            send_with_fault("security/public-key-certificates", status(200, list.dump().c_str())),
+            text, list.dump());
+    }
+}
+
+TEST_F(SendFaults, SuccessCountsHoweverItsLettersAreWritten) {
+    EXPECT_EQ(send_with_fault("auth/status",
+                              status(200, R"({"status":{"code":1,"description":)"
+                                          R"("UWIERZYTELNIANIE zako\u0144czone sukcesem"}})")),
+              "");
+    EXPECT_EQ(clock.slept, 0ms);
+}
+
+TEST_F(SendFaults, AReferenceOfDotsStaysASegment) {
+    send_with_fault("sessions/online", value_at("referenceNumber", ".."));
+    const Json state = sandbox->state();
+    const bool found = std::ranges::any_of(state.at("requests"), [](const Json& request) {
+        return request.at("target") == "/api/v2/sessions/online/%2E%2E/invoices";
+    });
+    EXPECT_TRUE(found) << state.at("requests").dump(1);
+}
+
+TEST_F(SendFaults, ATokenWithALineEndIsNoHeader) {
+    EXPECT_EQ(send_with_fault("auth/token/redeem", value_at("accessToken.token", "a\r\nX: 1")),
+              unknown);
+    EXPECT_TRUE(sandbox->requests("sessions/online").empty());
+}
+
 TEST_F(SendFaults, BearerTokenNeverGoesToAnAddressOutOfAnAnswer) {
     const std::string port = sandbox->port();
     const std::string page = "/storage/01/x/invoice-upo/y";
-    const std::pair<std::string, std::size_t> addresses[] = {
-        {"http://127.0.0.1:" + port + page, 1},
-        {"http://localhost:" + port + page, 1},
-        {"http://user@127.0.0.1:" + port + page, 0},
-        {"http://127.0.0.1:" + port + "\\@localhost:" + port + page, 0},
-        {"http://127.0.0.1:" + port + page + "\r\nX: 1", 0},
+    test::Sandbox stranger;
+    const std::string other = stranger.port();
+    const std::tuple<std::string, std::size_t, std::size_t> addresses[] = {
+        {"http://127.0.0.1:" + port + page, 1, 0},
+        {"http://127.0.0.1:" + other + page, 0, 1},
+        {"http://user@127.0.0.1:" + other + page, 0, 0},
+        {"http://127.0.0.1:" + port + "\\@127.0.0.1:" + other + page, 0, 0},
+        {"http://127.0.0.1:" + other + page + "\r\nX: 1", 0, 0},
     };
-    for (const auto& [address, fetches] : addresses) {
+    for (const auto& [address, own, strange] : addresses) {
         begin_anew();
+        stranger.reset();
         send_with_fault("sessions/invoices/status", value_at("upoDownloadUrl", address));
-        const auto seen = sandbox->requests("storage/invoice-upo");
-        ASSERT_EQ(seen.size(), fetches) << address;
+        auto seen = sandbox->requests("storage/invoice-upo");
+        EXPECT_EQ(seen.size(), own) << address;
+        const auto seen_by_stranger = stranger.requests("storage/invoice-upo");
+        EXPECT_EQ(seen_by_stranger.size(), strange) << address;
+        seen.insert(seen.end(), seen_by_stranger.begin(), seen_by_stranger.end());
         for (const auto& request : seen) EXPECT_EQ(request.at("authorization"), "none") << address;
     }
+}
+
+TEST_F(SendFaults, AnEncryptedServiceNamesNoUnencryptedStorage) {
+    const test::ScratchFolder folder;
+    connection_settings.private_ca_file = (folder.path() / "ca.pem").string();
+    test::Sandbox secure("--https --ca-file-out '" + connection_settings.private_ca_file +
+                         "' --fault 'step=sessions/invoices/status kind=json path=upoDownloadUrl "
+                         "value=" +
+                         sandbox->origin() + "/storage/01/x/invoice-upo/y count=-1'");
+    settings.service.test = base::from_utf8(secure.origin());
+    expect_text(send(), accepted + "*", "refused");
+    EXPECT_TRUE(sandbox->requests("storage/invoice-upo").empty());
 }
 
 // Whatever a server or a firewall does at whatever step.

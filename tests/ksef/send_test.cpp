@@ -134,6 +134,7 @@ TEST_F(Send, EarlierDocumentIsSentOfflineAndAgainWithTheHashItCorrects) {
         {"2026-11-20", sent + ", numer_ksef='1'", true, ""},
         {"2026-11-20", sent + ", HashFaktury=''", true, ""},
         {"2026-11-21", sent, false, ""},
+        {"2026-11-20", sent + ", ddout_data_wyst=null", false, ""},
     };
     for (const auto& [date, columns, offline, corrected] : documents) {
         begin_anew(date);
@@ -178,7 +179,48 @@ TEST_F(Send, InstanceCanBeUsedAgain) {
     EXPECT_EQ(send_with(client, database),
               "Błąd inicjalizacji sesji KSeF:auth/token/redeem:STATUS:500");
     sandbox->reset();
+    sandbox->fault({{"step", "security/public-key-certificates"},
+                    {"kind", "remove"},
+                    {"path", "[1].certificate"}});
+    EXPECT_TRUE(send_with(client, database).starts_with("Load RSA Public Key failed: "))
+        << "the key of the call before is not taken";
+    sandbox->reset();
+    // And for another environment, at another address of the same sandbox.
+    settings.service.demo = u"http://localhost:" + base::from_utf8(sandbox->port());
+    environment = 0;
     EXPECT_EQ(send_with(client, database), "");
+    for (const char* step : {"auth/challenge", "sessions/online/invoices"}) {
+        const std::string headers = sandbox->requests(step).at(0).at("headers").dump();
+        EXPECT_NE(headers.find("\"localhost:" + sandbox->port()), std::string::npos) << headers;
+    }
+}
+
+TEST_F(Send, EachWriteMarksItsTimeAndTheNote) {
+    connection->execute_script("create table written (name text)");
+    for (const std::string column : {"DATA_OPERACJI", "Export_Opis_bledu_ksef", "status_ksef",
+                                     "numer_ksef", "HashFaktury", "UPO_ksef"}) {
+        connection->execute_script("create trigger of_" + column + " after update of " + column +
+                                   " on dok_fak begin insert into written values ('" + column +
+                                   "'); end");
+    }
+    ASSERT_EQ(send(), "");
+    std::map<std::string, int> writes;
+    const auto rows = connection->open_recordset(u"select name from written");
+    for (; !rows->at_end(); rows->move_next())
+        ++writes[base::to_utf8(ports::text_of(rows->field(u"name")))];
+    // The outcome, the number on the invoice's own page, the UPO.
+    EXPECT_EQ(writes, (std::map<std::string, int>{{"DATA_OPERACJI", 3},
+                                                  {"Export_Opis_bledu_ksef", 2},
+                                                  {"status_ksef", 2},
+                                                  {"numer_ksef", 2},
+                                                  {"HashFaktury", 1},
+                                                  {"UPO_ksef", 1}}));
+}
+
+TEST_F(Send, CharactersThatAreNoBytesAreToldBeforeAnyTraffic) {
+    invoice.insert(5, 1, u'\u4E00');
+    EXPECT_EQ(send(), "Treść nie jest ciągiem bajtów: znak U+4E00 na pozycji 6");
+    EXPECT_TRUE(sandbox->requests("auth/challenge").empty());
 }
 
 TEST_F(Send, OddInvoicesAreRefusedByKsefNotByACrash) {

@@ -4,6 +4,7 @@
 
 #include <numeric>
 
+#include "base/error.h"
 #include "tests/support/code_page.h"
 
 namespace tavrix::ports {
@@ -17,8 +18,9 @@ TEST(BytesOnePerCharacter, ComeBackFromTheCodePageAndFromLatin1) {
     EXPECT_EQ(bytes_one_per_character(*code_page, code_page->to_text(bytes)), bytes);
     const base::Text latin_1(bytes.begin(), bytes.end());
     EXPECT_EQ(bytes_one_per_character(*code_page, latin_1), bytes);
-    EXPECT_EQ(bytes_one_per_character(*code_page, u"\u0416\uFFFD"), (base::Bytes{'?', '?'}))
-        << "what is no byte";
+    for (const base::TextView no_bytes : {u"a\u0416", u"\uFFFD", u"\uFEFF<a/>"}) {
+        EXPECT_THROW(bytes_one_per_character(*code_page, no_bytes), base::AutomationError);
+    }
 }
 
 TEST(CodePage1250, KnowsThePolishLettersAndReplacesTheRest) {
