@@ -100,6 +100,7 @@ void Command::execute(std::optional<std::int32_t>& records_affected,
     if (!connection_) raise(AdoError::invalid_connection, source);
     const auto& database = connection_->database(AdoError::invalid_connection);
     connection_->recorded([&] {
+        connection_->require_free();
         const std::int64_t count = database->execute(text_, parameters_->values());
         records_affected = connection_->habits().row_count == RowCount::none
                                ? -1

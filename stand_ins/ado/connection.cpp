@@ -71,9 +71,11 @@ windows::ComPointer<IDispatch> Connection::Execute(const base::Text& sql,
                                                    const std::optional<std::int32_t>& options) {
     const auto database = this->database(AdoError::object_closed);
     return recorded([&]() -> windows::ComPointer<IDispatch> {
+        require_free();
         auto rows = std::make_shared<Recordset>();
         if (ports::tsql::translate(base::to_utf8(sql)).is_query) {
             rows->open_on(shared_from_this(), sql);
+            executed_ = rows;
             records_affected = -1;
         } else {
             records_affected = static_cast<std::int32_t>(database->execute(sql));
@@ -122,6 +124,14 @@ windows::ComPointer<IDispatch> Connection::errors() const {
 const std::shared_ptr<ports::SqliteConnection>& Connection::database(AdoError when_closed) const {
     if (!database_) raise(when_closed, source);
     return database_;
+}
+
+void Connection::require_free() const {
+    const auto rows = executed_.lock();
+    if (!in_transaction_ || !rows || rows->state() == object_state::closed || rows->at_end())
+        return;
+    raise(AdoError::unspecified, source,
+          u"Cannot create new connection because in manual or distributed transaction mode.");
 }
 
 constexpr com::ClassTable connection_class = {

@@ -8,6 +8,8 @@
 
 namespace tavrix::ado {
 
+class Recordset;
+
 /// ADODB.Connection over one SQLite file, named by `Data Source=` in the connection string; the
 /// other keys are those of Habits.
 class Connection : public std::enable_shared_from_this<Connection> {
@@ -36,6 +38,9 @@ class Connection : public std::enable_shared_from_this<Connection> {
     /// The open database; throws `when_closed` otherwise.
     const std::shared_ptr<ports::SqliteConnection>& database(AdoError when_closed) const;
     Habits& habits() noexcept { return habits_; }
+    /// Throws while rows of Execute wait to be read in a transaction: outside one the provider
+    /// would open a second connection for the next statement.
+    void require_free() const;
     /// Runs `action` with its failure also listed in Errors, as the database's words. What succeeds
     /// leaves the list as it is.
     template <typename Action>
@@ -59,6 +64,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
     std::int32_t command_timeout_s_ = 30;
     Habits habits_;
     bool in_transaction_ = false;
+    std::weak_ptr<Recordset> executed_;
 };
 
 extern const com::ClassTable connection_class;

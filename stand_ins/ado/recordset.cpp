@@ -82,8 +82,10 @@ void Recordset::open() {
     if (!connection_) raise(AdoError::invalid_connection, source);
     if (sql_.empty()) raise(AdoError::invalid_argument, source);
     const auto& database = connection_->database(AdoError::invalid_connection);
-    rows_ = connection_->recorded(
-        [&] { return std::make_unique<CursorRows>(database, sql_, connection_->habits()); });
+    rows_ = connection_->recorded([&] {
+        connection_->require_free();
+        return std::make_unique<CursorRows>(database, sql_, connection_->habits());
+    });
     if (location_ == cursor_location::client || cursor_ > cursor_type::forward_only) {
         cursor_ = cursor_type::static_rows;
     }

@@ -284,6 +284,18 @@ TEST_F(Ado, ServersStaticRowsAreOnlyRead) {
     EXPECT_EQ(error_of([&] { rows.object(u"Fields", u"opis").put(u"Value", u"x"); }), 0x800A0CB3u);
 }
 
+TEST_F(Ado, UnreadRowsInATransactionKeepTheLibraryOut) {
+    connection.call(u"BeginTrans");
+    const LateBound unread(
+        windows::object_of(connection.call(u"Execute", u"select opis from dok_fak").get()));
+    windows::AdoDatabase host = port();
+    const auto ask = [&] { host.open(u"select top 1 opis from dok_fak where ddout_id=1"); };
+    EXPECT_EQ(error_of(ask), 0x80004005u);
+    unread.call(u"Close");
+    EXPECT_EQ(error_of(ask), 0u);
+    connection.call(u"RollbackTrans");
+}
+
 TEST_F(Ado, OneTransactionAtATime) {
     connection.call(u"BeginTrans");
     EXPECT_EQ(error_of([&] { connection.call(u"BeginTrans"); }), 0x8004D013u);
