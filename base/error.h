@@ -18,6 +18,7 @@ enum class ErrorNumber : std::uint32_t {
     no_current_row = 0x800A0BCD,  // 3021: before the first or behind the last row
     object_closed = 0x800A0E78,   // 3704: the connection or recordset is closed
     database_failed = 0x80040E14,
+    value_refused = 0x80040E21,  // the field does not take the value: too long, or of another kind
     table_not_found = 0x80040E37,
     row_changed = 0x80040E38,  // the row is gone or was changed meanwhile
 };

@@ -1,6 +1,7 @@
--- The tables of a host as the library knows them, for SQLite: the development ADO provider and the native
--- door read the declared types (a column declared DATETIME gives dates, BIT gives booleans). A real host has
--- them in SQL Server, with more columns.
+-- The tables of a host as the library knows them, in words that SQL Server takes; a real host has more columns,
+-- and identity columns for keys. For SQLite, behind the development ADO provider and the native door, only the
+-- "(max)" goes: both read the declared types and lengths (a column declared DATETIME gives dates, BIT gives
+-- booleans, NVARCHAR without a length takes any text).
 
 -- Sales documents: invoices, corrections, donations and their corrections. The KSeF columns are the same in all.
 create table dok_fak (
@@ -12,26 +13,26 @@ create table dok_fak (
     HashFaktury nvarchar(50),
     status_ksef nvarchar(10),
     StatusStr_ksef nvarchar(500),
-    UPO_ksef ntext,
-    Export_Opis_bledu_ksef ntext,
+    UPO_ksef nvarchar(max),
+    Export_Opis_bledu_ksef nvarchar(max),
     DATA_OPERACJI datetime,
-    xml_ksef ntext,
-    ksef_qrcode2 ntext
+    xml_ksef nvarchar(max),
+    ksef_qrcode2 nvarchar(max)
 );
 create table dok_KFA (
     ddout_id integer primary key, ddout_numer nvarchar(100), ddout_data_wyst datetime, numer_ksef nvarchar(50),
     NumerRef_ksef nvarchar(50), HashFaktury nvarchar(50), status_ksef nvarchar(10), StatusStr_ksef nvarchar(500),
-    UPO_ksef ntext, Export_Opis_bledu_ksef ntext, DATA_OPERACJI datetime, xml_ksef ntext, ksef_qrcode2 ntext
+    UPO_ksef nvarchar(max), Export_Opis_bledu_ksef nvarchar(max), DATA_OPERACJI datetime, xml_ksef nvarchar(max), ksef_qrcode2 nvarchar(max)
 );
 create table dok_dar (
     ddout_id integer primary key, ddout_numer nvarchar(100), ddout_data_wyst datetime, numer_ksef nvarchar(50),
     NumerRef_ksef nvarchar(50), HashFaktury nvarchar(50), status_ksef nvarchar(10), StatusStr_ksef nvarchar(500),
-    UPO_ksef ntext, Export_Opis_bledu_ksef ntext, DATA_OPERACJI datetime, xml_ksef ntext, ksef_qrcode2 ntext
+    UPO_ksef nvarchar(max), Export_Opis_bledu_ksef nvarchar(max), DATA_OPERACJI datetime, xml_ksef nvarchar(max), ksef_qrcode2 nvarchar(max)
 );
 create table dok_kda (
     ddout_id integer primary key, ddout_numer nvarchar(100), ddout_data_wyst datetime, numer_ksef nvarchar(50),
     NumerRef_ksef nvarchar(50), HashFaktury nvarchar(50), status_ksef nvarchar(10), StatusStr_ksef nvarchar(500),
-    UPO_ksef ntext, Export_Opis_bledu_ksef ntext, DATA_OPERACJI datetime, xml_ksef ntext, ksef_qrcode2 ntext
+    UPO_ksef nvarchar(max), Export_Opis_bledu_ksef nvarchar(max), DATA_OPERACJI datetime, xml_ksef nvarchar(max), ksef_qrcode2 nvarchar(max)
 );
 
 -- Batch sessions.
@@ -44,7 +45,7 @@ create table DOK_ZDJECIA (
     ksefniezgodnyidwew int,
     ksefNumber nvarchar(50),
     in_numer_ksef nvarchar(50),
-    ksefNumber_json ntext,
+    ksefNumber_json nvarchar(max),
     ksefHashFaktury nvarchar(50),
     In_Konh_id int,
     dok_rodz_id int,
@@ -63,7 +64,7 @@ create table DOK_ZDJECIA (
     ZDJECIE_datawydruku datetime,
     ZDJECIE_RODZAJ nvarchar(10),
     ZDJECIE_kierunek nvarchar(20),
-    dane ntext
+    dane nvarchar(max)
 );
 create table dok_zdjecia_podpisy (id integer primary key, id_zdjecia int, user_id int, etappodpisow int);
 create table DOK_IMPORTY (
@@ -82,11 +83,12 @@ create table kontrahenci (
 );
 create table Kontrahenci_parametry (konh_id int, czy_eksf bit);
 create table setup (nazwa nvarchar(50), wartosc nvarchar(500));
-create table uzytkownicy_setup (user_id int, nazwa nvarchar(50), wartosc ntext);
+create table uzytkownicy_setup (user_id int, nazwa nvarchar(50), wartosc nvarchar(max));
 
 insert into dok_fak (ddout_id, ddout_numer, ddout_data_wyst) values
-    (1001, 'FV/2026/11/0147', date('now', 'localtime')),
-    (1002, 'FV/2026/11/0146', date('now', 'localtime', '-1 day'));
-insert into dok_KFA (ddout_id, ddout_numer, ddout_data_wyst) values (2001, 'FK/2026/11/0009', date('now', 'localtime'));
+    (1001, 'FV/2026/11/0147', current_timestamp),
+    -- Day and month alike, since SQL Server reads such a date in the order of the user's language.
+    (1002, 'FV/2025/11/0093', '2025-11-11');
+insert into dok_KFA (ddout_id, ddout_numer, ddout_data_wyst) values (2001, 'FK/2026/11/0009', current_timestamp);
 insert into kontrahenci values (1, 'KD001', 1, '951-204-43-76', 'Księgarnia Źródło Łucja Gęś-Wąsowicz');
 insert into Kontrahenci_parametry values (1, 1);

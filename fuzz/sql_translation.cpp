@@ -4,6 +4,7 @@
 
 #include "base/error.h"
 #include "fuzz/fuzz_target.h"
+#include "ports/portable/tsql/single_row.h"
 #include "ports/portable/tsql/translate.h"
 
 using namespace tavrix;
@@ -25,6 +26,7 @@ std::vector<std::string> fuzz::seeds() {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string_view sql(reinterpret_cast<const char*>(data), size);
+    ports::tsql::single_row_of(base::from_utf8(sql));
     try {
         const std::string translated = ports::tsql::translate(sql).sql;
         // One statement in, one statement out, whatever stands in its texts.

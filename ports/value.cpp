@@ -54,4 +54,23 @@ std::optional<base::DateTime> date_of(const Value& value) {
     return std::visit(AsDate{}, value);
 }
 
+std::optional<base::Text> plain_number(base::TextView text) {
+    base::Text number(base::trim(text));
+    bool has_digits = false;
+    bool has_mark = false;
+    for (std::size_t i = 0; i < number.size(); ++i) {
+        char16_t& c = number[i];
+        if (c >= u'0' && c <= u'9') {
+            has_digits = true;
+        } else if ((c == u',' || c == u'.') && !has_mark) {
+            has_mark = true;
+            c = u'.';
+        } else if (i > 0 || c != u'-') {
+            return std::nullopt;
+        }
+    }
+    if (!has_digits) return std::nullopt;
+    return number;
+}
+
 }  // namespace tavrix::ports

@@ -24,7 +24,7 @@ if [[ -x /usr/lib/wine/wine ]]; then
     start_sandbox "$bin/tavrix-sandbox" "$work"
     register_dlls 32 "$root/build/win32/bin" "$work/dll"
     write_settings "$work/dll/Tavrix.json"
-    sqlite3 "$work/firma.db" <"$root/demo/schema.sql"
+    make_host_database "$work/firma.db"
     # Creating an object a hundred thousand times takes Wine minutes.
     TAVRIX_WINE_TIMEOUT_S=900 wine_program 32 "$root/build/win32/bin/facade_bench.exe" | tr -d '\r'
     wine_program 32 "$root/build/win32/bin/com_bench.exe" "Z:$work/firma.db" "Z:$root/demo/faktura.xml" | tr -d '\r'

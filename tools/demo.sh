@@ -35,7 +35,7 @@ start_ksef() {
 
 # Invoices are dated today, as a host's would be.
 prepare_documents() {
-    sqlite3 "$demo/firma.db" <"$sources/schema.sql"
+    make_host_database "$demo/firma.db"
     local today name
     today=$(date +%F)
     for name in faktura korekta; do

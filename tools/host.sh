@@ -24,6 +24,9 @@ start_sandbox() {
     origin=${line%% *}
 }
 
+# make_host_database FILE: a SQLite file with the demonstration's tables.
+make_host_database() { sed 's/(max)//g' "$root/demo/schema.sql" | sqlite3 "$1"; }
+
 # write_settings FILE [CA_FILE]
 write_settings() {
     local authority=${2:+"\"private_ca_file\": \"$2\", "}

@@ -34,20 +34,20 @@ Variant LateBound::invoke(const char16_t* name, WORD flags, std::span<Variant> a
     reversed.reserve(arguments.size());
     for (std::size_t i = arguments.size(); i > 0; --i) reversed.push_back(arguments[i - 1].get());
 
+    const bool puts = (flags & (DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF)) != 0;
     DISPID named = DISPID_PROPERTYPUT;
     DISPPARAMS parameters{};
     parameters.rgvarg = reversed.data();
     parameters.cArgs = static_cast<UINT>(reversed.size());
-    if ((flags & DISPATCH_PROPERTYPUT) != 0) {
+    if (puts) {
         parameters.rgdispidNamedArgs = &named;
         parameters.cNamedArgs = 1;
     }
 
     Variant result;
     EXCEPINFO information{};
-    const HRESULT outcome = object_->Invoke(
-        id, IID_NULL, LOCALE_USER_DEFAULT, flags, &parameters,
-        (flags & DISPATCH_PROPERTYPUT) != 0 ? nullptr : result.out(), &information, nullptr);
+    const HRESULT outcome = object_->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, flags, &parameters,
+                                            puts ? nullptr : result.out(), &information, nullptr);
     if (outcome == DISP_E_EXCEPTION) throw_reported(information, name);
     check(outcome, name);
     return result;

@@ -33,6 +33,11 @@ class LateBound {
     void put(const char16_t* name, Arguments&&... arguments) const {
         pass(name, DISPATCH_PROPERTYPUT, std::forward<Arguments>(arguments)...);
     }
+    /// As `Set` does it in a script: the property becomes the object itself, where `put` may make
+    /// do with the object's default value.
+    void put_reference(const char16_t* name, const LateBound& object) const {
+        pass(name, DISPATCH_PROPERTYPUTREF, object.object_);
+    }
     /// A property that is an object.
     template <typename... Arguments>
     LateBound object(const char16_t* name, Arguments&&... arguments) const {

@@ -21,7 +21,8 @@ enum class Field {
     upo,
 };
 
-enum class ColumnKind { text, date };
+/// A description is the service's free text: what the host's column has no room for is left out.
+enum class ColumnKind { text, description, date };
 enum class Writer { host, library };
 
 struct Column {
@@ -40,8 +41,8 @@ inline constexpr std::array document_columns = {
     Column{Field::reference, u"NumerRef_ksef", ColumnKind::text, Writer::library},
     Column{Field::hash, u"HashFaktury", ColumnKind::text, Writer::library},
     Column{Field::status, u"status_ksef", ColumnKind::text, Writer::library},
-    Column{Field::description, u"StatusStr_ksef", ColumnKind::text, Writer::library},
-    Column{Field::note, u"Export_Opis_bledu_ksef", ColumnKind::text, Writer::library},
+    Column{Field::description, u"StatusStr_ksef", ColumnKind::description, Writer::library},
+    Column{Field::note, u"Export_Opis_bledu_ksef", ColumnKind::description, Writer::library},
     Column{Field::operation_time, u"DATA_OPERACJI", ColumnKind::date, Writer::library},
     Column{Field::upo, u"UPO_ksef", ColumnKind::text, Writer::library},
 };

@@ -3,6 +3,7 @@
 #include <sqlite3.h>
 
 #include <algorithm>
+#include <exception>
 
 #include "base/error.h"
 #include "ports/portable/sqlite_statement.h"
@@ -18,13 +19,6 @@ constexpr int busy_timeout_ms = 5000;
     throw base::AutomationError(number, u"Database", base::Text(description));
 }
 
-void expect_one_row(sqlite3* connection) {
-    if (sqlite3_changes(connection) == 1) return;
-    fail(base::ErrorNumber::row_changed,
-         u"Row cannot be located for updating. Some values may have been changed since it was "
-         u"last read.");
-}
-
 std::string quoted_name(const std::string& name) {
     std::string quoted = "\"";
     for (const char c : name) {
@@ -37,44 +31,6 @@ std::string quoted_name(const std::string& name) {
 std::string quoted_name(base::TextView name) {
     return quoted_name(base::to_utf8(name));
 }
-
-std::string normalised_type(const char* declared) {
-    std::string type = declared == nullptr ? "" : declared;
-    if (const std::size_t length = type.find('('); length != std::string::npos) type.erase(length);
-    while (!type.empty() && type.back() == ' ') type.pop_back();
-    for (char& c : type) {
-        if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 32);
-    }
-    return type;
-}
-
-// Begins at once so that what the batch compared cannot change before it writes; rolls back unless
-// committed.
-class Transaction {
-  public:
-    explicit Transaction(SqliteConnection& connection)
-        : connection_(connection), outermost_(sqlite3_get_autocommit(connection.handle()) != 0) {
-        connection_.execute_script(outermost_ ? "begin immediate" : "savepoint batch");
-    }
-    ~Transaction() {
-        if (done_) return;
-        sqlite3_exec(connection_.handle(),
-                     outermost_ ? "rollback" : "rollback to batch; release batch", nullptr, nullptr,
-                     nullptr);
-    }
-    Transaction(const Transaction&) = delete;
-    Transaction& operator=(const Transaction&) = delete;
-
-    void commit() {
-        connection_.execute_script(outermost_ ? "commit" : "release batch");
-        done_ = true;
-    }
-
-  private:
-    SqliteConnection& connection_;
-    bool outermost_;
-    bool done_ = false;
-};
 
 }  // namespace
 
@@ -101,8 +57,15 @@ std::unique_ptr<SqliteRecordset> SqliteConnection::open_recordset(base::TextView
     return std::make_unique<SqliteRecordset>(shared_from_this(), sql);
 }
 
-std::int64_t SqliteConnection::execute(base::TextView sql) {
-    SqliteStatement statement(handle_, tsql::translate(base::to_utf8(sql)).sql);
+std::int64_t SqliteConnection::execute(base::TextView sql, std::span<const Value> parameters) {
+    const tsql::Translation translation = tsql::translate(base::to_utf8(sql));
+    if (translation.parameters != parameters.size()) {
+        fail(base::ErrorNumber::database_failed, u"Each ? of a statement wants one value.");
+    }
+    SqliteStatement statement(handle_, translation.sql);
+    for (std::size_t i = 0; i < parameters.size(); ++i) {
+        statement.bind(static_cast<int>(i) + 1, as_stored(parameters[i]));
+    }
     while (statement.step()) {
     }
     return sqlite3_changes64(handle_);
@@ -119,14 +82,15 @@ SqliteRecordset::SqliteRecordset(std::shared_ptr<SqliteConnection> connection, b
     const tsql::Translation translation = tsql::translate(base::to_utf8(sql));
     if (!translation.is_query)
         fail(base::ErrorNumber::database_failed, u"The statement gives no rows.");
+    if (translation.parameters != 0)
+        fail(base::ErrorNumber::database_failed, u"A query takes no values.");
     table_ = translation.row_table;
     SqliteStatement statement(connection_->handle(), translation.sql);
     const int hidden = table_.empty() ? 0 : 1;
     const int count = sqlite3_column_count(statement.get());
     for (int i = hidden; i < count; ++i) {
-        SqliteColumn column{base::from_utf8(sqlite3_column_name(statement.get(), i)),
-                            normalised_type(sqlite3_column_decltype(statement.get(), i))};
-        columns_.push_back(std::move(column));
+        columns_.emplace_back(sqlite3_column_name(statement.get(), i),
+                              sqlite3_column_decltype(statement.get(), i));
     }
     while (statement.step()) {
         Row row;
@@ -147,6 +111,11 @@ SqliteRecordset::Row& SqliteRecordset::current_row() {
     return rows_[position_];
 }
 
+void SqliteRecordset::require_table() const {
+    if (table_.empty())
+        fail(base::ErrorNumber::database_failed, u"The recordset cannot be updated.");
+}
+
 void SqliteRecordset::move_next() {
     current_row();
     ++position_;
@@ -165,24 +134,27 @@ Value SqliteRecordset::field(base::TextView name) {
 }
 
 void SqliteRecordset::set_field(base::TextView name, const Value& value) {
-    set_field_at(column_index(name), value);
+    const std::size_t column = column_index(name);
+    set_field_at(column, fitting(value, columns_[column]));
+}
+
+std::size_t SqliteRecordset::capacity(base::TextView name) {
+    return columns_[column_index(name)].length;
 }
 
 Value SqliteRecordset::field_at(std::size_t column) {
     const Row& row = current_row();
     const Value& stored = row.changed.at(column) ? *row.changed[column] : row.original.at(column);
-    return as_kind(stored, kind_of_declared_type(columns_[column].declared_type));
+    return as_kind(stored, columns_[column].kind);
 }
 
 void SqliteRecordset::set_field_at(std::size_t column, const Value& value) {
-    if (table_.empty())
-        fail(base::ErrorNumber::database_failed, u"The recordset cannot be updated.");
+    require_table();
     current_row().changed.at(column) = as_stored(value);
 }
 
 void SqliteRecordset::add_new() {
-    if (table_.empty())
-        fail(base::ErrorNumber::database_failed, u"The recordset cannot be updated.");
+    require_table();
     Row row;
     row.original.resize(columns_.size());
     row.changed.resize(columns_.size());
@@ -191,8 +163,7 @@ void SqliteRecordset::add_new() {
 }
 
 void SqliteRecordset::delete_row() {
-    if (table_.empty())
-        fail(base::ErrorNumber::database_failed, u"The recordset cannot be updated.");
+    require_table();
     Row& row = current_row();
     if (row.id) deleted_.push_back({position_, std::move(row)});
     rows_.erase(rows_.begin() + static_cast<std::ptrdiff_t>(position_));
@@ -205,17 +176,6 @@ void SqliteRecordset::cancel_row() {
     } else {
         rows_.erase(rows_.begin() + static_cast<std::ptrdiff_t>(position_));
     }
-}
-
-bool SqliteRecordset::has_changes() const noexcept {
-    if (!deleted_.empty()) return true;
-    for (const Row& row : rows_) {
-        if (!row.id && !table_.empty()) return true;
-        for (const auto& value : row.changed) {
-            if (value) return true;
-        }
-    }
-    return false;
 }
 
 void SqliteRecordset::cancel_batch() {
@@ -231,60 +191,77 @@ void SqliteRecordset::cancel_batch() {
 }
 
 void SqliteRecordset::update_batch() {
-    if (!has_changes()) return;
-    Transaction transaction(*connection_);
-    for (const DeletedRow& deleted : deleted_) delete_stored_row(deleted.row);
-    std::vector<std::pair<std::size_t, std::int64_t>> added;
-    for (std::size_t i = 0; i < rows_.size(); ++i) {
-        if (rows_[i].id) {
-            update_row(rows_[i]);
-        } else {
-            insert_row(rows_[i]);
-            added.emplace_back(i, sqlite3_last_insert_rowid(connection_->handle()));
-        }
+    try {
+        write_changes();
+    } catch (const base::AutomationError&) {
+        cancel_batch();
+        throw;
     }
-    transaction.commit();
-    deleted_.clear();
-    for (const auto& [index, id] : added) rows_[index].id = id;
-    for (Row& row : rows_) {
-        for (std::size_t i = 0; i < row.changed.size(); ++i) {
-            if (row.changed[i]) row.original[i] = std::move(*row.changed[i]);
-            row.changed[i].reset();
+}
+
+void SqliteRecordset::write_changes() {
+    std::exception_ptr first_failure;
+    const auto attempt = [&](auto write) {
+        try {
+            write();
+            return true;
+        } catch (const base::AutomationError&) {
+            if (!first_failure) first_failure = std::current_exception();
+            return false;
         }
+    };
+    std::erase_if(deleted_, [&](const DeletedRow& deleted) {
+        return attempt([&] { run_for_row("delete from " + quoted_name(table_), {}, deleted.row); });
+    });
+    for (Row& row : rows_) attempt([&] { write_row(row); });
+    if (first_failure) std::rethrow_exception(first_failure);
+}
+
+void SqliteRecordset::write_row(Row& row) {
+    if (row.id) {
+        update_row(row);
+    } else if (!table_.empty()) {
+        insert_row(row);
+    }
+    for (std::size_t i = 0; i < row.changed.size(); ++i) {
+        if (row.changed[i]) row.original[i] = std::move(*row.changed[i]);
+        row.changed[i].reset();
     }
 }
 
 void SqliteRecordset::update_row(const Row& row) {
     std::string assignments;
-    std::string unchanged;
-    std::vector<const Value*> values;
-    std::vector<const Value*> originals;
+    std::vector<Value> values;
     for (std::size_t i = 0; i < row.changed.size(); ++i) {
         if (!row.changed[i]) continue;
-        const std::string name = quoted_name(columns_[i].name);
-        assignments += (assignments.empty() ? "" : ", ") + name + " = ?";
-        unchanged += " and " + name + " is ?";
-        values.push_back(&*row.changed[i]);
-        originals.push_back(&row.original[i]);
+        assignments += (assignments.empty() ? "" : ", ") + quoted_name(columns_[i].name) + " = ?";
+        values.push_back(*row.changed[i]);
     }
     if (values.empty()) return;
-    SqliteStatement statement(
-        connection_->handle(),
-        "update " + quoted_name(table_) + " set " + assignments + " where rowid = ?" + unchanged);
-    int parameter = 0;
-    for (const Value* value : values) statement.bind(++parameter, *value);
-    statement.bind(++parameter, *row.id);
-    for (const Value* value : originals) statement.bind(++parameter, *value);
-    statement.step();
-    expect_one_row(connection_->handle());
+    run_for_row("update " + quoted_name(table_) + " set " + assignments, std::move(values), row);
 }
 
-void SqliteRecordset::delete_stored_row(const Row& row) {
-    SqliteStatement statement(connection_->handle(),
-                              "delete from " + quoted_name(table_) + " where rowid = ?");
-    statement.bind(1, *row.id);
-    statement.step();
-    expect_one_row(connection_->handle());
+void SqliteRecordset::run_for_row(const std::string& statement, std::vector<Value> values,
+                                  const Row& row) {
+    const Condition condition = condition_of(row);
+    values.insert(values.end(), condition.values.begin(), condition.values.end());
+    SqliteStatement prepared(connection_->handle(), statement + " where " + condition.sql);
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        prepared.bind(static_cast<int>(i) + 1, values[i]);
+    }
+    prepared.step();
+    check_reached(sqlite3_changes(connection_->handle()));
+}
+
+SqliteRecordset::Condition SqliteRecordset::condition_of(const Row& row) const {
+    return {"rowid = ?", {*row.id}};
+}
+
+void SqliteRecordset::check_reached(int count) {
+    if (count > 0) return;
+    fail(base::ErrorNumber::row_changed,
+         u"Row cannot be located for updating. Some values may have been changed since it was "
+         u"last read.");
 }
 
 void SqliteRecordset::insert_row(Row& row) {
@@ -305,6 +282,7 @@ void SqliteRecordset::insert_row(Row& row) {
     int parameter = 0;
     for (const Value* value : values) statement.bind(++parameter, *value);
     statement.step();
+    row.id = sqlite3_last_insert_rowid(connection_->handle());
 }
 
 }  // namespace tavrix::ports

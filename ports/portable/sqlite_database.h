@@ -2,29 +2,22 @@
 
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
-#include "ports/database.h"
+#include "ports/portable/sqlite_column.h"
 
 struct sqlite3;
 
 namespace tavrix::ports {
 
-struct SqliteColumn {
-    base::Text name;
-    /// As the table declares it, in capitals, without a length: "NVARCHAR", "DATETIME"; "" for a
-    /// computed column.
-    std::string declared_type;
-};
-
 class SqliteConnection;
 
 /// The rows of one query with the batch-optimistic behaviour that hosts know from ADO: all rows are
-/// read at once, changes are kept until update_batch writes them in one transaction, and a row
-/// whose changed columns no longer hold what was read fails the whole batch (row_changed). Rows of
-/// several tables, grouped or distinct are read-only.
-class SqliteRecordset final : public Recordset {
+/// read at once, changes are kept until they are written, each row by a statement of its own. Rows
+/// of several tables, grouped or distinct are read-only.
+class SqliteRecordset : public Recordset {
   public:
     SqliteRecordset(std::shared_ptr<SqliteConnection> connection, base::TextView sql);
 
@@ -32,6 +25,7 @@ class SqliteRecordset final : public Recordset {
     void move_next() override;
     Value field(base::TextView name) override;
     void set_field(base::TextView name, const Value& value) override;
+    std::size_t capacity(base::TextView name) override;
     void add_new() override;
     void update_batch() override;
 
@@ -41,6 +35,7 @@ class SqliteRecordset final : public Recordset {
     /// Any value; one past the last row or beyond is the end.
     void move_to(std::size_t position) noexcept { position_ = position; }
     Value field_at(std::size_t column);
+    /// Takes any value, as SQLite does.
     void set_field_at(std::size_t column, const Value& value);
     /// The column's index; throws item_not_found.
     std::size_t column_index(base::TextView name) const;
@@ -49,17 +44,32 @@ class SqliteRecordset final : public Recordset {
     void delete_row();
     /// Forgets every change of the current row; a row that was only added goes away.
     void cancel_row();
-    /// Forgets every change since the last update_batch: added rows go, deleted ones come back.
+    /// Forgets every change that is not written: added rows go, deleted ones come back.
     void cancel_batch();
-    bool has_changes() const noexcept;
+    /// Writes what can be written; a row that fails stays changed. Throws the first failure.
+    void write_changes();
 
-  private:
+  protected:
     struct Row {
         std::optional<std::int64_t> id;  // none while only added
-        std::vector<Value> original;     // as stored, so that update_batch compares like with like
+        std::vector<Value> original;     // as stored, so that like is compared with like
         std::vector<std::optional<Value>> changed;
     };
+    /// What follows "where", with a "?" for each value.
+    struct Condition {
+        std::string sql;
+        std::vector<Value> values;
+    };
 
+    /// How the row that was read is found again when it is written: by its rowid.
+    virtual Condition condition_of(const Row& row) const;
+    /// Judges how many rows a statement for one row has reached: throws row_changed for none.
+    virtual void check_reached(int count);
+
+    const std::string& table() const noexcept { return table_; }
+    SqliteConnection& connection() const noexcept { return *connection_; }
+
+  private:
     /// A row that was taken out, and the index from which.
     struct DeletedRow {
         std::size_t index;
@@ -67,9 +77,11 @@ class SqliteRecordset final : public Recordset {
     };
 
     Row& current_row();
+    void require_table() const;
+    void write_row(Row& row);
     void insert_row(Row& row);
-    void delete_stored_row(const Row& row);
     void update_row(const Row& row);
+    void run_for_row(const std::string& statement, std::vector<Value> values, const Row& row);
 
     std::shared_ptr<SqliteConnection> connection_;
     std::string table_;
@@ -91,8 +103,9 @@ class SqliteConnection : public std::enable_shared_from_this<SqliteConnection> {
     SqliteConnection& operator=(const SqliteConnection&) = delete;
 
     std::unique_ptr<SqliteRecordset> open_recordset(base::TextView sql);
-    /// Runs a statement that gives no rows; returns how many it changed.
-    std::int64_t execute(base::TextView sql);
+    /// Runs a statement that gives no rows, with a value for each "?" in it; returns how many rows
+    /// it changed.
+    std::int64_t execute(base::TextView sql, std::span<const Value> parameters = {});
     /// Runs SQLite's own statements, several allowed: schemas, transactions.
     void execute_script(const std::string& sqlite_sql);
     sqlite3* handle() const noexcept { return handle_; }

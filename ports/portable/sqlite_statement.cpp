@@ -47,36 +47,6 @@ void throw_sqlite_error(sqlite3* connection) {
     throw base::AutomationError(number, u"Database", base::from_utf8(words));
 }
 
-ColumnKind kind_of_declared_type(const std::string& type) {
-    if (type == "BIT") return ColumnKind::boolean;
-    if (type == "DATE" || type == "DATETIME" || type == "DATETIME2" || type == "SMALLDATETIME") {
-        return ColumnKind::date;
-    }
-    if (type.find("CHAR") != std::string::npos || type.find("TEXT") != std::string::npos) {
-        return ColumnKind::text;
-    }
-    return ColumnKind::as_stored;
-}
-
-Value as_kind(const Value& stored, ColumnKind kind) {
-    if (std::holds_alternative<std::monostate>(stored)) return {};
-    const auto* number = std::get_if<std::int64_t>(&stored);
-    if (kind == ColumnKind::boolean && number != nullptr) return *number != 0;
-    if (kind == ColumnKind::date) {
-        if (const auto moment = date_of(stored)) return *moment;
-    }
-    if (kind == ColumnKind::text && !std::holds_alternative<base::Bytes>(stored))
-        return text_of(stored);
-    return stored;
-}
-
-Value as_stored(const Value& value) {
-    if (const auto* moment = std::get_if<base::DateTime>(&value))
-        return base::format_date_time(*moment);
-    if (const auto* flag = std::get_if<bool>(&value)) return std::int64_t{*flag ? 1 : 0};
-    return value;
-}
-
 SqliteStatement::SqliteStatement(sqlite3* connection, const std::string& sql)
     : connection_(connection) {
     const char* rest = nullptr;

@@ -11,16 +11,6 @@ namespace tavrix::ports {
 /// Throws the connection's last error as base::AutomationError.
 [[noreturn]] void throw_sqlite_error(sqlite3* connection);
 
-/// What a column's declaration says of its values; SQLite itself would store anything in any
-/// column.
-enum class ColumnKind { as_stored, boolean, date, text };
-ColumnKind kind_of_declared_type(const std::string& declared_type);
-/// A stored value as a column of that kind shows it: the text of a date column as a date when it
-/// reads as one.
-Value as_kind(const Value& stored, ColumnKind kind);
-/// The other way: what SQLite holds after such a value was bound.
-Value as_stored(const Value& value);
-
 /// One prepared statement, finalised with its scope.
 class SqliteStatement {
   public:

@@ -30,6 +30,21 @@ base::TextView words_of(AdoError error) {
             return u"The connection cannot be used to perform this operation. It is either closed "
                    u"or invalid in "
                    u"this context.";
+        case AdoError::in_transaction:
+            return u"Connection object cannot be explicitly closed while in a transaction.";
+        case AdoError::wrong_type:
+            return u"Application uses a value of the wrong type for the current operation.";
+        case AdoError::bad_parameter:
+            return u"Parameter object is improperly defined. Inconsistent or incomplete "
+                   u"information was provided.";
+        case AdoError::type_mismatch:
+            return u"Type mismatch.";
+        case AdoError::multiple_step:
+            return u"Multiple-step operation generated errors. Check each status value.";
+        case AdoError::transaction_exists:
+            return u"Only one transaction can be active on this session.";
+        case AdoError::no_transaction:
+            return u"No transaction is active.";
         case AdoError::unspecified:
             break;
     }

@@ -1,4 +1,5 @@
 #include "com/server.h"
+#include "stand_ins/ado/command.h"
 #include "stand_ins/ado/connection.h"
 #include "stand_ins/ado/recordset.h"
 
@@ -8,6 +9,7 @@ namespace tavrix::com {
 // working ADO.
 const Server& server() noexcept {
     static const CreatableClass classes[] = {
+        {ado::command_class, &ado::create_command},
         {ado::connection_class, &ado::create_connection},
         {ado::recordset_class, &ado::create_recordset},
     };

@@ -17,28 +17,13 @@ using com::read_only;
 
 constexpr base::TextView source = u"ADODB.Connection";
 
-// The value of one key of "key=value;key=value", quotes around it removed.
-base::Text value_of_key(base::TextView connection_string, base::TextView key) {
-    for (const base::Text& piece : base::split(connection_string, u';')) {
-        const std::size_t equals = piece.find(u'=');
-        if (equals == base::Text::npos) continue;
-        const base::TextView whole(piece);
-        if (!base::equal_case_blind(base::trim(whole.substr(0, equals)), key)) continue;
-        base::TextView value = base::trim(whole.substr(equals + 1));
-        const bool quoted = value.size() >= 2 && value.front() == value.back() &&
-                            (value.front() == u'"' || value.front() == u'\'');
-        return base::Text(quoted ? value.substr(1, value.size() - 2) : value);
-    }
-    return {};
-}
-
 constexpr auto connection_members = com::members(
     property<&Connection::connection_string, &Connection::set_connection_string>(
         0, u"ConnectionString", u"Parametry połączenia; plik w Data Source."),
     method<&Connection::Open>(1, u"Open", u"Otwiera plik bazy danych.",
                               by_value(u"ConnectionString"), by_value(u"UserID"),
                               by_value(u"Password"), by_value(u"Options")),
-    method<&Connection::Close>(2, u"Close", u"Zamyka połączenie i cofa otwartą transakcję."),
+    method<&Connection::Close>(2, u"Close", u"Zamyka połączenie."),
     method<&Connection::Execute>(3, u"Execute", u"Wykonuje polecenie SQL.",
                                  by_value(u"CommandText"), by_reference(u"RecordsAffected"),
                                  by_value(u"Options")),
@@ -57,7 +42,7 @@ constexpr auto connection_members = com::members(
 Connection::~Connection() {
     // Recordsets may keep the file open longer; their transaction must not outlive the connection.
     try {
-        if (database_) Close();
+        if (in_transaction_) RollbackTrans();
     } catch (const base::AutomationError&) {
     }
 }
@@ -70,15 +55,15 @@ void Connection::Open(const std::optional<base::Text>& connection_string,
     recorded([&] {
         const base::Text file = value_of_key(connection_string_, u"Data Source");
         if (file.empty()) raise(AdoError::unspecified, source, u"Data Source names no file.");
+        habits_ = habits_in(connection_string_);
         database_ = ports::SqliteConnection::open(base::to_utf8(file));
     });
 }
 
 void Connection::Close() {
-    const auto database = database_;
-    this->database(AdoError::object_closed);
+    database(AdoError::object_closed);
+    if (in_transaction_) raise(AdoError::in_transaction, source);
     database_.reset();
-    if (std::exchange(transaction_level_, 0) > 0) database->execute_script("rollback");
 }
 
 windows::ComPointer<IDispatch> Connection::Execute(const base::Text& sql,
@@ -86,9 +71,11 @@ windows::ComPointer<IDispatch> Connection::Execute(const base::Text& sql,
                                                    const std::optional<std::int32_t>& options) {
     const auto database = this->database(AdoError::object_closed);
     return recorded([&]() -> windows::ComPointer<IDispatch> {
+        require_free();
         auto rows = std::make_shared<Recordset>();
         if (ports::tsql::translate(base::to_utf8(sql)).is_query) {
             rows->open_on(shared_from_this(), sql);
+            executed_ = rows;
             records_affected = -1;
         } else {
             records_affected = static_cast<std::int32_t>(database->execute(sql));
@@ -98,28 +85,27 @@ windows::ComPointer<IDispatch> Connection::Execute(const base::Text& sql,
     });
 }
 
-void Connection::run_in_transaction(const char* at_top, const char* nested) {
-    const auto& database = this->database(AdoError::object_closed);
-    recorded([&] { database->execute_script(transaction_level_ == 0 ? at_top : nested); });
-}
-
 std::int32_t Connection::BeginTrans() {
-    run_in_transaction("begin immediate", "savepoint nested");
-    return ++transaction_level_;
+    const auto& database = this->database(AdoError::object_closed);
+    if (in_transaction_) raise(AdoError::transaction_exists, source);
+    recorded([&] { database->execute_script("begin immediate"); });
+    in_transaction_ = true;
+    return 1;
 }
 
 void Connection::CommitTrans() {
-    database(AdoError::object_closed);
-    if (transaction_level_ == 0) raise(AdoError::illegal_operation, source);
-    --transaction_level_;
-    run_in_transaction("commit", "release nested");
+    end("commit");
 }
 
 void Connection::RollbackTrans() {
-    database(AdoError::object_closed);
-    if (transaction_level_ == 0) raise(AdoError::illegal_operation, source);
-    --transaction_level_;
-    run_in_transaction("rollback", "rollback to nested; release nested");
+    end("rollback");
+}
+
+void Connection::end(const char* statement) {
+    const auto& database = this->database(AdoError::object_closed);
+    if (!in_transaction_) raise(AdoError::no_transaction, source);
+    recorded([&] { database->execute_script(statement); });
+    in_transaction_ = false;
 }
 
 std::int32_t Connection::state() const {
@@ -138,6 +124,14 @@ windows::ComPointer<IDispatch> Connection::errors() const {
 const std::shared_ptr<ports::SqliteConnection>& Connection::database(AdoError when_closed) const {
     if (!database_) raise(when_closed, source);
     return database_;
+}
+
+void Connection::require_free() const {
+    const auto rows = executed_.lock();
+    if (!in_transaction_ || !rows || rows->state() == object_state::closed || rows->at_end())
+        return;
+    raise(AdoError::unspecified, source,
+          u"Cannot create new connection because in manual or distributed transaction mode.");
 }
 
 constexpr com::ClassTable connection_class = {

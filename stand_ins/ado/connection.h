@@ -4,10 +4,14 @@
 
 #include "ports/portable/sqlite_database.h"
 #include "stand_ins/ado/errors.h"
+#include "stand_ins/ado/habits.h"
 
 namespace tavrix::ado {
 
-/// ADODB.Connection over one SQLite file, named by `Data Source=` in the connection string.
+class Recordset;
+
+/// ADODB.Connection over one SQLite file, named by `Data Source=` in the connection string; the
+/// other keys are those of Habits.
 class Connection : public std::enable_shared_from_this<Connection> {
   public:
     ~Connection();
@@ -33,10 +37,14 @@ class Connection : public std::enable_shared_from_this<Connection> {
 
     /// The open database; throws `when_closed` otherwise.
     const std::shared_ptr<ports::SqliteConnection>& database(AdoError when_closed) const;
-    /// Runs `action` with its failure also listed in Errors, as the database's words.
+    Habits& habits() noexcept { return habits_; }
+    /// Throws while rows of Execute wait to be read in a transaction: outside one the provider
+    /// would open a second connection for the next statement.
+    void require_free() const;
+    /// Runs `action` with its failure also listed in Errors, as the database's words. What succeeds
+    /// leaves the list as it is.
     template <typename Action>
     auto recorded(Action action) {
-        errors_->clear();
         try {
             return action();
         } catch (const base::AutomationError& error) {
@@ -46,14 +54,17 @@ class Connection : public std::enable_shared_from_this<Connection> {
     }
 
   private:
-    void run_in_transaction(const char* at_top, const char* nested);
+    /// The end of a transaction.
+    void end(const char* statement);
 
     std::shared_ptr<ports::SqliteConnection> database_;
     std::shared_ptr<Errors> errors_ = std::make_shared<Errors>();
     base::Text connection_string_;
     std::int32_t cursor_location_ = cursor_location::server;
     std::int32_t command_timeout_s_ = 30;
-    std::int32_t transaction_level_ = 0;
+    Habits habits_;
+    bool in_transaction_ = false;
+    std::weak_ptr<Recordset> executed_;
 };
 
 extern const com::ClassTable connection_class;

@@ -4,6 +4,7 @@
 #include "com/enumerator.h"
 #include "com/guid.h"
 #include "com/signature.h"
+#include "stand_ins/ado/properties.h"
 
 namespace tavrix::ado {
 namespace {
@@ -15,7 +16,9 @@ using com::read_only;
 constexpr auto field_members = com::members(
     property<&Field::value, &Field::set_value>(0, u"Value", u"Wartość w bieżącym wierszu."),
     read_only<&Field::name>(1, u"Name", u"Nazwa kolumny."),
-    read_only<&Field::type>(2, u"Type", u"Typ kolumny (DataTypeEnum)."));
+    read_only<&Field::type>(2, u"Type", u"Typ kolumny (DataTypeEnum)."),
+    read_only<&Field::defined_size>(3, u"DefinedSize", u"Najwięcej znaków albo bajtów."),
+    read_only<&Field::properties>(4, u"Properties", u"Właściwości dostawcy."));
 
 constexpr auto fields_members = com::members(
     read_only<&Fields::enumerate>(DISPID_NEWENUM, u"_NewEnum", u"Wyliczenie dla For Each."),
@@ -23,37 +26,30 @@ constexpr auto fields_members = com::members(
                              by_value(u"Index")),
     read_only<&Fields::count>(1, u"Count", u"Liczba kolumn."));
 
-struct DeclaredType {
-    std::string_view name;
-    std::int32_t type;
-};
-
-// SQL Server's names as they stand in a table's declaration, and ADO's numbers for them.
-constexpr DeclaredType declared_types[] = {
-    {"BIT", data_type::boolean},           {"INT", data_type::integer},
-    {"INTEGER", data_type::integer},       {"SMALLINT", data_type::integer},
-    {"TINYINT", data_type::integer},       {"BIGINT", data_type::big_integer},
-    {"FLOAT", data_type::double_number},   {"REAL", data_type::double_number},
-    {"DECIMAL", data_type::numeric},       {"NUMERIC", data_type::numeric},
-    {"MONEY", data_type::currency},        {"DATE", data_type::date},
-    {"DATETIME", data_type::date},         {"DATETIME2", data_type::date},
-    {"SMALLDATETIME", data_type::date},    {"TEXT", data_type::long_text},
-    {"NTEXT", data_type::long_text},       {"IMAGE", data_type::long_binary},
-    {"VARBINARY", data_type::long_binary}, {"BLOB", data_type::long_binary},
-};
-
 }  // namespace
 
 base::Text Field::name() {
     return rows_->rows().columns().at(column_).name;
 }
 
+ColumnType Field::described() {
+    return type_of(rows_->rows().columns().at(column_), rows_->habits());
+}
+
 std::int32_t Field::type() {
-    const std::string& declared = rows_->rows().columns().at(column_).declared_type;
-    for (const DeclaredType& row : declared_types) {
-        if (row.name == declared) return row.type;
-    }
-    return data_type::text;
+    return described().type;
+}
+
+std::int32_t Field::defined_size() {
+    return described().defined_size;
+}
+
+windows::ComPointer<IDispatch> Field::properties() {
+    std::vector<Property> properties;
+    properties.emplace_back(u"KEYCOLUMN", [rows = rows_, column = column_] {
+        return ports::Value(rows->rows().is_key(column));
+    });
+    return com::make_object(properties_class, std::make_shared<Properties>(std::move(properties)));
 }
 
 std::int32_t Fields::count() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "stand_ins/ado/column_type.h"
 #include "stand_ins/ado/recordset.h"
 
 namespace tavrix::ado {
@@ -9,12 +10,16 @@ class Field {
   public:
     Field(std::shared_ptr<Recordset> rows, std::size_t column)
         : rows_(std::move(rows)), column_(column) {}
-    ports::Value value() { return rows_->value(column_); }
+    windows::Variant value() { return rows_->value(column_); }
     void set_value(const ports::Value& value) { rows_->set_value(column_, value); }
     base::Text name();
     std::int32_t type();
+    std::int32_t defined_size();
+    windows::ComPointer<IDispatch> properties();
 
   private:
+    ColumnType described();
+
     std::shared_ptr<Recordset> rows_;
     std::size_t column_;
 };

@@ -5,7 +5,9 @@
 #include "com/dispatch_object.h"
 #include "com/guid.h"
 #include "com/signature.h"
+#include "stand_ins/ado/column_type.h"
 #include "stand_ins/ado/fields.h"
+#include "stand_ins/ado/properties.h"
 
 namespace tavrix::ado {
 namespace {
@@ -25,8 +27,7 @@ constexpr auto recordset_members = com::members(
     method<&Recordset::Close>(2, u"Close", u"Zamyka; niezapisane zmiany przepadają."),
     method<&Recordset::AddNew>(3, u"AddNew", u"Zaczyna nowy wiersz."),
     method<&Recordset::Update>(4, u"Update", u"Kończy edycję wiersza."),
-    method<&Recordset::UpdateBatch>(5, u"UpdateBatch",
-                                    u"Zapisuje wszystkie zmiany w jednej transakcji.",
+    method<&Recordset::UpdateBatch>(5, u"UpdateBatch", u"Zapisuje zmienione wiersze, każdy osobno.",
                                     by_value(u"AffectRecords")),
     method<&Recordset::CancelUpdate>(6, u"CancelUpdate", u"Cofa zmiany bieżącego wiersza."),
     method<&Recordset::CancelBatch>(7, u"CancelBatch", u"Cofa wszystkie niezapisane zmiany.",
@@ -52,7 +53,10 @@ constexpr auto recordset_members = com::members(
     property<&Recordset::cursor, &Recordset::set_cursor>(22, u"CursorType",
                                                          u"0 w przód, 3 statyczny."),
     property<&Recordset::lock, &Recordset::set_lock>(
-        23, u"LockType", u"1 odczyt, 3 zapis od razu, 4 zapis zbiorczy."));
+        23, u"LockType", u"1 odczyt, 3 zapis od razu, 4 zapis zbiorczy."),
+    read_only<&Recordset::properties>(24, u"Properties", u"Właściwości dostawcy."),
+    property<&Recordset::absolute_position, &Recordset::set_absolute_position>(
+        25, u"AbsolutePosition", u"Numer wiersza, od 1."));
 
 }  // namespace
 
@@ -78,9 +82,16 @@ void Recordset::open() {
     if (!connection_) raise(AdoError::invalid_connection, source);
     if (sql_.empty()) raise(AdoError::invalid_argument, source);
     const auto& database = connection_->database(AdoError::invalid_connection);
-    rows_ = connection_->recorded([&] { return database->open_recordset(sql_); });
+    rows_ = connection_->recorded([&] {
+        connection_->require_free();
+        return std::make_unique<CursorRows>(database, sql_, connection_->habits());
+    });
     if (location_ == cursor_location::client || cursor_ > cursor_type::forward_only) {
         cursor_ = cursor_type::static_rows;
+    }
+    // Without a word, as ADO does it.
+    if (location_ != cursor_location::client && cursor_ == cursor_type::static_rows) {
+        lock_ = lock_type::read_only;
     }
     edit_ = edit_mode::none;
     go_to(rows_->row_count() > 0 ? 0 : -1);
@@ -106,15 +117,27 @@ void Recordset::AddNew() {
 void Recordset::Update() {
     require_updatable();
     if (lock_ != lock_type::batch_optimistic) {
-        connection_->recorded([&] { rows().update_batch(); });
+        write();
     }
     edit_ = edit_mode::none;
 }
 
 void Recordset::UpdateBatch(const std::optional<std::int32_t>&) {
     require_updatable();
-    connection_->recorded([&] { rows().update_batch(); });
     edit_ = edit_mode::none;
+    write();
+}
+
+void Recordset::write() {
+    connection_->recorded([&] {
+        if (int& deadlocks = connection_->habits().deadlocks; deadlocks > 0) {
+            --deadlocks;
+            raise(AdoError::unspecified, source,
+                  u"Transaction (Process ID 51) was deadlocked on lock resources with another "
+                  u"process and has been chosen as the deadlock victim. Rerun the transaction.");
+        }
+        rows().write_changes();
+    });
 }
 
 void Recordset::CancelUpdate() {
@@ -138,11 +161,10 @@ void Recordset::Delete(const std::optional<std::int32_t>&) {
     rows().delete_row();
     edit_ = edit_mode::none;
     if (lock_ != lock_type::batch_optimistic) {
-        connection_->recorded([&] { rows().update_batch(); });
+        write();
     }
     // The place of the deleted row lies between its neighbours: the next row is one MoveNext away.
     go_to(position_ - 1);
-    on_deleted_ = true;
     on_deleted_ = true;
 }
 
@@ -238,20 +260,56 @@ windows::ComPointer<IDispatch> Recordset::fields() {
     return com::make_object(fields_class, std::make_shared<Fields>(shared_from_this()));
 }
 
-ports::SqliteRecordset& Recordset::rows() {
+windows::ComPointer<IDispatch> Recordset::properties() {
+    rows();
+    const auto self = shared_from_this();
+    std::vector<Property> properties;
+    properties.emplace_back(u"Hidden Columns", [self] {
+        return ports::Value(std::int64_t{self->rows().hidden_columns()});
+    });
+    // Of the client's cursor engine, hence only where it has the rows.
+    if (location_ == cursor_location::client) {
+        properties.emplace_back(
+            u"Update Criteria",
+            [self] { return ports::Value(std::int64_t{self->rows().criteria()}); },
+            [self](const ports::Value& value) {
+                const auto* criteria = std::get_if<std::int64_t>(&value);
+                if (criteria == nullptr || *criteria < 0 || *criteria > 3) {
+                    raise(AdoError::invalid_argument, source);
+                }
+                self->rows().set_criteria(static_cast<std::int32_t>(*criteria));
+            });
+    }
+    return com::make_object(properties_class, std::make_shared<Properties>(std::move(properties)));
+}
+
+std::int32_t Recordset::absolute_position() {
+    return at_beginning() ? -2 : at_end() ? -3 : static_cast<std::int32_t>(position_ + 1);
+}
+
+void Recordset::set_absolute_position(std::int32_t position) {
+    finish_edit();
+    if (position < 1 || position > static_cast<std::int64_t>(rows().row_count())) {
+        raise(AdoError::invalid_argument, source);
+    }
+    go_to(position - 1);
+}
+
+CursorRows& Recordset::rows() {
     if (!rows_) raise(AdoError::object_closed, source);
     return *rows_;
 }
 
-ports::Value Recordset::value(std::size_t column) {
+windows::Variant Recordset::value(std::size_t column) {
     require_row();
-    return rows().field_at(column);
+    return shown(rows().field_at(column), rows().columns().at(column), habits());
 }
 
 void Recordset::set_value(std::size_t column, const ports::Value& value) {
     require_updatable();
     require_row();
-    connection_->recorded([&] { rows().set_field_at(column, value); });
+    connection_->recorded(
+        [&] { rows().set_field_at(column, taken(value, rows().columns().at(column), habits())); });
     if (edit_ == edit_mode::none) edit_ = edit_mode::in_progress;
 }
 

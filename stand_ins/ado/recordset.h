@@ -3,12 +3,14 @@
 #include <memory>
 
 #include "stand_ins/ado/connection.h"
+#include "stand_ins/ado/cursor_rows.h"
 
 namespace tavrix::ado {
 
-/// ADODB.Recordset. Under batch-optimistic locking changes wait for UpdateBatch, which writes all
-/// of them in one transaction or none; under optimistic locking Update, or leaving the row, writes
-/// it at once; any other locking is read-only.
+/// ADODB.Recordset. Under batch-optimistic locking changes wait for UpdateBatch, which writes row
+/// by row: those that fail stay pending. Under optimistic locking Update, or leaving the row,
+/// writes it at once; any other locking is read-only, and so is whatever static cursor the server
+/// keeps.
 class Recordset : public std::enable_shared_from_this<Recordset> {
   public:
     void Open(const std::optional<base::Text>& sql,
@@ -44,16 +46,22 @@ class Recordset : public std::enable_shared_from_this<Recordset> {
     std::int32_t lock() const { return lock_; }
     void set_lock(std::int32_t value);
     windows::ComPointer<IDispatch> fields();
+    windows::ComPointer<IDispatch> properties();
+    /// Counts from 1; below 0 for no row.
+    std::int32_t absolute_position();
+    void set_absolute_position(std::int32_t position);
 
     /// Opens as Connection.Execute does: forward only, read only.
     void open_on(std::shared_ptr<Connection> connection, const base::Text& sql);
     /// The rows; throws when the recordset is closed.
-    ports::SqliteRecordset& rows();
-    ports::Value value(std::size_t column);
+    CursorRows& rows();
+    const Habits& habits() const { return connection_->habits(); }
+    windows::Variant value(std::size_t column);
     void set_value(std::size_t column, const ports::Value& value);
 
   private:
     void open();
+    void write();
     void require_closed() const;
     void require_updatable();
     /// Leaves the current row: an edit of it is finished first.
@@ -63,7 +71,7 @@ class Recordset : public std::enable_shared_from_this<Recordset> {
     void go_to(std::int64_t position);
 
     std::shared_ptr<Connection> connection_;
-    std::unique_ptr<ports::SqliteRecordset> rows_;
+    std::unique_ptr<CursorRows> rows_;
     base::Text sql_;
     std::int64_t position_ = -1;
     /// On the place of a row that was just deleted, until a move.

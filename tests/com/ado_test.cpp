@@ -4,6 +4,7 @@
 #include <map>
 
 #include "base/error.h"
+#include "ksef/rows/document_row.h"
 #include "ports/windows/ado_database.h"
 #include "tests/com/host_database.h"
 
@@ -12,6 +13,8 @@ namespace {
 
 using windows::LateBound;
 
+constexpr std::int32_t use_server = 2;
+constexpr std::int32_t use_client = 3;
 constexpr std::int32_t open_static = 3;
 constexpr std::int32_t lock_read_only = 1;
 constexpr std::int32_t lock_batch_optimistic = 4;
@@ -21,10 +24,20 @@ class Ado : public testing::Test {
     HostDatabase database;
     LateBound connection = LateBound::create(u"ADODB.Connection");
 
-    void SetUp() override { connection.call(u"Open", u"Data Source=" + database.path()); }
+    void SetUp() override { connect(); }
 
-    LateBound open(const char16_t* sql, std::int32_t lock) {
+    /// `habits` are those of the development provider.
+    void connect(const char16_t* habits = u"") {
+        connection = LateBound::create(u"ADODB.Connection");
+        connection.call(u"Open", u"Data Source=" + database.path() + u";" + habits);
+    }
+    windows::AdoDatabase port() {
+        return windows::AdoDatabase(ComPointer<IDispatch>(connection.dispatch()));
+    }
+
+    LateBound open(const char16_t* sql, std::int32_t lock, std::int32_t location = use_client) {
         LateBound rows = LateBound::create(u"ADODB.Recordset");
+        rows.put(u"CursorLocation", location);
         rows.call(u"Open", sql, ComPointer<IDispatch>(connection.dispatch()), open_static, lock);
         return rows;
     }
@@ -43,9 +56,9 @@ class Ado : public testing::Test {
 TEST_F(Ado, FieldsHaveTheTypesHostsExpect) {
     const LateBound rows = open(u"select top 1 * from dok_fak where ddout_id=1", lock_read_only);
     const std::map<const char16_t*, const char*> fields = {
-        {u"DDOUT_ID", "long 1"},   {u"numer_ksef", "null"},
-        {u"kwota", "double 12.5"}, {u"opis", "text Zażółć"},
-        {u"zaplacona", "bool -1"}, {u"ddout_data_wyst", "date 11/14/2026 10:20:30"}};
+        {u"DDOUT_ID", "long 1"},    {u"numer_ksef", "null"},
+        {u"kwota", "decimal 12.5"}, {u"opis", "text Zażółć"},
+        {u"zaplacona", "bool -1"},  {u"ddout_data_wyst", "date 11/14/2026 10:20:30"}};
     for (const auto& [name, expected] : fields) {
         EXPECT_EQ(written(rows.object(u"Fields", name).get(u"Value").get()), expected);
     }
@@ -70,7 +83,7 @@ TEST_F(Ado, BatchChangesWaitForUpdateBatch) {
 }
 
 TEST_F(Ado, ThePortReadsAndWritesThroughTheHostsConnection) {
-    windows::AdoDatabase port(ComPointer<IDispatch>(connection.dispatch()));
+    windows::AdoDatabase port = this->port();
     const auto rows = port.open(u"select top 1 * from dok_fak where ddout_id=1");
     ASSERT_FALSE(rows->at_end());
     EXPECT_EQ(rows->field(u"opis"), ports::Value(u"Zażółć"));
@@ -92,6 +105,205 @@ TEST_F(Ado, ThePortReadsAndWritesThroughTheHostsConnection) {
     windows::AdoDatabase nothing{ComPointer<IDispatch>()};
     EXPECT_EQ(error_of([&] { nothing.open(u"select 1"); }), 0x800A005Bu)
         << "object variable not set";
+}
+
+// The columns of a document, with a key or without; three documents of one day that were never
+// sent.
+constexpr const char* with_key = "create table dok (ddout_id integer primary key,";
+constexpr const char* without_key = "create table dok (ddout_id integer,";
+
+class AdoDocument : public Ado {
+  protected:
+    static constexpr base::DateTime now{2026, 11, 21, 10, 0, 0};
+    const base::Text table = u"dok";
+
+    void make_documents(const std::string& beginning) {
+        database.run("drop table if exists dok;" + beginning +
+                     " ddout_data_wyst datetime, numer_ksef nvarchar(50),"
+                     " NumerRef_ksef nvarchar(50), HashFaktury char(50), status_ksef int,"
+                     " StatusStr_ksef varchar(10), UPO_ksef nvarchar, Export_Opis_bledu_ksef"
+                     " nvarchar, DATA_OPERACJI datetime);"
+                     "insert into dok (ddout_id, ddout_data_wyst, DATA_OPERACJI) values"
+                     " (1, '2026-11-21', '2026-11-21 08:00:00.123'),"
+                     " (2, '2026-11-21', '2026-11-21 08:00:00.123'),"
+                     " (3, '2026-11-21', '2026-11-21 08:00:00.123');");
+    }
+    /// Writes document 2; the error's number, 0 for none.
+    std::uint32_t record(const char16_t* number) {
+        windows::AdoDatabase host = port();
+        ksef::DocumentRow row(host, table, 2);
+        return error_of([&] {
+            row.record({u"REF", number, u"hash", u"Opis, który jest długi"}, now);
+            row.record_upo(base::Text(5000, u'ż'), now);
+        });
+    }
+    base::Text number(int id) { return ports::text_of(database.stored(u"numer_ksef", id, table)); }
+    /// What the batch itself does to the same row, without the library's care.
+    std::uint32_t write_by_hand() {
+        const LateBound rows = open(
+            u"select top 1 numer_ksef, ddout_data_wyst, DATA_OPERACJI from dok where ddout_id=2",
+            lock_batch_optimistic);
+        rows.object(u"Fields", u"numer_ksef").put(u"Value", u"N");
+        rows.object(u"Fields", u"DATA_OPERACJI").put(u"Value", Variant::date(46000));
+        return error_of([&] { rows.call(u"UpdateBatch"); });
+    }
+};
+
+TEST_F(AdoDocument, OnlyTheOneThatIsMeantIsWrittenWhereAdoKnowsNoKey) {
+    const std::pair<const char*, const char16_t*> tables[] = {{without_key, u""},
+                                                              {with_key, u"Hidden Keys=no"}};
+    for (const auto& [beginning, habits] : tables) {
+        make_documents(beginning);
+        connect(habits);
+        EXPECT_EQ(record(u"K-2"), 0u) << beginning;
+        EXPECT_EQ(number(2), u"K-2") << beginning;
+        EXPECT_EQ(database.stored(u"UPO_ksef", 2, table), ports::Value(base::Text(5000, u'ż')));
+        EXPECT_EQ(database.stored(u"StatusStr_ksef", 2, table), ports::Value(u"Opis, któr"));
+        EXPECT_EQ(database.stored(u"DATA_OPERACJI", 2, table), ports::Value(now));
+        for (const int untouched : {1, 3}) EXPECT_EQ(number(untouched), u"") << untouched;
+
+        make_documents(beginning);
+        EXPECT_EQ(write_by_hand(), 0x80004005u) << "too many rows, and all of them written";
+        for (const int touched : {1, 2, 3}) EXPECT_EQ(number(touched), u"N") << touched;
+    }
+}
+
+TEST_F(AdoDocument, RowsThatCannotBeToldApartAreLeftAlone) {
+    make_documents(without_key);
+    windows::AdoDatabase host = port();
+    const auto rows = host.open(u"select numer_ksef, ddout_data_wyst from dok");
+    rows->set_field(u"numer_ksef", base::Text(u"K"));
+    EXPECT_NE(error_of([&] { rows->update_batch(); }), 0u);
+    EXPECT_EQ(number(1) + number(2) + number(3), u"");
+    rows->add_new();
+    rows->set_field(u"numer_ksef", base::Text(u"nowy"));
+    EXPECT_EQ(error_of([&] { rows->update_batch(); }), 0u) << "a new row needs no key";
+}
+
+TEST_F(AdoDocument, WriteThatTheServerReportsWronglyIsNoFailure) {
+    constexpr std::pair<const char16_t*, std::uint32_t> servers[] = {
+        {u"Row Count=none", 0x80040E38},  // written, but nobody says so
+        {u"Deadlocks=1", 0x80004005},     // not written, the second time it is
+        {u"Datetime2=yes", 0x80040E38},   // 08:00:00.123 is not 08:00:00.1233333
+    };
+    for (const auto& [habits, failure] : servers) {
+        make_documents(with_key);
+        connect(habits);
+        EXPECT_EQ(write_by_hand(), failure) << base::to_utf8(habits);
+        make_documents(with_key);
+        connect(habits);
+        EXPECT_EQ(record(u"K-2"), 0u) << base::to_utf8(habits);
+        EXPECT_EQ(number(2), u"K-2") << base::to_utf8(habits);
+    }
+    connect();
+    windows::AdoDatabase host = port();
+    const auto rows = host.open(u"select numer_ksef from dok where ddout_id=2");
+    rows->set_field(u"numer_ksef", base::Text(u"K-3"));
+    database.run("delete from dok where ddout_id=2");
+    EXPECT_EQ(error_of([&] { rows->update_batch(); }), 0x80040E38u) << "a row that is gone";
+}
+
+TEST_F(AdoDocument, WalkGoesOnBehindARowThatFails) {
+    make_documents(with_key);
+    connect(u"Datetime2=yes");
+    database.run(
+        "create trigger t before update on dok when old.ddout_id=2 begin"
+        " select raise(abort, 'locked'); end");
+    windows::AdoDatabase host = port();
+    const auto rows =
+        host.open(u"select ddout_id, numer_ksef, DATA_OPERACJI from dok order by ddout_id");
+    std::string outcome;
+    for (int walked = 0; !rows->at_end() && walked < 9; ++walked) {
+        rows->set_field(u"numer_ksef", base::Text(u"K"));
+        rows->set_field(u"DATA_OPERACJI", now);
+        outcome += error_of([&] { rows->update_batch(); }) == 0 ? "written " : "failed ";
+        rows->move_next();
+    }
+    database.run("drop trigger t");
+    EXPECT_EQ(outcome, "written failed written ");
+    EXPECT_EQ(number(1) + number(2) + number(3), u"KK");
+}
+
+// English settings take the comma for a mark between thousands, Polish ones refuse the point.
+TEST_F(Ado, ColumnsTakeTextsAndDatesAlikeUnderEveryLocale) {
+    database.run(
+        "create table t (ddout_id integer primary key, kwota decimal(18,2), cena money,"
+        " ile int, kiedy datetime, opis varchar(30), krotki nvarchar(10), dzien date,"
+        " kod nchar(6)); insert into t (ddout_id, kod) values (1, 'a')");
+    for (const char16_t* habits : {u"Locale=pl", u"Locale=en", u"Locale=en;Provider=SQLOLEDB"}) {
+        connect(habits);
+        windows::AdoDatabase port = this->port();
+        const base::DateTime moment{2026, 11, 21, 8, 15, 30};
+        const struct {
+            const char16_t* column;
+            ports::Value value;
+            ports::Value stored;
+        } assignments[] = {
+            {u"kwota", u"1234,50", 1234.5},
+            {u"kwota", u"1234.5", 1234.5},
+            {u"cena", u"0,25", 0.25},
+            {u"ile", u"200", std::int64_t{200}},
+            {u"kiedy", u"2026-11-21 08:15:30", moment},
+            {u"kiedy", moment, moment},
+            {u"opis", moment, u"2026-11-21 08:15:30"},
+            {u"krotki", moment, u"2026-11-21"},
+            {u"opis", 1.5, u"1.5"},
+            {u"opis", {}, {}},
+        };
+        for (const auto& [column, value, stored] : assignments) {
+            const auto rows = port.open(u"select * from t where ddout_id=1");
+            EXPECT_EQ(rows->field(u"kod"), ports::Value(u"a"));
+            rows->set_field(column, value);
+            rows->update_batch();
+            EXPECT_EQ(database.stored(column, 1, u"t"), stored)
+                << base::to_utf8(column) << ' ' << base::to_utf8(ports::text_of(value)) << ' '
+                << base::to_utf8(habits);
+        }
+        const auto rows = port.open(u"select * from t where ddout_id=1");
+        rows->set_field(u"dzien", moment);
+        rows->update_batch();
+        EXPECT_EQ(rows->capacity(u"krotki"), 10u);
+        for (const auto& [column, value] :
+             {std::pair{u"kwota", u"1 234,50"}, std::pair{u"kiedy", u"14.11.2026"},
+              std::pair{u"krotki", u"01234567890"}}) {
+            EXPECT_EQ(error_of([&] { rows->set_field(column, base::Text(value)); }), 0x80040E21u)
+                << base::to_utf8(column);
+        }
+    }
+    connect(u"Locale=en");
+    const LateBound rows = open(u"select kwota, kod from t", lock_batch_optimistic);
+    rows.object(u"Fields", u"kwota").put(u"Value", u"1234,50");
+    EXPECT_EQ(written(rows.object(u"Fields", u"kwota").get(u"Value").get()), "decimal 123450")
+        << "what ADO itself makes of it";
+    EXPECT_EQ(written(rows.object(u"Fields", u"kod").get(u"Value").get()), "text a     ");
+}
+
+TEST_F(Ado, ServersStaticRowsAreOnlyRead) {
+    const LateBound rows =
+        open(u"select opis from dok_fak where ddout_id=1", lock_batch_optimistic, use_server);
+    EXPECT_EQ(error_of([&] { rows.object(u"Fields", u"opis").put(u"Value", u"x"); }), 0x800A0CB3u);
+}
+
+TEST_F(Ado, UnreadRowsInATransactionKeepTheLibraryOut) {
+    connection.call(u"BeginTrans");
+    const LateBound unread(
+        windows::object_of(connection.call(u"Execute", u"select opis from dok_fak").get()));
+    windows::AdoDatabase host = port();
+    const auto ask = [&] { host.open(u"select top 1 opis from dok_fak where ddout_id=1"); };
+    EXPECT_EQ(error_of(ask), 0x80004005u);
+    unread.call(u"Close");
+    EXPECT_EQ(error_of(ask), 0u);
+    connection.call(u"RollbackTrans");
+}
+
+TEST_F(Ado, OneTransactionAtATime) {
+    connection.call(u"BeginTrans");
+    EXPECT_EQ(error_of([&] { connection.call(u"BeginTrans"); }), 0x8004D013u);
+    EXPECT_EQ(error_of([&] { connection.call(u"Close"); }), 0x800A0CAEu);
+    port().execute(u"update dok_fak set opis='w transakcji' where ddout_id=1");
+    connection.call(u"RollbackTrans");
+    EXPECT_EQ(database.stored(u"opis", 1), ports::Value(u"Zażółć"));
+    EXPECT_EQ(error_of([&] { connection.call(u"CommitTrans"); }), 0x8004D00Eu);
 }
 
 }  // namespace

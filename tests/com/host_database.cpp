@@ -17,7 +17,7 @@ HostDatabase::HostDatabase()
     : path_(temporary_file()), file_(ports::SqliteConnection::open(base::to_utf8(path_), true)) {
     file_->execute_script(R"(
         create table dok_fak (ddout_id integer primary key, ddout_data_wyst datetime,
-            numer_ksef nvarchar(100), kwota decimal(18,2), opis ntext, zaplacona bit);
+            numer_ksef nvarchar(100), kwota decimal(18,2), opis nvarchar, zaplacona bit);
         insert into dok_fak values
             (1, '2026-11-14 10:20:30', null, 12.5, 'Zażółć', 1),
             (2, '2026-11-15', 'K-2', 3, '', 0),
@@ -29,9 +29,10 @@ HostDatabase::~HostDatabase() {
     DeleteFileW(windows::wide(path_));
 }
 
-ports::Value HostDatabase::stored(base::TextView column, int id) {
-    const auto rows = file_->open_recordset(
-        u"select " + base::Text(column) + u" from dok_fak where ddout_id=" + base::to_decimal(id));
+ports::Value HostDatabase::stored(base::TextView column, int id, base::TextView table) {
+    const auto rows =
+        file_->open_recordset(u"select " + base::Text(column) + u" from " + base::Text(table) +
+                              u" where ddout_id=" + base::to_decimal(id));
     return rows->at_end() ? ports::Value(u"(no row)") : rows->field_at(0);
 }
 

@@ -15,7 +15,9 @@ class HostDatabase {
 
     const base::Text& path() const { return path_; }
     /// What the file itself holds, past every recordset.
-    ports::Value stored(base::TextView column, int id);
+    ports::Value stored(base::TextView column, int id, base::TextView table = u"dok_fak");
+    /// SQLite's own statements.
+    void run(const std::string& script) { file_->execute_script(script); }
 
   private:
     base::Text path_;

@@ -2,6 +2,7 @@
 
 #include "base/error.h"
 #include "ports/portable/sqlite_database.h"
+#include "ports/portable/tsql/single_row.h"
 #include "ports/portable/tsql/translate.h"
 
 namespace tavrix::ports {
@@ -29,7 +30,6 @@ TEST(TsqlTranslation, RefusesWhatItDoesNotKnowAndSaysWhere) {
         {"select a from t cross apply f(a)", "byte 16"},
         {"select a from t where a='never closed", "byte 24"},
         {"select charindex('x') from t", "byte 7"},
-        {"select a from t where a=?", "byte 24"},
         {"", "byte 0"},
     };
     for (const auto& [sql, place] : refused) {
@@ -87,11 +87,39 @@ TEST_F(Tsql, FunctionsMeanWhatSqlServerMeans) {
         << "a missing column must not read as a text";
 }
 
-TEST_F(Tsql, BatchIsWrittenWholeOrNotAtAll) {
+// What another statement may write to.
+TEST(SingleRow, IsOnlyWhatCanMeanNoOther) {
+    const std::pair<const char16_t*, const char16_t*> statements[] = {
+        {u"select top 1 a,(select 1 from u) from dok_fak where ddout_id=1001",
+         u"dok_fak|ddout_id=1001"},
+        {u"SELECT * FROM [moja baza]..[t]]x] WHERE t.ddout_id = -7 ;",
+         u"[moja baza]..[t]]x]|t.ddout_id=-7"},
+        {u"select a from t", u""},
+        {u"select a from t where id=1 or 1=1", u""},
+        {u"select a from t where id=1 order by a", u""},
+        {u"select a from t where id<>1", u""},
+        {u"select a from t where id=1.5", u""},
+        {u"select a from t where id='1'", u""},
+        {u"select a from t where id=b", u""},
+        {u"select a from t, u where id=1", u""},
+        {u"select a from t join u on t.i=u.i where id=1", u""},
+        {u"select a from t where id=1; delete from t", u""},
+        {u"select a select b from t where id=1", u""},
+        {u"select a from t where id=1 'never closed", u""},
+    };
+    for (const auto& [sql, expected] : statements) {
+        const auto row = tsql::single_row_of(sql);
+        EXPECT_EQ(row ? row->table + u'|' + row->condition : Text(), expected)
+            << base::to_utf8(sql);
+    }
+}
+
+TEST_F(Tsql, RowsAreWrittenEachForItselfAndTheLastWriterWins) {
     const auto rows = connection->open_recordset(u"select id,nip,zalozona from firmy");
     rows->set_field(u"NIP", Text(u"o'brien"));
     rows->set_field(u"zalozona", base::DateTime{2026, 11, 21, 8, 15, 30});
     EXPECT_EQ(value(u"nip"), u"526-587-76-35") << "nothing is written before the batch";
+    connection->execute(u"update firmy set nip='inny' where id=1");
     rows->update_batch();
     EXPECT_EQ(value(u"nip"), u"o'brien");
     EXPECT_EQ(value(u"zalozona"), u"2026-11-21 08:15:30");
@@ -99,10 +127,10 @@ TEST_F(Tsql, BatchIsWrittenWholeOrNotAtAll) {
     rows->set_field(u"nip", Text(u"pierwszy"));
     rows->move_next();
     rows->set_field(u"nip", Text(u"drugi"));
-    connection->execute(u"update firmy set nip='inny' where id=2");
-    EXPECT_THROW(rows->update_batch(), base::AutomationError)
-        << "a row that another has changed is not overwritten";
-    EXPECT_EQ(value(u"nip"), u"o'brien") << "the first row's change went with the second's failure";
+    connection->execute(u"delete from firmy where id=2");
+    EXPECT_THROW(rows->update_batch(), base::AutomationError) << "the second row is gone";
+    EXPECT_EQ(value(u"nip"), u"pierwszy");
+    EXPECT_NO_THROW(rows->update_batch()) << "a failed row is not sent again";
 
     const auto added = connection->open_recordset(u"select id,nip from firmy where id=7");
     ASSERT_TRUE(added->at_end());
@@ -112,6 +140,49 @@ TEST_F(Tsql, BatchIsWrittenWholeOrNotAtAll) {
     added->update_batch();
     const auto read = connection->open_recordset(u"select nip from firmy where id=7");
     EXPECT_EQ(text_of(read->field(u"nip")), u"777");
+}
+
+// As SQL Server's columns do behind the other door.
+TEST_F(Tsql, ColumnsTakeWhatTheyAreDeclaredFor) {
+    connection->execute_script(
+        "create table t (kwota decimal(18,2), ile int, kiedy datetime, dzien varchar(10),"
+        " opis nvarchar(3), dowolny nvarchar, kod char(4)); insert into t values"
+        " (0,0,'','','','','a   ')");
+    const auto rows = connection->open_recordset(u"select * from t");
+    EXPECT_EQ(rows->field(u"kod"), Value(u"a"));
+    EXPECT_EQ(rows->capacity(u"OPIS"), 3u);
+    EXPECT_EQ(rows->capacity(u"dowolny"), Recordset::unlimited);
+    const struct {
+        const char16_t* column;
+        Value value;
+        std::optional<Value> stored;  // nothing: refused
+    } assignments[] = {
+        {u"kwota", u"1234,50", Value(1234.5)},
+        {u"kwota", u"-0.5", Value(-0.5)},
+        {u"kwota", u"1 234,50", {}},
+        {u"kwota", u"", {}},
+        {u"ile", u"200", Value(std::int64_t{200})},
+        {u"kiedy", u"2026-11-21", Value(base::DateTime{2026, 11, 21, 0, 0, 0})},
+        {u"kiedy", u"wczoraj", {}},
+        {u"dzien", base::DateTime{2026, 11, 21, 8, 15, 30}, Value(u"2026-11-21")},
+        {u"opis", u"abc", Value(u"abc")},
+        {u"opis", u"abcd", {}},
+        {u"opis", std::int64_t{7}, Value(u"7")},
+        {u"opis", {}, Value()},
+    };
+    for (const auto& [column, assigned, stored] : assignments) {
+        const std::string what = base::to_utf8(column + (u" = " + text_of(assigned)));
+        if (stored) {
+            rows->set_field(column, assigned);
+            EXPECT_EQ(rows->field(column), *stored) << what;
+        } else {
+            EXPECT_THROW(rows->set_field(column, assigned), base::AutomationError) << what;
+        }
+    }
+    EXPECT_EQ(connection->execute(u"update t set opis=? where ile=?",
+                                  std::vector<Value>{Value(u"x"), Value(std::int64_t{0})}),
+              1);
+    EXPECT_THROW(connection->execute(u"update t set opis=?"), base::AutomationError);
 }
 
 }  // namespace

@@ -77,6 +77,7 @@ class FailingRecordset final : public Failing<ports::Recordset> {
     void set_field(base::TextView name, const ports::Value& value) override {
         through().set_field(name, value);
     }
+    std::size_t capacity(base::TextView name) override { return through().capacity(name); }
     void add_new() override { through().add_new(); }
     void update_batch() override { through().update_batch(); }
 

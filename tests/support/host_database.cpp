@@ -2,6 +2,7 @@
 
 #include <fstream>
 #include <iterator>
+#include <regex>
 
 #include "ports/native/adapters.h"
 
@@ -24,7 +25,7 @@ std::shared_ptr<ports::SqliteConnection> make_host_database(const std::string& i
 }
 
 std::string demonstration_schema() {
-    return read(TAVRIX_DEMO_FOLDER "/schema.sql");
+    return std::regex_replace(read(TAVRIX_DEMO_FOLDER "/schema.sql"), std::regex(R"(\(max\))"), "");
 }
 
 std::string demonstration_invoice_file() {

@@ -10,7 +10,7 @@ namespace tavrix::test {
 /// `issue_date`.
 std::shared_ptr<ports::SqliteConnection> make_host_database(const std::string& issue_date);
 
-/// The demonstration's tables.
+/// The demonstration's tables, as SQLite takes them.
 std::string demonstration_schema();
 /// The demonstration's invoice, FA(3), as a host reads it: one character for each byte.
 base::Text demonstration_invoice();

@@ -78,6 +78,7 @@ class Translator {
         }
         translate_until_end();
         result.sql = std::move(out_);
+        result.parameters = parameters_;
         return result;
     }
 
@@ -244,7 +245,8 @@ class Translator {
         } else if (token.text == ";") {
             if (tokens_[at_ + 1].kind != TokenKind::end) refuse("a second statement", token.offset);
         } else if (token.text == "?") {
-            refuse("parameter marker", token.offset);
+            ++parameters_;
+            put("?");
         } else if (token.text == "+" && joins_texts()) {
             put("||");
         } else {
@@ -316,6 +318,7 @@ class Translator {
     std::size_t at_ = 0;
     std::vector<Level> levels_;
     bool asks_for_rowid_ = false;
+    std::size_t parameters_ = 0;
     std::string out_;
 };
 

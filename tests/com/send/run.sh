@@ -18,7 +18,7 @@ trap 'leave_host; rm -rf "$work"' EXIT
 start_sandbox "$sandbox" "$work"
 register_dlls "$bits" "$windows_bin" "$work"
 write_settings "$work/Tavrix.json"
-sqlite3 "$work/firma.db" <"$root/demo/schema.sql"
+make_host_database "$work/firma.db"
 wine_program "$bits" cscript //nologo "Z:$here/send.js" "$origin" "Z:$work/firma.db" \
     "Z:$root/demo/faktura.xml" >"$work/output" || true
 tr -d '\r' <"$work/output" | iconv -f CP852 -t UTF-8

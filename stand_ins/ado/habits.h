@@ -1,0 +1,37 @@
+#pragma once
+
+#include "base/text.h"
+#include "windows/automation.h"
+
+namespace tavrix::ado {
+
+/// What SQL Server gives back as the count of rows that an update has reached.
+enum class RowCount {
+    one,
+    /// SET NOCOUNT ON, on the server or in a trigger.
+    none,
+};
+
+/// In what servers, providers and users' settings differ, as far as hosts run into it. Chosen in
+/// the connection string by the names in quotes.
+struct Habits {
+    /// "Hidden Keys=no": the provider reads no key columns beside the selected ones, like ODBC's.
+    bool hidden_keys = true;
+    /// "Row Count=none".
+    RowCount row_count = RowCount::one;
+    /// "Datetime2=yes": a stored time is compared to seven digits, of which it holds three.
+    bool compares_exact_times = false;
+    /// "Provider=SQLOLEDB": dates without a time and long times are texts.
+    bool shows_new_dates_as_text = false;
+    /// "Locale=en" rather than Polish: the user's regional settings.
+    LCID locale = 0x0415;
+    /// "Deadlocks=1": so many of the next batches fall victim to another's transaction.
+    int deadlocks = 0;
+};
+
+Habits habits_in(base::TextView connection_string);
+
+/// The value of one key of "key=value;key=value", quotes around it removed.
+base::Text value_of_key(base::TextView connection_string, base::TextView key);
+
+}  // namespace tavrix::ado
