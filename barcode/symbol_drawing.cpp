@@ -27,8 +27,11 @@ drawing::TextFrame symbol_frame(const Symbology& symbology, base::TextView symbo
                                        (ends_in_add_on ? add_on_quiet_modules : 0);
     const std::int32_t height_modules =
         (font.ascent + font.descent) / fonts::module_units + 2 * margin_modules;
-    return {width_modules * module_twips, height_modules * module_twips,
-            symbology.quiet_modules * module_twips, margin_modules * module_twips};
+    const auto twips = [&](std::int32_t modules) {
+        return drawing::whole_twips(static_cast<double>(modules) * module_twips);
+    };
+    return {twips(width_modules), twips(height_modules), twips(symbology.quiet_modules),
+            twips(margin_modules)};
 }
 
 drawing::Drawing draw_symbol(const Symbology& symbology, base::TextView symbol,

@@ -156,10 +156,7 @@ void add_barcode_command(CLI::App& app, int& exit_code) {
         ->required();
     command->add_option("--caption", options->caption, "Podpis zamiast tekstu kodu");
     command->add_flag("--no-caption", options->no_caption, "Bez podpisu");
-    command
-        ->add_option("--color", options->colour,
-                     "Kolor kresek: black, red, green, yellow, blue, magenta, cyan")
-        ->capture_default_str();
+    add_colour_option(*command, options->colour, "Kolor kresek");
     command->add_option("--rotate", options->rotation_degrees, "Obrót w prawo, w stopniach")
         ->check(CLI::IsMember({0, 90, 180, 270}));
     command->add_option("--dpi", options->picture.dots_per_inch, "PNG: punktów na cal")

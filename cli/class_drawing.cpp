@@ -45,8 +45,9 @@ drawing::Drawing cut(const drawing::Drawing& page) {
         first = {std::min(first.x_twips, point.x_twips), std::min(first.y_twips, point.y_twips)};
         last = {std::max(last.x_twips, point.x_twips), std::max(last.y_twips, point.y_twips)};
     }
-    drawing::Drawing drawing(last.x_twips - first.x_twips + 2 * margin_twips,
-                             last.y_twips - first.y_twips + 2 * margin_twips);
+    drawing::Drawing drawing(
+        drawing::whole_twips(0.0 + last.x_twips - first.x_twips + 2 * margin_twips),
+        drawing::whole_twips(0.0 + last.y_twips - first.y_twips + 2 * margin_twips));
     drawing.add_placed(page, [&](drawing::PointTwips point) {
         return drawing::PointTwips{point.x_twips + margin_twips - first.x_twips,
                                    point.y_twips + margin_twips - first.y_twips};

@@ -44,6 +44,8 @@ int main(int argc, char** argv) {
         return app.exit(error) == 0 ? cli::exit_done : cli::exit_usage;
     } catch (const base::AutomationError& error) {
         std::cerr << error.what() << '\n';
+        // A size that no picture has.
+        if (error.number() == base::ErrorNumber::overflow) return cli::exit_usage;
         return error.source() == u"Tavrix.json" ? cli::exit_settings : cli::exit_failed;
     } catch (const std::exception& error) {
         std::cerr << error.what() << '\n';

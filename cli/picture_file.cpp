@@ -1,11 +1,11 @@
 #include "cli/picture_file.h"
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cmath>
 #include <fstream>
 #include <iostream>
 
+#include "barcode/qr_generator.h"
 #include "drawing/png.h"
 #include "drawing/svg.h"
 
@@ -30,6 +30,18 @@ void write_file(const std::string& path, std::string_view content) {
 }
 
 }  // namespace
+
+void add_colour_option(CLI::App& command, std::string& colour, const std::string& help) {
+    command
+        .add_option("--color", colour, help + ": black, red, green, yellow, blue, magenta, cyan")
+        ->check(CLI::Validator(
+            [](const std::string& name) {
+                return barcode::is_qr_colour(base::from_utf8(name)) ? std::string()
+                                                                    : "nie ma koloru " + name;
+            },
+            "KOLOR"))
+        ->capture_default_str();
+}
 
 void write_svg(std::string_view svg, const std::string& file) {
     if (file == "-") {

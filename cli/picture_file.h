@@ -1,5 +1,6 @@
 #pragma once
 
+#include <CLI/CLI.hpp>
 #include <string>
 #include <string_view>
 
@@ -15,6 +16,9 @@ struct PictureOptions {
     std::int32_t dots_per_inch = 300;
     std::int32_t module_twips = 15;
 };
+
+/// `--color`, one of the names that barcode::qr_colour knows.
+void add_colour_option(CLI::App& command, std::string& colour, const std::string& help);
 
 /// Throws CLI::ValidationError for another ending and for a file that cannot be written.
 void write_picture(const drawing::Drawing& drawing, const PictureOptions& options);

@@ -57,16 +57,7 @@ void add_qr_command(CLI::App& app, int& exit_code) {
                                ->add_option("--caption", options->caption,
                                             "Podpis pod symbolem; bez wartości sam tekst symbolu")
                                ->expected(0, 1);
-    command
-        ->add_option("--color", options->colour,
-                     "Kolor modułów: black, red, green, yellow, blue, magenta, cyan")
-        ->check(CLI::Validator(
-            [](const std::string& name) {
-                return barcode::is_qr_colour(base::from_utf8(name)) ? std::string()
-                                                                    : "nie ma koloru " + name;
-            },
-            "KOLOR"))
-        ->capture_default_str();
+    add_colour_option(*command, options->colour, "Kolor modułów");
     command->add_option("--level", options->level, "Poziom korekcji: 0 L, 1 M, 2 Q, 3 H")
         ->check(CLI::Range(0, 3))
         ->capture_default_str();

@@ -74,14 +74,25 @@ struct Signature<R (C::*)(P...)> {
         std::tuple<std::optional<Parameter<P>>...> parameters;
         (std::get<I>(parameters).emplace(arguments.incoming(I)), ...);
         C& object = *static_cast<C*>(target);
+        const auto write_back = [&] { (std::get<I>(parameters)->write_back(), ...); };
         windows::Variant result;
-        if constexpr (std::is_void_v<R>) {
-            (object.*Method)(std::get<I>(parameters)->get()...);
-        } else {
-            result = Codec<std::remove_cvref_t<R>>::write(
-                (object.*Method)(std::get<I>(parameters)->get()...));
+        try {
+            if constexpr (std::is_void_v<R>) {
+                (object.*Method)(std::get<I>(parameters)->get()...);
+            } else {
+                result = Codec<std::remove_cvref_t<R>>::write(
+                    (object.*Method)(std::get<I>(parameters)->get()...));
+            }
+        } catch (...) {
+            // What a method did to the host's variables before it failed stays done; why it failed
+            // matters more than a variable that does not take its value.
+            try {
+                write_back();
+            } catch (...) {
+            }
+            throw;
         }
-        (std::get<I>(parameters)->write_back(), ...);
+        write_back();
         return result;
     }
 };

@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <cmath>
 
-#include "base/error.h"
-
 namespace tavrix::drawing {
 namespace {
 
@@ -79,10 +77,7 @@ Coverage rasterise(const Drawing& drawing, double pixels_per_twip) {
     constexpr double slack = 1e-6;
     const double width = std::ceil(drawing.width_twips() * pixels_per_twip - slack);
     const double height = std::ceil(drawing.height_twips() * pixels_per_twip - slack);
-    if (!(width * height <= largest_picture_px)) {
-        throw base::AutomationError(base::ErrorNumber::overflow, u"Tavrix",
-                                    u"The picture is too large");
-    }
+    if (!(width * height <= largest_picture_px)) throw_too_large();
     Coverage picture;
     picture.width_px = static_cast<std::int32_t>(width);
     picture.height_px = static_cast<std::int32_t>(height);

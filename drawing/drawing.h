@@ -16,6 +16,12 @@ struct PointTwips {
     friend bool operator==(const PointTwips&, const PointTwips&) = default;
 };
 
+/// Throws the overflow error.
+[[noreturn]] void throw_too_large();
+
+/// Rounded to the nearest whole number. Throws the overflow error for a length that no picture has.
+std::int32_t whole_twips(double twips);
+
 /// A picture as polygons of one colour on white, the y axis pointing down, 1440 twips to the inch.
 /// Every door draws from this one description. Polygons are simple; where two of them
 /// overlap, both are dark. They come in rows, each of which is drawn at once.

@@ -13,7 +13,6 @@ void add_text(Drawing& drawing, const fonts::Font& font, base::TextView text, co
     const double cosine = std::cos(angle);
     const double sine = std::sin(angle);
     const double scale = line.em_twips / font.units_per_em;
-    const auto rounded = [](double twips) { return static_cast<std::int32_t>(std::lround(twips)); };
     std::int32_t pen_x = 0;
     std::vector<PointTwips> polygon;
     for (const fonts::GlyphId id : fonts::shape(font, text)) {
@@ -23,8 +22,8 @@ void add_text(Drawing& drawing, const fonts::Font& font, base::TextView text, co
             for (const fonts::Point point : contour) {
                 const double x = (pen_x + point.x) * scale;
                 const double y = (font.ascent - point.y) * scale;
-                polygon.push_back({rounded(line.left_twips + x * cosine + y * sine),
-                                   rounded(line.top_twips - x * sine + y * cosine)});
+                polygon.push_back({whole_twips(line.left_twips + x * cosine + y * sine),
+                                   whole_twips(line.top_twips - x * sine + y * cosine)});
             }
             drawing.add(polygon);
         }

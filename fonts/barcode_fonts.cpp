@@ -1,5 +1,8 @@
 #include "fonts/barcode_fonts.h"
 
+#include <algorithm>
+#include <cmath>
+
 #include "base/windows_1250.h"
 #include "fonts/bar_patterns.h"
 #include "fonts/strokes.h"
@@ -243,6 +246,11 @@ const Font& code39_font() {
 const Font& code39_extended_font() {
     static const Font font = make_code39_extended_font();
     return font;
+}
+
+double readable_em_px(const Font& font, double em_px) noexcept {
+    const double em_modules = static_cast<double>(font.units_per_em) / module_units;
+    return std::max(std::round(em_px / em_modules), 1.0) * em_modules;
 }
 
 const Font* find_barcode_font(base::TextView family) noexcept {

@@ -44,6 +44,10 @@ inline constexpr BarcodeFont code39_extended = {u"Free 3 of 9 Extended", u"fre3o
 inline constexpr std::array<const BarcodeFont*, 4> barcode_fonts = {&ean13, &code128, &code39,
                                                                     &code39_extended};
 
+/// The em nearest to `em_px` at which a module of a bar code font is a whole number of pixels: bars
+/// of uneven width cannot be read.
+double readable_em_px(const Font& font, double em_px) noexcept;
+
 /// The font of that family in any letter case; null for another.
 const Font* find_barcode_font(base::TextView family) noexcept;
 

@@ -56,6 +56,7 @@ class Surface {
     virtual void set_font_bold(bool bold) = 0;
 
     virtual std::int32_t scale_mode() = 0;
+    /// Any mode but 0 also moves the origin to the top left.
     virtual void set_scale_mode(std::int32_t mode) = 0;
     virtual double scale_width() = 0;
     virtual void set_scale_width(double width) = 0;
@@ -65,8 +66,6 @@ class Surface {
     virtual void set_scale_left(double left) = 0;
     virtual double scale_top() = 0;
     virtual void set_scale_top(double top) = 0;
-    /// Back to the default scale: twips, the origin at the top left.
-    virtual void reset_scale() = 0;
 
     /// The outer size, in the units of what the surface stands on.
     virtual double width() = 0;
@@ -83,9 +82,6 @@ class Surface {
     virtual double text_height(base::TextView text) = 0;
     virtual void paint_picture(const Picture& picture, double x, double y, double width,
                                double height) = 0;
-    /// Negative outside the surface.
-    virtual std::int32_t point(double x, double y) = 0;
-    virtual void set_point(double x, double y, std::int32_t colour) = 0;
     virtual void refresh() = 0;
     /// Makes what was drawn last: the surface's picture becomes its image.
     virtual void keep_image() = 0;
@@ -104,7 +100,9 @@ class Surface {
     virtual void match_palette() = 0;
 };
 
-/// Two picture boxes out of sight, for pictures that are turned before they are painted.
+/// Two picture boxes out of sight, for pictures that are turned before they are painted. They have
+/// 96 pixels to the inch and draw a bar code font as large as makes its module the nearest whole
+/// number of them.
 class PictureForm {
   public:
     virtual ~PictureForm() = default;

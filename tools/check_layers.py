@@ -25,9 +25,10 @@ LAYERS = {
     "windows": ["base"],
     "ports": ["base", "drawing"],
     "ports/portable": ["base", "ports", "drawing"],
-    # Where no system draws text, a surface draws the outlines itself.
+    # Where no system draws text, a surface draws the outlines itself; where one does, a surface out of sight must know
+    # how wide a module is.
     "ports/native": ["base", "ports", "ports/portable", "fonts", "drawing"],
-    "ports/windows": ["base", "ports", "ports/portable", "windows", "drawing"],
+    "ports/windows": ["base", "ports", "ports/portable", "windows", "fonts", "drawing"],
     **{feature: ["base", "ports"] for feature in FEATURES},
     # A symbol's bars are glyphs; encoders know no host.
     "barcode": ["base", "fonts", "drawing"],

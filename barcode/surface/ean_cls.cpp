@@ -36,6 +36,32 @@ bool is_placeholder(TextView text) noexcept {
            std::end(placeholders);
 }
 
+// The scale of the helper form's boxes.
+constexpr std::int32_t twips_per_pixel = 15;
+
+/// The size step at which the helper form draws a symbol, and how long its picture has to be.
+struct HelperSize {
+    std::int32_t step;
+    std::int32_t length_px;
+};
+
+// Decoders want bars of whole pixels, and painting into the rectangle must not undo them: the
+// picture is as long as the rectangle is in the surface's own pixels, and each module in it as wide
+// as there is room for.
+HelperSize helper_size(Surface& surface, const PlacementRectangle& rectangle,
+                       const Symbology& symbology, TextView symbol) {
+    const std::int32_t modules =
+        fonts::width_of(symbology.font->glyphs(), symbol) / fonts::module_units;
+    std::int32_t length_px = 0;
+    attempt([&] { length_px = height_px(surface, rectangle.y, rectangle.height); });
+    // A poster's bars are as good when they are enlarged.
+    constexpr std::int32_t largest_module_px = 16;
+    length_px /= 1 + length_px / (modules * (largest_module_px + 1));
+    const std::int32_t module_px = std::max(1, length_px / modules);
+    // In the form's boxes a module is a pixel at step 0, and ten points are a step.
+    return {(module_px - 1) * symbology.smallest_points / 10, length_px};
+}
+
 /// Gives the font name back when the scope ends, whatever the surface says.
 class FontNameGuard {
   public:
@@ -125,18 +151,24 @@ void Drk_Wyd_Ean_cls::draw_kind(const Call& call, TextView name) {
 void Drk_Wyd_Ean_cls::draw_turned_ean13(const Call& call) {
     if ((call.text.size() != 12 && call.text.size() != 13) || !all_digits(call.text)) return;
     const Symbology& symbology = symbology_of(Kind::ean13);
+    // The rectangle alone says how large the symbol becomes, but a size that is none is refused.
+    font_points(symbology, call.style.size_step);
     Surface& upright = form().upright();
     fonts_.select(upright, *symbology.font, call.folders);
-    // The box takes the size of the symbol, so that nothing of it is cut off.
-    upright.set_font_size(font_points(symbology, call.style.size_step));
     const Text symbol = encode_ean13(call.text.substr(0, 12));
-    upright.set_width(upright.width_on_parent(upright.text_width(symbol)));
+    const HelperSize size = helper_size(call.surface, call.rectangle, symbology, symbol);
+    upright.set_font_size(font_points(symbology, size.step));
+    // The box takes the size of the symbol, so that nothing of it is cut off.
+    const double symbol_twips = upright.text_width(symbol);
+    const std::int32_t spare_px =
+        std::max(0, size.length_px - static_cast<std::int32_t>(symbol_twips / twips_per_pixel));
+    upright.set_width(upright.width_on_parent(symbol_twips + spare_px * twips_per_pixel));
     upright.set_height(upright.height_on_parent(upright.text_height(symbol)));
-    upright.set_current_x(0);
+    upright.set_current_x(spare_px / 2 * twips_per_pixel);
     upright.set_current_y(0);
     Text digits = call.text;
     Drk_Wyd_Ean_cls813 symbols;
-    symbols.RysujEAN(upright, digits, call.style.size_step, call.style.rotate);
+    symbols.RysujEAN(upright, digits, size.step, call.style.rotate);
     constexpr std::int16_t clockwise_degrees = 90;
     symbols.RotatePicture(upright, form().turned(), clockwise_degrees);
     const auto picture = form().turned_picture();

@@ -43,9 +43,10 @@ void FontInstaller::install(const Text& file, const HostFolders& folders) {
     if (!files_.is_file(installed)) return;
     attempt([&] { shell_.invoke_verb(fonts_folder, file, u"Install"); });
     const bool is_32_bit_program_on_64_bit_windows = folders.program.find(u"(x86)") != Text::npos;
-    const Text registrar =
-        folders.program +
-        (is_32_bit_program_on_64_bit_windows ? u"\\FontReg64.exe" : u"\\FontReg32.exe");
+    // Quoted, or another program could stand at the path's first space.
+    Text registrar = u"\"";
+    registrar += folders.program;
+    registrar += is_32_bit_program_on_64_bit_windows ? u"\\FontReg64.exe\"" : u"\\FontReg32.exe\"";
     attempt([&] { shell_.run_and_wait(registrar, true); });
 }
 

@@ -14,11 +14,12 @@ namespace tavrix::barcode {
 /// `factor` * `other` + `addend`; throws the overflow error when a step leaves 32 bits.
 std::int32_t checked_multiply_add(std::int32_t factor, std::int32_t other, std::int32_t addend);
 
-/// Does `action` and passes over what a host's object refuses: the hosts' "on error resume next".
-void attempt(auto&& action) {
+/// Does `action` and passes over whatever goes wrong, memory that a host's object has not got
+/// included: the hosts' "on error resume next", fit for destructors.
+void attempt(auto&& action) noexcept {
     try {
         action();
-    } catch (const base::AutomationError&) {
+    } catch (...) {
     }
 }
 

@@ -135,12 +135,22 @@ void write_turned_text(Surface& surface, base::TextView text, std::int16_t angle
     surface.write_turned({text, angle_degrees, scale.x_px(x), scale.y_px(y)});
 }
 
+std::int32_t height_px(Surface& surface, double top, double height) {
+    PixelScale scale(surface);
+    // Each end comes to a whole pixel by itself.
+    const double pixels = std::round(scale.y_px(top + height)) - std::round(scale.y_px(top));
+    constexpr double largest_px = 1 << 20;
+    return static_cast<std::int32_t>(std::clamp(pixels, 0.0, largest_px));
+}
+
 void copy_quarter_turn(Surface& source, Surface& destination, std::int32_t x_px,
                        std::int32_t y_px) {
     constexpr double twips_per_pixel = 15;
     const double width = source.width();
     const double height = source.height();
-    source.reset_scale();
+    // What Scale without arguments does; VB6's own picture boxes take that member's arguments only
+    // with a number of flags in front, which scripts' surfaces do not know.
+    source.set_scale_mode(ports::scale_twips);
     // To the even one of two neighbours, as the hosts round.
     const auto width_px = static_cast<std::int32_t>(std::nearbyint(width / twips_per_pixel));
     const auto height_px = static_cast<std::int32_t>(std::nearbyint(height / twips_per_pixel));

@@ -13,6 +13,10 @@ struct EmptyResult {};
 void write_turned_text(ports::Surface& surface, base::TextView text, std::int16_t angle_degrees,
                        double x, double y);
 
+/// How many pixels of the surface's device lie between `top` and `top + height`, which are in its
+/// scale units; scale and position are the same afterwards.
+std::int32_t height_px(ports::Surface& surface, double top, double height);
+
 /// Copies the source a quarter turn clockwise, pixel by pixel, so that its bottom left pixel comes
 /// to (x_px, y_px). Both ends of its size count, hence one row and one column more than it has.
 void copy_quarter_turn(ports::Surface& source, ports::Surface& destination, std::int32_t x_px,

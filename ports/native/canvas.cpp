@@ -15,17 +15,14 @@ namespace {
 
 using drawing::Drawing;
 using drawing::PointTwips;
+using drawing::whole_twips;
 
 constexpr double twips_per_pixel = 15;
 constexpr std::int32_t white = 0xFFFFFF;
 constexpr std::size_t pixel_bytes = 4;
 
-std::int32_t rounded(double value) {
-    return static_cast<std::int32_t>(std::lround(value));
-}
-
 std::int32_t pixels_of(double twips) {
-    return rounded(twips / twips_per_pixel);
+    return whole_twips(twips / twips_per_pixel);
 }
 
 std::int32_t colour_at(const std::uint8_t* pixel) {
@@ -39,7 +36,7 @@ void add_dark_runs(Drawing& drawing, const Bitmap& bitmap) {
             bitmap.bits.data() + static_cast<std::ptrdiff_t>(y) * bitmap.stride_bytes + x * 4;
         return pixel[0] + pixel[1] + pixel[2] < 3 * 128;
     };
-    const auto twips = [](std::int32_t px) { return rounded(px * twips_per_pixel); };
+    const auto twips = [](std::int32_t px) { return whole_twips(px * twips_per_pixel); };
     for (std::int32_t y = 0; y < bitmap.height_px; ++y) {
         for (std::int32_t x = 0; x < bitmap.width_px; ++x) {
             if (!dark(x, y)) continue;
@@ -51,6 +48,20 @@ void add_dark_runs(Drawing& drawing, const Bitmap& bitmap) {
     }
 }
 
+/// One of the form's two boxes.
+class FormBox final : public Canvas {
+  public:
+    FormBox() : Canvas(1500, 1500) {}
+    void set_font_size(double points) override {
+        const fonts::Font* bars = fonts::find_barcode_font(font_name());
+        constexpr double points_per_pixel = 72 / 96.0;
+        Canvas::set_font_size(bars == nullptr
+                                  ? points
+                                  : fonts::readable_em_px(*bars, points / points_per_pixel) *
+                                        points_per_pixel);
+    }
+};
+
 class NativeForm final : public PictureForm {
   public:
     Surface& upright() override { return upright_; }
@@ -61,8 +72,8 @@ class NativeForm final : public PictureForm {
     void set_version(base::TextView) override {}
 
   private:
-    Canvas upright_{1500, 1500};
-    Canvas turned_{1500, 1500};
+    FormBox upright_;
+    FormBox turned_;
 };
 
 class NativePictures final : public Pictures {
@@ -88,7 +99,7 @@ Canvas::Canvas(std::int32_t width_twips, std::int32_t height_twips)
 
 Drawing Canvas::drawing() const {
     if (!pixels_) return drawing_;
-    Drawing drawing(rounded(width_twips_), rounded(height_twips_), drawing_.colour());
+    Drawing drawing(whole_twips(width_twips_), whole_twips(height_twips_), drawing_.colour());
     add_dark_runs(drawing, *pixels_);
     return drawing;
 }
@@ -132,7 +143,7 @@ void Canvas::set_height(double height) {
 
 void Canvas::forget_pixels() {
     pixels_.reset();
-    drawing_.resize(rounded(width_twips_), rounded(height_twips_));
+    drawing_.resize(whole_twips(width_twips_), whole_twips(height_twips_));
 }
 
 const fonts::Font& Canvas::font() const {
@@ -176,13 +187,15 @@ void Canvas::paint_picture(const Picture& picture, double x, double y, double wi
     const double scale_x = width * twips_per_unit_x() / source.width_twips();
     const double scale_y = height * twips_per_unit_y() / source.height_twips();
     drawing_.add_placed(source, [&](PointTwips point) {
-        return PointTwips{rounded(left + point.x_twips * scale_x),
-                          rounded(top + point.y_twips * scale_y)};
+        return PointTwips{whole_twips(left + point.x_twips * scale_x),
+                          whole_twips(top + point.y_twips * scale_y)};
     });
 }
 
 Bitmap& Canvas::pixels() {
     if (pixels_) return *pixels_;
+    // First, because it refuses a picture that is too large.
+    const drawing::Coverage drawn = drawing::rasterise(drawing_, 1 / twips_per_pixel);
     Bitmap bitmap;
     bitmap.width_px = pixels_of(width_twips_);
     bitmap.height_px = pixels_of(height_twips_);
@@ -191,7 +204,6 @@ Bitmap& Canvas::pixels() {
     bitmap.bits.assign(
         static_cast<std::size_t>(bitmap.stride_bytes) * static_cast<std::size_t>(bitmap.height_px),
         0xFF);
-    const drawing::Coverage drawn = drawing::rasterise(drawing_, 1 / twips_per_pixel);
     for (std::int32_t y = 0; y < std::min(bitmap.height_px, drawn.height_px); ++y) {
         for (std::int32_t x = 0; x < std::min(bitmap.width_px, drawn.width_px); ++x) {
             std::uint8_t* pixel =
@@ -220,16 +232,6 @@ void Canvas::set_pixel(std::int32_t x_px, std::int32_t y_px, std::int32_t colour
     for (int i = 0; i < 3; ++i) {
         found[2 - i] = static_cast<std::uint8_t>((colour & white) >> (8 * i));
     }
-}
-
-std::int32_t Canvas::point(double x, double y) {
-    return pixel(static_cast<std::int32_t>(std::floor(left_twips(x) / twips_per_pixel)),
-                 static_cast<std::int32_t>(std::floor(top_twips(y) / twips_per_pixel)));
-}
-
-void Canvas::set_point(double x, double y, std::int32_t colour) {
-    set_pixel(static_cast<std::int32_t>(std::floor(left_twips(x) / twips_per_pixel)),
-              static_cast<std::int32_t>(std::floor(top_twips(y) / twips_per_pixel)), colour);
 }
 
 std::unique_ptr<Pictures> make_native_pictures() {

@@ -37,7 +37,6 @@ class Canvas : public Surface {
     void set_scale_left(double left) override;
     double scale_top() override { return scale_top_; }
     void set_scale_top(double top) override;
-    void reset_scale() override { set_scale_mode(scale_twips); }
     double width() override { return width_twips_; }
     void set_width(double width) override;
     double height() override { return height_twips_; }
@@ -49,8 +48,6 @@ class Canvas : public Surface {
     double text_height(base::TextView text) override;
     void paint_picture(const Picture& picture, double x, double y, double width,
                        double height) override;
-    std::int32_t point(double x, double y) override;
-    void set_point(double x, double y, std::int32_t colour) override;
     void refresh() override {}
     void keep_image() override {}
     std::int32_t pixel(std::int32_t x_px, std::int32_t y_px) override;

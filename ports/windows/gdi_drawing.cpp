@@ -28,12 +28,17 @@ std::string ansi_of(base::TextView text) {
 
 }  // namespace
 
-GdiFont make_font(HDC device, base::TextView name, double points, bool bold,
-                  std::int32_t angle_degrees) {
-    LOGFONTA description{};
+double em_pixels(HDC device, double points) {
     constexpr double points_per_inch = 72;
-    description.lfHeight = -static_cast<LONG>(
-        std::lround(points * GetDeviceCaps(device, LOGPIXELSY) / points_per_inch));
+    return points * GetDeviceCaps(device, LOGPIXELSY) / points_per_inch;
+}
+
+GdiFont make_font(base::TextView name, double em_px, bool bold, std::int32_t angle_degrees) {
+    // What a device's coordinates hold.
+    constexpr double largest_em_px = 32767;
+    if (!(std::abs(em_px) <= largest_em_px)) drawing::throw_too_large();
+    LOGFONTA description{};
+    description.lfHeight = -static_cast<LONG>(std::lround(em_px));
     description.lfWeight = bold ? FW_BOLD : FW_NORMAL;
     description.lfEscapement = description.lfOrientation = angle_degrees * 10;
     description.lfCharSet = DEFAULT_CHARSET;
@@ -48,7 +53,7 @@ GdiFont make_font(HDC device, base::TextView name, double points, bool bold,
 
 void write_turned_text(HDC device, const ports::TurnedText& text, base::TextView font_name,
                        double points, bool bold) {
-    const GdiFont font = make_font(device, font_name, points, bold, text.angle_degrees);
+    const GdiFont font = make_font(font_name, em_pixels(device, points), bold, text.angle_degrees);
     const Selected selected(device, font.get());
     const std::string bytes = ansi_of(text.text);
     if (!TextOutA(device, static_cast<int>(std::lround(text.x_px)),
@@ -81,27 +86,20 @@ void write_bitmap(HBITMAP handle, const ports::Bitmap& pixels) {
 }
 
 void match_palette(HDC device, HPALETTE palette) {
-    std::array<PALETTEENTRY, 256> wanted{};
-    std::array<PALETTEENTRY, 256> system{};
-    if ((GetDeviceCaps(device, RASTERCAPS) & RC_PALETTE) != 0) {
-        const UINT count =
-            std::min<UINT>(256, static_cast<UINT>(GetDeviceCaps(device, SIZEPALETTE)));
-        if (GetSystemPaletteEntries(device, 0, count, system.data()) == 0 ||
-            !ResizePalette(palette, count)) {
-            fail(u"ResizePalette");
-        }
-        // Each system colour keeps its index where the picture has one near to it.
-        for (UINT i = 0; i < count; ++i) {
-            const PALETTEENTRY& colour = system[i];
-            const UINT nearest =
-                GetNearestPaletteIndex(palette, RGB(colour.peRed, colour.peGreen, colour.peBlue));
-            wanted[i] = nearest == CLR_INVALID ? PALETTEENTRY{} : colour;
-        }
-        if (SetPaletteEntries(palette, 0, count, wanted.data()) == 0) fail(u"SetPaletteEntries");
-        RealizePalette(device);
+    std::array<PALETTEENTRY, 256> entries{};
+    // On a device without a palette of its own the indexes mean what the picture says, if it says.
+    if ((GetDeviceCaps(device, RASTERCAPS) & RC_PALETTE) == 0) {
+        if (GetPaletteEntries(palette, 0, 256, entries.data()) == 0) fail(u"GetPaletteEntries");
+        return;
     }
-    // On a screen without a palette of its own the indexes mean what the picture says.
-    if (GetPaletteEntries(palette, 0, 256, wanted.data()) == 0) fail(u"GetPaletteEntries");
+    // A bitmap's indexes are those of the system's palette: the picture's becomes the same.
+    const UINT count = std::min<UINT>(256, static_cast<UINT>(GetDeviceCaps(device, SIZEPALETTE)));
+    if (GetSystemPaletteEntries(device, 0, count, entries.data()) == 0 ||
+        !ResizePalette(palette, count) ||
+        SetPaletteEntries(palette, 0, count, entries.data()) == 0) {
+        fail(u"SetPaletteEntries");
+    }
+    RealizePalette(device);
 }
 
 }  // namespace tavrix::windows

@@ -6,9 +6,12 @@
 
 namespace tavrix::windows {
 
-/// A font for `device`, not smoothed: a bar's edge must not be grey. Throws base::AutomationError.
-GdiFont make_font(HDC device, base::TextView name, double points, bool bold,
-                  std::int32_t angle_degrees);
+/// The size of the em in the device's pixels.
+double em_pixels(HDC device, double points);
+
+/// A font, not smoothed: a bar's edge must not be grey. Throws base::AutomationError, the overflow
+/// error for an em that no device can draw.
+GdiFont make_font(base::TextView name, double em_px, bool bold, std::int32_t angle_degrees);
 
 /// Writes a turned line in the font of that name and size, in the device's pixels.
 void write_turned_text(HDC device, const ports::TurnedText& text, base::TextView font_name,
@@ -18,7 +21,8 @@ void write_turned_text(HDC device, const ports::TurnedText& text, base::TextView
 ports::Bitmap read_bitmap(HBITMAP bitmap);
 void write_bitmap(HBITMAP bitmap, const ports::Bitmap& pixels);
 
-/// Makes `palette` agree with the system's as far as `device` can show it.
+/// Makes a picture's palette agree with the system's, so that the indexes of its bitmap keep their
+/// colours. Throws base::AutomationError, also for a picture without a palette.
 void match_palette(HDC device, HPALETTE palette);
 
 }  // namespace tavrix::windows

@@ -2,6 +2,7 @@
 
 #include "ports/windows/com_pictures.h"
 #include "ports/windows/gdi_drawing.h"
+#include "ports/windows/vb_print.h"
 #include "windows/failure.h"
 
 namespace tavrix::windows {
@@ -51,6 +52,17 @@ double HostSurface::on_parent(const char16_t* method, double length) const {
     return number_of(parent.call(method, length, own_mode, parent_mode), method);
 }
 
+void HostSurface::print(base::TextView text) {
+    const auto statement = ComPointer<IDispatch>(host_.dispatch()).query<IVBPrint>();
+    if (!statement) {
+        host_.call(u"Print", text);
+        return;
+    }
+    for (const base::TextView part : {text, base::TextView(u"\r\n")}) {
+        check(statement->WriteText(make_bstr(part).get()), u"Print");
+    }
+}
+
 double HostSurface::text_width(base::TextView text) {
     return number_of(host_.call(u"TextWidth", text), u"TextWidth");
 }
@@ -63,10 +75,6 @@ void HostSurface::paint_picture(const ports::Picture& picture, double x, double 
                                 double height) {
     const auto& painted = dynamic_cast<const ComPicture&>(picture);
     host_.call(u"PaintPicture", painted.dispatch(), x, y, width, height);
-}
-
-std::int32_t HostSurface::point(double x, double y) {
-    return converted(host_.call(u"Point", x, y), VT_I4, u"Point").get().lVal;
 }
 
 void HostSurface::keep_image() {

@@ -5,8 +5,9 @@
 
 namespace tavrix::windows {
 
-/// A host's picture box or printer, whose members are called by name; pixels and turned text go
-/// around it to its hDC. In sight because the public classes' arguments become one.
+/// A host's picture box or printer, whose members are called by name, but for printing where it is
+/// one of VB6's; pixels and turned text go around it to its hDC. In sight because the public
+/// classes' arguments become one.
 class HostSurface final : public ports::Surface {
   public:
     explicit HostSurface(ComPointer<IDispatch> object) : host_(std::move(object)) {}
@@ -31,22 +32,17 @@ class HostSurface final : public ports::Surface {
     void set_scale_left(double left) override { host_.put(u"ScaleLeft", left); }
     double scale_top() override { return number(u"ScaleTop"); }
     void set_scale_top(double top) override { host_.put(u"ScaleTop", top); }
-    void reset_scale() override { host_.call(u"Scale"); }
     double width() override { return number(u"Width"); }
     void set_width(double width) override { host_.put(u"Width", width); }
     double height() override { return number(u"Height"); }
     void set_height(double height) override { host_.put(u"Height", height); }
     double width_on_parent(double width) override { return on_parent(u"ScaleX", width); }
     double height_on_parent(double height) override { return on_parent(u"ScaleY", height); }
-    void print(base::TextView text) override { host_.call(u"Print", text); }
+    void print(base::TextView text) override;
     double text_width(base::TextView text) override;
     double text_height(base::TextView text) override;
     void paint_picture(const ports::Picture& picture, double x, double y, double width,
                        double height) override;
-    std::int32_t point(double x, double y) override;
-    void set_point(double x, double y, std::int32_t colour) override {
-        host_.call(u"PSet", x, y, colour);
-    }
     void refresh() override { host_.call(u"Refresh"); }
     void keep_image() override;
     std::int32_t pixel(std::int32_t x_px, std::int32_t y_px) override;

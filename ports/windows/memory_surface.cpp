@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "fonts/barcode_fonts.h"
 #include "windows/bstr.h"
 #include "windows/failure.h"
 
@@ -26,8 +27,9 @@ class Screen {
 };
 
 std::int32_t pixels_of(double twips) {
-    return static_cast<std::int32_t>(
-        std::clamp(std::ceil(twips / twips_per_pixel), 1.0, largest_side_px));
+    const double pixels = std::ceil(twips / twips_per_pixel);
+    if (!(pixels <= largest_side_px)) drawing::throw_too_large();
+    return static_cast<std::int32_t>(std::max(pixels, 1.0));
 }
 
 std::int32_t pixel_at(double twips) {
@@ -60,8 +62,16 @@ GdiBitmap MemorySurface::copy_image() const {
     return copy;
 }
 
+GdiFont MemorySurface::own_font() const {
+    const fonts::Font* bars = fonts::find_barcode_font(font_name_);
+    constexpr double twips_per_point = 20;
+    const double em_px = font_size_ * twips_per_point / twips_per_pixel;
+    return make_font(font_name_, bars == nullptr ? em_px : fonts::readable_em_px(*bars, em_px),
+                     font_bold_, 0);
+}
+
 base::Text MemorySurface::font_name() {
-    const GdiFont font = make_font(device_.get(), font_name_, font_size_, font_bold_, 0);
+    const GdiFont font = own_font();
     const Selected selected(device_.get(), font.get());
     wchar_t name[LF_FACESIZE] = {};
     GetTextFaceW(device_.get(), LF_FACESIZE, name);
@@ -79,7 +89,7 @@ void MemorySurface::set_height(double height) {
 }
 
 SIZE MemorySurface::extent(base::TextView text) const {
-    const GdiFont font = make_font(device_.get(), font_name_, font_size_, font_bold_, 0);
+    const GdiFont font = own_font();
     const Selected selected(device_.get(), font.get());
     SIZE size{};
     GetTextExtentPoint32W(device_.get(), wide_view(text), static_cast<int>(text.size()), &size);
@@ -87,21 +97,13 @@ SIZE MemorySurface::extent(base::TextView text) const {
 }
 
 void MemorySurface::print(base::TextView text) {
-    const GdiFont font = make_font(device_.get(), font_name_, font_size_, font_bold_, 0);
+    const GdiFont font = own_font();
     const Selected drawn_on(device_.get(), bitmap_.get());
     const Selected selected(device_.get(), font.get());
     TextOutW(device_.get(), pixel_at(x_), pixel_at(y_), wide_view(text),
              static_cast<int>(text.size()));
     x_ = 0;
     y_ += text_height(text);
-}
-
-std::int32_t MemorySurface::point(double x, double y) {
-    return pixel(pixel_at(x), pixel_at(y));
-}
-
-void MemorySurface::set_point(double x, double y, std::int32_t colour) {
-    set_pixel(pixel_at(x), pixel_at(y), colour);
 }
 
 std::int32_t MemorySurface::pixel(std::int32_t x_px, std::int32_t y_px) {

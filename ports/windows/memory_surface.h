@@ -5,8 +5,9 @@
 
 namespace tavrix::windows {
 
-/// A picture box in memory with the screen's colours and resolution. Its only scale is twips, 15 to
-/// the pixel, and setting another one does nothing.
+/// One box of ports::PictureForm: in memory, with the screen's colours. Its only scale is twips, 15
+/// to the pixel whatever the screen, and setting another one does nothing. Throws the overflow
+/// error for a side of more than 16384 pixels.
 class MemorySurface final : public ports::Surface {
   public:
     MemorySurface();
@@ -35,7 +36,6 @@ class MemorySurface final : public ports::Surface {
     void set_scale_left(double) override {}
     double scale_top() override { return 0; }
     void set_scale_top(double) override {}
-    void reset_scale() override {}
     double width() override { return scale_width(); }
     void set_width(double width) override;
     double height() override { return scale_height(); }
@@ -47,8 +47,6 @@ class MemorySurface final : public ports::Surface {
     double text_height(base::TextView text) override { return extent(text).cy * 15.0; }
     /// Nothing is ever painted into the boxes of the form.
     void paint_picture(const ports::Picture&, double, double, double, double) override {}
-    std::int32_t point(double x, double y) override;
-    void set_point(double x, double y, std::int32_t colour) override;
     void refresh() override {}
     void keep_image() override {}
     std::int32_t pixel(std::int32_t x_px, std::int32_t y_px) override;
@@ -62,6 +60,7 @@ class MemorySurface final : public ports::Surface {
     SIZE extent(base::TextView text) const;
     /// A white bitmap of the present size.
     void make_bitmap();
+    GdiFont own_font() const;
 
     MemoryDevice device_;
     GdiBitmap bitmap_;

@@ -6,6 +6,8 @@
 #include <shellapi.h>
 // clang-format on
 
+#include <set>
+
 #include "windows/failure.h"
 #include "windows/handles.h"
 #include "windows/late_bound.h"
@@ -17,16 +19,44 @@ using windows::LateBound;
 using windows::object_of;
 using windows::wide;
 
+/// Paints windows of the caller's thread. One that is as invalid after its painting as before would
+/// be asked again for ever: it is taken for painted and asked once more at the end.
+class Painting {
+  public:
+    Painting() = default;
+    ~Painting() {
+        for (HWND window : unpainted_) InvalidateRect(window, nullptr, FALSE);
+    }
+    Painting(const Painting&) = delete;
+    Painting& operator=(const Painting&) = delete;
+
+    void paint(const MSG& message) {
+        DispatchMessageW(&message);
+        if (!GetUpdateRect(message.hwnd, nullptr, FALSE)) return;
+        ValidateRect(message.hwnd, nullptr);
+        unpainted_.insert(message.hwnd);
+    }
+
+  private:
+    std::set<HWND> unpainted_;
+};
+
+bool has_ended(HANDLE process) {
+    return WaitForSingleObject(process, 0) != WAIT_TIMEOUT;
+}
+
 // Waits for `process` while the host's windows go on being painted: the caller's thread is the
 // user interface's.
 void wait_for(HANDLE process) {
+    Painting painting;
     for (;;) {
         const DWORD woken_by =
             MsgWaitForMultipleObjects(1, &process, FALSE, INFINITE, QS_PAINT | QS_SENDMESSAGE);
         if (woken_by != WAIT_OBJECT_0 + 1) return;
         MSG message;
-        while (PeekMessageW(&message, nullptr, WM_PAINT, WM_PAINT, PM_REMOVE)) {
-            DispatchMessageW(&message);
+        while (!has_ended(process) &&
+               PeekMessageW(&message, nullptr, WM_PAINT, WM_PAINT, PM_REMOVE)) {
+            painting.paint(message);
         }
     }
 }

@@ -4,12 +4,15 @@
 Usage: judge.py --tavrix PROGRAM | --draw PROGRAM... [--kinds KIND...] [--count N]
 
 PROGRAM draws each symbol: `tavrix`, or with --draw whatever takes a list of symbols (a line each: kind, dots per
-inch, text in hexadecimal UTF-8, picture file) and draws them, such as the printing of a Windows surface under Wine.
+inch, size step, text in hexadecimal UTF-8, picture file) and draws them, such as the printing of a Windows surface
+under Wine.
 Prints how many of each kind each decoder read. Ends with 1 unless every text came back from both.
 """
 import argparse
+import base64
 import collections
 import concurrent.futures
+import itertools
 import pathlib
 import random
 import re
@@ -21,7 +24,7 @@ DPI = (203, 300, 600)
 CODE39 = "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZ-. $/+%"
 # Yellow and cyan are nearly white to a decoder's grey, green is too light for ZXingReader.
 QR_COLOURS = ("black", "red", "blue", "magenta")
-Symbol = collections.namedtuple("Symbol", "kind text colour dpi file")
+Symbol = collections.namedtuple("Symbol", "kind text colour dpi step file")
 
 
 def digits(count):
@@ -57,6 +60,9 @@ KINDS = {
     "Code 39 full ASCII": ("EAN39EX", lambda: code39_text([chr(c) for c in range(32, 127)], 8)),
     "QR": ("QR", qr_text),
 }
+# What the classes make of an EAN-13 that is turned, at each of their sizes.
+STEPS = range(6)
+TURNED = {f"EAN-13 turned, Rozm {step}": ("TURNED", lambda: digits(12)) for step in STEPS}
 
 
 def check_digit(text):
@@ -76,7 +82,7 @@ def full_ascii(character):
 
 def expected(symbol):
     """What a decoder reports: the symbol's own text, and the add-on's."""
-    if symbol.kind in ("EAN8", "EAN13"):
+    if symbol.kind in ("EAN8", "EAN13", "TURNED"):
         number, _, add_on = symbol.text.partition("+")
         return number + check_digit(number), add_on
     if symbol.kind == "EAN39EX":
@@ -91,7 +97,7 @@ def draw_with_tavrix(tavrix, symbol):
 
 def draw_with(command, symbols, folder):
     lines = folder / "symbols.txt"
-    lines.write_text("".join(f"{s.kind}\t{s.dpi}\t{s.text.encode().hex()}\t{s.file}\n" for s in symbols))
+    lines.write_text("".join(f"{s.kind}\t{s.dpi}\t{s.step}\t{s.text.encode().hex()}\t{s.file}\n" for s in symbols))
     subprocess.run([*command, lines], check=True)
 
 
@@ -99,19 +105,33 @@ def output_of(*command):
     return subprocess.run(command, capture_output=True).stdout.decode("utf-8", "replace")
 
 
-def zbar(symbol):
-    # Left to itself the decoder guesses the encoding of a QR text, so it is asked for bytes.
-    options = ["--oneshot", "-Sbinary"] if symbol.kind == "QR" else [
-        "-Sean2.enable", "-Sean5.enable", "-Sisbn13.disable", "-Sisbn10.disable"]
-    return output_of("zbarimg", "-q", "--raw", "--nodbus", *options, symbol.file).removesuffix("\n").split("\n")
+# Each decoder takes pictures of one kind and yields the texts of each.
+
+def zbar(symbols):
+    if symbols[0].kind == "QR":
+        # Left to itself the decoder guesses the encoding of a QR text, so it is asked for bytes, and writes nothing else.
+        for symbol in symbols:
+            yield [output_of("zbarimg", "-q", "--raw", "--nodbus", "--oneshot", "-Sbinary", symbol.file)]
+        return
+    out = output_of("zbarimg", "-q", "--xml", "--nodbus", "-Sean2.enable", "-Sean5.enable", "-Sisbn13.disable",
+                    "-Sisbn10.disable", *(symbol.file for symbol in symbols))
+    texts = collections.defaultdict(list)
+    # No XML parser: it would make a line feed of a carriage return.
+    for file, source in re.findall(r"<source href='(.*?)'>(.*?)</source>", out, re.S):
+        for is_base64, text in re.findall(r"<data( format='base64')?[^>]*><!\[CDATA\[(.*?)\]\]></data>", source, re.S):
+            texts[file].append(base64.b64decode(text).decode() if is_base64 else text)
+    yield from (texts[symbol.file] for symbol in symbols)
 
 
-def zxing(symbol):
+def zxing(symbols):
     # Version 1.4 stops with an assertion where it finds one symbol in two scales of a large picture.
-    out = output_of("ZXingReader", "-1", "-noscale", symbol.file)
+    out = output_of("ZXingReader", "-1", "-noscale", *(symbol.file for symbol in symbols))
     # Letters beyond ASCII are written by number.
     out = re.sub(r"<U\+([0-9A-F]+)>", lambda number: chr(int(number.group(1), 16)), out)
-    return re.findall(r'^\S+ \S+ "(.*)"$', out, re.M)
+    texts = collections.defaultdict(list)
+    for file, text in re.findall(r'^(\S+) \S+ "(.*)"$', out, re.M):
+        texts[file].append(text)
+    yield from (texts[symbol.file] for symbol in symbols)
 
 
 DECODERS = {"zbarimg": zbar, "ZXingReader": zxing}
@@ -124,37 +144,42 @@ NAMES = {chr(i): f"<{n}>" for i, n in enumerate(
 def is_read(symbol, texts):
     text, add_on = expected(symbol)
     wanted = {text, "".join(NAMES.get(c, c) for c in text)}
-    if symbol.kind == "EAN13" and text[0] == "0":
+    if symbol.kind in ("EAN13", "TURNED") and text[0] == "0":
         wanted.add(text[1:])  # a UPC-A number
     together = {number + space + add_on for number in wanted for space in ("", " ")}
     return bool(together & set(texts)) or (bool(wanted & set(texts)) and add_on in ["", *texts])
 
 
 def make_symbols(name, count, folder):
-    kind, make = KINDS[name]
-    return [Symbol(kind, make(), QR_COLOURS[number % len(QR_COLOURS)], DPI[number % len(DPI)],
-                   str(folder / f"{name.replace(' ', '-')}-{number}.png")) for number in range(count)]
+    kind, make = (KINDS | TURNED)[name]
+    step = list(TURNED).index(name) if name in TURNED else 0
+    # The fewer dots there are for a module, the harder it is to turn.
+    dpi = DPI[:1] if name in TURNED else DPI
+    return [Symbol(kind, make(), QR_COLOURS[number % len(QR_COLOURS)], dpi[number % len(dpi)], step,
+                   str(folder / f"{name.replace(' ', '-').replace(',', '')}-{number}.png")) for number in range(count)]
 
 
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("--tavrix")
     parser.add_argument("--draw", nargs="+")
-    parser.add_argument("--kinds", nargs="+", default=list(KINDS))
+    parser.add_argument("--kinds", nargs="+")
     parser.add_argument("--count", type=int, default=200)
     options = parser.parse_args()
     random.seed(1)
     failed = False
     with tempfile.TemporaryDirectory() as folder, concurrent.futures.ThreadPoolExecutor(2) as pool:
-        for name in options.kinds:
+        for name in options.kinds or list(KINDS | TURNED if options.draw else KINDS):
             symbols = make_symbols(name, options.count, pathlib.Path(folder))
             if options.draw:
                 draw_with(options.draw, symbols, pathlib.Path(folder))
             else:
                 list(pool.map(lambda symbol: draw_with_tavrix(options.tavrix, symbol), symbols))
             for decoder, read in DECODERS.items():
-                answers = zip(symbols, pool.map(read, symbols))
-                unread = [(symbol, texts) for symbol, texts in answers if not is_read(symbol, texts)]
+                # A decoder takes longer to start than to read a picture.
+                heaps = [symbols[first:first + 25] for first in range(0, len(symbols), 25)]
+                answers = itertools.chain.from_iterable(pool.map(lambda heap: list(read(heap)), heaps))
+                unread = [(symbol, texts) for symbol, texts in zip(symbols, answers) if not is_read(symbol, texts)]
                 print(f"{name}: {len(symbols)} drawn, {decoder} read {len(symbols) - len(unread)}")
                 for symbol, texts in unread[:5]:
                     print(f"{symbol}: {texts}")

@@ -2,12 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <set>
 #include <tuple>
 
 #include "barcode/surface/ean_cls.h"
 #include "barcode/surface/ean_cls128.h"
 #include "barcode/surface/ean_cls813.h"
 #include "barcode/surface/qr_code.h"
+#include "barcode/symbol_drawing.h"
 #include "base/error.h"
 #include "drawing/coverage.h"
 #include "tests/support/code_page.h"
@@ -215,7 +217,8 @@ TEST_F(Classes, pictures_by_the_dispatcher) {
         EXPECT_EQ(log_of({text, u"QR"}), name_back);
     }
     for (const char16_t* kind : {u"EAN13", u"ean13", u"", u"qr", u"EAN8"}) {
-        EXPECT_EQ(log_of({u"5901234123457", kind, false, true}), painted + name_back);
+        // The position comes back from looking how many pixels there is room for.
+        EXPECT_EQ(log_of({u"5901234123457", kind, false, true}), place_back + painted + name_back);
         for (const char16_t* text : {u"1234567", u"59012341234x", u"59012341234567", u"123"}) {
             EXPECT_EQ(log_of({text, kind, false, true}), name_back);
         }
@@ -238,18 +241,33 @@ TEST_F(Classes, qr_is_black_squares_of_120_twips_at_level_medium) {
     }
 }
 
-TEST_F(Classes, ean13_is_turned_clockwise) {
-    HostSurface surface;
-    dispatch(surface, {u"590123412345", u"EAN13", false, true});
-    const drawing::Coverage box = drawing::rasterise(surface.painted().at(0), 1 / 15.0);
-    ASSERT_EQ(box.height_px, 11 + 95 + 7);
-    // The symbol's upper edge is on the right, its left end on top: 11 white modules and the guard.
-    std::string modules;
-    for (std::int32_t y = 0; y < box.height_px; ++y) {
-        modules += box.at(box.width_px - 3, y) == 255 ? '1' : '0';
+TEST_F(Classes, ean13_is_turned_clockwise_in_modules_of_whole_pixels) {
+    for (const std::int32_t size : {0, 1, 2, 3, 4, 5, 100'000}) {
+        HostSurface surface;
+        dispatch(surface, {u"590123412345", u"EAN13", false, true, size});
+        const drawing::Coverage box = drawing::rasterise(surface.painted().at(0), 1 / 15.0);
+        // As long as the rectangle, 113 modules of 9 pixels and what is left on both sides.
+        ASSERT_EQ(box.height_px, 1100);
+        const std::int32_t first = (1100 - 113 * 9) / 2;
+        // The symbol's upper edge is on the right, its left end on top.
+        std::string modules;
+        for (std::int32_t module = 0; module < 113; ++module) {
+            std::set<std::uint8_t> shades;
+            for (std::int32_t i = 0; i < 9; ++i) {
+                shades.insert(box.at(box.width_px - 3, first + 9 * module + i));
+            }
+            modules += shades.size() > 1 ? '?' : shades.contains(255) ? '1' : '0';
+        }
+        EXPECT_EQ(modules.find('?'), std::string::npos) << size;
+        // 11 white modules and the guard.
+        EXPECT_EQ(modules.substr(0, 15), "000000000001010");
+        EXPECT_EQ(modules.substr(105), "10000000");
     }
-    EXPECT_EQ(modules.substr(0, 15), "000000000001010");
-    EXPECT_EQ(modules.substr(105), "10000000");
+    // A surface that does not tell its scale has the symbol in one pixel for each module.
+    HostSurface surface;
+    surface.lack(u"ScaleMode");
+    dispatch(surface, {u"590123412345", u"EAN13", false, true, 3});
+    EXPECT_EQ(surface.painted().at(0).height_twips(), 113 * 15);
 }
 
 TEST_F(Classes, fonts_are_installed_in_this_order) {
@@ -259,7 +277,7 @@ TEST_F(Classes, fonts_are_installed_in_this_order) {
     EXPECT_EQ(shell.done,
               (std::vector<Text>{u"copy " + program_folder + u"\\free3of9.ttf",
                                  u"Install " + fonts + u" free3of9.ttf",
-                                 u"run hidden " + program_folder + u"\\FontReg64.exe",
+                                 u"run hidden \"" + program_folder + u"\\FontReg64.exe\"",
                                  u"message Proszę zainstalować czcionkę free 3 of 9(free3of9)"}));
     EXPECT_EQ(shell.message_help, -1);
     // Without a file nothing is installed; outside "(x86)" the registrar is the other one.
@@ -271,7 +289,7 @@ TEST_F(Classes, fonts_are_installed_in_this_order) {
     EXPECT_EQ(shell.message_help, 0);
     shell.files.insert(fonts + u"\\x.ttf");
     EXPECT_FALSE(dispatcher.SetCzcionkę(surface, u"X", u"x", true, u"C:\\Host", windows_folder));
-    EXPECT_EQ(shell.done.at(2), u"run hidden C:\\Host\\FontReg32.exe");
+    EXPECT_EQ(shell.done.at(2), u"run hidden \"C:\\Host\\FontReg32.exe\"");
 }
 
 TEST_F(Classes, a_failing_surface_gets_position_and_font_back) {
@@ -282,6 +300,12 @@ TEST_F(Classes, a_failing_surface_gets_position_and_font_back) {
         EXPECT_THROW(ean.RysujEAN(surface, digits, 0, false), base::AutomationError);
         surface.expect_as_before();
     }
+    // Nor does a host without memory end the process while position and font are given back.
+    HostSurface exhausted;
+    exhausted.exhaust(u"FontBold");
+    Text number = u"1234567";
+    EXPECT_THROW(ean.RysujEAN(exhausted, number, 0, false), std::bad_alloc);
+    EXPECT_EQ(exhausted.current_x(), 20);
     // The dispatcher passes over whatever is missing.
     for (const char16_t* member : {u"FontName", u"CurrentX", u"Print", u"FontSize", u"TextWidth"}) {
         for (const char16_t* kind : {u"QR", u"EAN13", u"EAN128", u"EAN39", u"other"}) {
@@ -302,6 +326,18 @@ TEST_F(Classes, a_size_beyond_32_bits_is_an_overflow) {
                      base::AutomationError);
         surface.expect_as_before();
     }
+    // The helper form takes its size from the rectangle, and refuses what is no size just the same.
+    HostSurface surface;
+    EXPECT_THROW(dispatch(surface, {u"590123412345", u"EAN13", false, true, huge_size}),
+                 base::AutomationError);
+    // Within 32 bits, and its glyphs are not.
+    ports::Canvas page(6000, 4500);
+    page.set_font_name(u"code ean13");
+    Text digits = u"590123412345";
+    EXPECT_THROW(ean.RysujEAN(page, digits, 20'000'000, false), base::AutomationError);
+    EXPECT_EQ(page.font_size(), 8);
+    EXPECT_THROW(symbol_frame(symbology_of(Kind::code128), Text(20'000, u'!'), 10'000),
+                 base::AutomationError);
 }
 
 }  // namespace

@@ -118,8 +118,20 @@ TEST_F(Cli, ExitCodesTellWhoseFaultItIs) {
     const std::string send = "send --nip 1 --xml /dev/null --table t --id 1 --db /no/such.db";
     const std::string with_token = send + " --token 'R|nip-1|s'";
     const std::pair<std::string, int> calls[] = {
-        {"--help", 0},   {"send", 2}, {"hash /no/such/file", 2},
-        {"nonsense", 2}, {send, 2},   {with_token, 1},
+        {"--help", 0},
+        {"send", 2},
+        {"hash /no/such/file", 2},
+        {"nonsense", 2},
+        {send, 2},
+        {with_token, 1},
+        {"qr --text x --out - --color cyan", 0},
+        {"qr --text x --out - --color pink", 2},
+        {"barcode --text 590123412345 --out - --color CYAN", 0},
+        {"barcode --text 590123412345 --out - --color pink", 2},
+        {"barcode --as-class --text 590123412345 --out - --size 5", 0},
+        {"barcode --as-class --text 590123412345 --out - --size 20000000", 2},
+        {"barcode --as-class --text 590123412345 --out - --size 214748365", 2},
+        {"barcode --text 590123412345 --out x.png --module 9000 --dpi 4800", 2},
     };
     for (const auto& [arguments, exit_code] : calls) {
         EXPECT_EQ(run(arguments).exit_code, exit_code) << arguments;

@@ -1,5 +1,5 @@
-// The three bar code classes as hosts create them, drawing on a picture box whose members are
-// called by name: types, references, errors, and what GDI does. The rest is told natively.
+// The three bar code classes as hosts create them, drawing on the picture boxes of two kinds of
+// host: types, references, errors, and what GDI does. The rest is told natively.
 
 #include "tests/com/picture_box.h"
 
@@ -8,7 +8,7 @@ namespace {
 
 using base::Text;
 
-class Barcode : public testing::Test {
+class Barcode : public testing::TestWithParam<HostKind> {
   protected:
     // The fonts beside the program, for this process.
     static void SetUpTestSuite() {
@@ -28,6 +28,11 @@ class Barcode : public testing::Test {
                       {box.object, symbol_text, 150, 150, 3000, 3000, 0, kind, false, rotate,
                        u"C:\\none", u"C:\\windows"});
     }
+    static HostedBox huge_font() {
+        HostedBox box(GetParam(), 10, 10);
+        box.box->font_size = 100'000;
+        return box;
+    }
     static int dark_pixels(const HostedBox& box, std::int32_t left, std::int32_t right) {
         int dark = 0;
         for (std::int32_t y = 0; y < box.box->height_px; ++y) {
@@ -37,12 +42,14 @@ class Barcode : public testing::Test {
     }
 };
 
-TEST_F(Barcode, DrawingChangesTheCallersTextAndGivesTheBoxBack) {
-    HostedBox box(400, 200);
+TEST_P(Barcode, DrawingChangesTheCallersTextAndGivesTheBoxBack) {
+    HostedBox box(GetParam(), 400, 200);
     box.box->font_name = u"code ean13";
     box.box->x = 150;
     EXPECT_EQ(answer(ean, u"RysujEAN", {box.object, by_reference(text), 0, false}), "empty");
     EXPECT_EQ(written(text.get()), "text 590123412345");
+    const std::vector<Text> statement = {u"5JKLCDO*bcdefh+", u"\r\n"};
+    EXPECT_EQ(box.box->written, statement);
     EXPECT_EQ(box.box->font_size, 8);
     EXPECT_EQ(box.box->x, 150);
     // Twelve digits of 14 modules; at 48 points a module is one pixel of 15 twips.
@@ -53,21 +60,27 @@ TEST_F(Barcode, DrawingChangesTheCallersTextAndGivesTheBoxBack) {
     EXPECT_EQ(modules, "000000000001010");
 }
 
-TEST_F(Barcode, ErrorsReachTheHostByNumber) {
-    HostedBox box(100, 100);
+TEST_P(Barcode, ErrorsReachTheHostByNumber) {
+    HostedBox box(GetParam(), 100, 100);
     const Outcome huge = call(ean, u"RysujEAN", {box.object, by_reference(text), 214748365, false});
     EXPECT_EQ(huge.code, DISP_E_EXCEPTION);
     EXPECT_EQ(static_cast<std::uint32_t>(huge.number), 0x800A0006u);
     EXPECT_EQ(box.box->font_size, 8);
+    // What was done to the host's variable by then stays done.
+    EXPECT_EQ(written(text.get()), "text 590123412345");
+    // A font that no device can draw.
+    EXPECT_EQ(static_cast<std::uint32_t>(
+                  call(dispatcher, u"RotateText", {huge_font().object, u"A", 90, 0, 0}).number),
+              0x800A0006u);
     EXPECT_EQ(answer(ean, u"RysujEAN", {5, by_reference(text), 0, false}),
               refused(DISP_E_TYPEMISMATCH, 3));
 }
 
-TEST_F(Barcode, DispatcherPaintsQrMetafilesAndTurnedEan13) {
-    HostedBox box(240, 240);
+TEST_P(Barcode, DispatcherPaintsQrMetafilesAndTurnedEan13) {
+    HostedBox box(GetParam(), 240, 240);
     EXPECT_EQ(dispatch(box, u"https://example.pl/zażółć", u"QR", false), "empty");
     EXPECT_GT(dark_pixels(box, 10, 210), 200 * 200 / 4);
-    HostedBox turned(300, 300);
+    HostedBox turned(GetParam(), 300, 300);
     EXPECT_EQ(dispatch(turned, u"590123412345", u"EAN13", true), "empty");
     EXPECT_GT(dark_pixels(turned, 110, 111), 40);
     // Bars lie across the box.
@@ -76,26 +89,96 @@ TEST_F(Barcode, DispatcherPaintsQrMetafilesAndTurnedEan13) {
     }
 }
 
-TEST_F(Barcode, TurnsSurfacesBitmapsAndText) {
-    HostedBox source(4, 3);
+TEST_P(Barcode, TurnsSurfacesBitmapsAndText) {
+    HostedBox source(GetParam(), 4, 3);
     SetPixel(source.box->memory.get(), 2, 1, RGB(32, 1, 0));
-    HostedBox turned(10, 10);
+    HostedBox turned(GetParam(), 10, 10);
     EXPECT_EQ(answer(dispatcher, u"RotateSurface", {source.object, turned.object, 45, 2, 1}),
               "empty");
     EXPECT_EQ(GetPixel(turned.box->memory.get(), 2 + 3 - 1, 1 + 2), RGB(32, 1, 0));
-    HostedBox bitmap(8, 8);
+    HostedBox bitmap(GetParam(), 8, 8);
     EXPECT_EQ(answer(ean, u"RotatePicture", {source.object, bitmap.object, 90}), "empty");
     EXPECT_EQ(bitmap.box->width_px, 3);
     EXPECT_EQ(bitmap.box->height_px, 4);
     EXPECT_EQ(GetPixel(bitmap.box->memory.get(), 2 - 1, 2), RGB(32, 1, 0));
-    HostedBox box(300, 300);
+    HostedBox box(GetParam(), 300, 300);
     box.box->font_name = u"CODE 128";
     EXPECT_EQ(answer(create(u"Tavrix.Drk_Wyd_Ean_cls128"), u"RysujEAN",
                      {box.object, by_reference(text), 0, true, true}),
               "empty");
-    EXPECT_EQ(box.box->scale_mode, 1);
+    EXPECT_EQ(box.box->scale_mode(), 1);
     EXPECT_GT(dark_pixels(box, 0, 300), 1000);
 }
+
+TEST_P(Barcode, PositionAndFontComeBackAsFarAsTheHostHasMemory) {
+    HostedBox box(GetParam(), 100, 100);
+    box.box->x = 150;
+    box.box->exhausted = u"FontName";
+    EXPECT_EQ(answer(ean, u"RysujEAN", {box.object, by_reference(text), 0, false}), "empty");
+    EXPECT_EQ(box.box->font_size, 8);
+    EXPECT_EQ(box.box->x, 150);
+}
+
+TEST_P(Barcode, BitmapsOf256ColoursTurnWithTheirPalette) {
+    HostedBox source(GetParam(), 4, 3);
+    HostedBox turned(GetParam(), 3, 4);
+    for (const HostedBox* box : {&source, &turned}) {
+        box->box->bitmap.reset(
+            CreateBitmap(box->box->width_px, box->box->height_px, 1, 8, nullptr));
+    }
+    EXPECT_EQ(call(ean, u"RotatePicture", {source.object, turned.object, 180}).description,
+              u"Error matching bitmap palette");
+    struct {
+        LOGPALETTE head = {0x300, 2, {}};
+        PALETTEENTRY second = {1, 2, 3, 0};
+    } colours;
+    for (const HostedBox* box : {&source, &turned}) {
+        box->box->palette.reset(CreatePalette(&colours.head));
+    }
+    EXPECT_EQ(answer(ean, u"RotatePicture", {source.object, turned.object, 180}), "empty");
+}
+
+// What their type library refuses. A member that is not there is the hosts' error 438, a list of
+// arguments that does not fit their error 450.
+TEST(Vb6PictureBox, HasNoPrintAndNoScaleWithoutFlags) {
+    const HostedBox box(HostKind::vb6, 10, 10);
+    EXPECT_EQ(answer(box.object, u"Print", {u"x"}), refused(DISP_E_UNKNOWNNAME));
+    EXPECT_EQ(answer(box.object, u"Scale"), refused(DISP_E_BADPARAMCOUNT));
+    EXPECT_EQ(answer(box.object, u"Scale", {0}), "empty");
+}
+
+int asked_to_paint = 0;
+
+// Never says that it is painted: asked without end, it would keep a caller for ever, so that it
+// gives up at last.
+LRESULT CALLBACK never_painted(HWND window, UINT message, WPARAM first, LPARAM second) {
+    constexpr int patience = 10'000;
+    if (message == WM_PAINT && ++asked_to_paint < patience) return 0;
+    return DefWindowProcW(window, message, first, second);
+}
+
+TEST(Shell, WaitsForAProgramAsLongAsItRunsWhateverIsInvalid) {
+    WNDCLASSW description{};
+    description.lpszClassName = L"NeverPainted";
+    description.lpfnWndProc = &never_painted;
+    RegisterClassW(&description);
+    const HWND window = CreateWindowW(description.lpszClassName, L"", WS_POPUP | WS_VISIBLE, 0, 0,
+                                      10, 10, nullptr, nullptr, nullptr, nullptr);
+    InvalidateRect(window, nullptr, FALSE);
+    EXPECT_EQ(answer(create(u"Tavrix.Drk_Wyd_Ean_cls"), u"SyncShell",
+                     {u"cmd.exe /c exit", 0, false, true}),
+              "bool -1");
+    EXPECT_GE(asked_to_paint, 1);
+    EXPECT_LT(asked_to_paint, 100);
+    // Whoever asks it next does so in vain as well.
+    EXPECT_TRUE(GetUpdateRect(window, nullptr, FALSE));
+    DestroyWindow(window);
+}
+
+INSTANTIATE_TEST_SUITE_P(Hosts, Barcode, testing::Values(HostKind::vb6, HostKind::script),
+                         [](const auto& host) {
+                             return host.param == HostKind::vb6 ? "Vb6" : "Script";
+                         });
 
 }  // namespace
 }  // namespace tavrix::test

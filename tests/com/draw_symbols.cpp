@@ -1,6 +1,7 @@
-// Draws a list of symbols as a host's printer would: text in the bar code fonts on a GDI bitmap,
-// and QR symbols as the metafiles that the classes paint. draw_symbols LIST, a line for each: kind,
-// dots per inch, text in hexadecimal UTF-8, file; tabs between them.
+// Draws a list of symbols as a host's printer would: text in the bar code fonts on a GDI bitmap, QR
+// symbols as the metafiles that the classes paint, and turned EAN-13 through the DLL's class, kind
+// "TURNED". draw_symbols LIST, a line for each: kind, dots per inch, size step, text in hexadecimal
+// UTF-8, file; tabs between them.
 
 #include <cmath>
 #include <cstdio>
@@ -9,9 +10,11 @@
 
 #include "barcode/qr_generator.h"
 #include "barcode/symbology.h"
+#include "com/guid.h"
 #include "ports/windows/adapters.h"
 #include "ports/windows/com_pictures.h"
 #include "ports/windows/gdi_drawing.h"
+#include "tests/com/picture_box.h"
 #include "windows/bstr.h"
 #include "windows/failure.h"
 
@@ -26,9 +29,20 @@ using namespace tavrix;
 struct Order {
     base::Text kind;
     int dots_per_inch;
+    int size_step;
     base::Text text;
     std::string file;
 };
+
+void save(HBITMAP picture, const std::string& path) {
+    const ports::Bitmap bitmap = windows::read_bitmap(picture);
+    std::ofstream file(path, std::ios::binary);
+    // Black on white: one byte of each pixel tells its grey.
+    file << "P5\n" << bitmap.width_px << ' ' << bitmap.height_px << "\n255\n";
+    for (std::size_t i = 0; i < bitmap.bits.size(); i += 4) {
+        file.put(static_cast<char>(bitmap.bits[i]));
+    }
+}
 
 /// A white bitmap of 32 bits and the device that draws on it.
 class Page {
@@ -41,16 +55,7 @@ class Page {
         FillRect(device_.get(), &whole, static_cast<HBRUSH>(GetStockObject(WHITE_BRUSH)));
     }
     HDC device() const { return device_.get(); }
-
-    void save(const std::string& path) const {
-        const ports::Bitmap bitmap = windows::read_bitmap(bitmap_.get());
-        std::ofstream file(path, std::ios::binary);
-        // Black on white: one byte of each pixel tells its grey.
-        file << "P5\n" << bitmap.width_px << ' ' << bitmap.height_px << "\n255\n";
-        for (std::size_t i = 0; i < bitmap.bits.size(); i += 4) {
-            file.put(static_cast<char>(bitmap.bits[i]));
-        }
-    }
+    HBITMAP bitmap() const { return bitmap_.get(); }
 
   private:
     windows::MemoryDevice device_;
@@ -69,11 +74,8 @@ void draw_linear(const Order& order) {
     const base::Text symbol = symbology->encode(order.text).symbol;
     const fonts::Font& font = symbology->font->glyphs();
     const windows::MemoryDevice screen(CreateCompatibleDC(nullptr));
-    constexpr double points_per_inch = 72;
     const double em_px = font.units_per_em / 32.0 * module_px(order.dots_per_inch);
-    const windows::GdiFont gdi_font = windows::make_font(
-        screen.get(), font.family,
-        em_px * points_per_inch / GetDeviceCaps(screen.get(), LOGPIXELSY), false, 0);
+    const windows::GdiFont gdi_font = windows::make_font(font.family, em_px, false, 0);
     const auto* wide = windows::wide(symbol);
     const int length = static_cast<int>(symbol.size());
     SIZE size{};
@@ -85,7 +87,7 @@ void draw_linear(const Order& order) {
     const Page page(size.cx + 2 * margin_px, size.cy + 2 * margin_px);
     const windows::Selected selected(page.device(), gdi_font.get());
     TextOutW(page.device(), margin_px, margin_px, wide, length);
-    page.save(order.file);
+    save(page.bitmap(), order.file);
 }
 
 void draw_qr(const Order& order) {
@@ -104,7 +106,48 @@ void draw_qr(const Order& order) {
     const RECT place = {0, 0, side_px, side_px};
     const auto number = static_cast<INT_PTR>(static_cast<INT>(handle));
     PlayEnhMetaFile(page.device(), reinterpret_cast<HENHMETAFILE>(number), &place);
-    page.save(order.file);
+    save(page.bitmap(), order.file);
+}
+
+// The class out of the DLL beside this program, registered or not.
+test::ComPointer<IDispatch> make_dispatcher() {
+    static const test::LoadedDll dll(u"Tavrix.dll");
+    constexpr CLSID class_id = com::guid("D1320870-9CBC-441C-A42D-1436BFA331C2");
+    test::ComPointer<IClassFactory> factory;
+    test::ComPointer<IDispatch> object;
+    windows::check(dll.function<HRESULT STDAPICALLTYPE(REFCLSID, REFIID, void**)>(
+                       "DllGetClassObject")(class_id, IID_IClassFactory, factory.out_void()),
+                   u"DllGetClassObject");
+    windows::check(factory->CreateInstance(nullptr, IID_IDispatch, object.out_void()),
+                   u"CreateInstance");
+    return object;
+}
+
+// In the rectangle that the symbol has at the step's font size, which is hardly ever a whole number
+// of dots for each module.
+void draw_turned(const Order& order) {
+    static const test::ComPointer<IDispatch> dispatcher = make_dispatcher();
+    const fonts::Font& font = fonts::ean13_font();
+    constexpr int length_modules = 11 + 95 + 7;
+    constexpr int margin_modules = 12;
+    const int height_modules = (font.ascent + font.descent) / fonts::module_units;
+    const double module_twips = (48 + 10 * order.size_step) * 20.0 / 64;
+    const auto twips = [&](int modules) {
+        return static_cast<std::int32_t>(std::lround(modules * module_twips));
+    };
+    const auto pixels = [&](int modules) {
+        return static_cast<std::int32_t>(
+            std::ceil(modules * module_twips * order.dots_per_inch / 1440));
+    };
+    const test::HostedBox box(test::HostKind::vb6, pixels(height_modules + 2 * margin_modules),
+                              pixels(length_modules + 2 * margin_modules), order.dots_per_inch);
+    const test::Outcome outcome =
+        test::call(dispatcher, u"RysujEAN",
+                   {box.object, order.text, twips(margin_modules), twips(margin_modules),
+                    twips(height_modules), twips(length_modules), order.size_step, u"EAN13", false,
+                    true, u"C:\\none", u"C:\\windows"});
+    windows::check(outcome.code, u"RysujEAN");
+    save(box.box->bitmap.get(), order.file);
 }
 
 base::Text from_hexadecimal(const std::string& digits) {
@@ -137,11 +180,14 @@ int main(int argc, char** argv) {
     std::ifstream list(argv[1]);
     for (std::string line; std::getline(list, line);) {
         std::istringstream fields(line);
-        std::string kind, text, file;
-        int dots_per_inch = 0;
-        fields >> kind >> dots_per_inch >> text >> file;
-        const Order order{base::from_utf8(kind), dots_per_inch, from_hexadecimal(text), file};
-        order.kind == u"QR" ? draw_qr(order) : draw_linear(order);
+        std::string kind, text;
+        Order order{};
+        fields >> kind >> order.dots_per_inch >> order.size_step >> text >> order.file;
+        order.kind = base::from_utf8(kind);
+        order.text = from_hexadecimal(text);
+        (order.kind == u"QR"       ? draw_qr
+         : order.kind == u"TURNED" ? draw_turned
+                                   : draw_linear)(order);
     }
     return 0;
 }

@@ -34,7 +34,7 @@ TEST(Errors, ReachTheHostWithNumberSourceAndDescription) {
         if (info) info->GetDescription(description.out());
         EXPECT_EQ(windows::view_of(description.get()), failure.description);
     }
-    EXPECT_EQ(written(variable.get()), "text before") << "a failed call changes nothing";
+    EXPECT_EQ(written(variable.get()), "text changed") << "as a host's own procedure would do it";
     // A host that wants no details gets the code.
     VARIANT arguments[] = {by_reference(variable), {}};
     DISPPARAMS parameters{arguments, nullptr, 2, 0};

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cmath>
+#include <new>
 #include <optional>
 #include <set>
 #include <utility>
@@ -24,6 +25,8 @@ class RecordingSurface : public ports::Canvas {
     const std::vector<drawing::Drawing>& painted() const noexcept { return painted_; }
     /// From now on `member` ("FontSize", "Print", ...) cannot be set or called.
     void lack(base::TextView member) { lacking_.insert(base::Text(member)); }
+    /// From now on `member` answers that there is no memory.
+    void exhaust(base::TextView member) { exhausted_.insert(base::Text(member)); }
     /// A font that setting its name does not select, as when it is not installed.
     void lack_font(base::TextView name) { missing_fonts_.insert(base::Text(name)); }
     /// Bitmaps have the first bytes of each pixel of 32 bits, and `written` is the last one set.
@@ -49,6 +52,10 @@ class RecordingSurface : public ports::Canvas {
     void set_font_bold(bool bold) override {
         note(u"FontBold", {}, bold ? u"True" : u"False");
         Canvas::set_font_bold(bold);
+    }
+    void set_scale_mode(std::int32_t mode) override {
+        if (lacking_.contains(u"ScaleMode")) refuse(u"ScaleMode");
+        Canvas::set_scale_mode(mode);
     }
     void print(base::TextView text) override {
         note(u"Print", {}, text);
@@ -90,14 +97,16 @@ class RecordingSurface : public ports::Canvas {
     }
 
   private:
-    void note(base::TextView member, std::initializer_list<double> numbers = {},
-              std::optional<base::TextView> word = {}) {
+    [[noreturn]] static void refuse(base::TextView member) {
         // The hosts' run-time error 438.
         constexpr auto no_such_property = static_cast<base::ErrorNumber>(0x800A01B6);
-        if (lacking_.contains(base::Text(member))) {
-            throw base::AutomationError(no_such_property, base::Text(member),
-                                        u"Object doesn't support this property or method");
-        }
+        throw base::AutomationError(no_such_property, base::Text(member),
+                                    u"Object doesn't support this property or method");
+    }
+    void note(base::TextView member, std::initializer_list<double> numbers = {},
+              std::optional<base::TextView> word = {}) {
+        if (lacking_.contains(base::Text(member))) refuse(member);
+        if (exhausted_.contains(base::Text(member))) throw std::bad_alloc();
         log_ += member;
         for (const double number : numbers) log_ += u" " + base::to_decimal(std::llround(number));
         if (word) log_ += u" " + base::Text(*word);
@@ -107,6 +116,7 @@ class RecordingSurface : public ports::Canvas {
     base::Text log_;
     std::vector<drawing::Drawing> painted_;
     std::set<base::Text> lacking_;
+    std::set<base::Text> exhausted_;
     std::set<base::Text> missing_fonts_;
     std::int32_t depth_ = 32;
 };
