@@ -1,5 +1,6 @@
 // Reading an answer of 1 MB that is one object of many members, and a tenth of it beside the same
 // library's document that keeps the members' order, which looks at all others for each.
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -17,10 +18,15 @@ std::string answer_of(std::size_t bytes) {
 }
 
 double milliseconds_of(const auto& work) {
-    const auto begin = std::chrono::steady_clock::now();
-    work();
-    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - begin)
-        .count();
+    double best = 1e9;
+    for (int round = 0; round < 5; ++round) {
+        const auto begin = std::chrono::steady_clock::now();
+        work();
+        const std::chrono::duration<double, std::milli> took =
+            std::chrono::steady_clock::now() - begin;
+        best = std::min(best, took.count());
+    }
+    return best;
 }
 
 double reading_ms(const std::string& body) {

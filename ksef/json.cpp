@@ -136,7 +136,8 @@ class JsonText {
 Json parse_json(std::string_view body) {
     if (nests_too_deep(body)) return nullptr;
     Json document = Json::parse(body, nullptr, false);
-    return document.is_discarded() ? Json(nullptr) : document;
+    if (document.is_discarded()) return nullptr;
+    return document;
 }
 
 SecretAnswer parse_secret_json(base::SecretUtf8& body,

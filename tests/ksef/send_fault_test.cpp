@@ -1,7 +1,7 @@
 // What goes wrong while an invoice is sent, in the network and on the host's own machine, and what
 // is left in memory.
 
-#include "tests/ksef/send_fixture.h"
+#include "tests/ksef/send_faults.h"
 #include "tests/support/failing.h"
 #include "tests/support/freed_memory.h"
 #include "tests/support/scratch_folder.h"
@@ -9,14 +9,8 @@
 namespace tavrix::ksef {
 namespace {
 
-using test::Json;
 using namespace std::chrono_literals;
 
-const std::string unknown = "Nieznany błąd";
-const std::string session_failed = "Błąd inicjalizacji sesji KSeF:";
-// As long as its beginning may be.
-const std::string session_unknown = session_failed + "Nieznany błą";
-const std::string accepted = "Faktura o numerze KSeF: ";
 // An Ed25519 key signed by itself: one that signs, but encrypts nothing.
 const char* const signing_key =
     "MIHUMIGHAhQrTZak0L9Bjp4ONWKzZ8zh0yz3hDAFBgMrZXAwDDEKMAgGA1UEAwwBdDAgFw0yNjExMjIwMzU2NTFaGA8y"
@@ -24,62 +18,13 @@ const char* const signing_key =
     "e+RvMAUGAytlcANBACHSDkmfdRyNblfj9wNdjKYVIQr+FEoZOiwv+d2LLdjHIYLjBt8c0zTzVJ4YAnVWEuvEPF6qcnbu"
     "s7TmRz3+RwE=";
 
-/// "*" stands for whatever follows.
-void expect_text(const std::string& result, const std::string& text, const std::string& where) {
-    const bool is_beginning = text.ends_with('*');
-    EXPECT_EQ(is_beginning ? result.substr(0, text.size() - 1) + '*' : result, text) << where;
-}
-
-Json status(int code, const char* body = "", int count = 1) {
-    return {{"kind", "status"}, {"status", code}, {"body", body}, {"count", count}};
-}
-Json kind(const char* name, int skip = 0) {
-    return {{"kind", name}, {"skip", skip}};
-}
-Json value_at(const char* path, Json value, int skip = 0) {
-    Json fault = kind("json", skip);
-    fault["path"] = path;
-    fault["value"] = std::move(value);
-    fault["count"] = -1;
-    return fault;
-}
-Json without(const char* path, int count = -1) {
-    return {{"kind", "remove"}, {"path", path}, {"count", count}};
-}
-
-/// A server each of whose answers takes `pace`, a byte now and then: as long as the client lets it.
-class SlowHttp final : public ports::Http {
-  public:
-    SlowHttp(std::unique_ptr<ports::Http> real, test::FakeClock& clock,
-             std::chrono::milliseconds pace)
-        : real_(std::move(real)), clock_(clock), pace_(pace) {}
-    ports::HttpReply send(const ports::HttpRequest& request) override {
-        const auto limit = request.time_limit.value_or(1000h);
-        clock_.slept += std::min(pace_, limit);
-        return pace_ < limit ? real_->send(request) : ports::HttpReply();
-    }
-    ports::AddressKind kind_of(std::string_view url) const override { return real_->kind_of(url); }
-
-  private:
-    std::unique_ptr<ports::Http> real_;
-    test::FakeClock& clock_;
-    std::chrono::milliseconds pace_;
-};
-
-class SendFaults : public SendFixture {
+class SendFaults : public SendFaultsFixture {
   protected:
     struct Trouble {
         const char* step;
         Json fault;
         std::string text;
     };
-
-    std::string send_with_fault(const char* step, Json fault) {
-        begin_anew();
-        fault["step"] = step;
-        sandbox->fault(fault);
-        return send();
-    }
 
     void expect_texts(const std::vector<Trouble>& troubles, bool sent, bool numbered) {
         for (const auto& [step, fault, text] : troubles) {
@@ -154,115 +99,6 @@ TEST_F(SendFaults, WrongTokenEndsAtOnceAndCloses) {
     const auto closes = sandbox->requests("sessions/online/close");
     ASSERT_EQ(closes.size(), 1u);
     EXPECT_EQ(closes[0].at("authorization"), "authentication");
-}
-
-TEST_F(SendFaults, EveryWaitHasItsEnd) {
-    const Json in_progress = {{"code", 100}, {"description", "W toku"}};
-    Json still_open = status(200, R"({"status":{"code":170}})", -1);
-    still_open["skip"] = 1;
-    Json code_1000 = value_at("status.code", "1000");
-    code_1000["count"] = 1;
-    const struct {
-        const char* step;
-        Json fault;
-        std::string text;
-        std::chrono::milliseconds slept;
-    } waits[] = {
-        {"auth/status", value_at("status", in_progress), session_failed + "{*", 32'000ms},
-        {"sessions/invoices", value_at("invoices[0].status.code", 150), "{*", 232'000ms},
-        {"sessions/status", still_open, "sessions:STATUS:timeout", 232'000ms},
-        {"sessions/invoices/status", status(404, "", -1), accepted + "*", 238'000ms},
-        {"sessions/invoices/status", status(404, "", 5), "", 10'000ms},
-        // The invoice's page may be there before its UPO is.
-        {"sessions/invoices/status", without("upoDownloadUrl"), accepted + "*", 238'000ms},
-        {"sessions/invoices/status", without("upoDownloadUrl", 3), "", 6'000ms},
-        {"sessions/invoices/status", kind("truncated"), "", 2'000ms},
-        // Read as a text, this code comes before 300: the session goes on.
-        {"sessions/status", code_1000, "", 0ms},
-        {"sessions/status", status(500), "", 0ms},
-    };
-    for (const auto& [step, fault, text, slept] : waits) {
-        expect_text(send_with_fault(step, fault), text, step);
-        EXPECT_EQ(clock.slept, slept) << step;
-    }
-}
-
-TEST_F(SendFaults, TheWholeCallHasItsEndHoweverSlowlyTheServerAnswers) {
-    const std::pair<std::chrono::milliseconds, std::string> servers[] = {
-        {1000h, session_failed + "auth/challenge:STATUS:0"},
-        {4min, "sessions/online/STATUS:0"},
-        {170s, accepted + "*"},  // it is recorded, the closing takes too long
-        {100s, ""},
-    };
-    for (const auto& [pace, text] : servers) {
-        begin_anew();
-        make_http = [&] {
-            return std::make_unique<SlowHttp>(ports::make_curl_http(connection_settings), clock,
-                                              pace);
-        };
-        const std::string result = send();
-        expect_text(result, text, std::to_string(pace.count()));
-        expect_whole_or_untouched(result, text);
-        EXPECT_LE(clock.slept, 30min + 2s) << text << " and a pause";
-    }
-}
-
-// A session's invoices may be asked for 20 times a minute.
-TEST_F(SendFaults, RateLimitCostsTheInvoiceOrTheWait) {
-    struct CommonClock final : test::FakeClock {
-        explicit CommonClock(test::Sandbox& shared) : sandbox_(shared) {}
-        void sleep(std::chrono::milliseconds duration) override {
-            FakeClock::sleep(duration);
-            sandbox_.advance(duration);
-        }
-        test::Sandbox& sandbox_;
-    };
-    test::Sandbox limiting("--rate-limits --invoice-delay 40000");
-    settings.service.test = base::from_utf8(limiting.origin());
-    const std::tuple<std::chrono::seconds, std::string, std::size_t> limits[] = {
-        {0s, "sessions//invoicesSTATUS:429", 0}, {60s, "", 35}};
-    for (const auto& [limit, text, number_size] : limits) {
-        limiting.reset();
-        begin_anew();
-        settings.retry_after_limit = limit;
-        CommonClock common_clock(limiting);
-        ports::SqliteDatabase database(connection);
-        KseF_comm client({make_http, *crypto, common_clock, *xml, *code_page, settings});
-        EXPECT_EQ(send_with(client, database), text);
-        EXPECT_EQ(row().at("numer_ksef").size(), number_size);
-        expect_whole_or_untouched(text, text);
-        EXPECT_GT(limiting.requests("sessions/invoices").size(), 20u) << "the limit was met";
-    }
-}
-
-TEST_F(SendFaults, OnlyAWaitWithinTheLimitIsWaited) {
-    const struct {
-        int limit_s;
-        int offered_s;
-        int count;
-        std::string text;
-        std::chrono::seconds slept;
-    } waits[] = {
-        {0, 0, 1, session_unknown, 0s},
-        {60, 60, 1, "", 60s},
-        {60, 61, 1, session_unknown, 0s},
-        {60, 0, 2, "", 2s},
-        // A second one would pass the end of the whole call.
-        {900, 900, -1, session_unknown, 900s},
-    };
-    for (const auto& [limit_s, offered_s, count, text, slept] : waits) {
-        settings.retry_after_limit = std::chrono::seconds(limit_s);
-        Json fault = kind("429");
-        fault["retry_after"] = offered_s;
-        fault["count"] = count;
-        EXPECT_EQ(send_with_fault("auth/challenge", fault), text) << fault.dump();
-        EXPECT_EQ(clock.slept, slept) << fault.dump();
-    }
-    Json header = kind("header");
-    header["name"] = "Retry-After";
-    header["value"] = "5";
-    EXPECT_EQ(send_with_fault("auth/challenge", header), "");
-    EXPECT_EQ(clock.slept, 0s) << "an answer that is none to wait for";
 }
 
 TEST_F(SendFaults, ANumberIsReplacedByAnotherAndNeverTakenAway) {
@@ -399,14 +235,6 @@ TEST_F(SendFaults, NothingHalfDoneWhateverHappensWherever) {
             expect_whole_or_untouched(result, std::string(step) + " " + kind + ": " + result);
         }
     }
-}
-
-TEST_F(SendFaults, SilentServerCostsTheTimeoutAndNoMore) {
-    connection_settings.no_progress_timeout = 300ms;
-    const auto begin = std::chrono::steady_clock::now();
-    EXPECT_EQ(send_with_fault("auth/challenge", kind("hang")),
-              session_failed + "auth/challenge:STATUS:0");
-    EXPECT_LT(std::chrono::steady_clock::now() - begin, 5s);
 }
 
 TEST_F(SendFaults, ADatabaseThatFailsAtAnyCallLeavesTheRowWholeOrUntouched) {

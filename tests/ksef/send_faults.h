@@ -1,0 +1,50 @@
+#pragma once
+
+#include "tests/ksef/send_fixture.h"
+
+namespace tavrix::ksef {
+
+using test::Json;
+
+inline const std::string unknown = "Nieznany błąd";
+inline const std::string session_failed = "Błąd inicjalizacji sesji KSeF:";
+// As long as its beginning may be.
+inline const std::string session_unknown = session_failed + "Nieznany błą";
+inline const std::string accepted = "Faktura o numerze KSeF: ";
+
+/// "*" stands for whatever follows.
+inline void expect_text(const std::string& result, const std::string& text,
+                        const std::string& where) {
+    const bool is_beginning = text.ends_with('*');
+    EXPECT_EQ(is_beginning ? result.substr(0, text.size() - 1) + '*' : result, text) << where;
+}
+
+// Trouble that the sandbox makes.
+inline Json status(int code, const char* body = "", int count = 1) {
+    return {{"kind", "status"}, {"status", code}, {"body", body}, {"count", count}};
+}
+inline Json kind(const char* name, int skip = 0) {
+    return {{"kind", name}, {"skip", skip}};
+}
+inline Json value_at(const char* path, Json value, int skip = 0) {
+    Json fault = kind("json", skip);
+    fault["path"] = path;
+    fault["value"] = std::move(value);
+    fault["count"] = -1;
+    return fault;
+}
+inline Json without(const char* path, int count = -1) {
+    return {{"kind", "remove"}, {"path", path}, {"count", count}};
+}
+
+class SendFaultsFixture : public SendFixture {
+  protected:
+    std::string send_with_fault(const char* step, Json fault) {
+        begin_anew();
+        fault["step"] = step;
+        sandbox->fault(fault);
+        return send();
+    }
+};
+
+}  // namespace tavrix::ksef
