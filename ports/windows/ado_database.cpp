@@ -82,7 +82,10 @@ class AdoRecordset final : public ports::Recordset {
     void set_field(base::TextView name, const ports::Value& value) override {
         const LateBound field = item(name);
         field.put(u"Value", variant_for(field, value));
-        if (std::ranges::find(assigned_, name) == assigned_.end()) assigned_.emplace_back(name);
+        const auto is_it = [&](const base::Text& other) {
+            return base::equal_case_blind(other, name);
+        };
+        if (std::ranges::none_of(assigned_, is_it)) assigned_.emplace_back(name);
     }
     std::size_t capacity(base::TextView name) override { return capacity_of(item(name)); }
     void add_new() override {

@@ -171,6 +171,12 @@ TEST_F(AdoDocument, OnlyTheOneThatIsMeantIsWrittenWhereAdoKnowsNoKey) {
 TEST_F(AdoDocument, RowsThatCannotBeToldApartAreLeftAlone) {
     make_documents(without_key);
     windows::AdoDatabase host = port();
+    const auto one = host.open(u"select numer_ksef, ddout_data_wyst from dok where ddout_id=3");
+    one->set_field(u"numer_ksef", base::Text(u"1"));
+    one->set_field(u"NUMER_KSEF", base::Text(u"2"));
+    one->update_batch();
+    EXPECT_EQ(one->field(u"numer_ksef"), ports::Value(u"2"));
+    make_documents(without_key);
     const auto rows = host.open(u"select numer_ksef, ddout_data_wyst from dok");
     rows->set_field(u"numer_ksef", base::Text(u"K"));
     EXPECT_NE(error_of([&] { rows->update_batch(); }), 0u);
