@@ -9,6 +9,8 @@ registered_folder=
 start_sandbox() {
     local program=$1 folder=$2 line
     shift 2
+    # There before the program is, which may take its time to start.
+    : >"$folder/sandbox.log"
     "$program" --port 0 --port-file "$folder/port" --quiet "$@" >"$folder/sandbox.log" 2>&1 &
     sandbox_pid=$!
     for _ in $(seq 200); do
