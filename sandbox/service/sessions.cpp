@@ -143,8 +143,10 @@ Answer session_status(Service& service, Request& request) {
                           {"downloadUrlExpirationDate", service.time_text(link.valid_until)}}});
     }
     answer["invoiceCount"] = session.invoices.size();
-    answer["successfulInvoiceCount"] = session.successful;
-    answer["failedInvoiceCount"] = session.failed;
+    // The service leaves out a count until there is something to count; the list of sessions, whose
+    // counts are required, says 0.
+    if (session.successful > 0) answer["successfulInvoiceCount"] = session.successful;
+    if (session.failed > 0) answer["failedInvoiceCount"] = session.failed;
     return Answer::json(200, answer);
 }
 

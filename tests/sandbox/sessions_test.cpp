@@ -38,6 +38,24 @@ TEST_F(SessionsTest, AnEmptySessionIsCancelledAndOneWithoutGoodInvoicesFails) {
     EXPECT_FALSE(status().contains("upo"));
 }
 
+TEST_F(SessionsTest, ACountIsLeftOutWhileThereIsNothingToCount) {
+    using Counts = std::pair<int, int>;
+    const auto counts = [](const Json& it) {
+        return Counts(it.value("successfulInvoiceCount", -1), it.value("failedInvoiceCount", -1));
+    };
+    open_as_seller();
+    EXPECT_EQ(counts(status()), Counts(-1, -1));
+    EXPECT_EQ(counts(list_sessions().json().at("sessions")[0]), Counts(0, 0));
+    client().send(SampleInvoice().xml());
+    EXPECT_EQ(counts(status()), Counts(1, -1)) << "clients wait for it before they close";
+    close();
+    EXPECT_EQ(counts(status()), Counts(1, -1));
+    client().open_session();
+    client().send("no invoice");
+    close();
+    EXPECT_EQ(counts(status()), Counts(-1, 1));
+}
+
 TEST_F(SessionsTest, AForgottenSessionClosesItselfAfterTwelveHours) {
     open_as_seller();
     client().send(SampleInvoice().xml());
