@@ -24,6 +24,22 @@ std::string upper(std::string text) {
     return text;
 }
 
+std::string lower_polish(std::string text) {
+    constexpr std::pair<std::string_view, std::string_view> letters[] = {
+        {"Ą", "ą"}, {"Ć", "ć"}, {"Ę", "ę"}, {"Ł", "ł"}, {"Ń", "ń"},
+        {"Ó", "ó"}, {"Ś", "ś"}, {"Ź", "ź"}, {"Ż", "ż"}};
+    text = lower(std::move(text));
+    for (const auto& [large, small] : letters)
+        for (std::size_t at = 0; (at = text.find(large, at)) != std::string::npos;)
+            text.replace(at, large.size(), small);
+    return text;
+}
+
+std::size_t character_count(std::string_view text) {
+    return std::size_t(std::count_if(text.begin(), text.end(),
+                                     [](char c) { return (c & 0xC0) != 0x80; }));
+}
+
 std::string percent_decode(std::string_view text, bool plus_is_space) {
     std::string result;
     result.reserve(text.size());

@@ -44,6 +44,16 @@ double rounded(double amount) {
 
 }  // namespace
 
+std::string invoice_type(const std::string& kind) {
+    // TRodzajFaktury of FA (3) to InvoiceType of the contract.
+    constexpr std::pair<std::string_view, const char*> names[] = {
+        {"VAT", "Vat"}, {"KOR", "Kor"},        {"ZAL", "Zal"},       {"ROZ", "Roz"},
+        {"UPR", "Upr"}, {"KOR_ZAL", "KorZal"}, {"KOR_ROZ", "KorRoz"}};
+    for (const auto& [schema_name, name] : names)
+        if (kind == schema_name) return name;
+    return {};
+}
+
 std::string form_system_code(const Element& invoice) {
     return invoice.child("Naglowek").child("KodFormularza").attribute("kodSystemowy");
 }

@@ -19,6 +19,9 @@ struct SummaryResult {
 /// 1-0E.
 SummaryResult summarize_invoice(const Element& invoice);
 
+/// The contract's name of an invoice's kind (`RodzajFaktury`); empty for one that FA does not have.
+std::string invoice_type(const std::string& kind);
+
 /// `kodSystemowy` of the heading, for example `FA (3)`.
 std::string form_system_code(const Element& invoice);
 

@@ -18,6 +18,7 @@ constexpr std::pair<ErrorCode, std::string_view> descriptions[] = {
     {ErrorCode::session_not_found, "Brak sesji o wskazanym numerze referencyjnym."},
     {ErrorCode::upo_not_found, "Nie znaleziono UPO dla podanych kryteriów."},
     {ErrorCode::session_status, "Status sesji nie pozwala na wykonanie operacji."},
+    {ErrorCode::outside_data, "Zakres filtrowania wykracza poza dostępny zakres danych."},
     {ErrorCode::not_authorised, "Brak autoryzacji."},
     {ErrorCode::not_authenticated, "Brak uwierzytelnienia."},
     {ErrorCode::wrong_size, "Nieprawidłowy rozmiar pliku."},

@@ -23,6 +23,7 @@ enum class ErrorCode {
     session_not_found = 21173,
     upo_not_found = 21178,
     session_status = 21180,
+    outside_data = 21183,
     not_authorised = 21301,
     not_authenticated = 21304,
     wrong_size = 21402,

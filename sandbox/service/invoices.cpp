@@ -30,7 +30,7 @@ Json invoice_json(Service& service, const Request& request, Invoice& invoice) {
     json["invoicingDate"] = service.time_text(invoice.received);
     if (accepted) {
         const StorageLink link = invoice_upo_link(service, request, invoice);
-        json["permanentStorageDate"] = service.time_text(permanent_storage_date(invoice));
+        json["permanentStorageDate"] = service.time_text(invoice.stored);
         json["upoDownloadUrl"] = link.url;
         json["upoDownloadUrlExpirationDate"] = service.time_text(link.valid_until);
         json["invoicingMode"] = mode_name(invoice);
@@ -59,7 +59,7 @@ Invoice& invoice_of(Service& service, Request& request) {
 
 const std::string& ksef_number_parameter(const Request& request, std::size_t index) {
     const std::string& number = request.parameters.at(index);
-    if (!is_ksef_number(number)) throw invalid_input("Nieprawidłowy numer KSeF.");
+    if (!has_ksef_number_form(number)) throw invalid_input("Nieprawidłowy numer KSeF.");
     return number;
 }
 

@@ -40,6 +40,7 @@ void finish_invoice(Service& service, Session& session, Invoice& invoice, Instan
     invoice.stage = InvoiceStage::finished;
     if (invoice.status.code == 200) {
         invoice.acquired = when;
+        invoice.stored = when + std::max(service.options.time.unit(), Ticks(1000));
         invoice.ksef_number = new_ksef_number(service, invoice);
         service.state.index_accepted(invoice);
         invoice.upo = make_invoice_upo(
