@@ -127,6 +127,68 @@ TEST_F(AuthenticationTest, ATokenMadeHereWorksUntilItIsRevoked) {
     EXPECT_EQ(status.at("details")[0], "Token unieważniony");
 }
 
+TEST_F(AuthenticationTest, TokensAreFoundByStatusDescriptionAndAuthor) {
+    client().sign_in(seller_nip);
+    const auto make = [&](const std::string& description) {
+        const Reply reply = client().post(
+            "/tokens", {{"permissions", {"InvoiceRead"}}, {"description", description}});
+        return reply.status == 202 ? reply.json().at("referenceNumber").get<std::string>()
+                                   : std::to_string(reply.exception_code());
+    };
+    const std::string sixty_four = "źźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźź",
+                      longest = sixty_four + sixty_four + sixty_four + sixty_four;
+    make("Wystawianie faktur");
+    const std::string revoked = make("Żółte, do ODCZYTU");
+    make(longest);
+    EXPECT_EQ(make(longest + "z"), "21405");
+    EXPECT_EQ(make("żółć"), "21405") << "characters count, not bytes";
+    client().remove("/tokens/" + revoked);
+    const std::pair<const char*, int> cases[] = {
+        {"", 3},
+        {"status=Active", 2},
+        {"status=Revoked&status=Active", 3},
+        {"status=Pending", 0},
+        {"description=%C5%BB%C3%93%C5%81TE", 1},
+        {"description=odczytu&status=Active", 0},
+        {"authorIdentifier=526&authorIdentifierType=Nip", 3},
+        {"authorIdentifier=735", 0},
+        {"authorIdentifierType=Pesel", 0},
+        {"status=active", -1},
+        {"description=od", -1},
+        {"description=", -1},
+        {"authorIdentifier=52", -1},
+        {"authorIdentifierType=nip", -1},
+    };
+    for (const auto& [query, count] : cases) {
+        const Json answer = client().get("/tokens?" + std::string(query)).json();
+        EXPECT_EQ(answer.contains("tokens") ? int(answer["tokens"].size()) : -1, count) << query;
+    }
+}
+
+TEST_F(AuthenticationTest, WithoutRightsToCredentialsOnlyTheOwnTokenIsSeenAndRevoked) {
+    client().sign_in(seller_nip);
+    const auto make = [&](const char* permission) { return make_token(permission).json(); };
+    const Json writer = make("InvoiceWrite"), reader = make("CredentialsRead"),
+               manager = make("CredentialsManage");
+    const auto number = [](const Json& token) {
+        return token.at("referenceNumber").get<std::string>();
+    };
+    const auto listed = [&] { return client().get("/tokens").json().at("tokens"); };
+    const auto revoke = [&](const Json& token) { return client().remove("/tokens/" + number(token)); };
+
+    client().sign_in(seller_nip, writer.at("token"));
+    ASSERT_EQ(listed().size(), 1u);
+    EXPECT_EQ(listed()[0].at("referenceNumber"), number(writer));
+    EXPECT_EQ(revoke(reader).json().value("reasonCode", ""), "missing-permissions");
+    client().sign_in(seller_nip, reader.at("token"));
+    EXPECT_EQ(listed().size(), 3u);
+    EXPECT_EQ(revoke(writer).status, 403);
+    EXPECT_EQ(revoke(reader).status, 204) << "its own";
+    client().sign_in(seller_nip, manager.at("token"));
+    EXPECT_EQ(listed().size(), 3u);
+    EXPECT_EQ(revoke(writer).status, 204);
+}
+
 TEST_F(AuthenticationTest, KeysMayRotateAndBeNamed) {
     const std::string old_one = client().certificate("KsefTokenEncryption");
     control().post("/sandbox/keys/rotate", {{"usage", "KsefTokenEncryption"}});
