@@ -7,6 +7,7 @@
 
 #include "sandbox/basics/text.h"
 #include "sandbox/pages/page.h"
+#include "sandbox/service/allowed_ips.h"
 #include "sandbox/service/processing.h"
 
 namespace tavrix::sandbox {
@@ -126,7 +127,11 @@ void Dispatcher::check_bearer(const Route& route, const Request& request) {
     if (route.access.need == Need::nothing) return;
     if (!suits(route.access.need, request.bearer.kind) || request.bearer.expired)
         throw unauthorized();
-    const auto& present = service_.authentication_of(request).permissions;
+    const Authentication& authentication = service_.authentication_of(request);
+    if (request.bearer.kind == BearerKind::access &&
+        !allows(authentication.allowed_ips, request.remote_address))
+        throw address_not_allowed(request.remote_address);
+    const auto& present = authentication.permissions;
     const auto required = route.access.permissions;
     const bool held = required.empty() ||
                       std::any_of(required.begin(), required.end(),

@@ -4,6 +4,7 @@
 #include "sandbox/basics/ksef_number.h"
 #include "sandbox/basics/text.h"
 #include "sandbox/exchange/body.h"
+#include "sandbox/service/allowed_ips.h"
 #include "sandbox/service/processing.h"
 #include "sandbox/service/tokens.h"
 #include "sandbox/store/statuses.h"
@@ -17,13 +18,14 @@ constexpr auto challenge_lifetime = 10min;
 constexpr auto authentication_token_lifetime = 45min;
 constexpr std::chrono::days refresh_token_lifetime{7};
 constexpr std::size_t most_challenges = 10'000;
+constexpr std::size_t challenge_length = 36;
 
 Context read_context(const Json& body) {
     const Json& identifier = required_object(body, "contextIdentifier");
     Context context{required_text(identifier, "type"), required_text(identifier, "value")};
     if (context.type != "Nip" && context.type != "InternalId")
         throw invalid_input("Nieobsługiwany typ kontekstu: " + context.type + ".");
-    if (!is_nip(context.nip()) || (context.type == "Nip" && context.value.size() != 10))
+    if (context.type == "Nip" ? !is_nip(context.value) : !is_internal_id(context.value))
         throw invalid_input("Nieprawidłowy identyfikator kontekstu.");
     return context;
 }
@@ -135,11 +137,13 @@ Answer public_key_certificates(Service& service, Request&) {
 Answer authenticate_with_token(Service& service, Request& request) {
     const Json body = read_body(request);
     const std::string challenge = required_text(body, "challenge");
+    if (character_count(challenge) != challenge_length)
+        throw invalid_input("Wyzwanie musi mieć długość 36 znaków.");
     Authentication attempt;
     attempt.context = read_context(body);
     const std::string encrypted_token = required_bytes(body, "encryptedToken");
-    const std::string key_id = optional_text(body, "publicKeyId");
-    check_key_id(service, token_usage, key_id);
+    const std::string key_id = read_key_id(service, token_usage, body);
+    attempt.allowed_ips = read_allowed_ips(body);
     const Instant challenge_made = take_challenge(service, challenge);
 
     attempt.reference = service.new_reference("AU");

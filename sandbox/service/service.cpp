@@ -5,6 +5,7 @@
 #include "sandbox/basics/crypto.h"
 #include "sandbox/basics/ksef_number.h"
 #include "sandbox/basics/text.h"
+#include "sandbox/exchange/body.h"
 #include "sandbox/service/tokens.h"
 
 namespace tavrix::sandbox {
@@ -89,17 +90,24 @@ void Service::take_over_options() {
     for (const Fault& fault : options.faults) faults.add(fault);
 }
 
+void check_reference(const std::string& text) {
+    if (!is_reference_number(text))
+        throw invalid_input("Numer referencyjny musi mieć długość 36 znaków.");
+}
+
 const std::string& reference_parameter(const Request& request, std::size_t index) {
     const std::string& reference = request.parameters.at(index);
-    if (!is_reference_number(reference))
-        throw invalid_input("Numer referencyjny musi mieć długość 36 znaków.");
+    check_reference(reference);
     return reference;
 }
 
-void check_key_id(const Service& service, std::string_view usage, const std::string& key_id) {
-    if (!key_id.empty() && !service.keys.knows(usage, key_id, service.now()))
+std::string read_key_id(const Service& service, std::string_view usage, const Json& body) {
+    if (given(body, "publicKeyId") == nullptr) return {};
+    std::string key_id = required_hash(body, "publicKeyId");
+    if (!service.keys.knows(usage, key_id, service.now()))
         throw bad_request(ErrorCode::unknown_key,
                           "Klucz o identyfikatorze " + key_id + " nie jest wspierany.");
+    return key_id;
 }
 
 std::size_t page_size(const Request& request, std::size_t most) {

@@ -53,11 +53,14 @@ struct Service {
     void take_over_options();
 };
 
+/// Refusal 21405 for what is no reference number.
+void check_reference(const std::string& text);
 /// The route's parameter as a reference number, or refusal 21405.
 const std::string& reference_parameter(const Request& request, std::size_t index);
 
-/// Refuses a key identifier that names no valid key; an empty one is none.
-void check_key_id(const Service& service, std::string_view usage, const std::string& key_id);
+/// `publicKeyId` of a body, empty when it names none. Refusal 21405 for one that cannot be, 21470
+/// for one that names no valid key.
+std::string read_key_id(const Service& service, std::string_view usage, const Json& body);
 
 /// One page of a list of `total` entries, as `pageSize` (10 to `most`) and the continuation token
 /// of the request choose it. The token comes in the header or, from older clients, in the query.

@@ -34,7 +34,7 @@ std::optional<TokenText> read_token_text(const std::string& token) {
     const std::string kind = lower(owner.substr(0, hyphen));
     TokenText text{token.substr(0, first), {"", owner.substr(hyphen + 1)}};
     if (kind == "nip" && is_nip(text.context.value)) text.context.type = "Nip";
-    if (kind == "internalid" && is_nip(text.context.nip()) && text.context.value.size() == 16)
+    if (kind == "internalid" && is_internal_id(text.context.value))
         text.context.type = "InternalId";
     if (text.context.type.empty()) return std::nullopt;
     return text;

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "sandbox/basics/clock.h"
@@ -43,6 +44,10 @@ struct KsefToken {
     bool revoked = false;
 };
 
+/// The first and the last IPv4 address of a range.
+using IpRange = std::pair<std::uint32_t, std::uint32_t>;
+using IpRanges = std::vector<IpRange>;
+
 /// One authentication, from the token request until its refresh token dies.
 struct Authentication {
     std::string reference;
@@ -50,6 +55,8 @@ struct Authentication {
     std::string token_reference;
     std::string token_hash;
     std::vector<std::string> permissions;
+    /// From where its access tokens may be used; empty when from everywhere.
+    IpRanges allowed_ips;
     Instant started;
     /// What the status will be once the waiting is over.
     Status outcome;

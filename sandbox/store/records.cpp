@@ -41,9 +41,9 @@ NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(InvoiceSummary, invoice_number, 
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(KsefToken, reference, hash, context, description,
                                                 permissions, created, last_used, revoked)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(Authentication, reference, context, token_reference,
-                                                token_hash, permissions, started, outcome, polls,
-                                                finished, redeemed, revoked, last_refresh,
-                                                refresh_valid_until)
+                                                token_hash, permissions, allowed_ips, started,
+                                                outcome, polls, finished, redeemed, revoked,
+                                                last_refresh, refresh_valid_until)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(Session, reference, kind, context,
                                                 authentication_reference, form_code, symmetric_key,
                                                 initialization_vector, created, updated,

@@ -71,6 +71,51 @@ TEST_F(AuthenticationTest, AChallengeServesOnceAndTenMinutes) {
     EXPECT_EQ(coarse.at("timestampMs"), unix_ms(*parse_instant(shown))) << "as few digits in both";
 }
 
+TEST_F(AuthenticationTest, AChallengeOfAnotherLengthIsNoChallenge) {
+    Json challenge = client().challenge();
+    const std::string text = challenge.at("challenge");
+    for (const auto& [changed, code] : {std::pair(text.substr(1), 21405), {text + "0", 21405},
+                                        {text.substr(1) + "x", 21111}}) {
+        challenge["challenge"] = changed;
+        EXPECT_EQ(send_token(challenge).exception_code(), code) << changed;
+    }
+}
+
+TEST_F(AuthenticationTest, AnAccessTokenServesOnlyTheAddressesItWasAskedFor) {
+    const Json none = Json::array();
+    const std::tuple<const char*, Json, int> cases[] = {
+        {"ip4Addresses", {"10.0.0.1", "127.0.0.1"}, 200},
+        {"ip4Addresses", {"127.0.0.2"}, 403},
+        {"ip4Addresses", none, 200},
+        {"ip4Ranges", {"127.0.0.0-127.0.0.1"}, 200},
+        {"ip4Ranges", {"127.0.0.2-127.0.0.9"}, 403},
+        {"ip4Masks", {"127.255.255.255/8"}, 200},
+        {"ip4Masks", {"127.0.0.2/31", "0.0.0.0/32"}, 403},
+        {"ip4Masks", {"1.2.3.4/0"}, 200},
+        {"ip4Addresses", {"127.0.0.01"}, 400},
+        {"ip4Addresses", {"127.0.0"}, 400},
+        {"ip4Addresses", {"127.0.0.256"}, 400},
+        {"ip4Addresses", Json(std::vector<std::string>(11, "127.0.0.1")), 400},
+        {"ip4Ranges", {"127.0.0.9-127.0.0.2"}, 400},
+        {"ip4Ranges", {"127.0.0.1"}, 400},
+        {"ip4Masks", {"127.0.0.0/33"}, 400},
+        {"ip4Masks", "127.0.0.0/8", 400},
+    };
+    for (const auto& [kind, value, status] : cases) {
+        client().policy = {{"allowedIps", {{kind, value}}}};
+        if (status == 400) {
+            EXPECT_EQ(send_token(client().challenge()).exception_code(), 21405) << kind << value;
+            continue;
+        }
+        EXPECT_EQ(client().sign_in(seller_nip).status, 200) << "signing in is not limited";
+        const Reply reply = list_sessions();
+        EXPECT_EQ(reply.status, status) << kind << value;
+        if (status == 200) continue;
+        EXPECT_EQ(reply.json().at("reasonCode"), "ip-not-allowed");
+        EXPECT_EQ(reply.json().at("security").at("clientIp"), "127.0.0.1");
+    }
+}
+
 TEST_F(AuthenticationTest, WaitingIsCountedInPollsAndInTime) {
     start([](Options& it) { it.authentication = {.delay_ms = 500, .polls = 2}; });
     EXPECT_EQ(client().sign_in(seller_nip).exception_code(), 21301) << "the first poll";

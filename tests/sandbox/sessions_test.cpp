@@ -127,6 +127,35 @@ TEST_F(SessionsTest, ListsArePagedFilteredAndNewestFirst) {
             << bad;
 }
 
+TEST_F(SessionsTest, AListIsRefusedForWrongFiltersEvenWhenItIsEmpty) {
+    client().sign_in(seller_nip);
+    for (const char* name : {"dateCreatedFrom", "dateCreatedTo", "dateClosedFrom", "dateClosedTo",
+                             "dateModifiedFrom", "dateModifiedTo", "referenceNumber"})
+        EXPECT_EQ(client()
+                      .get(std::string("/sessions?sessionType=Online&") + name + "=2026-02-30")
+                      .exception_code(),
+                  21405)
+            << name;
+}
+
+TEST_F(SessionsTest, WhoMayOnlyWriteSeesTheSessionsItOpened) {
+    open_as_seller();
+    const auto token = [&](const Json& permissions) {
+        const Json body = {{"permissions", permissions}, {"description", "Token"}};
+        return client().post("/tokens", body).json().at("token").get<std::string>();
+    };
+    const std::string writer = token({"InvoiceWrite"}), viewer = token({"Introspection"});
+    const auto listed = [&] { return list_sessions().json().at("sessions"); };
+    client().sign_in(seller_nip, writer);
+    EXPECT_EQ(listed().size(), 0u);
+    const std::string own = client().open_session();
+    client().sign_in(seller_nip, writer);
+    ASSERT_EQ(listed().size(), 1u) << "signed in again it is the same client";
+    EXPECT_EQ(listed()[0].at("referenceNumber"), own);
+    client().sign_in(seller_nip, viewer);
+    EXPECT_EQ(listed().size(), 2u);
+}
+
 TEST_F(SessionsTest, ConfirmationsAreValidAndAllWaysToThemGiveTheSame) {
     std::vector<std::string> confirmations;
     for (const char* token : {"", "own|nip-5265877635|secret"}) {
