@@ -92,7 +92,12 @@ Dispatcher::Outcome Dispatcher::handle(Request& request) {
     } else {
         faults = service_.faults.take(route->step);
         if (!prevents_handling(faults)) outcome = serve_interface(*route, request);
-        outcome.delivery = apply_faults(faults, outcome.answer);
+        outcome.delivery = apply_faults(
+            faults,
+            [&](const Refusal& refusal) {
+                return refusal.answer(request, service_.now(), service_.options.time);
+            },
+            outcome.answer);
     }
     const auto warning = request.header("X-Test-System-Warning");
     if (!warning.empty()) outcome.answer.headers.emplace_back("X-System-Warning", warning);
@@ -127,9 +132,10 @@ void Dispatcher::check_bearer(const Route& route, const Request& request) {
     if (route.access.need == Need::nothing) return;
     if (!suits(route.access.need, request.bearer.kind) || request.bearer.expired)
         throw unauthorized();
+    // The other tokens carry no rights; their operations say themselves what they miss.
+    if (request.bearer.kind != BearerKind::access) return;
     const Authentication& authentication = service_.authentication_of(request);
-    if (request.bearer.kind == BearerKind::access &&
-        !allows(authentication.allowed_ips, request.remote_address))
+    if (!allows(authentication.allowed_ips, request.remote_address))
         throw address_not_allowed(request.remote_address);
     const auto& present = authentication.permissions;
     const auto required = route.access.permissions;

@@ -80,7 +80,7 @@ void finish_session(Service& service, Session& session, Instant when) {
     session.stage = SessionStage::finished;
     session.updated = std::max(session.updated, when);
     if (session.invoices.empty())
-        session.status = make_status(StatusOf::online_session, 440, {"Nie przesłano faktur"});
+        session.status = make_status(StatusOf::online_session, 440);
     else if (session.successful == 0)
         session.status = make_status(StatusOf::online_session, 445);
     else

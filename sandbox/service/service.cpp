@@ -68,13 +68,19 @@ Authentication& Service::authentication_of(const Request& request) {
     return *found;
 }
 
+Session* Service::find_session(const Request& request) {
+    Session* session = look_up(state.sessions, reference_parameter(request, 0));
+    const bool own =
+        session != nullptr && session->context == authentication_of(request).context;
+    return own ? session : nullptr;
+}
+
 Session& Service::session_of(const Request& request, const char* not_found) {
-    const std::string& reference = reference_parameter(request, 0);
-    Session* session = look_up(state.sessions, reference);
-    if (session == nullptr || session->context != authentication_of(request).context)
-        throw bad_request(
-            ErrorCode::session_not_found,
-            "Sesja o numerze referencyjnym " + reference + " nie została " + not_found + ".");
+    Session* session = find_session(request);
+    if (session == nullptr)
+        throw bad_request(ErrorCode::session_not_found, "Sesja o numerze referencyjnym " +
+                                                            request.parameters.at(0) +
+                                                            " nie została " + not_found + ".");
     return *session;
 }
 

@@ -36,7 +36,10 @@ struct Service {
 
     /// The authentication behind the request's bearer token.
     Authentication& authentication_of(const Request& request);
-    /// The session in the path, if it is of the caller's context, or refusal 21173.
+    /// The session in the path if it is of the caller's context, otherwise null. Refusal 21405 for
+    /// what is no reference number.
+    Session* find_session(const Request& request);
+    /// The same, or refusal 21173.
     /// \param not_found the contract's verb for it: "odnaleziona" for commands, "znaleziona" for
     /// queries.
     Session& session_of(const Request& request, const char* not_found = "znaleziona");
