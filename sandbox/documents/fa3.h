@@ -11,7 +11,8 @@ namespace tavrix::sandbox {
 
 struct SummaryResult {
     InvoiceSummary summary;
-    /// What a summary needs and the document lacks; empty when it is complete.
+    /// What a summary needs and the document lacks or has in a form that no answer could carry;
+    /// empty when it is complete.
     std::vector<std::string> problems;
 };
 

@@ -90,6 +90,57 @@ TEST_F(InvoicesTest, WhatIsWrongWithTheDocumentShowsInItsStatus) {
     for (const auto& [what, xml, code] : cases) EXPECT_EQ(code_of(xml), code) << what;
 }
 
+TEST_F(InvoicesTest, WhatNoAnswerCouldCarryIsRejectedWithoutSchemasToo) {
+    open_as_seller();
+    const auto replaced = [](const std::string& from, const std::string& to) {
+        std::string xml = SampleInvoice().xml();
+        return xml.replace(xml.find(from), from.size(), to);
+    };
+    const auto with_party = [](const std::string& party) {
+        SampleInvoice invoice;
+        invoice.other_parties = party;
+        return invoice.xml();
+    };
+    const auto third = [&](const std::string& data, const std::string& role) {
+        return with_party("<Podmiot3><DaneIdentyfikacyjne>" + data + "</DaneIdentyfikacyjne><Rola>" +
+                          role + "</Rola></Podmiot3>");
+    };
+    const auto authorized = [&](const std::string& data, const std::string& role) {
+        return with_party("<PodmiotUpowazniony><DaneIdentyfikacyjne>" + data +
+                          "</DaneIdentyfikacyjne><RolaPU>" + role +
+                          "</RolaPU></PodmiotUpowazniony>");
+    };
+    const std::string good_nip = "<NIP>1111111111</NIP>",
+                      buyer = "<NIP>" + std::string(buyer_nip) + "</NIP>";
+    const std::pair<std::string, const char*> cases[] = {
+        {SampleInvoice{.number = std::string(257, 'x')}.xml(), "Fa/P_2"},
+        {SampleInvoice{.kind = "VAX"}.xml(), "Fa/RodzajFaktury"},
+        {SampleInvoice{.kind = "VAT_RR"}.xml(), "Fa/RodzajFaktury"},
+        {SampleInvoice{.seller_name = std::string(513, 'x')}.xml(), "Podmiot1/"},
+        {SampleInvoice{.issue_date = "2005-12-31"}.xml(), "data wystawienia"},
+        {replaced(">PLN<", ">ZLOTY<"), "Fa/KodWaluty"},
+        {replaced(">1950.53<", ">1e9<"), "Fa/P_15"},
+        {replaced(">1500.00<", ">1500.000<"), "Fa/P_13_1"},
+        {replaced(">345.00<", ">12345678901234567<"), "Fa/P_14_1"},
+        {replaced(">345.00<", ">nan<"), "Fa/P_14_1"},
+        {replaced(buyer, "<IDWew>5265877635-12345</IDWew>"), "Podmiot2/"},
+        {replaced(buyer, "<NrID>" + std::string(51, '1') + "</NrID>"), "Podmiot2/"},
+        {third(good_nip, "12"), "Podmiot3/Rola"},
+        {third("<NrID>" + std::string(51, '1') + "</NrID>", "1"), "Podmiot3/"},
+        {authorized("<BrakID>1</BrakID>", "1"), "PodmiotUpowazniony/"},
+        {authorized(good_nip, "4"), "PodmiotUpowazniony/RolaPU"},
+    };
+    for (const auto& [xml, problem] : cases) {
+        const Json status = status_of(xml);
+        EXPECT_EQ(status.at("code"), 450) << problem;
+        EXPECT_NE(dump(status).find(problem), std::string::npos) << status;
+    }
+    for (const std::string& longest :
+         {SampleInvoice{.number = std::string(255, 'x') + "ż"}.xml(), third(good_nip, "11"),
+          SampleInvoice{.number = "2", .seller_name = std::string(511, 'x') + "ż"}.xml()})
+        EXPECT_EQ(code_of(longest), 200) << longest.substr(0, 400);
+}
+
 TEST_F(InvoicesTest, TheDeclaredHashSizeAndKeyMustFitTheDocument) {
     open_as_seller();
     const Json good = client().invoice_body(SampleInvoice().xml());
