@@ -16,12 +16,9 @@ using namespace std::chrono_literals;
 
 constexpr auto online_session_lifetime = 12h;
 
-// Source: the table of supported schemas under OpenOnlineSessionRequest.
-const FormCode supported_forms[] = {{"FA (2)", "1-0E", "FA"},
-                                    {"FA (3)", "1-0E", "FA"},
-                                    {"PEF (3)", "2-1", "PEF"},
-                                    {"PEF_KOR (3)", "2-1", "PEF"},
-                                    {"FA_RR (1)", "1-1E", "FA_RR"}};
+// Source: the table of supported schemas under OpenOnlineSessionRequest. Of PEF and FA_RR nothing
+// here could judge a document, so their sessions are refused.
+const FormCode supported_forms[] = {{"FA (2)", "1-0E", "FA"}, {"FA (3)", "1-0E", "FA"}};
 
 FormCode read_form_code(const Json& body) {
     const Json& form = required_object(body, "formCode");

@@ -68,9 +68,14 @@ TEST_F(SessionsTest, AKeyThatCannotBeDecryptedShowsInTheStatus) {
     Json body = client().open_body(std::string(31, 'k'));
     client().session = client().post("/sessions/online", body).json().at("referenceNumber");
     EXPECT_EQ(code(), 415);
-    Json unknown_form = body, short_vector = body;
-    unknown_form["formCode"]["systemCode"] = "FA (9)";
-    EXPECT_EQ(client().post("/sessions/online", unknown_form).exception_code(), 21405);
+    Json other_form = body, short_vector = body;
+    const Json forms[] = {{"FA (9)", "1-0E", "FA"}, {"PEF (3)", "2-1", "PEF"},
+                          {"PEF_KOR (3)", "2-1", "PEF"}, {"FA_RR (1)", "1-1E", "FA_RR"}};
+    for (const Json& form : forms) {
+        other_form["formCode"] = {
+            {"systemCode", form[0]}, {"schemaVersion", form[1]}, {"value", form[2]}};
+        EXPECT_EQ(client().post("/sessions/online", other_form).exception_code(), 21405) << form;
+    }
     short_vector["encryption"]["initializationVector"] = base64_encode(std::string(15, 'v'));
     EXPECT_EQ(client().post("/sessions/online", short_vector).exception_code(), 21405);
 }
