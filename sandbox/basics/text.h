@@ -16,6 +16,9 @@ std::string upper(std::string text);
 /// The same for a text in UTF-8, Polish letters included: what people search descriptions with.
 std::string lower_polish(std::string text);
 
+/// A text in UTF-8 with Polish letters as their ASCII neighbours and every other foreign one gone.
+std::string ascii_folded(std::string_view text);
+
 /// How many characters, not bytes, a text in UTF-8 has.
 std::size_t character_count(std::string_view text);
 

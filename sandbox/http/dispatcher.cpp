@@ -99,7 +99,7 @@ Dispatcher::Outcome Dispatcher::handle(Request& request) {
             },
             outcome.answer);
     }
-    const auto warning = request.header("X-Test-System-Warning");
+    const std::string warning = ascii_folded(request.header("X-Test-System-Warning"));
     if (!warning.empty()) outcome.answer.headers.emplace_back("X-System-Warning", warning);
     log(request, route, outcome, faults, ms_since(start));
     return outcome;
