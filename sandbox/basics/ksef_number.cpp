@@ -42,14 +42,6 @@ std::string make_ksef_number(std::string_view nip, std::string_view compact_date
     return number + "-" + checksum_text(number);
 }
 
-bool is_ksef_number(std::string_view text) {
-    if (text.size() != 35 || text[10] != '-' || text[19] != '-' || text[32] != '-') return false;
-    const auto technical = text.substr(20, 12), date = text.substr(11, 8);
-    return is_nip(text.substr(0, 10)) && std::all_of(date.begin(), date.end(), is_digit) &&
-           std::all_of(technical.begin(), technical.end(), is_upper_hex) &&
-           text.substr(33) == checksum_text(text.substr(0, 32));
-}
-
 bool has_ksef_number_form(std::string_view text) {
     // Source: the schema KsefNumber of the contract.
     static const std::regex form(

@@ -16,9 +16,6 @@ std::uint8_t crc8(std::string_view text);
 std::string make_ksef_number(std::string_view nip, std::string_view compact_date,
                              std::string_view technical_part);
 
-/// True for 35 characters of that form whose checksum agrees.
-bool is_ksef_number(std::string_view text);
-
 /// True for what the contract's pattern calls a KSeF number: its checksum is not looked at, and the
 /// 36 characters of the first KSeF are taken.
 bool has_ksef_number_form(std::string_view text);

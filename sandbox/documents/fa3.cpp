@@ -79,8 +79,7 @@ class SummaryCheck {
 void check_parties(const InvoiceSummary& summary, SummaryCheck& check) {
     check.party(summary.seller, "Podmiot1");
     check.party(summary.buyer, "Podmiot2");
-    check.need(summary.buyer.identifier_type != "InternalId",
-               "Podmiot2/DaneIdentyfikacyjne/IDWew");
+    check.need(summary.buyer.identifier_type != "InternalId", "Podmiot2/DaneIdentyfikacyjne/IDWew");
     for (const Party& third : summary.third_parties) {
         check.party(third, "Podmiot3");
         check.need(third.role >= 0 && third.role <= 11, "Podmiot3/Rola");

@@ -21,8 +21,8 @@ constexpr std::string_view modes[] = {"Online", "Offline"};
 constexpr std::string_view form_types[] = {"FA", "PEF", "FA_RR"};
 constexpr std::string_view amount_types[] = {"Brutto", "Netto", "Vat"};
 constexpr std::string_view buyer_types[] = {"Nip", "VatUe", "Other", "None"};
-constexpr std::string_view invoice_types[] = {"Vat",    "Zal",    "Kor",    "Roz",
-                                              "Upr",    "KorZal", "KorRoz", "VatPef",
+constexpr std::string_view invoice_types[] = {"Vat",      "Zal",    "Kor",    "Roz",
+                                              "Upr",      "KorZal", "KorRoz", "VatPef",
                                               "VatPefSp", "KorPef", "VatRr",  "KorVatRr"};
 constexpr std::string_view currencies =
     "AED AFN ALL AMD ANG AOA ARS AUD AWG AZN BAM BBD BDT BGN BHD BIF BMD BND BOB BOV BRL BSD BTN "

@@ -70,8 +70,7 @@ Authentication& Service::authentication_of(const Request& request) {
 
 Session* Service::find_session(const Request& request) {
     Session* session = look_up(state.sessions, reference_parameter(request, 0));
-    const bool own =
-        session != nullptr && session->context == authentication_of(request).context;
+    const bool own = session != nullptr && session->context == authentication_of(request).context;
     return own ? session : nullptr;
 }
 

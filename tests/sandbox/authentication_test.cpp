@@ -74,8 +74,8 @@ TEST_F(AuthenticationTest, AChallengeServesOnceAndTenMinutes) {
 TEST_F(AuthenticationTest, AChallengeOfAnotherLengthIsNoChallenge) {
     Json challenge = client().challenge();
     const std::string text = challenge.at("challenge");
-    for (const auto& [changed, code] : {std::pair(text.substr(1), 21405), {text + "0", 21405},
-                                        {text.substr(1) + "x", 21111}}) {
+    for (const auto& [changed, code] :
+         {std::pair(text.substr(1), 21405), {text + "0", 21405}, {text.substr(1) + "x", 21111}}) {
         challenge["challenge"] = changed;
         EXPECT_EQ(send_token(challenge).exception_code(), code) << changed;
     }
@@ -180,7 +180,8 @@ TEST_F(AuthenticationTest, TokensAreFoundByStatusDescriptionAndAuthor) {
         return reply.status == 202 ? reply.json().at("referenceNumber").get<std::string>()
                                    : std::to_string(reply.exception_code());
     };
-    const std::string sixty_four = "źźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźź",
+    const std::string sixty_four =
+                          "źźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźź",
                       longest = sixty_four + sixty_four + sixty_four + sixty_four;
     make("Wystawianie faktur");
     const std::string revoked = make("Żółte, do ODCZYTU");
@@ -219,7 +220,9 @@ TEST_F(AuthenticationTest, WithoutRightsToCredentialsOnlyTheOwnTokenIsSeenAndRev
         return token.at("referenceNumber").get<std::string>();
     };
     const auto listed = [&] { return client().get("/tokens").json().at("tokens"); };
-    const auto revoke = [&](const Json& token) { return client().remove("/tokens/" + number(token)); };
+    const auto revoke = [&](const Json& token) {
+        return client().remove("/tokens/" + number(token));
+    };
 
     client().sign_in(seller_nip, writer.at("token"));
     ASSERT_EQ(listed().size(), 1u);
@@ -232,6 +235,25 @@ TEST_F(AuthenticationTest, WithoutRightsToCredentialsOnlyTheOwnTokenIsSeenAndRev
     client().sign_in(seller_nip, manager.at("token"));
     EXPECT_EQ(listed().size(), 3u);
     EXPECT_EQ(revoke(writer).status, 204);
+}
+
+TEST_F(AuthenticationTest, ListsAreNewestFirstAndASignInCanBeEndedFromAnother) {
+    Client first = client_of(seller_nip);
+    sandbox().advance(1s);
+    client().sign_in(seller_nip);
+    const auto listed = [&] { return client().get("/auth/sessions").json().at("items"); };
+    ASSERT_EQ(listed().size(), 2u);
+    EXPECT_EQ(listed()[0].at("isCurrent"), true);
+    EXPECT_EQ(listed()[1].at("referenceNumber"), first.authentication_reference);
+    EXPECT_EQ(client().remove("/auth/sessions/" + first.authentication_reference).status, 204);
+    EXPECT_EQ(listed().size(), 1u) << "only active ones";
+    first.bearer = first.refresh_token;
+    EXPECT_EQ(first.post("/auth/token/refresh").exception_code(), 21301);
+
+    const std::string older = make_token("InvoiceRead").json().at("referenceNumber");
+    sandbox().advance(1s);
+    make_token("InvoiceRead");
+    EXPECT_EQ(client().get("/tokens").json().at("tokens")[1].at("referenceNumber"), older);
 }
 
 TEST_F(AuthenticationTest, KeysMayRotateAndBeNamed) {

@@ -34,7 +34,8 @@ TEST_F(InvoicesTest, AnAcceptedInvoiceComesBackByteForByte) {
     open_as_seller();
     const std::string xml = SampleInvoice().xml();
     const std::string number = ksef_number_of(client().send(xml));
-    EXPECT_TRUE(is_ksef_number(number)) << number;
+    ASSERT_TRUE(has_ksef_number_form(number)) << number;
+    EXPECT_EQ(make_ksef_number(seller_nip, "20261121", number.substr(20, 12)), number);
     const Reply fetched = client().get("/invoices/ksef/" + number);
     EXPECT_EQ(fetched.body, xml);
     EXPECT_EQ(fetched.header("x-ms-meta-hash"), sha256_base64(xml));
@@ -102,8 +103,8 @@ TEST_F(InvoicesTest, WhatNoAnswerCouldCarryIsRejectedWithoutSchemasToo) {
         return invoice.xml();
     };
     const auto third = [&](const std::string& data, const std::string& role) {
-        return with_party("<Podmiot3><DaneIdentyfikacyjne>" + data + "</DaneIdentyfikacyjne><Rola>" +
-                          role + "</Rola></Podmiot3>");
+        return with_party("<Podmiot3><DaneIdentyfikacyjne>" + data +
+                          "</DaneIdentyfikacyjne><Rola>" + role + "</Rola></Podmiot3>");
     };
     const auto authorized = [&](const std::string& data, const std::string& role) {
         return with_party("<PodmiotUpowazniony><DaneIdentyfikacyjne>" + data +
@@ -319,13 +320,21 @@ TEST_F(InvoicesTest, FiltersFindWhatTheyNameAndRefuseWhatNobodyKnows) {
         {"invoiceNumber", "FV/1/2026", "FV/1", std::string(257, 'x')},
         {"invoiceNumber", nullptr, "", 5},
         {"isSelfInvoicing", false, true, "false"},
-        {"amount", {{"type", "Brutto"}, {"to", 1950.53}}, {{"type", "Vat"}, {"from", 1950}},
+        {"amount",
+         {{"type", "Brutto"}, {"to", 1950.53}},
+         {{"type", "Vat"}, {"from", 1950}},
          {{"type", "Gross"}}},
-        {"amount", {{"type", "Netto"}, {"from", nullptr}}, {{"type", "Netto"}, {"to", 0}},
+        {"amount",
+         {{"type", "Netto"}, {"from", nullptr}},
+         {{"type", "Netto"}, {"to", 0}},
          {{"type", "Netto"}, {"to", "0"}}},
-        {"buyerIdentifier", {{"type", "Nip"}, {"value", buyer_nip}},
-         {{"type", "Nip"}, {"value", seller_nip}}, {{"type", "InternalId"}}},
-        {"buyerIdentifier", nullptr, {{"type", "None"}},
+        {"buyerIdentifier",
+         {{"type", "Nip"}, {"value", buyer_nip}},
+         {{"type", "Nip"}, {"value", seller_nip}},
+         {{"type", "InternalId"}}},
+        {"buyerIdentifier",
+         nullptr,
+         {{"type", "None"}},
          {{"type", "Other"}, {"value", std::string(51, 'x')}}},
     };
     for (const Case& it : cases) {
@@ -334,6 +343,9 @@ TEST_F(InvoicesTest, FiltersFindWhatTheyNameAndRefuseWhatNobodyKnows) {
         EXPECT_EQ(found_with(it.name, it.wrong), -21405) << it.name << it.wrong;
     }
     EXPECT_EQ(found_with("invoiceNumber", std::string(256, 'x')), 0);
+    const Json dates = {{"dateType", "Issue"}, {"from", "2026-11-01"}};
+    EXPECT_EQ(query_dates(dates, "pageSize=250&pageOffset=39").status, 200);
+    EXPECT_EQ(query_dates(dates, "pageSize=250&pageOffset=40").exception_code(), 21405);
 }
 
 TEST_F(InvoicesTest, AnInvoiceIsStoredAfterItGotItsNumberAtEveryPrecision) {

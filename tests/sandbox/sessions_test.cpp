@@ -69,8 +69,10 @@ TEST_F(SessionsTest, AKeyThatCannotBeDecryptedShowsInTheStatus) {
     client().session = client().post("/sessions/online", body).json().at("referenceNumber");
     EXPECT_EQ(code(), 415);
     Json other_form = body, short_vector = body;
-    const Json forms[] = {{"FA (9)", "1-0E", "FA"}, {"PEF (3)", "2-1", "PEF"},
-                          {"PEF_KOR (3)", "2-1", "PEF"}, {"FA_RR (1)", "1-1E", "FA_RR"}};
+    const Json forms[] = {{"FA (9)", "1-0E", "FA"},
+                          {"PEF (3)", "2-1", "PEF"},
+                          {"PEF_KOR (3)", "2-1", "PEF"},
+                          {"FA_RR (1)", "1-1E", "FA_RR"}};
     for (const Json& form : forms) {
         other_form["formCode"] = {
             {"systemCode", form[0]}, {"schemaVersion", form[1]}, {"value", form[2]}};
