@@ -52,6 +52,19 @@ int power_of_ten(int exponent) {
     return result;
 }
 
+Instant months_later(Instant moment, int months) {
+    const auto day = floor<days>(moment);
+    auto date = std::chrono::year_month_day{day} + std::chrono::months(months);
+    if (!date.ok()) date = date.year() / date.month() / std::chrono::last;
+    return std::chrono::sys_days{date} + (moment - day);
+}
+
+/// What a text says, and whether it says where.
+struct Written {
+    Instant moment;
+    bool with_offset = false;
+};
+
 /// Reads exactly `count` digits, or fails.
 std::optional<int> digits(std::string_view text, std::size_t at, std::size_t count) {
     if (text.size() < at + count) return std::nullopt;
@@ -61,6 +74,41 @@ std::optional<int> digits(std::string_view text, std::size_t at, std::size_t cou
         value = value * 10 + (text[i] - '0');
     }
     return value;
+}
+
+std::optional<Written> parse(std::string_view text) {
+    const auto year = digits(text, 0, 4), month = digits(text, 5, 2), day = digits(text, 8, 2);
+    if (!year || !month || !day || text[4] != '-' || text[7] != '-') return std::nullopt;
+    const std::chrono::year_month_day date{std::chrono::year(*year),
+                                           std::chrono::month(unsigned(*month)),
+                                           std::chrono::day(unsigned(*day))};
+    if (!date.ok()) return std::nullopt;
+    Instant result = std::chrono::sys_days(date);
+    if (text.size() == 10) return Written{result};
+
+    const auto hour = digits(text, 11, 2), minute = digits(text, 14, 2),
+               second = digits(text, 17, 2);
+    if (!hour || !minute || !second || *hour > 23 || *minute > 59 || *second > 59 ||
+        text[10] != 'T' || text[13] != ':' || text[16] != ':')
+        return std::nullopt;
+    result += hours(*hour) + minutes(*minute) + seconds(*second);
+
+    std::size_t at = 19;
+    if (at < text.size() && text[at] == '.') {
+        int unit = 1'000'000;
+        for (++at; at < text.size() && text[at] >= '0' && text[at] <= '9'; ++at, unit /= 10)
+            result += Ticks((text[at] - '0') * unit);
+    }
+    if (at == text.size()) return Written{result};
+    if (text.substr(at) == "Z") return Written{result, true};
+
+    const auto offset_hours = digits(text, at + 1, 2), offset_minutes = digits(text, at + 4, 2);
+    if (!offset_hours || !offset_minutes || text[at + 3] != ':' || text.size() != at + 6)
+        return std::nullopt;
+    const minutes offset = hours(*offset_hours) + minutes(*offset_minutes);
+    if (text[at] == '+') return Written{result - offset, true};
+    if (text[at] == '-') return Written{result + offset, true};
+    return std::nullopt;
 }
 
 }  // namespace
@@ -81,9 +129,12 @@ std::string TimeFormat::text(Instant moment) const {
 }
 
 Instant TimeFormat::truncate(Instant moment) const {
-    const auto unit = power_of_ten(7 - fraction_digits);
-    const auto ticks = moment.time_since_epoch().count();
-    return Instant(Ticks(ticks - ticks % unit));
+    const auto since = moment.time_since_epoch();
+    return Instant(since - since % unit());
+}
+
+Ticks TimeFormat::unit() const {
+    return Ticks(power_of_ten(7 - fraction_digits));
 }
 
 std::string polish_time_text(Instant moment) {
@@ -108,37 +159,21 @@ std::int64_t unix_ms(Instant moment) {
 }
 
 std::optional<Instant> parse_instant(std::string_view text) {
-    const auto year = digits(text, 0, 4), month = digits(text, 5, 2), day = digits(text, 8, 2);
-    if (!year || !month || !day || text[4] != '-' || text[7] != '-') return std::nullopt;
-    const std::chrono::year_month_day date{std::chrono::year(*year),
-                                           std::chrono::month(unsigned(*month)),
-                                           std::chrono::day(unsigned(*day))};
-    if (!date.ok()) return std::nullopt;
-    Instant result = std::chrono::sys_days(date);
-    if (text.size() == 10) return result;
+    const auto written = parse(text);
+    return written ? std::optional(written->moment) : std::nullopt;
+}
 
-    const auto hour = digits(text, 11, 2), minute = digits(text, 14, 2),
-               second = digits(text, 17, 2);
-    if (!hour || !minute || !second || *hour > 23 || *minute > 59 || *second > 59 ||
-        text[10] != 'T' || text[13] != ':' || text[16] != ':')
-        return std::nullopt;
-    result += hours(*hour) + minutes(*minute) + seconds(*second);
+std::optional<Instant> parse_polish_instant(std::string_view text) {
+    const auto written = parse(text);
+    if (!written) return std::nullopt;
+    if (written->with_offset) return written->moment;
+    const Instant in_winter = written->moment - hours(1);
+    return polish_offset(in_winter) == hours(1) ? in_winter : written->moment - hours(2);
+}
 
-    std::size_t at = 19;
-    if (at < text.size() && text[at] == '.') {
-        int unit = 1'000'000;
-        for (++at; at < text.size() && text[at] >= '0' && text[at] <= '9'; ++at, unit /= 10)
-            result += Ticks((text[at] - '0') * unit);
-    }
-    if (at == text.size() || text.substr(at) == "Z") return result;
-
-    const auto offset_hours = digits(text, at + 1, 2), offset_minutes = digits(text, at + 4, 2);
-    if (!offset_hours || !offset_minutes || text[at + 3] != ':' || text.size() != at + 6)
-        return std::nullopt;
-    const minutes offset = hours(*offset_hours) + minutes(*offset_minutes);
-    if (text[at] == '+') return result - offset;
-    if (text[at] == '-') return result + offset;
-    return std::nullopt;
+bool within_months(Instant from, Instant to, int months) {
+    return to <= months_later(from, months) ||
+           to + polish_offset(to) <= months_later(from + polish_offset(from), months);
 }
 
 }  // namespace tavrix::sandbox

@@ -41,6 +41,8 @@ struct TimeFormat {
     std::string text(Instant moment) const;
     /// The moment with what the text cannot carry cut off.
     Instant truncate(Instant moment) const;
+    /// The least difference that two texts show.
+    Ticks unit() const;
 };
 
 /// `2026-11-21T09:15:30.123+01:00`, Polish local time, as confirmations print it.
@@ -54,5 +56,11 @@ std::int64_t unix_ms(Instant moment);
 
 /// Reads an ISO 8601 date with an optional time, fraction and offset; no offset means UTC.
 std::optional<Instant> parse_instant(std::string_view text);
+/// The same; no offset means Polish local time. The hour that comes twice is read as winter time.
+std::optional<Instant> parse_polish_instant(std::string_view text);
+
+/// True when a moment is at most that many calendar months after another, counted in UTC or in
+/// Polish local time, whichever allows more.
+bool within_months(Instant from, Instant to, int months);
 
 }  // namespace tavrix::sandbox

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <regex>
 
 #include "sandbox/basics/crypto.h"
 
@@ -41,12 +42,12 @@ std::string make_ksef_number(std::string_view nip, std::string_view compact_date
     return number + "-" + checksum_text(number);
 }
 
-bool is_ksef_number(std::string_view text) {
-    if (text.size() != 35 || text[10] != '-' || text[19] != '-' || text[32] != '-') return false;
-    const auto technical = text.substr(20, 12), date = text.substr(11, 8);
-    return is_nip(text.substr(0, 10)) && std::all_of(date.begin(), date.end(), is_digit) &&
-           std::all_of(technical.begin(), technical.end(), is_upper_hex) &&
-           text.substr(33) == checksum_text(text.substr(0, 32));
+bool has_ksef_number_form(std::string_view text) {
+    // Source: the schema KsefNumber of the contract.
+    static const std::regex form(
+        R"([1-9](\d[1-9]|[1-9]\d)\d{7}-(20[2-9][0-9]|2[1-9]\d{2}|[3-9]\d{3})(0[1-9]|1[0-2]))"
+        R"((0[1-9]|[12]\d|3[01])-[0-9A-F]{6}-?[0-9A-F]{6}-[0-9A-F]{2})");
+    return text.size() <= 36 && std::regex_match(text.begin(), text.end(), form);
 }
 
 std::string make_reference_number(std::string_view compact_date, std::string_view kind) {
@@ -77,6 +78,11 @@ bool is_nip(std::string_view text) {
     // Pattern of the contract and of the invoice schema: [1-9]((\d[1-9])|([1-9]\d))\d{7}
     return text.size() == 10 && std::all_of(text.begin(), text.end(), is_digit) && text[0] != '0' &&
            (text[1] != '0' || text[2] != '0');
+}
+
+bool is_internal_id(std::string_view text) {
+    return text.size() == 16 && is_nip(text.substr(0, 10)) && text[10] == '-' &&
+           std::all_of(text.begin() + 11, text.end(), is_digit);
 }
 
 }  // namespace tavrix::sandbox

@@ -16,8 +16,9 @@ std::uint8_t crc8(std::string_view text);
 std::string make_ksef_number(std::string_view nip, std::string_view compact_date,
                              std::string_view technical_part);
 
-/// True for 35 characters of that form whose checksum agrees.
-bool is_ksef_number(std::string_view text);
+/// True for what the contract's pattern calls a KSeF number: its checksum is not looked at, and the
+/// 36 characters of the first KSeF are taken.
+bool has_ksef_number_form(std::string_view text);
 
 /// `YYYYMMDD-KK-10HEX-10HEX-CRC8`: 36 characters. The same checksum, over everything before the
 /// last hyphen: the published examples agree with it. \param kind two letters: CR challenge, AU
@@ -34,5 +35,8 @@ bool has_reference_form(std::string_view text);
 /// True for ten digits of a Polish tax number's shape; the check digit is not looked at, as on the
 /// service's test environment.
 bool is_nip(std::string_view text);
+
+/// True for the identifier of a company's unit: its tax number, a hyphen, five digits.
+bool is_internal_id(std::string_view text);
 
 }  // namespace tavrix::sandbox

@@ -10,6 +10,19 @@ int hex_digit(char c) {
     return -1;
 }
 
+struct PolishLetter {
+    std::string_view small, large;
+    char plain;
+};
+constexpr PolishLetter polish_letters[] = {{"ą", "Ą", 'a'}, {"ć", "Ć", 'c'}, {"ę", "Ę", 'e'},
+                                           {"ł", "Ł", 'l'}, {"ń", "Ń", 'n'}, {"ó", "Ó", 'o'},
+                                           {"ś", "Ś", 's'}, {"ź", "Ź", 'z'}, {"ż", "Ż", 'z'}};
+
+void replace_all(std::string& text, std::string_view from, std::string_view to) {
+    for (std::size_t at = 0; (at = text.find(from, at)) != std::string::npos; at += to.size())
+        text.replace(at, from.size(), to);
+}
+
 }  // namespace
 
 std::string lower(std::string text) {
@@ -22,6 +35,27 @@ std::string upper(std::string text) {
     for (char& c : text)
         if (c >= 'a' && c <= 'z') c = char(c - 'a' + 'A');
     return text;
+}
+
+std::string lower_polish(std::string text) {
+    text = lower(std::move(text));
+    for (const PolishLetter& letter : polish_letters) replace_all(text, letter.large, letter.small);
+    return text;
+}
+
+std::string ascii_folded(std::string_view text) {
+    std::string result(text);
+    for (const PolishLetter& letter : polish_letters) {
+        replace_all(result, letter.small, {&letter.plain, 1});
+        replace_all(result, letter.large, upper({letter.plain}));
+    }
+    std::erase_if(result, [](char c) { return (c & 0x80) != 0; });
+    return result;
+}
+
+std::size_t character_count(std::string_view text) {
+    return std::size_t(
+        std::count_if(text.begin(), text.end(), [](char c) { return (c & 0xC0) != 0x80; }));
 }
 
 std::string percent_decode(std::string_view text, bool plus_is_space) {

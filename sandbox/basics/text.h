@@ -13,6 +13,14 @@ namespace tavrix::sandbox {
 /// The text with its ASCII letters in lower or in upper case.
 std::string lower(std::string text);
 std::string upper(std::string text);
+/// The same for a text in UTF-8, Polish letters included: what people search descriptions with.
+std::string lower_polish(std::string text);
+
+/// A text in UTF-8 with Polish letters as their ASCII neighbours and every other foreign one gone.
+std::string ascii_folded(std::string_view text);
+
+/// How many characters, not bytes, a text in UTF-8 has.
+std::size_t character_count(std::string_view text);
 
 /// The number a text consists of; nothing when anything else stands in it or it does not fit.
 template <typename Number>

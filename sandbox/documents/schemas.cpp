@@ -3,6 +3,7 @@
 #include <libxml/parser.h>
 #include <libxml/parserInternals.h>
 #include <libxml/xmlschemas.h>
+#include <spdlog/spdlog.h>
 
 #include <mutex>
 #include <stdexcept>
@@ -81,6 +82,9 @@ _xmlSchema* SchemaFolder::schema_for(const FormCode& form) {
     std::filesystem::path file;
     for (const auto& entry : std::filesystem::directory_iterator(folder_))
         if (lower(entry.path().filename().string()) == lower(name)) file = entry.path();
+    if (file.empty())
+        spdlog::warn("no {} in {}: documents of {} are checked without a schema", name,
+                     folder_.string(), form.system_code);
     if (file.empty()) return schemas_.emplace(name, nullptr).first->second.get();
 
     std::vector<std::string> errors;

@@ -23,7 +23,8 @@ class SchemaFolder {
     ~SchemaFolder();
 
     /// Texts of what does not agree, at most twenty; empty for a valid document and for a form
-    /// whose schema is not in the folder (`schemat_FA(3)_v1-0E.xsd` for FA (3), 1-0E). Throws
+    /// whose schema is not in the folder (`schemat_FA(3)_v1-0E.xsd` for FA (3), 1-0E), which the
+    /// log says once. Throws
     /// std::runtime_error when a schema itself cannot be read.
     std::vector<std::string> validate(const XmlDocument& document, const FormCode& form);
 

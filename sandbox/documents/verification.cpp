@@ -12,6 +12,9 @@ namespace {
 constexpr std::size_t largest_invoice = 1'000'000;
 constexpr std::size_t largest_invoice_with_attachment = 3'000'000;
 
+// Source: the schemas of invoices and of confirmations.
+constexpr std::string_view earliest_issue_date = "2006-01-01";
+
 Status rejected(int code, std::vector<std::string> details = {}) {
     return make_status(StatusOf::invoice, code, std::move(details));
 }
@@ -50,7 +53,8 @@ Check check_meaning(const Criteria& criteria, const Session& session, Invoice& i
     if (!result.problems.empty()) return rejected(450, std::move(result.problems));
     if (!is_nip(summary.seller.identifier))
         return rejected(450, {"Nieprawidłowy NIP sprzedawcy: " + summary.seller.identifier + "."});
-    if (!parse_instant(summary.issue_date) || summary.issue_date.size() != 10)
+    if (!parse_instant(summary.issue_date) || summary.issue_date.size() != 10 ||
+        summary.issue_date < earliest_issue_date)
         return rejected(450, {"Nieprawidłowa data wystawienia: " + summary.issue_date + "."});
     if (!summary.has_attachment && invoice.xml.size() > largest_invoice)
         return rejected(430, {"Przekroczono dozwolony rozmiar faktury."});

@@ -1,8 +1,6 @@
 #include "sandbox/exchange/body.h"
 
 #include "sandbox/basics/crypto.h"
-#include "sandbox/basics/text.h"
-#include "sandbox/exchange/refusals.h"
 
 namespace tavrix::sandbox {
 namespace {
@@ -17,11 +15,15 @@ const Json& required(const Json& body, const char* name) {
     return *value;
 }
 
-Refusal wrong_type(const char* name) {
+}  // namespace
+
+Refusal wrong_format(const char* name) {
     return invalid_input("Pole " + quoted(name) + " ma nieprawidłowy format.");
 }
 
-}  // namespace
+Refusal unknown_value(const char* name) {
+    return invalid_input("Pole " + quoted(name) + " ma niedozwoloną wartość.");
+}
 
 const Json* given(const Json& body, const char* name) {
     const auto found = body.find(name);
@@ -37,13 +39,13 @@ Json read_body(const Request& request) {
 
 const Json& required_object(const Json& body, const char* name) {
     const Json& value = required(body, name);
-    if (!value.is_object()) throw wrong_type(name);
+    if (!value.is_object()) throw wrong_format(name);
     return value;
 }
 
 std::string required_text(const Json& body, const char* name) {
     const Json& value = required(body, name);
-    if (!value.is_string()) throw wrong_type(name);
+    if (!value.is_string()) throw wrong_format(name);
     if (value.get_ref<const std::string&>().empty())
         throw invalid_input("Pole " + quoted(name) + " jest wymagane.");
     return value.get<std::string>();
@@ -52,44 +54,44 @@ std::string required_text(const Json& body, const char* name) {
 std::string optional_text(const Json& body, const char* name) {
     const Json* value = given(body, name);
     if (value == nullptr) return {};
-    if (!value->is_string()) throw wrong_type(name);
+    if (!value->is_string()) throw wrong_format(name);
     return value->get<std::string>();
 }
 
 bool optional_flag(const Json& body, const char* name) {
     const Json* value = given(body, name);
     if (value == nullptr) return false;
-    if (!value->is_boolean()) throw wrong_type(name);
+    if (!value->is_boolean()) throw wrong_format(name);
     return value->get<bool>();
 }
 
 std::int64_t required_count(const Json& body, const char* name) {
     const Json& value = required(body, name);
     const auto count = whole_number(value);
-    if (!count) throw wrong_type(name);
+    if (!count) throw wrong_format(name);
     if (*count < 1) throw invalid_input("Pole " + quoted(name) + " musi być większe od zera.");
     return *count;
 }
 
 std::string required_bytes(const Json& body, const char* name) {
     const Json& value = required(body, name);
-    if (!value.is_string()) throw wrong_type(name);
+    if (!value.is_string()) throw wrong_format(name);
     auto bytes = base64_decode(value.get_ref<const std::string&>());
-    if (!bytes || bytes->empty()) throw wrong_type(name);
+    if (!bytes || bytes->empty()) throw wrong_format(name);
     return std::move(*bytes);
 }
 
 std::string required_hash(const Json& body, const char* name) {
-    if (required_bytes(body, name).size() != 32) throw wrong_type(name);
+    if (required_bytes(body, name).size() != 32) throw wrong_format(name);
     return body[name].get<std::string>();
 }
 
 std::vector<std::string> text_list(const Json& body, const char* name) {
     const Json& value = required(body, name);
-    if (!value.is_array()) throw wrong_type(name);
+    if (!value.is_array()) throw wrong_format(name);
     std::vector<std::string> texts;
     for (const Json& item : value) {
-        if (!item.is_string()) throw wrong_type(name);
+        if (!item.is_string()) throw wrong_format(name);
         texts.push_back(item.get<std::string>());
     }
     return texts;

@@ -5,17 +5,30 @@
 #include <string>
 #include <vector>
 
+#include "sandbox/basics/text.h"
 #include "sandbox/exchange/exchange.h"
+#include "sandbox/exchange/refusals.h"
 
 namespace tavrix::sandbox {
 
 /// The body as a JSON object.
 Json read_body(const Request& request);
 
+/// Refusal 21405 for a member that is not of its type, or has a value the contract does not know.
+Refusal wrong_format(const char* name);
+Refusal unknown_value(const char* name);
+
 /// A member of an object, null when it is absent or null.
 const Json* given(const Json& body, const char* name);
 const Json& required_object(const Json& body, const char* name);
 std::string required_text(const Json& body, const char* name);
+/// A text that is one of the values the contract names.
+template <typename Values>
+std::string required_choice(const Json& body, const char* name, const Values& values) {
+    std::string text = required_text(body, name);
+    if (!contains(values, text)) throw unknown_value(name);
+    return text;
+}
 /// Empty when the member is absent or null.
 std::string optional_text(const Json& body, const char* name);
 bool optional_flag(const Json& body, const char* name);

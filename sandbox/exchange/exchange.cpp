@@ -44,7 +44,7 @@ Answer Answer::json(int status, const Json& body) {
 }
 
 Answer Answer::xml(std::string body) {
-    return {200, "application/xml", std::move(body), {}};
+    return {200, "application/xml; charset=utf-8", std::move(body), {}};
 }
 
 Answer Answer::html(std::string body) {

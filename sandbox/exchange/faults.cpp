@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <stdexcept>
 
-#include "sandbox/exchange/refusals.h"
-
 namespace tavrix::sandbox {
 namespace {
 
@@ -142,12 +140,12 @@ constexpr const char* firewall_page =
     "<p>The requested URL was rejected. Please consult your administrator.</p></body></html>";
 
 /// The answer of a fault that has one of its own, or the proper answer spoilt.
-void replace(const Fault& fault, Answer& answer) {
+void replace(const Fault& fault, const RefusalWriter& write, Answer& answer) {
     const auto body_or = [&](const char* usual) { return fault.body.empty() ? usual : fault.body; };
     if (fault.kind == FaultKind::status)
         answer = {fault.status, fault.body.empty() ? "" : fault.content_type, fault.body, {}};
     else if (fault.kind == FaultKind::too_many)
-        answer = too_many_requests_answer(20, "minutę", fault.retry_after_s);
+        answer = write(too_many_requests(20, "minutę", fault.retry_after_s));
     else if (fault.kind == FaultKind::malformed)
         answer = {200, "application/json", body_or("{\"status\": {code:"), {}};
     else if (fault.kind == FaultKind::truncated)
@@ -232,13 +230,14 @@ bool prevents_handling(const std::vector<Fault>& faults) {
                        [](const Fault& fault) { return entry_of(fault.kind).prevents_handling; });
 }
 
-Delivery apply_faults(const std::vector<Fault>& faults, Answer& answer) {
+Delivery apply_faults(const std::vector<Fault>& faults, const RefusalWriter& write,
+                      Answer& answer) {
     Delivery delivery;
     for (const Fault& fault : faults)
         if (edits_answer(fault.kind)) edit(fault, answer);
     for (const Fault& fault : faults) {
         if (edits_answer(fault.kind)) continue;
-        replace(fault, answer);
+        replace(fault, write, answer);
         delivery = {entry_of(fault.kind).mode, fault.kind == FaultKind::delay ? fault.delay_ms : 0,
                     std::size_t(fault.bytes), fault.interval_ms};
     }

@@ -1,12 +1,14 @@
 // Trouble on demand: what a client must survive, at a chosen step and a chosen time.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "sandbox/basics/json.h"
 #include "sandbox/exchange/exchange.h"
+#include "sandbox/exchange/refusals.h"
 
 namespace tavrix::sandbox {
 
@@ -93,7 +95,9 @@ struct Delivery {
 
 /// True when the operation itself must not run.
 bool prevents_handling(const std::vector<Fault>& faults);
+/// Makes the answer to a refusal, in the format that the request asks for.
+using RefusalWriter = std::function<Answer(const Refusal&)>;
 /// Turns the proper answer (or an empty one, when handling was prevented) into the faulty one.
-Delivery apply_faults(const std::vector<Fault>& faults, Answer& answer);
+Delivery apply_faults(const std::vector<Fault>& faults, const RefusalWriter& write, Answer& answer);
 
 }  // namespace tavrix::sandbox

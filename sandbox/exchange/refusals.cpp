@@ -18,6 +18,7 @@ constexpr std::pair<ErrorCode, std::string_view> descriptions[] = {
     {ErrorCode::session_not_found, "Brak sesji o wskazanym numerze referencyjnym."},
     {ErrorCode::upo_not_found, "Nie znaleziono UPO dla podanych kryteriów."},
     {ErrorCode::session_status, "Status sesji nie pozwala na wykonanie operacji."},
+    {ErrorCode::outside_data, "Zakres filtrowania wykracza poza dostępny zakres danych."},
     {ErrorCode::not_authorised, "Brak autoryzacji."},
     {ErrorCode::not_authenticated, "Brak uwierzytelnienia."},
     {ErrorCode::wrong_size, "Nieprawidłowy rozmiar pliku."},
@@ -49,6 +50,19 @@ Answer problem(int status, const Json& body) {
 std::string exception_time(Instant now, const TimeFormat& time) {
     const std::string text = time.text(now);
     return text.substr(0, text.size() - 6) + "Z";
+}
+
+Refusal forbidden_because(const char* reason, const char* detail, const Json& security) {
+    return {[=](const Request& request, Instant now, const TimeFormat& time) {
+        return problem(403, {{"title", "Forbidden"},
+                             {"status", 403},
+                             {"detail", detail},
+                             {"instance", request.path},
+                             {"reasonCode", reason},
+                             {"security", security},
+                             {"traceId", trace_id()},
+                             {"timestamp", time.text(now)}});
+    }};
 }
 
 }  // namespace
@@ -95,20 +109,17 @@ Refusal unauthorized() {
 }
 
 Refusal forbidden(std::vector<std::string> required, std::vector<std::string> present) {
-    return {[=](const Request& request, Instant now, const TimeFormat& time) {
-        constexpr const char* detail =
-            "Brak wymaganych uprawnień do wykonania operacji w bieżącym kontekście.";
-        return problem(403,
-                       {{"title", "Forbidden"},
-                        {"status", 403},
-                        {"detail", detail},
-                        {"instance", request.path},
-                        {"reasonCode", "missing-permissions"},
-                        {"security",
-                         {{"requiredAnyOfPermissions", required}, {"presentPermissions", present}}},
-                        {"traceId", trace_id()},
-                        {"timestamp", time.text(now)}});
-    }};
+    return forbidden_because(
+        "missing-permissions",
+        "Brak wymaganych uprawnień do wykonania operacji w bieżącym kontekście.",
+        {{"requiredAnyOfPermissions", required}, {"presentPermissions", present}});
+}
+
+Refusal address_not_allowed(std::string client_ip) {
+    return forbidden_because(
+        "ip-not-allowed",
+        "Żądanie pochodzi z adresu IP innego niż wskazany podczas uwierzytelnienia.",
+        {{"clientIp", client_ip}});
 }
 
 Answer too_many_requests_answer(int limit, std::string_view window_name, int retry_after_s) {

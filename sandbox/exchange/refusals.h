@@ -23,6 +23,7 @@ enum class ErrorCode {
     session_not_found = 21173,
     upo_not_found = 21178,
     session_status = 21180,
+    outside_data = 21183,
     not_authorised = 21301,
     not_authenticated = 21304,
     wrong_size = 21402,
@@ -47,6 +48,8 @@ Refusal invalid_input(std::string detail);
 Refusal unauthorized();
 /// 403: the token's permissions do not cover the operation.
 Refusal forbidden(std::vector<std::string> required, std::vector<std::string> present);
+/// 403: the access token is not good for the address it is used from.
+Refusal address_not_allowed(std::string client_ip);
 /// 429 with the seconds to wait. \param window_name "sekundę", "minutę" or "godzinę".
 Refusal too_many_requests(int limit, std::string_view window_name, int retry_after_s);
 

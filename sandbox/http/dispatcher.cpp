@@ -7,6 +7,7 @@
 
 #include "sandbox/basics/text.h"
 #include "sandbox/pages/page.h"
+#include "sandbox/service/allowed_ips.h"
 #include "sandbox/service/processing.h"
 
 namespace tavrix::sandbox {
@@ -91,9 +92,14 @@ Dispatcher::Outcome Dispatcher::handle(Request& request) {
     } else {
         faults = service_.faults.take(route->step);
         if (!prevents_handling(faults)) outcome = serve_interface(*route, request);
-        outcome.delivery = apply_faults(faults, outcome.answer);
+        outcome.delivery = apply_faults(
+            faults,
+            [&](const Refusal& refusal) {
+                return refusal.answer(request, service_.now(), service_.options.time);
+            },
+            outcome.answer);
     }
-    const auto warning = request.header("X-Test-System-Warning");
+    const std::string warning = ascii_folded(request.header("X-Test-System-Warning"));
     if (!warning.empty()) outcome.answer.headers.emplace_back("X-System-Warning", warning);
     log(request, route, outcome, faults, ms_since(start));
     return outcome;
@@ -126,7 +132,12 @@ void Dispatcher::check_bearer(const Route& route, const Request& request) {
     if (route.access.need == Need::nothing) return;
     if (!suits(route.access.need, request.bearer.kind) || request.bearer.expired)
         throw unauthorized();
-    const auto& present = service_.authentication_of(request).permissions;
+    // The other tokens carry no rights; their operations say themselves what they miss.
+    if (request.bearer.kind != BearerKind::access) return;
+    const Authentication& authentication = service_.authentication_of(request);
+    if (!allows(authentication.allowed_ips, request.remote_address))
+        throw address_not_allowed(request.remote_address);
+    const auto& present = authentication.permissions;
     const auto required = route.access.permissions;
     const bool held = required.empty() ||
                       std::any_of(required.begin(), required.end(),

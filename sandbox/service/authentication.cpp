@@ -4,6 +4,7 @@
 #include "sandbox/basics/ksef_number.h"
 #include "sandbox/basics/text.h"
 #include "sandbox/exchange/body.h"
+#include "sandbox/service/allowed_ips.h"
 #include "sandbox/service/processing.h"
 #include "sandbox/service/tokens.h"
 #include "sandbox/store/statuses.h"
@@ -17,13 +18,14 @@ constexpr auto challenge_lifetime = 10min;
 constexpr auto authentication_token_lifetime = 45min;
 constexpr std::chrono::days refresh_token_lifetime{7};
 constexpr std::size_t most_challenges = 10'000;
+constexpr std::size_t challenge_length = 36;
 
 Context read_context(const Json& body) {
     const Json& identifier = required_object(body, "contextIdentifier");
     Context context{required_text(identifier, "type"), required_text(identifier, "value")};
     if (context.type != "Nip" && context.type != "InternalId")
         throw invalid_input("Nieobsługiwany typ kontekstu: " + context.type + ".");
-    if (!is_nip(context.nip()) || (context.type == "Nip" && context.value.size() != 10))
+    if (context.type == "Nip" ? !is_nip(context.value) : !is_internal_id(context.value))
         throw invalid_input("Nieprawidłowy identyfikator kontekstu.");
     return context;
 }
@@ -68,11 +70,7 @@ Status observe(Service& service, Authentication& authentication) {
         authentication.finished = true;
         service.save(authentication);
     }
-    if (authentication.revoked)
-        return make_status(
-            StatusOf::authentication, 425,
-            {"Uwierzytelnienie i powiązane refresh tokeny zostały unieważnione przez "
-             "użytkownika"});
+    if (authentication.revoked) return make_status(StatusOf::authentication, 425);
     if (authentication.finished) return authentication.outcome;
     ++authentication.polls;
     return make_status(StatusOf::authentication, 100);
@@ -102,6 +100,26 @@ Json token_info(const Service& service, BearerKind kind, const Authentication& a
 Json access_token(const Service& service, const Authentication& authentication) {
     return token_info(service, BearerKind::access, authentication,
                       service.now() + std::chrono::minutes(service.options.access_token_minutes));
+}
+
+Refusal unknown_operation(const std::string& reference) {
+    return bad_request(ErrorCode::not_authenticated,
+                       "Operacja uwierzytelniania o numerze referencyjnym " + reference +
+                           " nie została znaleziona.");
+}
+
+/// The operation that the bearer token belongs to; after a reset there is none.
+Authentication& operation_of(Service& service, const Request& request) {
+    const std::string& reference = request.bearer.authentication_reference;
+    Authentication* found = look_up(service.state.authentications, reference);
+    if (found == nullptr) throw unknown_operation(reference);
+    return *found;
+}
+
+void check_token_lives(const Service& service, const Authentication& authentication) {
+    const auto* token = look_up(service.state.tokens, authentication.token_reference);
+    if (token != nullptr && token->revoked)
+        throw bad_request(ErrorCode::not_authorised, "Token KSeF został unieważniony.");
 }
 
 void revoke(Service& service, Authentication& authentication) {
@@ -135,11 +153,13 @@ Answer public_key_certificates(Service& service, Request&) {
 Answer authenticate_with_token(Service& service, Request& request) {
     const Json body = read_body(request);
     const std::string challenge = required_text(body, "challenge");
+    if (character_count(challenge) != challenge_length)
+        throw invalid_input("Wyzwanie musi mieć długość 36 znaków.");
     Authentication attempt;
     attempt.context = read_context(body);
     const std::string encrypted_token = required_bytes(body, "encryptedToken");
-    const std::string key_id = optional_text(body, "publicKeyId");
-    check_key_id(service, token_usage, key_id);
+    const std::string key_id = read_key_id(service, token_usage, body);
+    attempt.allowed_ips = read_allowed_ips(body);
     const Instant challenge_made = take_challenge(service, challenge);
 
     attempt.reference = service.new_reference("AU");
@@ -156,20 +176,16 @@ Answer authenticate_with_token(Service& service, Request& request) {
 }
 
 Answer authentication_status(Service& service, Request& request) {
-    const std::string& reference = reference_parameter(request, 0);
-    Authentication& authentication = service.authentication_of(request);
-    if (authentication.reference != reference)
-        throw bad_request(ErrorCode::not_authenticated,
-                          "Operacja uwierzytelniania o numerze referencyjnym " + reference +
-                              " nie została znaleziona.");
+    Authentication& authentication = operation_of(service, request);
+    const std::string& reference = request.parameters.at(0);
+    if (authentication.reference != reference) throw unknown_operation(reference);
     const Status status = observe(service, authentication);
     return Answer::json(200, status_json(service, authentication, status));
 }
 
 Answer redeem_tokens(Service& service, Request& request) {
-    Authentication& authentication = service.authentication_of(request);
-    const int code = authentication.finished ? authentication.outcome.code
-                                             : observe(service, authentication).code;
+    Authentication& authentication = operation_of(service, request);
+    const int code = observe(service, authentication).code;
     if (code != 200)
         throw bad_request(ErrorCode::not_authorised, "Status uwierzytelniania (" +
                                                          std::to_string(code) +
@@ -178,6 +194,7 @@ Answer redeem_tokens(Service& service, Request& request) {
         throw bad_request(ErrorCode::not_authorised, "Tokeny dla operacji uwierzytelniania " +
                                                          authentication.reference +
                                                          " zostały już pobrane.");
+    check_token_lives(service, authentication);
     const Instant refresh_until = service.now() + refresh_token_lifetime;
     authentication.redeemed = true;
     authentication.refresh_valid_until = refresh_until;
@@ -188,14 +205,12 @@ Answer redeem_tokens(Service& service, Request& request) {
 }
 
 Answer refresh_access_token(Service& service, Request& request) {
-    Authentication& authentication = service.authentication_of(request);
+    Authentication& authentication = operation_of(service, request);
     if (authentication.revoked)
         throw bad_request(
             ErrorCode::not_authorised,
             {"Status uwierzytelniania (425) nie pozwala na odświeżenie tokenu dostępowego."});
-    const auto* token = look_up(service.state.tokens, authentication.token_reference);
-    if (token != nullptr && token->revoked)
-        throw bad_request(ErrorCode::not_authorised, "Token KSeF został unieważniony.");
+    check_token_lives(service, authentication);
     authentication.last_refresh = service.now();
     service.save(authentication);
     return Answer::json(200, {{"accessToken", access_token(service, authentication)}});

@@ -30,7 +30,7 @@ Json invoice_json(Service& service, const Request& request, Invoice& invoice) {
     json["invoicingDate"] = service.time_text(invoice.received);
     if (accepted) {
         const StorageLink link = invoice_upo_link(service, request, invoice);
-        json["permanentStorageDate"] = service.time_text(permanent_storage_date(invoice));
+        json["permanentStorageDate"] = service.time_text(invoice.stored);
         json["upoDownloadUrl"] = link.url;
         json["upoDownloadUrlExpirationDate"] = service.time_text(link.valid_until);
         json["invoicingMode"] = mode_name(invoice);
@@ -46,12 +46,14 @@ Answer invoice_list(Service& service, const Request& request,
     });
 }
 
-/// An invoice of the session in the path. The contract knows no code of its own for an unknown one.
+/// An invoice of the session in the path. The contract knows no code of its own for an unknown one,
+/// nor, where an invoice is asked for, for an unknown session.
 Invoice& invoice_of(Service& service, Request& request) {
-    const Session& session = service.session_of(request);
+    const Session* session = service.find_session(request);
     const std::string& reference = reference_parameter(request, 1);
     Invoice* invoice = look_up(service.state.invoices, reference);
-    if (invoice == nullptr || invoice->session_reference != session.reference)
+    if (session == nullptr || invoice == nullptr ||
+        invoice->session_reference != session->reference)
         throw invalid_input("Faktura o numerze referencyjnym " + reference +
                             " nie została znaleziona w sesji.");
     return *invoice;
@@ -59,7 +61,7 @@ Invoice& invoice_of(Service& service, Request& request) {
 
 const std::string& ksef_number_parameter(const Request& request, std::size_t index) {
     const std::string& number = request.parameters.at(index);
-    if (!is_ksef_number(number)) throw invalid_input("Nieprawidłowy numer KSeF.");
+    if (!has_ksef_number_form(number)) throw invalid_input("Nieprawidłowy numer KSeF.");
     return number;
 }
 
@@ -165,19 +167,20 @@ Answer invoice_status(Service& service, Request& request) {
 Answer invoice_upo(Service& service, Request& request) {
     const Invoice& invoice = invoice_of(service, request);
     if (invoice.upo.empty())
-        throw bad_request(ErrorCode::upo_not_found, "UPO faktury o numerze referencyjnym " +
-                                                        invoice.reference +
-                                                        " nie zostało znalezione.");
+        throw invalid_input("UPO faktury o numerze referencyjnym " + invoice.reference +
+                            " nie zostało znalezione.");
     return hashed_xml(invoice.upo);
 }
 
 Answer invoice_upo_by_ksef_number(Service& service, Request& request) {
-    const Session& session = service.session_of(request);
+    const Session* session = service.find_session(request);
     const std::string& number = ksef_number_parameter(request, 1);
     const Invoice* invoice = service.state.accepted(number);
-    if (invoice == nullptr || invoice->session_reference != session.reference)
+    if (session == nullptr || invoice == nullptr ||
+        invoice->session_reference != session->reference)
         throw bad_request(ErrorCode::upo_not_found,
-                          "UPO faktury o numerze KSeF " + number + " nie zostało znalezione.");
+                          "UPO o numerze KSeF " + number + " i numerze referencyjnym sesji " +
+                              request.parameters.at(0) + " nie zostało znalezione.");
     return hashed_xml(invoice->upo);
 }
 

@@ -1,27 +1,17 @@
 #include "sandbox/service/operations.h"
 
 #include <algorithm>
-#include <functional>
 
+#include "sandbox/basics/crypto.h"
 #include "sandbox/basics/text.h"
+#include "sandbox/documents/fa3.h"
 #include "sandbox/exchange/body.h"
+#include "sandbox/service/metadata_filters.h"
 
 namespace tavrix::sandbox {
 namespace {
 
 constexpr std::size_t most_results = 10'000;
-
-// TRodzajFaktury of FA (3) to InvoiceType of the contract.
-constexpr std::pair<const char*, const char*> kind_names[] = {
-    {"VAT", "Vat"},        {"KOR", "Kor"},      {"ZAL", "Zal"},
-    {"ROZ", "Roz"},        {"UPR", "Upr"},      {"KOR_ZAL", "KorZal"},
-    {"KOR_ROZ", "KorRoz"}, {"VAT_RR", "VatRr"}, {"KOR_VAT_RR", "KorVatRr"}};
-
-const char* invoice_type(const std::string& kind) {
-    for (const auto& [schema_name, name] : kind_names)
-        if (kind == schema_name) return name;
-    return "Vat";
-}
 
 Json named(Json json, const Party& party) {
     if (!party.name.empty()) json["name"] = party.name;
@@ -47,7 +37,7 @@ Json metadata_json(const Service& service, const Invoice& invoice, const FormCod
                  {"issueDate", summary.issue_date},
                  {"invoicingDate", service.time_text(invoice.received)},
                  {"acquisitionDate", service.time_text(invoice.acquired)},
-                 {"permanentStorageDate", service.time_text(permanent_storage_date(invoice))},
+                 {"permanentStorageDate", service.time_text(invoice.stored)},
                  {"seller", company_json(summary.seller)},
                  {"buyer", party_json(summary.buyer)},
                  {"netAmount", summary.net_amount},
@@ -74,8 +64,6 @@ Json metadata_json(const Service& service, const Invoice& invoice, const FormCod
     return json;
 }
 
-using Condition = std::function<bool(const Invoice&, const FormCode&)>;
-
 bool takes_part(const InvoiceSummary& summary, const std::string& subject, const std::string& nip) {
     if (subject == "Subject1") return summary.seller.identifier == nip;
     if (subject == "Subject2") return summary.buyer.identifier == nip;
@@ -85,126 +73,64 @@ bool takes_part(const InvoiceSummary& summary, const std::string& subject, const
                        [&](const Party& party) { return party.identifier.starts_with(nip); });
 }
 
-struct DateRange {
-    std::string type;
-    Instant from;
-    Instant to;
-
-    Instant moment_of(const Invoice& invoice) const {
-        if (type == "Issue") return parse_instant(invoice.summary->issue_date).value_or(Instant());
-        return type == "Invoicing" ? invoice.received : permanent_storage_date(invoice);
-    }
-};
-
-Instant required_moment(const Json& range, const char* name) {
-    const auto moment = parse_instant(required_text(range, name));
-    if (!moment) throw invalid_input(std::string("Pole '") + name + "' ma nieprawidłowy format.");
-    return *moment;
+/// The moment up to which the answer is complete. All pages of one query name the same: the first
+/// page sets it, and what arrives while a client turns the pages does not move it.
+Instant high_water_mark(Service& service, const Context& context, const Json& body, bool first) {
+    constexpr std::size_t most_marks = 1000;
+    auto& marks = service.state.query_marks;
+    const std::string query = sha256_base64(context.type + context.value + dump(body));
+    if (const Instant* mark = look_up(marks, query); mark != nullptr && !first) return *mark;
+    if (marks.size() >= most_marks) marks.clear();
+    return marks[query] = service.now();
 }
 
-DateRange read_date_range(const Json& body, Instant now) {
-    const Json& range = required_object(body, "dateRange");
-    DateRange result{required_text(range, "dateType"), required_moment(range, "from"), now};
-    if (result.type != "Issue" && result.type != "Invoicing" && result.type != "PermanentStorage")
-        throw invalid_input("Nieznany typ daty: " + result.type + ".");
-    if (given(range, "to") != nullptr) result.to = required_moment(range, "to");
-    if (result.to < result.from)
-        throw invalid_input("Początek zakresu dat jest późniejszy niż jego koniec.");
-    return result;
-}
-
-/// The filters beside subject and dates.
-std::vector<Condition> read_conditions(const Json& body) {
-    std::vector<Condition> conditions;
-    const auto text = [&](const char* name, auto test) {
-        const std::string value = optional_text(body, name);
-        if (!value.empty())
-            conditions.push_back([=](auto& it, auto& form) { return test(it, form, value); });
-    };
-    text("ksefNumber", [](auto& it, auto&, auto& value) { return it.ksef_number == value; });
-    text("invoiceNumber",
-         [](auto& it, auto&, auto& value) { return it.summary->invoice_number == value; });
-    text("sellerNip",
-         [](auto& it, auto&, auto& value) { return it.summary->seller.identifier == value; });
-    text("invoicingMode",
-         [](auto& it, auto&, auto& value) { return it.offline == (value == "Offline"); });
-    text("formType", [](auto&, auto& form, auto& value) { return form.value == value; });
-    const auto flag = [&](const char* name, bool InvoiceSummary::*member) {
-        if (given(body, name) == nullptr) return;
-        const bool wanted = optional_flag(body, name);
-        conditions.push_back(
-            [=](const Invoice& it, const FormCode&) { return (*it.summary).*member == wanted; });
-    };
-    flag("isSelfInvoicing", &InvoiceSummary::self_invoicing);
-    flag("hasAttachment", &InvoiceSummary::has_attachment);
-    const auto list = [&](const char* name, auto value_of) {
-        if (given(body, name) == nullptr) return;
-        const auto wanted = text_list(body, name);
-        if (wanted.empty()) return;
-        conditions.push_back([=](const Invoice& it, const FormCode&) {
-            return contains(wanted, value_of(*it.summary));
-        });
-    };
-    list("currencyCodes", [](const InvoiceSummary& it) { return it.currency; });
-    list("invoiceTypes",
-         [](const InvoiceSummary& it) { return std::string(invoice_type(it.kind)); });
-
-    if (body.contains("buyerIdentifier") && body["buyerIdentifier"].is_object()) {
-        const std::string type = required_text(body["buyerIdentifier"], "type");
-        const std::string value = optional_text(body["buyerIdentifier"], "value");
-        conditions.push_back([=](const Invoice& it, const FormCode&) {
-            return it.summary->buyer.identifier_type == type &&
-                   it.summary->buyer.identifier == value;
-        });
-    }
-    if (body.contains("amount") && body["amount"].is_object()) {
-        const Json amount = body["amount"];
-        const std::string type = required_text(amount, "type");
-        conditions.push_back([=](const Invoice& it, const FormCode&) {
-            const double value = type == "Netto"    ? it.summary->net_amount
-                                 : type == "Brutto" ? it.summary->gross_amount
-                                                    : it.summary->vat_amount;
-            const auto bound = [&](const char* name) {
-                return amount.contains(name) && amount[name].is_number();
-            };
-            return (!bound("from") || value >= amount["from"].get<double>()) &&
-                   (!bound("to") || value <= amount["to"].get<double>());
-        });
-    }
-    return conditions;
-}
-
-std::size_t page_offset(const Request& request) {
+/// The number of the first result on the page asked for.
+std::size_t first_result(const Request& request, std::size_t page_size) {
     const std::string text = request.parameter("pageOffset").value_or("0");
-    const auto offset = number_of<std::size_t>(text);
-    if (!offset || *offset > most_results)
-        throw invalid_input("Parametr 'pageOffset' ma nieprawidłową wartość.");
-    return *offset;
+    const auto offset = number_of<std::uint32_t>(text);
+    if (!offset) throw invalid_input("Parametr 'pageOffset' ma nieprawidłową wartość.");
+    const std::size_t first = *offset * page_size;
+    if (first >= most_results)
+        throw invalid_input(
+            "You cannot retrieve invoices starting from number 10 000 or higher. Please narrow "
+            "your filters.");
+    return first;
 }
 
 }  // namespace
 
 Answer query_metadata(Service& service, Request& request) {
+    constexpr std::string_view subjects[] = {"Subject1", "Subject2", "Subject3",
+                                             "SubjectAuthorized"};
     const Json body = read_body(request);
-    const std::string subject = required_text(body, "subjectType");
-    if (subject != "Subject1" && subject != "Subject2" && subject != "Subject3" &&
-        subject != "SubjectAuthorized")
-        throw invalid_input("Nieznany typ podmiotu: " + subject + ".");
+    const std::string subject = required_choice(body, "subjectType", subjects);
     const std::string order = request.parameter("sortOrder").value_or("Asc");
     if (order != "Asc" && order != "Desc")
         throw invalid_input("Parametr 'sortOrder' musi mieć wartość Asc lub Desc.");
-    const std::size_t size = page_size(request, 250), offset = page_offset(request);
-    const DateRange range = read_date_range(body, service.now());
+    const std::size_t size = page_size(request, 250), first = first_result(request, size);
+    DateRange range = read_date_range(body, service.now());
     const auto conditions = read_conditions(body);
-    const std::string nip = service.authentication_of(request).context.nip();
+    const Context& context = service.authentication_of(request).context;
+    const std::string nip = context.nip();
+
+    const bool by_storage = range.type == "PermanentStorage";
+    Instant complete_to = range.to;
+    if (by_storage)
+        complete_to = std::min(range.to, high_water_mark(service, context, body, first == 0));
+    if (by_storage && range.restricted) {
+        if (range.from > complete_to)
+            throw bad_request(ErrorCode::outside_data,
+                              "Parametr dateRange.from jest późniejszy niż PermanentStorageHwmDate "
+                              "przy włączonym restrictToPermanentStorageHwmDate.");
+        range.to = complete_to;
+    }
 
     std::vector<const Invoice*> found;
     for (const std::string& reference : service.state.invoice_order) {
         const Invoice& invoice = service.state.invoices.at(reference);
         if (invoice.ksef_number.empty() || !takes_part(*invoice.summary, subject, nip)) continue;
-        const Instant moment = range.moment_of(invoice);
         const FormCode& form = service.state.sessions.at(invoice.session_reference).form_code;
-        if (moment >= range.from && moment <= range.to &&
+        if (range.admits(invoice) &&
             std::all_of(conditions.begin(), conditions.end(),
                         [&](const Condition& condition) { return condition(invoice, form); }))
             found.push_back(&invoice);
@@ -216,12 +142,11 @@ Answer query_metadata(Service& service, Request& request) {
     const bool truncated = found.size() > most_results;
     if (truncated) found.resize(most_results);
 
-    const std::size_t from = std::min(offset * size, found.size()),
+    const std::size_t from = std::min(first, found.size()),
                       to = std::min(from + size, found.size());
     Json answer = {{"hasMore", to < found.size() || (truncated && to == found.size())},
                    {"isTruncated", truncated && to == found.size()}};
-    if (range.type == "PermanentStorage")
-        answer["permanentStorageHwmDate"] = service.time_text(service.now());
+    if (by_storage) answer["permanentStorageHwmDate"] = service.time_text(complete_to);
     answer["invoices"] = Json::array();
     for (std::size_t i = from; i < to; ++i)
         answer["invoices"].push_back(metadata_json(

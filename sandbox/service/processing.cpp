@@ -40,6 +40,7 @@ void finish_invoice(Service& service, Session& session, Invoice& invoice, Instan
     invoice.stage = InvoiceStage::finished;
     if (invoice.status.code == 200) {
         invoice.acquired = when;
+        invoice.stored = when + std::max(service.options.time.unit(), Ticks(1000));
         invoice.ksef_number = new_ksef_number(service, invoice);
         service.state.index_accepted(invoice);
         invoice.upo = make_invoice_upo(
@@ -79,7 +80,7 @@ void finish_session(Service& service, Session& session, Instant when) {
     session.stage = SessionStage::finished;
     session.updated = std::max(session.updated, when);
     if (session.invoices.empty())
-        session.status = make_status(StatusOf::online_session, 440, {"Nie przesłano faktur"});
+        session.status = make_status(StatusOf::online_session, 440);
     else if (session.successful == 0)
         session.status = make_status(StatusOf::online_session, 445);
     else

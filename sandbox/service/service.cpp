@@ -5,6 +5,7 @@
 #include "sandbox/basics/crypto.h"
 #include "sandbox/basics/ksef_number.h"
 #include "sandbox/basics/text.h"
+#include "sandbox/exchange/body.h"
 #include "sandbox/service/tokens.h"
 
 namespace tavrix::sandbox {
@@ -67,13 +68,18 @@ Authentication& Service::authentication_of(const Request& request) {
     return *found;
 }
 
+Session* Service::find_session(const Request& request) {
+    Session* session = look_up(state.sessions, reference_parameter(request, 0));
+    const bool own = session != nullptr && session->context == authentication_of(request).context;
+    return own ? session : nullptr;
+}
+
 Session& Service::session_of(const Request& request, const char* not_found) {
-    const std::string& reference = reference_parameter(request, 0);
-    Session* session = look_up(state.sessions, reference);
-    if (session == nullptr || session->context != authentication_of(request).context)
-        throw bad_request(
-            ErrorCode::session_not_found,
-            "Sesja o numerze referencyjnym " + reference + " nie została " + not_found + ".");
+    Session* session = find_session(request);
+    if (session == nullptr)
+        throw bad_request(ErrorCode::session_not_found, "Sesja o numerze referencyjnym " +
+                                                            request.parameters.at(0) +
+                                                            " nie została " + not_found + ".");
     return *session;
 }
 
@@ -89,17 +95,24 @@ void Service::take_over_options() {
     for (const Fault& fault : options.faults) faults.add(fault);
 }
 
+void check_reference(const std::string& text) {
+    if (!is_reference_number(text))
+        throw invalid_input("Numer referencyjny musi mieć długość 36 znaków.");
+}
+
 const std::string& reference_parameter(const Request& request, std::size_t index) {
     const std::string& reference = request.parameters.at(index);
-    if (!is_reference_number(reference))
-        throw invalid_input("Numer referencyjny musi mieć długość 36 znaków.");
+    check_reference(reference);
     return reference;
 }
 
-void check_key_id(const Service& service, std::string_view usage, const std::string& key_id) {
-    if (!key_id.empty() && !service.keys.knows(usage, key_id, service.now()))
+std::string read_key_id(const Service& service, std::string_view usage, const Json& body) {
+    if (given(body, "publicKeyId") == nullptr) return {};
+    std::string key_id = required_hash(body, "publicKeyId");
+    if (!service.keys.knows(usage, key_id, service.now()))
         throw bad_request(ErrorCode::unknown_key,
                           "Klucz o identyfikatorze " + key_id + " nie jest wspierany.");
+    return key_id;
 }
 
 std::size_t page_size(const Request& request, std::size_t most) {

@@ -36,7 +36,10 @@ struct Service {
 
     /// The authentication behind the request's bearer token.
     Authentication& authentication_of(const Request& request);
-    /// The session in the path, if it is of the caller's context, or refusal 21173.
+    /// The session in the path if it is of the caller's context, otherwise null. Refusal 21405 for
+    /// what is no reference number.
+    Session* find_session(const Request& request);
+    /// The same, or refusal 21173.
     /// \param not_found the contract's verb for it: "odnaleziona" for commands, "znaleziona" for
     /// queries.
     Session& session_of(const Request& request, const char* not_found = "znaleziona");
@@ -53,11 +56,14 @@ struct Service {
     void take_over_options();
 };
 
+/// Refusal 21405 for what is no reference number.
+void check_reference(const std::string& text);
 /// The route's parameter as a reference number, or refusal 21405.
 const std::string& reference_parameter(const Request& request, std::size_t index);
 
-/// Refuses a key identifier that names no valid key; an empty one is none.
-void check_key_id(const Service& service, std::string_view usage, const std::string& key_id);
+/// `publicKeyId` of a body, empty when it names none. Refusal 21405 for one that cannot be, 21470
+/// for one that names no valid key.
+std::string read_key_id(const Service& service, std::string_view usage, const Json& body);
 
 /// One page of a list of `total` entries, as `pageSize` (10 to `most`) and the continuation token
 /// of the request choose it. The token comes in the header or, from older clients, in the query.

@@ -16,12 +16,9 @@ using namespace std::chrono_literals;
 
 constexpr auto online_session_lifetime = 12h;
 
-// Source: the table of supported schemas under OpenOnlineSessionRequest.
-const FormCode supported_forms[] = {{"FA (2)", "1-0E", "FA"},
-                                    {"FA (3)", "1-0E", "FA"},
-                                    {"PEF (3)", "2-1", "PEF"},
-                                    {"PEF_KOR (3)", "2-1", "PEF"},
-                                    {"FA_RR (1)", "1-1E", "FA_RR"}};
+// Source: the table of supported schemas under OpenOnlineSessionRequest. Of PEF and FA_RR nothing
+// here could judge a document, so their sessions are refused.
+const FormCode supported_forms[] = {{"FA (2)", "1-0E", "FA"}, {"FA (3)", "1-0E", "FA"}};
 
 FormCode read_form_code(const Json& body) {
     const Json& form = required_object(body, "formCode");
@@ -41,7 +38,17 @@ const char* common_status(const Session& session) {
     return session.status.code == 440 ? "Cancelled" : "Failed";
 }
 
-bool within(const Request& request, const std::string& name, std::optional<Instant> moment) {
+/// A pair of parameters, `nameFrom` and `nameTo`.
+struct Span {
+    std::optional<Instant> from, to;
+
+    bool holds(std::optional<Instant> moment) const {
+        if (!from && !to) return true;
+        return moment && (!from || *moment >= *from) && (!to || *moment <= *to);
+    }
+};
+
+Span read_span(const Request& request, const std::string& name) {
     const auto bound = [&](const std::string& parameter) -> std::optional<Instant> {
         const auto text = request.parameter(parameter);
         if (!text) return std::nullopt;
@@ -49,25 +56,32 @@ bool within(const Request& request, const std::string& name, std::optional<Insta
         if (!value) throw invalid_input("Parametr '" + parameter + "' ma nieprawidłowy format.");
         return value;
     };
-    const auto from = bound(name + "From"), to = bound(name + "To");
-    if (!from && !to) return true;
-    return moment && (!from || *moment >= *from) && (!to || *moment <= *to);
+    return {bound(name + "From"), bound(name + "To")};
 }
 
 struct SessionFilter {
     SessionKind kind;
     std::vector<std::string> statuses;
     std::optional<std::string> reference;
+    Span created, closed, modified;
 
-    bool admits(const Request& request, const Session& session) const {
+    bool admits(const Session& session) const {
         return session.kind == kind &&
                (statuses.empty() || contains(statuses, common_status(session))) &&
-               (!reference || session.reference == *reference) &&
-               within(request, "dateCreated", session.created) &&
-               within(request, "dateClosed", session.closed) &&
-               within(request, "dateModified", session.updated);
+               (!reference || session.reference == *reference) && created.holds(session.created) &&
+               closed.holds(session.closed) && modified.holds(session.updated);
     }
 };
+
+/// True when a client may see a session of its context in the list: with the right to write only,
+/// those that its own token opened.
+bool may_list(const Service& service, const Authentication& caller, const Session& session) {
+    if (contains(caller.permissions, "Introspection") ||
+        contains(caller.permissions, "EnforcementOperations"))
+        return true;
+    const auto& opener = service.state.authentications.at(session.authentication_reference);
+    return opener.token_hash == caller.token_hash;
+}
 
 SessionFilter read_filter(const Request& request) {
     const std::string kind = request.parameter("sessionType").value_or("");
@@ -75,7 +89,11 @@ SessionFilter read_filter(const Request& request) {
         throw invalid_input("Parametr 'sessionType' musi mieć wartość Online lub Batch.");
     SessionFilter filter{kind == "Online" ? SessionKind::online : SessionKind::batch,
                          request.parameters_named("statuses"),
-                         request.parameter("referenceNumber")};
+                         request.parameter("referenceNumber"),
+                         read_span(request, "dateCreated"),
+                         read_span(request, "dateClosed"),
+                         read_span(request, "dateModified")};
+    if (filter.reference) check_reference(*filter.reference);
     for (const std::string& status : filter.statuses)
         if (!contains(common_statuses, status))
             throw invalid_input("Nieznany status sesji: " + status + ".");
@@ -93,8 +111,7 @@ Answer open_online_session(Service& service, Request& request) {
                       vector = required_bytes(encryption, "initializationVector");
     if (vector.size() != 16) throw invalid_input("Wektor inicjujący musi mieć długość 16 bajtów.");
     session.initialization_vector = base64_encode(vector);
-    const std::string key_id = optional_text(encryption, "publicKeyId");
-    check_key_id(service, symmetric_key_usage, key_id);
+    const std::string key_id = read_key_id(service, symmetric_key_usage, encryption);
 
     const Authentication& authentication = service.authentication_of(request);
     session.reference = service.new_reference("SO");
@@ -143,19 +160,22 @@ Answer session_status(Service& service, Request& request) {
                           {"downloadUrlExpirationDate", service.time_text(link.valid_until)}}});
     }
     answer["invoiceCount"] = session.invoices.size();
-    answer["successfulInvoiceCount"] = session.successful;
-    answer["failedInvoiceCount"] = session.failed;
+    // The service leaves out a count until there is something to count; the list of sessions, whose
+    // counts are required, says 0.
+    if (session.successful > 0) answer["successfulInvoiceCount"] = session.successful;
+    if (session.failed > 0) answer["failedInvoiceCount"] = session.failed;
     return Answer::json(200, answer);
 }
 
 Answer list_sessions(Service& service, Request& request) {
     const SessionFilter filter = read_filter(request);
-    const Context& context = service.authentication_of(request).context;
+    const Authentication& caller = service.authentication_of(request);
     std::vector<const Session*> found;
     for (auto reference = service.state.session_order.rbegin();
          reference != service.state.session_order.rend(); ++reference) {
         const Session& session = service.state.sessions.at(*reference);
-        if (session.context == context && filter.admits(request, session))
+        if (session.context == caller.context && filter.admits(session) &&
+            may_list(service, caller, session))
             found.push_back(&session);
     }
     return list_answer(request, 1000, "sessions", found, [&](const Session* session) {

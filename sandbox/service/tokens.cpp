@@ -34,7 +34,7 @@ std::optional<TokenText> read_token_text(const std::string& token) {
     const std::string kind = lower(owner.substr(0, hyphen));
     TokenText text{token.substr(0, first), {"", owner.substr(hyphen + 1)}};
     if (kind == "nip" && is_nip(text.context.value)) text.context.type = "Nip";
-    if (kind == "internalid" && is_nip(text.context.nip()) && text.context.value.size() == 16)
+    if (kind == "internalid" && is_internal_id(text.context.value))
         text.context.type = "InternalId";
     if (text.context.type.empty()) return std::nullopt;
     return text;
@@ -46,6 +46,10 @@ bool covers(const Context& token, const Context& asked) {
     return token == asked || (asked.type == "Nip" && token.nip() == asked.value);
 }
 
+const char* status_of(const KsefToken& token) {
+    return token.revoked ? "Revoked" : "Active";
+}
+
 Json token_json(const Service& service, const KsefToken& token) {
     const Json owner = {{"type", "Nip"}, {"value", token.context.nip()}};
     Json json = {{"referenceNumber", token.reference},
@@ -55,9 +59,50 @@ Json token_json(const Service& service, const KsefToken& token) {
                  {"requestedPermissions", token.permissions},
                  {"dateCreated", service.time_text(token.created)}};
     if (token.last_used) json["lastUseDate"] = service.time_text(*token.last_used);
-    json["status"] = token.revoked ? "Revoked" : "Active";
+    json["status"] = status_of(token);
     json["statusDetails"] = Json::array();
     return json;
+}
+
+constexpr std::string_view token_statuses[] = {"Pending", "Active", "Revoking", "Revoked",
+                                               "Failed"};
+constexpr std::string_view author_types[] = {"Nip", "Pesel", "Fingerprint"};
+
+/// A text that is searched for, in lower case; empty when the parameter is absent.
+std::string search_text(const Request& request, const std::string& name) {
+    constexpr std::size_t shortest = 3;
+    const auto text = request.parameter(name);
+    if (text && character_count(*text) < shortest)
+        throw invalid_input("Parametr '" + name + "' musi mieć co najmniej 3 znaki.");
+    return lower_polish(text.value_or(""));
+}
+
+/// The filters of the list.
+struct TokenFilter {
+    std::vector<std::string> statuses;
+    std::string description, author, author_type;
+
+    bool admits(const KsefToken& token) const {
+        const auto holds = [](const std::string& text, const std::string& part) {
+            return lower_polish(text).find(part) != std::string::npos;
+        };
+        // Every author here is a company: the tokens' own, by its tax number.
+        return (statuses.empty() || contains(statuses, status_of(token))) &&
+               holds(token.description, description) && holds(token.context.nip(), author) &&
+               (author_type.empty() || author_type == "Nip");
+    }
+};
+
+TokenFilter read_token_filter(const Request& request) {
+    TokenFilter filter{request.parameters_named("status"), search_text(request, "description"),
+                       search_text(request, "authorIdentifier"),
+                       request.parameter("authorIdentifierType").value_or("")};
+    for (const std::string& status : filter.statuses)
+        if (!contains(token_statuses, status))
+            throw invalid_input("Nieznany status tokena: " + status + ".");
+    if (request.parameter("authorIdentifierType") && !contains(author_types, filter.author_type))
+        throw invalid_input("Nieznany typ identyfikatora: " + filter.author_type + ".");
+    return filter;
 }
 
 /// A token of the caller's context, or refusal 21405, the only code the contract has for it.
@@ -128,7 +173,8 @@ Answer create_token(Service& service, Request& request) {
                               "Brak uprawnienia: " + permission + ".");
     }
     token.description = required_text(body, "description");
-    if (token.description.size() < 5 || token.description.size() > 256)
+    const std::size_t length = character_count(token.description);
+    if (length < 5 || length > 256)
         throw invalid_input("Opis tokena musi mieć od 5 do 256 znaków.");
     token.reference = service.new_reference("EC");
     token.context = author.context;
@@ -144,14 +190,15 @@ Answer create_token(Service& service, Request& request) {
 }
 
 Answer list_tokens(Service& service, Request& request) {
-    const Context& context = service.authentication_of(request).context;
-    const auto statuses = request.parameters_named("status");
-    const std::string description = request.parameter("description").value_or("");
+    const Authentication& caller = service.authentication_of(request);
+    const TokenFilter filter = read_token_filter(request);
+    // Who may not look at credentials sees the token used to sign in, and no other.
+    const bool all = contains(caller.permissions, "CredentialsRead") ||
+                     contains(caller.permissions, "CredentialsManage");
     std::vector<const KsefToken*> found;
     for (const auto& [reference, token] : service.state.tokens) {
-        const std::string status = token.revoked ? "Revoked" : "Active";
-        if (token.context == context && token.description.find(description) != std::string::npos &&
-            (statuses.empty() || contains(statuses, status)))
+        if (token.context == caller.context && (all || reference == caller.token_reference) &&
+            filter.admits(token))
             found.push_back(&token);
     }
     std::stable_sort(found.begin(), found.end(), [](const KsefToken* a, const KsefToken* b) {
@@ -167,6 +214,10 @@ Answer token_status(Service& service, Request& request) {
 
 Answer revoke_token(Service& service, Request& request) {
     KsefToken& token = own_token(service, request);
+    const Authentication& caller = service.authentication_of(request);
+    if (!contains(caller.permissions, "CredentialsManage") &&
+        token.reference != caller.token_reference)
+        throw forbidden({"CredentialsManage"}, caller.permissions);
     token.revoked = true;
     service.save(token);
     return Answer::empty(204);

@@ -51,10 +51,6 @@ bool concerns(const InvoiceSummary& summary, const std::string& nip) {
                        [&](const Party& party) { return party.identifier.starts_with(nip); });
 }
 
-Instant permanent_storage_date(const Invoice& invoice) {
-    return invoice.acquired + Ticks(1000);
-}
-
 const char* mode_name(const Invoice& invoice) {
     return invoice.offline ? "Offline" : "Online";
 }

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "sandbox/basics/clock.h"
@@ -43,6 +44,10 @@ struct KsefToken {
     bool revoked = false;
 };
 
+/// The first and the last IPv4 address of a range.
+using IpRange = std::pair<std::uint32_t, std::uint32_t>;
+using IpRanges = std::vector<IpRange>;
+
 /// One authentication, from the token request until its refresh token dies.
 struct Authentication {
     std::string reference;
@@ -50,6 +55,8 @@ struct Authentication {
     std::string token_reference;
     std::string token_hash;
     std::vector<std::string> permissions;
+    /// From where its access tokens may be used; empty when from everywhere.
+    IpRanges allowed_ips;
     Instant started;
     /// What the status will be once the waiting is over.
     Status outcome;
@@ -142,6 +149,8 @@ struct Invoice {
     bool offline = false;
     std::string ksef_number;
     Instant acquired;
+    /// When it reached the repository: always later than `acquired`, also as texts of few digits.
+    Instant stored;
     /// Encrypted until it is processed, then empty.
     std::string encrypted;
     /// The decrypted document, also of a rejected invoice; empty when it could not be decrypted.
@@ -161,6 +170,9 @@ struct State {
     std::vector<std::string> invoice_order;
     /// Challenge to the moment it was made; used once, dropped when stale.
     std::unordered_map<std::string, Instant> challenges;
+    /// Hash of a metadata query to the moment its pages are complete to; dropped when there are
+    /// many.
+    std::unordered_map<std::string, Instant> query_marks;
     std::unordered_map<std::string, std::string> invoice_by_ksef_number;
     /// Seller, kind and number of every accepted invoice, to its reference.
     std::unordered_map<std::string, std::string> invoice_by_identity;
@@ -188,9 +200,6 @@ std::string identity_of(const InvoiceSummary& summary);
 
 /// True when a company is party to an invoice in any part.
 bool concerns(const InvoiceSummary& summary, const std::string& nip);
-
-/// When an accepted invoice reached the repository: shortly after it got its number.
-Instant permanent_storage_date(const Invoice& invoice);
 
 /// `Online` or `Offline`, as answers and confirmations name how an invoice came.
 const char* mode_name(const Invoice& invoice);

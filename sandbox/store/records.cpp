@@ -41,9 +41,9 @@ NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(InvoiceSummary, invoice_number, 
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(KsefToken, reference, hash, context, description,
                                                 permissions, created, last_used, revoked)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(Authentication, reference, context, token_reference,
-                                                token_hash, permissions, started, outcome, polls,
-                                                finished, redeemed, revoked, last_refresh,
-                                                refresh_valid_until)
+                                                token_hash, permissions, allowed_ips, started,
+                                                outcome, polls, finished, redeemed, revoked,
+                                                last_refresh, refresh_valid_until)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(Session, reference, kind, context,
                                                 authentication_reference, form_code, symmetric_key,
                                                 initialization_vector, created, updated,
@@ -53,7 +53,7 @@ NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(Invoice, reference, session_refe
                                                 invoice_hash, invoice_size, offline_declared,
                                                 hash_of_corrected, received, stage, stage_since,
                                                 polls, status, summary, offline, ksef_number,
-                                                acquired)
+                                                acquired, stored)
 
 namespace {
 
@@ -115,6 +115,8 @@ void load(Store& store, State& state) {
         state.add(std::move(session));
     });
     each_record<Invoice>(store, "invoice", [&](Invoice invoice) {
+        // Files written before the date was kept put it a tenth of a millisecond after the number.
+        if (invoice.stored < invoice.acquired) invoice.stored = invoice.acquired + Ticks(1000);
         invoice.encrypted = text("encrypted", invoice.reference);
         invoice.xml = text("xml", invoice.reference);
         invoice.upo = text("upo", invoice.reference);

@@ -8,8 +8,8 @@ namespace tavrix::sandbox {
 
 enum class StatusOf { authentication, online_session, invoice };
 
-/// A status with the published description of its code; a code of no table gets "Nieznany błąd
-/// (code)".
+/// A status with the published description of its code, and, when no details are given, the one
+/// that is published beside it; a code of no table gets "Nieznany błąd (code)".
 Status make_status(StatusOf what, int code, std::vector<std::string> details = {});
 
 }  // namespace tavrix::sandbox

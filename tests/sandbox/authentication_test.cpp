@@ -71,6 +71,51 @@ TEST_F(AuthenticationTest, AChallengeServesOnceAndTenMinutes) {
     EXPECT_EQ(coarse.at("timestampMs"), unix_ms(*parse_instant(shown))) << "as few digits in both";
 }
 
+TEST_F(AuthenticationTest, AChallengeOfAnotherLengthIsNoChallenge) {
+    Json challenge = client().challenge();
+    const std::string text = challenge.at("challenge");
+    for (const auto& [changed, code] :
+         {std::pair(text.substr(1), 21405), {text + "0", 21405}, {text.substr(1) + "x", 21111}}) {
+        challenge["challenge"] = changed;
+        EXPECT_EQ(send_token(challenge).exception_code(), code) << changed;
+    }
+}
+
+TEST_F(AuthenticationTest, AnAccessTokenServesOnlyTheAddressesItWasAskedFor) {
+    const Json none = Json::array();
+    const std::tuple<const char*, Json, int> cases[] = {
+        {"ip4Addresses", {"10.0.0.1", "127.0.0.1"}, 200},
+        {"ip4Addresses", {"127.0.0.2"}, 403},
+        {"ip4Addresses", none, 200},
+        {"ip4Ranges", {"127.0.0.0-127.0.0.1"}, 200},
+        {"ip4Ranges", {"127.0.0.2-127.0.0.9"}, 403},
+        {"ip4Masks", {"127.255.255.255/8"}, 200},
+        {"ip4Masks", {"127.0.0.2/31", "0.0.0.0/32"}, 403},
+        {"ip4Masks", {"1.2.3.4/0"}, 200},
+        {"ip4Addresses", {"127.0.0.01"}, 400},
+        {"ip4Addresses", {"127.0.0"}, 400},
+        {"ip4Addresses", {"127.0.0.256"}, 400},
+        {"ip4Addresses", Json(std::vector<std::string>(11, "127.0.0.1")), 400},
+        {"ip4Ranges", {"127.0.0.9-127.0.0.2"}, 400},
+        {"ip4Ranges", {"127.0.0.1"}, 400},
+        {"ip4Masks", {"127.0.0.0/33"}, 400},
+        {"ip4Masks", "127.0.0.0/8", 400},
+    };
+    for (const auto& [kind, value, status] : cases) {
+        client().policy = {{"allowedIps", {{kind, value}}}};
+        if (status == 400) {
+            EXPECT_EQ(send_token(client().challenge()).exception_code(), 21405) << kind << value;
+            continue;
+        }
+        EXPECT_EQ(client().sign_in(seller_nip).status, 200) << "signing in is not limited";
+        const Reply reply = list_sessions();
+        EXPECT_EQ(reply.status, status) << kind << value;
+        if (status == 200) continue;
+        EXPECT_EQ(reply.json().at("reasonCode"), "ip-not-allowed");
+        EXPECT_EQ(reply.json().at("security").at("clientIp"), "127.0.0.1");
+    }
+}
+
 TEST_F(AuthenticationTest, WaitingIsCountedInPollsAndInTime) {
     start([](Options& it) { it.authentication = {.delay_ms = 500, .polls = 2}; });
     EXPECT_EQ(client().sign_in(seller_nip).exception_code(), 21301) << "the first poll";
@@ -125,6 +170,90 @@ TEST_F(AuthenticationTest, ATokenMadeHereWorksUntilItIsRevoked) {
     EXPECT_EQ(client().remove("/tokens/" + reference).status, 204);
     const Json status = status_after(client().send_token(token, seller_nip, client().challenge()));
     EXPECT_EQ(status.at("details")[0], "Token unieważniony");
+}
+
+TEST_F(AuthenticationTest, TokensAreFoundByStatusDescriptionAndAuthor) {
+    client().sign_in(seller_nip);
+    const auto make = [&](const std::string& description) {
+        const Reply reply = client().post(
+            "/tokens", {{"permissions", {"InvoiceRead"}}, {"description", description}});
+        return reply.status == 202 ? reply.json().at("referenceNumber").get<std::string>()
+                                   : std::to_string(reply.exception_code());
+    };
+    const std::string sixty_four =
+                          "źźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźźź",
+                      longest = sixty_four + sixty_four + sixty_four + sixty_four;
+    make("Wystawianie faktur");
+    const std::string revoked = make("Żółte, do ODCZYTU");
+    make(longest);
+    EXPECT_EQ(make(longest + "z"), "21405");
+    EXPECT_EQ(make("żółć"), "21405") << "characters count, not bytes";
+    client().remove("/tokens/" + revoked);
+    const std::pair<const char*, int> cases[] = {
+        {"", 3},
+        {"status=Active", 2},
+        {"status=Revoked&status=Active", 3},
+        {"status=Pending", 0},
+        {"description=%C5%BB%C3%93%C5%81TE", 1},
+        {"description=odczytu&status=Active", 0},
+        {"authorIdentifier=526&authorIdentifierType=Nip", 3},
+        {"authorIdentifier=735", 0},
+        {"authorIdentifierType=Pesel", 0},
+        {"status=active", -1},
+        {"description=od", -1},
+        {"description=", -1},
+        {"authorIdentifier=52", -1},
+        {"authorIdentifierType=nip", -1},
+    };
+    for (const auto& [query, count] : cases) {
+        const Json answer = client().get("/tokens?" + std::string(query)).json();
+        EXPECT_EQ(answer.contains("tokens") ? int(answer["tokens"].size()) : -1, count) << query;
+    }
+}
+
+TEST_F(AuthenticationTest, WithoutRightsToCredentialsOnlyTheOwnTokenIsSeenAndRevoked) {
+    client().sign_in(seller_nip);
+    const auto make = [&](const char* permission) { return make_token(permission).json(); };
+    const Json writer = make("InvoiceWrite"), reader = make("CredentialsRead"),
+               manager = make("CredentialsManage");
+    const auto number = [](const Json& token) {
+        return token.at("referenceNumber").get<std::string>();
+    };
+    const auto listed = [&] { return client().get("/tokens").json().at("tokens"); };
+    const auto revoke = [&](const Json& token) {
+        return client().remove("/tokens/" + number(token));
+    };
+
+    client().sign_in(seller_nip, writer.at("token"));
+    ASSERT_EQ(listed().size(), 1u);
+    EXPECT_EQ(listed()[0].at("referenceNumber"), number(writer));
+    EXPECT_EQ(revoke(reader).json().value("reasonCode", ""), "missing-permissions");
+    client().sign_in(seller_nip, reader.at("token"));
+    EXPECT_EQ(listed().size(), 3u);
+    EXPECT_EQ(revoke(writer).status, 403);
+    EXPECT_EQ(revoke(reader).status, 204) << "its own";
+    client().sign_in(seller_nip, manager.at("token"));
+    EXPECT_EQ(listed().size(), 3u);
+    EXPECT_EQ(revoke(writer).status, 204);
+}
+
+TEST_F(AuthenticationTest, ListsAreNewestFirstAndASignInCanBeEndedFromAnother) {
+    Client first = client_of(seller_nip);
+    sandbox().advance(1s);
+    client().sign_in(seller_nip);
+    const auto listed = [&] { return client().get("/auth/sessions").json().at("items"); };
+    ASSERT_EQ(listed().size(), 2u);
+    EXPECT_EQ(listed()[0].at("isCurrent"), true);
+    EXPECT_EQ(listed()[1].at("referenceNumber"), first.authentication_reference);
+    EXPECT_EQ(client().remove("/auth/sessions/" + first.authentication_reference).status, 204);
+    EXPECT_EQ(listed().size(), 1u) << "only active ones";
+    first.bearer = first.refresh_token;
+    EXPECT_EQ(first.post("/auth/token/refresh").exception_code(), 21301);
+
+    const std::string older = make_token("InvoiceRead").json().at("referenceNumber");
+    sandbox().advance(1s);
+    make_token("InvoiceRead");
+    EXPECT_EQ(client().get("/tokens").json().at("tokens")[1].at("referenceNumber"), older);
 }
 
 TEST_F(AuthenticationTest, KeysMayRotateAndBeNamed) {

@@ -65,7 +65,8 @@ Reply Client::send_token(const std::string& token, const std::string& nip, const
     const Reply reply =
         post("/auth/ksef-token", {{"challenge", challenge.at("challenge")},
                                   {"contextIdentifier", {{"type", "Nip"}, {"value", nip}}},
-                                  {"encryptedToken", encrypt_for_certificate(certificate, plain)}});
+                                  {"encryptedToken", encrypt_for_certificate(certificate, plain)},
+                                  {"authorizationPolicy", policy}});
     if (reply.status == 202) {
         authentication_reference = reply.json().at("referenceNumber");
         authentication_token = reply.json().at("authenticationToken").at("token");

@@ -74,6 +74,8 @@ class Client {
         return get("/sessions/" + session + "/invoices/" + reference).json().at("status");
     }
 
+    /// `authorizationPolicy` of the next sign-in; null for none.
+    Json policy;
     std::string session;
     std::string access_token, refresh_token, authentication_token, authentication_reference;
 

@@ -46,6 +46,20 @@ TEST_F(ControlTest, TheClockMovesForwardAndThePaceChanges) {
         EXPECT_EQ(client().invoice_status(reference).at("code"), code);
 }
 
+TEST_F(ControlTest, AWarningComesBackInAscii) {
+    client().headers["X-Test-System-Warning"] = "[17]: Przerwa w środę o ŻÓŁTEJ porze €5";
+    EXPECT_EQ(client().post("/auth/challenge").header("X-System-Warning"),
+              "[17]: Przerwa w srode o ZOLTEJ porze 5");
+}
+
+TEST_F(ControlTest, WhatIsPublishedButAbsentIsNotFound) {
+    for (const char* path : {"/sessions/batch", "/auth/xades-signature", "/invoices/exports",
+                             "/sessions/batch/20260101-XX-0000000000-0000000000-00/close"})
+        EXPECT_EQ(client().post(path).status, 404) << path;
+    EXPECT_EQ(client().post("/rate-limits").status, 405)
+        << "another method of a path that is there";
+}
+
 TEST_F(ControlTest, PagesOfOtherSitesCannotSteer) {
     control().headers["Origin"] = "https://example.com";
     EXPECT_EQ(control().post("/sandbox/reset").status, 403);

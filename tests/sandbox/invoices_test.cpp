@@ -20,13 +20,22 @@ class InvoicesTest : public SandboxTest {
         const Json body = {{"subjectType", subject}, {"dateRange", dates}};
         return who.post("/invoices/query/metadata?" + parameters, body).json();
     }
+    Reply query_dates(const Json& dates, const std::string& parameters = "") {
+        return client().post("/invoices/query/metadata?" + parameters,
+                             {{"subjectType", "Subject1"}, {"dateRange", dates}});
+    }
+    int found(const char* type, const std::string& from, const std::string& to) {
+        const Json reply = query_dates({{"dateType", type}, {"from", from}, {"to", to}}).json();
+        return reply.contains("invoices") ? int(reply["invoices"].size()) : -1;
+    }
 };
 
 TEST_F(InvoicesTest, AnAcceptedInvoiceComesBackByteForByte) {
     open_as_seller();
     const std::string xml = SampleInvoice().xml();
     const std::string number = ksef_number_of(client().send(xml));
-    EXPECT_TRUE(is_ksef_number(number)) << number;
+    ASSERT_TRUE(has_ksef_number_form(number)) << number;
+    EXPECT_EQ(make_ksef_number(seller_nip, "20261121", number.substr(20, 12)), number);
     const Reply fetched = client().get("/invoices/ksef/" + number);
     EXPECT_EQ(fetched.body, xml);
     EXPECT_EQ(fetched.header("x-ms-meta-hash"), sha256_base64(xml));
@@ -80,6 +89,57 @@ TEST_F(InvoicesTest, WhatIsWrongWithTheDocumentShowsInItsStatus) {
         {"longest without attachment", second + std::string(1'000'000 - second.size(), ' '), 200},
     };
     for (const auto& [what, xml, code] : cases) EXPECT_EQ(code_of(xml), code) << what;
+}
+
+TEST_F(InvoicesTest, WhatNoAnswerCouldCarryIsRejectedWithoutSchemasToo) {
+    open_as_seller();
+    const auto replaced = [](const std::string& from, const std::string& to) {
+        std::string xml = SampleInvoice().xml();
+        return xml.replace(xml.find(from), from.size(), to);
+    };
+    const auto with_party = [](const std::string& party) {
+        SampleInvoice invoice;
+        invoice.other_parties = party;
+        return invoice.xml();
+    };
+    const auto third = [&](const std::string& data, const std::string& role) {
+        return with_party("<Podmiot3><DaneIdentyfikacyjne>" + data +
+                          "</DaneIdentyfikacyjne><Rola>" + role + "</Rola></Podmiot3>");
+    };
+    const auto authorized = [&](const std::string& data, const std::string& role) {
+        return with_party("<PodmiotUpowazniony><DaneIdentyfikacyjne>" + data +
+                          "</DaneIdentyfikacyjne><RolaPU>" + role +
+                          "</RolaPU></PodmiotUpowazniony>");
+    };
+    const std::string good_nip = "<NIP>1111111111</NIP>",
+                      buyer = "<NIP>" + std::string(buyer_nip) + "</NIP>";
+    const std::pair<std::string, const char*> cases[] = {
+        {SampleInvoice{.number = std::string(257, 'x')}.xml(), "Fa/P_2"},
+        {SampleInvoice{.kind = "VAX"}.xml(), "Fa/RodzajFaktury"},
+        {SampleInvoice{.kind = "VAT_RR"}.xml(), "Fa/RodzajFaktury"},
+        {SampleInvoice{.seller_name = std::string(513, 'x')}.xml(), "Podmiot1/"},
+        {SampleInvoice{.issue_date = "2005-12-31"}.xml(), "data wystawienia"},
+        {replaced(">PLN<", ">ZLOTY<"), "Fa/KodWaluty"},
+        {replaced(">1950.53<", ">1e9<"), "Fa/P_15"},
+        {replaced(">1500.00<", ">1500.000<"), "Fa/P_13_1"},
+        {replaced(">345.00<", ">12345678901234567<"), "Fa/P_14_1"},
+        {replaced(">345.00<", ">nan<"), "Fa/P_14_1"},
+        {replaced(buyer, "<IDWew>5265877635-12345</IDWew>"), "Podmiot2/"},
+        {replaced(buyer, "<NrID>" + std::string(51, '1') + "</NrID>"), "Podmiot2/"},
+        {third(good_nip, "12"), "Podmiot3/Rola"},
+        {third("<NrID>" + std::string(51, '1') + "</NrID>", "1"), "Podmiot3/"},
+        {authorized("<BrakID>1</BrakID>", "1"), "PodmiotUpowazniony/"},
+        {authorized(good_nip, "4"), "PodmiotUpowazniony/RolaPU"},
+    };
+    for (const auto& [xml, problem] : cases) {
+        const Json status = status_of(xml);
+        EXPECT_EQ(status.at("code"), 450) << problem;
+        EXPECT_NE(dump(status).find(problem), std::string::npos) << status;
+    }
+    for (const std::string& longest :
+         {SampleInvoice{.number = std::string(255, 'x') + "ż"}.xml(), third(good_nip, "11"),
+          SampleInvoice{.number = "2", .seller_name = std::string(511, 'x') + "ż"}.xml()})
+        EXPECT_EQ(code_of(longest), 200) << longest.substr(0, 400);
 }
 
 TEST_F(InvoicesTest, TheDeclaredHashSizeAndKeyMustFitTheDocument) {
@@ -160,6 +220,144 @@ TEST_F(InvoicesTest, MetadataAreFoundByRoleAndPage) {
     EXPECT_EQ(oldest.at("netAmount"), 1600.5);
     EXPECT_EQ(oldest.at("vatAmount"), 350.03);
     EXPECT_EQ(oldest.at("grossAmount"), 1950.53);
+}
+
+TEST_F(InvoicesTest, AQuerySpansThreeMonthsAndWithoutAnOffsetIsPolishTime) {
+    open_as_seller();
+    client().send(SampleInvoice{.issue_date = "2026-11-20"}.xml());
+    sandbox().advance(10min);
+    // Received at 08:15:30.1234567 UTC, which is 09:15 in Poland; stored a tenth of a ms later.
+    const std::tuple<const char*, const char*, const char*, int> cases[] = {
+        {"Invoicing", "2026-11-21T08:15:30Z", "2026-11-21T08:15:31Z", 1},
+        {"Invoicing", "2026-11-21T08:15:30", "2026-11-21T08:15:31", 0},
+        {"Invoicing", "2026-11-21T09:15:30", "2026-11-21T09:15:31", 1},
+        {"Invoicing", "2026-11-21T10:15:30+02:00", "2026-11-21T10:15:31+02:00", 1},
+        {"Invoicing", "2026-11-21", "2026-11-21", 0},
+        {"Invoicing", "2026-11-21", "2026-11-22", 1},
+        {"PermanentStorage", "2026-11-21T08:15:30.1235567Z", "2026-11-21T08:15:30.1235567Z", 1},
+        {"PermanentStorage", "2026-11-21T08:15:30.1235568Z", "2026-11-21T08:25:30Z", 0},
+        {"Issue", "2026-11-20T00:00:00", "2026-11-20T00:00:00", 1},
+        {"Issue", "2026-11-20T00:00:00Z", "2026-11-20T23:59:59Z", 1},
+        {"Issue", "2026-11-21", "2026-11-21", 0},
+        // Three months, counted in UTC or in Polish time: summer time ends on 25 October.
+        {"Issue", "2026-09-01T00:00:00Z", "2026-12-01T00:00:00Z", 1},
+        {"Issue", "2026-09-01T00:00:00Z", "2026-12-01T01:00:00Z", 1},
+        {"Issue", "2026-09-01T00:00:00Z", "2026-12-01T01:00:01Z", -1},
+        {"Issue", "2026-08-31", "2026-11-30", 1},
+        {"Issue", "2026-08-31", "2026-12-01", -1},
+        {"Issue", "2026-11-21", "2026-11-20", -1},
+    };
+    for (const auto& [type, from, to, count] : cases)
+        EXPECT_EQ(found(type, from, to), count) << type << " " << from << " " << to;
+    EXPECT_EQ(query_dates({{"dateType", "Issue"}, {"from", "2026-08-01"}}).exception_code(), 21405)
+        << "until now is too long";
+}
+
+TEST_F(InvoicesTest, TheHighWaterMarkIsOneForAllPagesAndMayLimitThem) {
+    open_as_seller();
+    auto send = [&, next = 0](int count) mutable {
+        while (count-- > 0)
+            client().send(SampleInvoice{.number = "FV/" + std::to_string(++next)}.xml());
+        sandbox().advance(1s);
+    };
+    const auto mark = [](const Json& answer) {
+        return answer.value("permanentStorageHwmDate", std::string());
+    };
+    Json open_end = {{"dateType", "PermanentStorage"}, {"from", "2026-11-01T00:00:00Z"}};
+    Json restricted = open_end;
+    restricted["restrictToPermanentStorageHwmDate"] = true;
+    send(15);
+    const std::string first = mark(query_dates(open_end, "pageOffset=0").json());
+    EXPECT_EQ(first, mark(query_dates(restricted, "pageOffset=0").json()));
+    EXPECT_EQ(first, "2026-11-21T08:15:31.1234567+00:00");
+    send(3);
+    const Json rest = query_dates(open_end, "pageOffset=1").json(),
+               limited = query_dates(restricted, "pageOffset=1&sortOrder=Desc").json();
+    EXPECT_EQ(mark(rest), first);
+    EXPECT_EQ(mark(limited), first);
+    EXPECT_EQ(rest.at("invoices").size(), 8u) << "without the limit later invoices are found";
+    EXPECT_EQ(limited.at("invoices").size(), 5u);
+    EXPECT_EQ(mark(query_dates(open_end).json()), "2026-11-21T08:15:32.1234567+00:00")
+        << "asked anew";
+
+    open_end["to"] = "2026-11-21T00:00:00Z";
+    EXPECT_EQ(mark(query_dates(open_end).json()), "2026-11-21T00:00:00+00:00")
+        << "never beyond the query";
+    open_end["dateType"] = "Invoicing";
+    EXPECT_EQ(mark(query_dates(open_end).json()), "");
+    restricted["from"] = "2026-11-21T08:15:33Z";
+    restricted["to"] = "2026-12-01T00:00:00Z";
+    EXPECT_EQ(query_dates(restricted).exception_code(), 21183);
+    restricted["restrictToPermanentStorageHwmDate"] = false;
+    EXPECT_EQ(query_dates(restricted).status, 200);
+}
+
+TEST_F(InvoicesTest, FiltersFindWhatTheyNameAndRefuseWhatNobodyKnows) {
+    open_as_seller();
+    const std::string number = ksef_number_of(client().send(SampleInvoice().xml()));
+    sandbox().advance(1s);
+    const auto found_with = [&](const char* name, const Json& value) {
+        const Json dates = {{"dateType", "Issue"}, {"from", "2026-11-01"}};
+        const Reply reply =
+            client().post("/invoices/query/metadata",
+                          {{"subjectType", "Subject1"}, {"dateRange", dates}, {name, value}});
+        return reply.status == 200 ? int(reply.json().at("invoices").size())
+                                   : -reply.exception_code();
+    };
+    const std::string other_number = "5265877635-20250626-010080DD2B5E-26";
+    struct Case {
+        const char* name;
+        Json fits, fits_not, wrong;
+    };
+    const Case cases[] = {
+        {"invoicingMode", "Online", "Offline", "online"},
+        {"formType", "FA", "PEF", "FB"},
+        {"currencyCodes", {"EUR", "PLN"}, {"EUR"}, {"PLN", "PLX"}},
+        {"currencyCodes", Json::array(), {"XXX"}, {"LN "}},
+        {"invoiceTypes", {"Vat"}, {"KorPef"}, {"VAT"}},
+        {"sellerNip", seller_nip, buyer_nip, "0265877635"},
+        {"ksefNumber", number, other_number, number + "0"},
+        {"invoiceNumber", "FV/1/2026", "FV/1", std::string(257, 'x')},
+        {"invoiceNumber", nullptr, "", 5},
+        {"isSelfInvoicing", false, true, "false"},
+        {"amount",
+         {{"type", "Brutto"}, {"to", 1950.53}},
+         {{"type", "Vat"}, {"from", 1950}},
+         {{"type", "Gross"}}},
+        {"amount",
+         {{"type", "Netto"}, {"from", nullptr}},
+         {{"type", "Netto"}, {"to", 0}},
+         {{"type", "Netto"}, {"to", "0"}}},
+        {"buyerIdentifier",
+         {{"type", "Nip"}, {"value", buyer_nip}},
+         {{"type", "Nip"}, {"value", seller_nip}},
+         {{"type", "InternalId"}}},
+        {"buyerIdentifier",
+         nullptr,
+         {{"type", "None"}},
+         {{"type", "Other"}, {"value", std::string(51, 'x')}}},
+    };
+    for (const Case& it : cases) {
+        EXPECT_EQ(found_with(it.name, it.fits), 1) << it.name << it.fits;
+        EXPECT_EQ(found_with(it.name, it.fits_not), 0) << it.name << it.fits_not;
+        EXPECT_EQ(found_with(it.name, it.wrong), -21405) << it.name << it.wrong;
+    }
+    EXPECT_EQ(found_with("invoiceNumber", std::string(256, 'x')), 0);
+    const Json dates = {{"dateType", "Issue"}, {"from", "2026-11-01"}};
+    EXPECT_EQ(query_dates(dates, "pageSize=250&pageOffset=39").status, 200);
+    EXPECT_EQ(query_dates(dates, "pageSize=250&pageOffset=40").exception_code(), 21405);
+}
+
+TEST_F(InvoicesTest, AnInvoiceIsStoredAfterItGotItsNumberAtEveryPrecision) {
+    for (int digits = 0; digits <= 7; ++digits) {
+        start([&](Options& it) { it.time.fraction_digits = digits; });
+        open_as_seller();
+        const std::string reference = client().send(SampleInvoice().xml());
+        const Json invoice = client().get(session_path() + "/invoices/" + reference).json();
+        EXPECT_LT(parse_instant(invoice.at("acquisitionDate").get<std::string>()),
+                  parse_instant(invoice.at("permanentStorageDate").get<std::string>()))
+            << invoice;
+    }
 }
 
 }  // namespace

@@ -14,13 +14,16 @@ TEST(Numbers, TheChecksumAgreesWithPublishedExamples) {
     for (const char* number :
          {"5265877635-20250826-0100001AF629-AF", "5265877635-20250916-0200A0D6723E-C2",
           "5265877635-20250916-010040741B3E-46", "5265877635-20250626-010080DD2B5E-26"})
-        EXPECT_TRUE(is_ksef_number(number)) << number;
+        EXPECT_EQ(
+            make_ksef_number("5265877635", std::string(number, 11, 8), std::string(number, 20, 12)),
+            number);
     for (const char* number :
-         {"5265877635-20250826-0100001AF629-AE", "5265877635-20250826-0100001AF629-af",
-          "5265877635-20250826-0100001AF62-AF", "", "0265877635-20250826-0100001AF629-AF"})
-        EXPECT_FALSE(is_ksef_number(number)) << number;
-    EXPECT_EQ(make_ksef_number("5265877635", "20250826", "0100001AF629"),
-              "5265877635-20250826-0100001AF629-AF");
+         {"5265877635-20250826-0100001AF629-00", "5265877635-20250826-010000-1AF629-AF"})
+        EXPECT_TRUE(has_ksef_number_form(number)) << number;
+    for (const char* number :
+         {"5265877635-20250826-0100001AF629-af", "5265877635-20250826-0100001AF62-AF", "",
+          "0265877635-20250826-0100001AF629-AF", "5265877635-20251326-0100001AF629-AF"})
+        EXPECT_FALSE(has_ksef_number_form(number)) << number;
 }
 
 TEST(Numbers, ReferenceNumbersHaveTheFormConfirmationsMayName) {
@@ -59,6 +62,16 @@ TEST(Times, PolishDaysFollowSummerTime) {
     };
     for (const auto& [moment, text] : cases)
         EXPECT_EQ(polish_time_text(*parse_instant(moment)), text);
+    const std::pair<const char*, const char*> read[] = {
+        {"2026-07-01T12:00:00", "2026-07-01T10:00:00Z"},
+        {"2026-07-01T12:00:00Z", "2026-07-01T12:00:00Z"},
+        {"2026-03-29T01:59:59", "2026-03-29T00:59:59Z"},
+        {"2026-03-29T03:00:00", "2026-03-29T01:00:00Z"},
+        {"2026-10-25T01:59:59", "2026-10-24T23:59:59Z"},
+        {"2026-10-25T02:30:00", "2026-10-25T01:30:00Z"},
+    };
+    for (const auto& [local, moment] : read)
+        EXPECT_EQ(parse_polish_instant(local), parse_instant(moment)) << local;
     EXPECT_EQ(polish_date_text(*parse_instant("2026-11-21T23:00:00Z")), "2026-11-22");
 }
 

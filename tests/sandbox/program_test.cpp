@@ -90,6 +90,16 @@ TEST_F(ProgramTest, KilledAfterAcceptingItStillProcessesTheInvoice) {
             << file.path() << " holds private keys";
 }
 
+TEST_F(ProgramTest, TheLogNamesASchemaThatTheFolderLacks) {
+    Client client(start("--schemas " + folder_.path().string()));
+    client.sign_in(seller_nip);
+    client.open_session();
+    EXPECT_EQ(client.invoice_status(client.send(SampleInvoice().xml())).at("code"), 200);
+    kill(child_, SIGTERM);
+    EXPECT_NE(read_line().find("no Schemat_FA(3)_v1-0E.xsd in " + folder_.path().string()),
+              std::string::npos);
+}
+
 TEST_F(ProgramTest, HttpsIsTrustedThroughTheAuthorityItWrites) {
     const std::string arguments =
         "--https --ca-file-out " + path("ca.pem") + " --data " + path("data");

@@ -77,6 +77,32 @@ TEST_F(RestartTest, EverythingIsThereAgainUntilItIsReset) {
         << "keys outlive a reset";
 }
 
+TEST_F(RestartTest, InvoicesKeptWithoutTheirDateOfStorageGetItBack) {
+    Client client(0);
+    const auto invoices = [&] {
+        const auto sandbox = run();
+        Client now(sandbox->port());
+        now.bearer = client.access_token;
+        return now.get("/sessions/" + client.session + "/invoices").json().at("invoices");
+    };
+    {
+        const auto sandbox = run();
+        client = Client(sandbox->port());
+        client.sign_in(seller_nip);
+        client.open_session();
+        client.send(SampleInvoice().xml());
+    }
+    const std::string date = invoices()[0].at("permanentStorageDate");
+    sqlite3* database = nullptr;
+    sqlite3_open(file().c_str(), &database);
+    sqlite3_exec(database,
+                 "update record set value = json_remove(value, '$.stored') where kind = 'invoice'",
+                 nullptr, nullptr, nullptr);
+    EXPECT_EQ(sqlite3_changes(database), 1);
+    sqlite3_close(database);
+    EXPECT_EQ(invoices()[0].at("permanentStorageDate"), date);
+}
+
 TEST_F(RestartTest, ForeignBusyAndOlderFilesAreRefused) {
     std::ofstream(file())
         << "This is a letter, not a database, and longer than a page header is, to be sure.";

@@ -38,6 +38,24 @@ TEST_F(SessionsTest, AnEmptySessionIsCancelledAndOneWithoutGoodInvoicesFails) {
     EXPECT_FALSE(status().contains("upo"));
 }
 
+TEST_F(SessionsTest, ACountIsLeftOutWhileThereIsNothingToCount) {
+    using Counts = std::pair<int, int>;
+    const auto counts = [](const Json& it) {
+        return Counts(it.value("successfulInvoiceCount", -1), it.value("failedInvoiceCount", -1));
+    };
+    open_as_seller();
+    EXPECT_EQ(counts(status()), Counts(-1, -1));
+    EXPECT_EQ(counts(list_sessions().json().at("sessions")[0]), Counts(0, 0));
+    client().send(SampleInvoice().xml());
+    EXPECT_EQ(counts(status()), Counts(1, -1)) << "clients wait for it before they close";
+    close();
+    EXPECT_EQ(counts(status()), Counts(1, -1));
+    client().open_session();
+    client().send("no invoice");
+    close();
+    EXPECT_EQ(counts(status()), Counts(-1, 1));
+}
+
 TEST_F(SessionsTest, AForgottenSessionClosesItselfAfterTwelveHours) {
     open_as_seller();
     client().send(SampleInvoice().xml());
@@ -50,9 +68,16 @@ TEST_F(SessionsTest, AKeyThatCannotBeDecryptedShowsInTheStatus) {
     Json body = client().open_body(std::string(31, 'k'));
     client().session = client().post("/sessions/online", body).json().at("referenceNumber");
     EXPECT_EQ(code(), 415);
-    Json unknown_form = body, short_vector = body;
-    unknown_form["formCode"]["systemCode"] = "FA (9)";
-    EXPECT_EQ(client().post("/sessions/online", unknown_form).exception_code(), 21405);
+    Json other_form = body, short_vector = body;
+    const Json forms[] = {{"FA (9)", "1-0E", "FA"},
+                          {"PEF (3)", "2-1", "PEF"},
+                          {"PEF_KOR (3)", "2-1", "PEF"},
+                          {"FA_RR (1)", "1-1E", "FA_RR"}};
+    for (const Json& form : forms) {
+        other_form["formCode"] = {
+            {"systemCode", form[0]}, {"schemaVersion", form[1]}, {"value", form[2]}};
+        EXPECT_EQ(client().post("/sessions/online", other_form).exception_code(), 21405) << form;
+    }
     short_vector["encryption"]["initializationVector"] = base64_encode(std::string(15, 'v'));
     EXPECT_EQ(client().post("/sessions/online", short_vector).exception_code(), 21405);
 }
@@ -107,6 +132,35 @@ TEST_F(SessionsTest, ListsArePagedFilteredAndNewestFirst) {
                             "Online&pageSize=ten", "", "Online&dateClosedTo=soon"})
         EXPECT_EQ(client().get(std::string("/sessions?sessionType=") + bad).exception_code(), 21405)
             << bad;
+}
+
+TEST_F(SessionsTest, AListIsRefusedForWrongFiltersEvenWhenItIsEmpty) {
+    client().sign_in(seller_nip);
+    for (const char* name : {"dateCreatedFrom", "dateCreatedTo", "dateClosedFrom", "dateClosedTo",
+                             "dateModifiedFrom", "dateModifiedTo", "referenceNumber"})
+        EXPECT_EQ(client()
+                      .get(std::string("/sessions?sessionType=Online&") + name + "=2026-02-30")
+                      .exception_code(),
+                  21405)
+            << name;
+}
+
+TEST_F(SessionsTest, WhoMayOnlyWriteSeesTheSessionsItOpened) {
+    open_as_seller();
+    const auto token = [&](const Json& permissions) {
+        const Json body = {{"permissions", permissions}, {"description", "Token"}};
+        return client().post("/tokens", body).json().at("token").get<std::string>();
+    };
+    const std::string writer = token({"InvoiceWrite"}), viewer = token({"Introspection"});
+    const auto listed = [&] { return list_sessions().json().at("sessions"); };
+    client().sign_in(seller_nip, writer);
+    EXPECT_EQ(listed().size(), 0u);
+    const std::string own = client().open_session();
+    client().sign_in(seller_nip, writer);
+    ASSERT_EQ(listed().size(), 1u) << "signed in again it is the same client";
+    EXPECT_EQ(listed()[0].at("referenceNumber"), own);
+    client().sign_in(seller_nip, viewer);
+    EXPECT_EQ(listed().size(), 2u);
 }
 
 TEST_F(SessionsTest, ConfirmationsAreValidAndAllWaysToThemGiveTheSame) {
