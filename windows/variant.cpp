@@ -26,13 +26,15 @@ std::size_t element_count(SAFEARRAY* array) noexcept {
 }
 
 bool is_byte_array(SAFEARRAY* array) noexcept {
-    return array != nullptr && SafeArrayGetDim(array) == 1 && SafeArrayGetElemsize(array) == 1;
+    return array != nullptr && SafeArrayGetDim(array) == 1 && SafeArrayGetElemsize(array) == 1 &&
+           (array->pvData != nullptr || element_count(array) == 0);
 }
 
 base::Bytes bytes_of(SAFEARRAY* array) {
     base::Bytes copy(element_count(array));
     const SafeArrayAccess access(array);
-    if (!copy.empty() && access.data() != nullptr) {
+    if (!copy.empty()) {
+        if (access.data() == nullptr) throw std::bad_alloc();
         std::memcpy(copy.data(), access.data(), copy.size());
     }
     return copy;

@@ -22,7 +22,7 @@ uses
 function ReadBytesAsCharacters(const FileName: string): WideString;
 var
   Content: TMemoryStream;
-  Bytes: PByteArray;
+  Bytes: PAnsiChar;
   I: Integer;
 begin
   Content := TMemoryStream.Create;
@@ -31,7 +31,7 @@ begin
     Bytes := Content.Memory;
     SetLength(Result, Content.Size);
     for I := 1 to Content.Size do
-      Result[I] := WideChar(Bytes^[I - 1]);
+      Result[I] := WideChar(Ord(Bytes[I - 1]));
   finally
     Content.Free;
   end;

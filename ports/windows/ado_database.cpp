@@ -97,7 +97,7 @@ class AdoRecordset final : public ports::Recordset {
     void update_batch() override {
         const std::vector<AssignedField> assigned = take_assigned();
         const bool is_one_row = row_ && !is_new_ && !others_wait_;
-        if ((!is_new_ || others_wait_) && !finds_rows_by_key(recordset_)) {
+        if ((!is_new_ || others_wait_) && !finds_rows_by_key(recordset_, row_)) {
             if (!is_one_row) {
                 give_up();
                 throw base::AutomationError(
@@ -106,7 +106,8 @@ class AdoRecordset final : public ports::Recordset {
                     u"apart: " +
                         sql_);
             }
-            return write_by_statement(assigned);
+            constexpr int attempts = 2;
+            return write_by_statement(assigned, attempts);
         }
         try {
             recordset_.call(u"UpdateBatch");
@@ -116,7 +117,7 @@ class AdoRecordset final : public ports::Recordset {
                 give_up();
                 throw;
             }
-            if (!stands_written(assigned)) write_by_statement(assigned);
+            if (!stands_written(assigned)) write_by_statement(assigned, 1);
         }
     }
 
@@ -145,20 +146,37 @@ class AdoRecordset final : public ports::Recordset {
         return fields;
     }
 
-    void write_by_statement(const std::vector<AssignedField>& assigned) {
+    // A statement that raises nothing has reached the row if there is one, whatever a trigger or
+    // the column's code page made of the values since.
+    void write_by_statement(const std::vector<AssignedField>& assigned, int attempts) {
         if (assigned.empty()) return;
-        update_row(connection_, *row_, assigned);
-        if (stands_written(assigned)) return;
-        throw base::AutomationError(base::ErrorNumber::row_changed, u"Database",
-                                    u"The row does not hold what was written: " + row_->table +
-                                        u" where " + row_->condition);
+        for (;;) {
+            try {
+                update_row(connection_, *row_, assigned);
+                break;
+            } catch (const base::AutomationError& error) {
+                give_up();
+                if (!may_be_written(error)) throw;
+                if (stands_written(assigned)) return;
+                if (--attempts == 0) throw;
+            }
+        }
+        read_again();
+        if (!at_end()) return;
+        throw base::AutomationError(
+            base::ErrorNumber::row_changed, u"Database",
+            u"There is no such row any more: " + row_->table + u" where " + row_->condition);
     }
 
-    // Reads the row anew and compares. Times are left out: a column may keep less of one than was
-    // written.
-    bool stands_written(const std::vector<AssignedField>& assigned) {
+    void read_again() {
         close(recordset_);
         open();
+    }
+
+    // Whether a write that was reported as failed has happened after all: reads the row anew and
+    // compares. Times are left out, because a column may keep less of one than was written.
+    bool stands_written(const std::vector<AssignedField>& assigned) {
+        read_again();
         if (at_end()) return false;
         bool compared = false;
         for (const AssignedField& field : assigned) {

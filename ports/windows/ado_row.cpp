@@ -87,7 +87,8 @@ LateBound make_parameter(const LateBound& command, const VARIANT& assigned) {
 
 }  // namespace
 
-bool finds_rows_by_key(const LateBound& recordset) {
+bool finds_rows_by_key(const LateBound& recordset,
+                       const std::optional<ports::tsql::SingleRow>& row) {
     // Key columns that the query does not name, which the provider then reads beside the others.
     const base::Value hidden = property_of(recordset, u"Hidden Columns");
     if (const auto* number = std::get_if<std::int64_t>(&hidden); number != nullptr && *number > 0)
@@ -95,11 +96,17 @@ bool finds_rows_by_key(const LateBound& recordset) {
     const LateBound fields = recordset.object(u"Fields");
     const std::int32_t count = count_of(fields);
     std::int32_t keys = 0;
+    bool own = !row;
     for (std::int32_t i = 0; i < count; ++i) {
-        if (property_of(fields.object(u"Item", i), u"KEYCOLUMN") == base::Value(true)) ++keys;
+        const LateBound field = fields.object(u"Item", i);
+        if (property_of(field, u"KEYCOLUMN") != base::Value(true)) continue;
+        ++keys;
+        const base::Value name = value_of(field.get(u"Name").get());
+        const auto* text = std::get_if<base::Text>(&name);
+        own = own || (text != nullptr && base::equal_case_blind(*text, row->column));
     }
     // All of them is what a provider says that knows of no key.
-    return keys > 0 && keys < count;
+    return own && keys > 0 && keys < count;
 }
 
 void update_row(const LateBound& connection, const ports::tsql::SingleRow& row,

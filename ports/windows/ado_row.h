@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <vector>
 
 #include "ports/portable/tsql/single_row.h"
@@ -17,7 +18,11 @@ struct AssignedField {
 /// unique index, and always through ODBC), ADO takes all the columns that were read for one, and an
 /// update reaches every row that holds the same in them: in documents that were never sent, every
 /// other one of that day.
-bool finds_rows_by_key(const LateBound& recordset);
+///
+/// A key of which only a part was read is as bad. So of the key columns among those that were read
+/// only `row`'s own is trusted, where the statement is one for a single row.
+bool finds_rows_by_key(const LateBound& recordset,
+                       const std::optional<ports::tsql::SingleRow>& row);
 
 /// Writes the fields of one row with one statement, whatever ADO knows of its key. Whether the row
 /// is there must be looked up: triggers and the server's settings change the count of rows that

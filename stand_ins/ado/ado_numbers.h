@@ -80,6 +80,7 @@ enum class AdoError : std::uint32_t {
     unspecified = 0x80004005,
     type_mismatch = 0x80020005,
     multiple_step = 0x80040E21,
+    timed_out = 0x80040E31,
     transaction_exists = 0x8004D013,
     no_transaction = 0x8004D00E,
 };

@@ -50,6 +50,25 @@ constexpr com::ClassTable parameters_class = {
     .members = parameters_members,
 };
 
+// Whether a parameter of the type takes the value as it is; ADO itself would convert or refuse it.
+bool fits(std::int32_t type, const ports::Value& value) {
+    if (std::holds_alternative<std::monostate>(value)) return true;
+    switch (type) {
+        case data_type::integer:
+            return std::holds_alternative<std::int64_t>(value);
+        case data_type::double_number:
+            return std::holds_alternative<double>(value);
+        case data_type::boolean:
+            return std::holds_alternative<bool>(value);
+        case data_type::date:
+            return std::holds_alternative<base::DateTime>(value);
+        case data_type::long_binary:
+            return std::holds_alternative<base::Bytes>(value);
+        default:
+            return std::holds_alternative<base::Text>(value);
+    }
+}
+
 bool is_text(std::int32_t type) {
     return type == data_type::text || type == data_type::long_text ||
            type == data_type::ansi_text || type == data_type::long_ansi;
@@ -59,7 +78,9 @@ bool is_text(std::int32_t type) {
 
 void Parameters::append(const windows::ComPointer<IDispatch>& object) {
     const auto parameter = com::DispatchObject::target_of<Parameter>(object.get(), parameter_class);
-    if (!parameter) raise(AdoError::wrong_type, source);
+    if (!parameter || !fits(parameter->type, parameter->value)) {
+        raise(AdoError::wrong_type, source);
+    }
     if (is_text(parameter->type)) {
         if (parameter->size <= 0) raise(AdoError::bad_parameter, source);
         const auto* text = std::get_if<base::Text>(&parameter->value);
@@ -101,6 +122,7 @@ void Command::execute(std::optional<std::int32_t>& records_affected,
     const auto& database = connection_->database(AdoError::invalid_connection);
     connection_->recorded([&] {
         connection_->require_free();
+        connection_->meet_trouble(source);
         const std::int64_t count = database->execute(text_, parameters_->values());
         records_affected = connection_->habits().row_count == RowCount::none
                                ? -1

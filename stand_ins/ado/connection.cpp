@@ -134,6 +134,19 @@ void Connection::require_free() const {
           u"Cannot create new connection because in manual or distributed transaction mode.");
 }
 
+void Connection::meet_trouble(base::TextView source) {
+    if (habits_.deadlocks > 0) {
+        --habits_.deadlocks;
+        raise(AdoError::unspecified, source,
+              u"Transaction (Process ID 51) was deadlocked on lock resources with another process "
+              u"and has been chosen as the deadlock victim. Rerun the transaction.");
+    }
+    if (habits_.timeouts > 0) {
+        --habits_.timeouts;
+        raise(AdoError::timed_out, source, u"Query timeout expired");
+    }
+}
+
 constexpr com::ClassTable connection_class = {
     .class_id = com::guid("CA80A531-859E-4E57-9732-DA2C51DCF0BB"),
     .interface_id = com::guid("A9A6C9E4-1E31-4B0B-A624-4C9974A78056"),

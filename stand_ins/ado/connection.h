@@ -37,7 +37,9 @@ class Connection : public std::enable_shared_from_this<Connection> {
 
     /// The open database; throws `when_closed` otherwise.
     const std::shared_ptr<ports::SqliteConnection>& database(AdoError when_closed) const;
-    Habits& habits() noexcept { return habits_; }
+    const Habits& habits() const noexcept { return habits_; }
+    /// Before each write: throws when it is one that the habits want to fail.
+    void meet_trouble(base::TextView source);
     /// Throws while rows of Execute wait to be read in a transaction: outside one the provider
     /// would open a second connection for the next statement.
     void require_free() const;

@@ -28,6 +28,7 @@ Habits habits_in(base::TextView connection_string) {
     habits.shows_new_dates_as_text = is(u"Provider", u"SQLOLEDB");
     if (is(u"Locale", u"en")) habits.locale = english;
     if (is(u"Deadlocks", u"1")) habits.deadlocks = 1;
+    if (is(u"Timeouts", u"1")) habits.timeouts = 1;
     return habits;
 }
 

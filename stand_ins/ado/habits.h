@@ -25,8 +25,10 @@ struct Habits {
     bool shows_new_dates_as_text = false;
     /// "Locale=en" rather than Polish: the user's regional settings.
     LCID locale = 0x0415;
-    /// "Deadlocks=1": so many of the next batches fall victim to another's transaction.
+    /// "Deadlocks=1": so many of the next writes fall victim to another's transaction.
     int deadlocks = 0;
+    /// "Timeouts=1": so many run into the time-out.
+    int timeouts = 0;
 };
 
 Habits habits_in(base::TextView connection_string);

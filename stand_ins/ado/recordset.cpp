@@ -130,12 +130,7 @@ void Recordset::UpdateBatch(const std::optional<std::int32_t>&) {
 
 void Recordset::write() {
     connection_->recorded([&] {
-        if (int& deadlocks = connection_->habits().deadlocks; deadlocks > 0) {
-            --deadlocks;
-            raise(AdoError::unspecified, source,
-                  u"Transaction (Process ID 51) was deadlocked on lock resources with another "
-                  u"process and has been chosen as the deadlock victim. Rerun the transaction.");
-        }
+        connection_->meet_trouble(source);
         rows().write_changes();
     });
 }

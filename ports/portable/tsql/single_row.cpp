@@ -24,8 +24,8 @@ class Reader {
         ++at_;
         take_symbol(";");
         if (next().kind != TokenKind::end) return std::nullopt;
-        return SingleRow{base::from_utf8(table),
-                         base::from_utf8(column + "=" + sign + number.text)};
+        return SingleRow{base::from_utf8(table), base::from_utf8(column + "=" + sign + number.text),
+                         base::from_utf8(column)};
     }
 
   private:

@@ -10,6 +10,7 @@ namespace tavrix::ports::tsql {
 struct SingleRow {
     base::Text table;      ///< as the statement writes it, names that need brackets in brackets
     base::Text condition;  ///< "ddout_id=1001"
+    base::Text column;     ///< the condition's, as the statement writes it
 };
 
 /// The row of "select ... from TABLE where COLUMN = INTEGER", whatever is selected. Nothing for any

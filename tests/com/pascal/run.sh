@@ -29,7 +29,7 @@ write_settings "$work/Tavrix.json"
 wine_program 32 "$work/host.exe" "${origin##*:}" | tr -d '\r' | tee "$work/host.txt"
 [[ $(cat "$work/host.txt") == KONIEC ]]
 
-sqlite3 "$work/firma.db" <"$root/demo/schema.sql"
+make_host_database "$work/firma.db"
 wine_program 32 "$work/SendInvoice.exe" "Data Source=Z:$work/firma.db" 5265877635 'R|nip-5265877635|s' \
     "Z:$root/demo/faktura.xml" dok_fak 1001 2 | tr -d '\r' | tee "$work/send.txt"
 number=$(sqlite3 "$work/firma.db" "select numer_ksef from dok_fak where ddout_id = 1001")
