@@ -20,7 +20,7 @@ class TalkingClock final : public ports::Clock {
     base::DateTime now_local() override { return clock_->now_local(); }
     std::chrono::milliseconds steady_now() override { return clock_->steady_now(); }
     void sleep(std::chrono::milliseconds duration) override {
-        std::cerr << "KSeF jeszcze przetwarza, czekam " << duration.count() / 1000 << " s...\n";
+        std::cerr << "Czekam na KSeF " << duration.count() / 1000 << " s...\n";
         clock_->sleep(duration);
     }
 

@@ -76,7 +76,7 @@ std::string ksef_number_in(const Json& row) {
 // acceptance leaves its new reference in the row.
 ExitCode exit_code_of(const Text& result, const Json& before, const Json& now) {
     if (result.empty()) return exit_done;
-    const bool recorded = !ksef_number_in(now).empty() && now != before;
+    const bool recorded = before.is_object() && !ksef_number_in(now).empty() && now != before;
     return recorded || result.starts_with(accepted_prefix) ? exit_accepted_no_upo : exit_failed;
 }
 

@@ -89,11 +89,12 @@ ports::Http& Client::http() {
     return *http_;
 }
 
-ports::HttpReply Client::send(ports::HttpRequest request, bool with_authorization) {
+ports::HttpReply Client::send(ports::HttpRequest request, bool with_authorization,
+                              int most_repeats) {
     request.headers.push_back({"Accept", "application/json"});
     request.headers.push_back({"Content-Type", "application/json"});
     if (with_authorization) request.authorization = authorization_.copy();
-    for (;;) {
+    for (int repeats = 0;; ++repeats) {
         request.time_limit = call_ends_at_ - ports_.clock.steady_now();
         if (request.time_limit->count() <= 0) {
             throw base::AutomationError(base::ErrorNumber::component_failed, u"KseF_comm",
@@ -101,7 +102,7 @@ ports::HttpReply Client::send(ports::HttpRequest request, bool with_authorizatio
         }
         ports::HttpReply reply = http().send(request);
         const auto pause = pause_before_repeating(reply);
-        if (!pause) return reply;
+        if (!pause || repeats == most_repeats) return reply;
         ports_.clock.sleep(*pause);
     }
 }
@@ -126,6 +127,12 @@ ports::HttpReply Client::post(std::string_view path, const Body& body) {
     return send({"POST", url_of(path), body.dump()}, true);
 }
 
+ports::HttpReply Client::post_once(std::string_view path, const Body& body) {
+    ports::HttpRequest request{"POST", url_of(path), body.dump()};
+    request.only_once = true;
+    return send(std::move(request), true);
+}
+
 ports::HttpReply Client::get_address(std::string_view url) {
     using ports::AddressKind;
     const AddressKind kind = http().kind_of(url);
@@ -143,7 +150,8 @@ void Client::close_with_authentication_token() {
     base::SecretUtf8 path("/api/v2/sessions/online/");
     path += secret_path_segment(authentication_token.view()).view();
     path += "%20/close";
-    post(path.view(), Body::object());
+    // Nobody reads the answer, so nobody waits for a better one.
+    send({"POST", url_of(path.view()), Body::object().dump()}, true, 0);
 }
 
 }  // namespace tavrix::ksef

@@ -40,12 +40,14 @@ class Client {
     /// waits for the service add up to 13 minutes, and the tokens do not live much longer.
     void begin_call(std::int32_t environment);
 
-    /// All three wait and ask again where the service says when, by 429 and `Retry-After`, and the
-    /// settings let them wait for so long.
+    /// All of them wait and ask again, three times at most, where the service says when, by 429 and
+    /// `Retry-After`, and the settings let them wait for so long.
     ///
     /// `path` begins with "/api/v2"; settings may put another root in its place.
     ports::HttpReply get(std::string_view path);
     ports::HttpReply post(std::string_view path, const Body& body);
+    /// What must not arrive twice, although its answer may get lost.
+    ports::HttpReply post_once(std::string_view path, const Body& body);
     /// An address out of an answer. The Bearer header never goes along: a storage address carries
     /// its permission in itself, and whoever else is named there must not see the token. An address
     /// that the HTTP client refuses, or one not encrypted although the service is, is not fetched.
@@ -68,7 +70,9 @@ class Client {
 
   private:
     ports::Http& http();
-    ports::HttpReply send(ports::HttpRequest request, bool with_authorization);
+    static constexpr int repeats_of_429 = 3;
+    ports::HttpReply send(ports::HttpRequest request, bool with_authorization,
+                          int most_repeats = repeats_of_429);
     base::SecretUtf8 url_of(std::string_view path) const;
 
     std::optional<std::chrono::seconds> pause_before_repeating(const ports::HttpReply& reply) const;

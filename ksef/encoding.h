@@ -19,8 +19,7 @@ base::Text extract_key_bits(const base::Text& xml);
 
 /// Milliseconds since 1970-01-01 UTC of an ISO 8601 timestamp with a fraction and an offset,
 /// decimal. The first three digits of the fraction count as milliseconds, nothing is rounded.
-/// Throws for a text without a fraction, with less than three digits in it, or that is no
-/// timestamp.
+/// Throws for a text without a fraction or that is no timestamp.
 base::Text timestamp_to_unix_ms(const base::Text& timestamp);
 
 /// The bytes of a Base64 text; none when it is not Base64.

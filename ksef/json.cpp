@@ -133,8 +133,12 @@ class JsonText {
 
 }  // namespace
 
+// A document in memory takes up to twenty times its text, and the parser cannot survive running out
+// of memory; the service's answers are kilobytes. UPOs and invoices are no JSON.
+constexpr std::size_t longest_document = 4 << 20;
+
 Json parse_json(std::string_view body) {
-    if (nests_too_deep(body)) return nullptr;
+    if (body.size() > longest_document || nests_too_deep(body)) return nullptr;
     Json document = Json::parse(body, nullptr, false);
     if (document.is_discarded()) return nullptr;
     return document;

@@ -112,7 +112,7 @@ class OnlineSession : Exchange {
     }
 
     bool send_invoice() {
-        const HttpReply reply = client_.post(online_path("/invoices"), body_);
+        const HttpReply reply = client_.post_once(online_path("/invoices"), body_);
         body_.clear();
         if (!answered(reply, 202)) return fail(failure_text(reply, u"sessions/online/STATUS:"));
         invoice_reference_ = utf8_at(parse_json(reply.body.view()), "referenceNumber");

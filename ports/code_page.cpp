@@ -28,6 +28,16 @@ std::optional<base::Bytes> bytes_of_latin_1_utf8(base::TextView text) {
     return base::Bytes(bytes.begin(), bytes.end());
 }
 
+// True for a code page that has a character of Latin-1 under another byte, as the Baltic and the
+// Hebrew one do: Latin-1 and decoded text then differ, and are told apart by what they hold.
+bool moves_latin_1(const CodePage& code_page) {
+    for (char16_t c = 0x80; c <= 0xFF; ++c) {
+        const auto byte = code_page.byte_of(c);
+        if (byte && *byte != c) return true;
+    }
+    return false;
+}
+
 base::Bytes bytes_of_decoded(const CodePage& code_page, base::TextView text) {
     base::Bytes bytes = code_page.to_bytes(text);
     if (code_page.to_text(bytes) != text) fail(u"strona kodowa systemu nie ma wszystkich znaków");
@@ -37,10 +47,10 @@ base::Bytes bytes_of_decoded(const CodePage& code_page, base::TextView text) {
 }  // namespace
 
 base::Bytes bytes_one_per_character(const CodePage& code_page, base::TextView text) {
-    if (!code_page.is_single_byte()) {
-        auto bytes = bytes_of_latin_1_utf8(text);
-        return bytes ? std::move(*bytes) : bytes_of_decoded(code_page, text);
+    if (!code_page.is_single_byte() || moves_latin_1(code_page)) {
+        if (auto bytes = bytes_of_latin_1_utf8(text)) return std::move(*bytes);
     }
+    if (!code_page.is_single_byte()) return bytes_of_decoded(code_page, text);
     // Invoices are megabytes of few different characters, so the answers are looked up once.
     constexpr std::uint16_t unknown = 0x100;
     constexpr std::size_t remembered = 0x2200;

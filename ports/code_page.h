@@ -25,10 +25,10 @@ class CodePage {
 /// but that is no greater than U+00FF stands for the byte of its own value: hosts that read Latin-1
 /// then come out right too, because no such character lies elsewhere in the Central and Western
 /// European code pages, and the bytes a code page leaves undefined come back whatever the host made
-/// of them. Where the code page is not one of single bytes, a host that read a UTF-8 file as
-/// Latin-1 is known by its text, every character of which is then a byte of well-formed UTF-8; one
-/// that read the file with the code page holds decoded text, and its own conversion gives the bytes
-/// back.
+/// of them. Where the code page is not one of single bytes, or has one of those characters
+/// elsewhere (Baltic, Hebrew), a host that read a UTF-8 file as Latin-1 is known by its text, every
+/// character of which is then a byte of well-formed UTF-8; one that read the file with the code
+/// page holds decoded text, and its own conversion gives the bytes back.
 ///
 /// Throws base::AutomationError that names the first character that is not a byte, or says that the
 /// text does not come back.

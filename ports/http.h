@@ -24,6 +24,10 @@ struct HttpRequest {
     std::string body{};  ///< sent with every method but GET, also when empty
     std::vector<HttpHeader> headers{};
     base::SecretUtf8 authorization{};  ///< the header of that name; empty for none
+    /// The service must not get it twice. A connection that was used before may turn out dead when
+    /// all has been sent, and the client would then send again by itself; so it goes over a new
+    /// one.
+    bool only_once = false;
     /// From the call to the end of the answer, however much moves meanwhile; none for no end.
     std::optional<std::chrono::milliseconds> time_limit{};
 };
@@ -56,7 +60,8 @@ enum class AddressKind {
 class Http {
   public:
     virtual ~Http() = default;
-    /// Never throws for what the network or the server does; that is in the reply.
+    /// Never throws for what the network or the server does; that is in the reply. Throws
+    /// base::AutomationError for a header that holds the end of a line.
     virtual HttpReply send(const HttpRequest& request) = 0;
     /// Reads `url` as `send` would. Refused is what is not http(s), what names a user, and what
     /// parsers disagree about: backslashes, blanks, control characters and what is not ASCII.

@@ -153,6 +153,7 @@ class CurlHttp final : public Http {
         // Not even a time that is up means no limit, which 0 would.
         if (request.time_limit)
             set(CURLOPT_TIMEOUT_MS, std::max(1L, static_cast<long>(request.time_limit->count())));
+        if (request.only_once) set(CURLOPT_FRESH_CONNECT, 1L);
         base::SecretUtf8 url = request.url.copy();
         url += '\0';
         // A segment of dots that a server gave stays one.
@@ -178,7 +179,12 @@ class CurlHttp final : public Http {
 
     AddressKind kind_of(std::string_view url) const override {
         const auto is_odd = [](char c) { return c <= ' ' || c > '~' || c == '\\'; };
-        if (std::ranges::any_of(url, is_odd)) return AddressKind::refused;
+        // libcurl mends "http:/host" and "http:///host".
+        const std::size_t host = url.find("://");
+        if (std::ranges::any_of(url, is_odd) || host == std::string_view::npos ||
+            url.substr(host + 3).starts_with('/')) {
+            return AddressKind::refused;
+        }
         const std::unique_ptr<CURLU, UrlDeleter> parsed(curl_url());
         if (!parsed) throw std::bad_alloc();
         char* scheme = nullptr;

@@ -175,6 +175,13 @@ TEST_F(SendFaults, AReferenceOfDotsStaysASegment) {
     EXPECT_TRUE(found) << state.at("requests").dump(1);
 }
 
+TEST_F(SendFaults, AnInvoiceWhoseAnswerIsLostIsNotSentAgainByItself) {
+    send_with_fault("sessions/online/invoices", kind("drop"));
+    EXPECT_EQ(sandbox->requests("sessions/online/invoices").size(), 1u);
+    send();
+    EXPECT_EQ(std::string(row().at("numer_ksef")).size(), 35u) << "the duplicate brings it";
+}
+
 TEST_F(SendFaults, ATokenWithALineEndIsNoHeader) {
     EXPECT_EQ(send_with_fault("auth/token/redeem", value_at("accessToken.token", "a\r\nX: 1")),
               unknown);

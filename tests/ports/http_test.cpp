@@ -94,6 +94,8 @@ TEST(Http, RefusesAddressesThatOthersMayReadDifferently) {
         {AddressKind::refused, "ftp://storage.example/upo"},
         {AddressKind::refused, "storage.example/upo"},
         {AddressKind::refused, "https://"},
+        {AddressKind::refused, "http:/storage.example/upo"},
+        {AddressKind::refused, "http:///storage.example/upo"},
         {AddressKind::refused, ""},
     };
     const auto client = make_client();
