@@ -216,10 +216,9 @@ std::vector<std::string> Contract::judge(const std::string& method, const std::s
     }
     const Json& schema = answer["content"][type].at("schema");
     const Json body = read_json(seen.body).value_or(Json());
-    for (std::string& problem : Judgement(document_).of(schema, body))
-        problems.push_back(std::move(problem));
-    for (std::string& problem : judge_error(seen.status, schema, body))
-        problems.push_back(std::move(problem));
+    for (const auto& found_wrong :
+         {Judgement(document_).of(schema, body), judge_error(seen.status, schema, body)})
+        problems.insert(problems.end(), found_wrong.begin(), found_wrong.end());
     if (seen.status != 400) return problems;
     const auto published = errors(method, path);
     for (const Json& error : errors_in(body))
@@ -237,14 +236,14 @@ std::vector<std::string> Contract::judge_error(int status, const Json& reference
     const Json& schema =
         document_.at(Json::json_pointer(reference["$ref"].get<std::string>().substr(1)));
     // The descriptions of these members are their values.
-    for (const auto& [name, expected] :
-         {std::pair("title", schema.value(Json::json_pointer("/properties/title/description"), "")),
-          std::pair("status",
-                    schema.value(Json::json_pointer("/properties/status/description"), ""))})
-        if (body.contains(name) && schema["properties"][name]["type"] != "object" &&
+    for (const char* name : {"title", "status"}) {
+        const Json member = schema["properties"].value(name, Json::object());
+        const std::string expected = member.value("description", "");
+        if (body.contains(name) && member.value("type", "") != "object" &&
             (body[name].is_string() ? body[name].get<std::string>() : body[name].dump()) !=
                 expected)
             problems.push_back(std::string(name) + " is not " + expected);
+    }
     if (status == 401 && body.value("detail", "") != schema["example"]["detail"])
         problems.emplace_back("another detail");
     if (status == 429) {

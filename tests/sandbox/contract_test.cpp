@@ -87,9 +87,15 @@ class ContractTest : public SandboxTest {
         return plain.exception_code();
     }
 
-    /// Every operation of the table, with its path as the interface writes it and unknown values.
-    template <typename Visit>
-    void each_operation(Visit visit) {
+    /// An operation of the table, its path as the interface writes it.
+    struct Operation {
+        const Route& route;
+        std::string method, path;
+        /// Values of the right form that name nothing.
+        Parameters unknown;
+    };
+    std::vector<Operation> operations() {
+        std::vector<Operation> all;
         for (const Route& route : interface_routes()) {
             if (route.pattern.starts_with("storage/")) continue;
             const std::string path = contract_->path_of(route.pattern);
@@ -97,17 +103,18 @@ class ContractTest : public SandboxTest {
             for (std::size_t at = 0; (at = path.find('{', at)) != std::string::npos; ++at)
                 unknown.push_back(path.compare(at, 6, "{ksefN") == 0 ? unknown_ksef_number
                                                                      : unknown_reference);
-            visit(route, lower(std::string(route.method)), path, unknown);
+            all.push_back({route, lower(std::string(route.method)), path, unknown});
         }
+        return all;
     }
 
-    void sign_in_with(const Json& permissions) {
+    /// Signs in with a new token; returns what making it answered.
+    Json sign_in_with(const char* permission) {
         client().sign_in(seller_nip);
-        const Json made =
-            client()
-                .post("/tokens", {{"permissions", permissions}, {"description", "Token"}})
-                .json();
+        const Json body = {{"permissions", {permission}}, {"description", "Token"}};
+        const Json made = client().post("/tokens", body).json();
         client().sign_in(seller_nip, made.at("token"));
+        return made;
     }
 
     void work_a_day();
@@ -210,11 +217,8 @@ void ContractTest::meet_every_error() {
     it.bearer = it.authentication_token;
     EXPECT_EQ(refused("post", "/auth/token/redeem"), 21301) << "a wrong token";
     // The token is revoked while it is used.
-    it.sign_in(seller_nip);
-    const Json dying =
-        it.post("/tokens", {{"permissions", {"InvoiceRead"}}, {"description", "Token"}}).json();
+    const Json dying = sign_in_with("InvoiceRead");
     Client killer = client_of(seller_nip);
-    it.sign_in(seller_nip, dying.at("token"));
     it.send_token(dying.at("token"), seller_nip, it.challenge());
     killer.remove("/tokens/" + dying.at("referenceNumber").get<std::string>());
     it.bearer = it.authentication_token;
@@ -224,9 +228,8 @@ void ContractTest::meet_every_error() {
 
     // What is unknown, malformed or of a wrong length.
     it.sign_in(seller_nip);
-    each_operation([&](const Route& route, const std::string& method, const std::string& path,
-                       const Parameters& unknown) {
-        if (route.access.need != Need::access_token) return;
+    for (const auto& [route, method, path, unknown] : operations()) {
+        if (route.access.need != Need::access_token) continue;
         if (!unknown.empty()) {
             const Json body = it.invoice_body(SampleInvoice().xml());
             EXPECT_NE(refused(method, path, unknown, body), 0) << path;
@@ -234,7 +237,7 @@ void ContractTest::meet_every_error() {
         } else if (method == "post") {
             EXPECT_EQ(refused(method, path), 21405) << path;
         }
-    });
+    }
     const std::pair<const char*, Parameters> lists[] = {
         {"/auth/sessions", {}},
         {"/sessions", {}},
@@ -256,26 +259,29 @@ void ContractTest::meet_every_error() {
                       close = "/sessions/online/{referenceNumber}/close";
     const std::string good = SampleInvoice{.number = "FV/2"}.xml();
     it.send("<Faktura");
-    Json body = it.invoice_body(good);
-    body["encryptedInvoiceSize"] = 1;
-    EXPECT_EQ(refused("post", send, {it.session}, body), 21402);
-    body = it.invoice_body(good);
-    body["encryptedInvoiceHash"] = sha256_base64("other");
-    EXPECT_EQ(refused("post", send, {it.session}, body), 21403);
-    body = it.invoice_body(good);
-    body["offlineMode"] = true;
-    body["hashOfCorrectedInvoice"] = sha256_base64("<Faktura");
-    agree("post", send, {it.session}, body);
-    EXPECT_EQ(refused("post", send, {it.session}, body), 21166);
-    body["hashOfCorrectedInvoice"] = sha256_base64(good);
-    EXPECT_EQ(refused("post", send, {it.session}, body), 21167);
+    const Json sent = it.invoice_body(good);
+    const auto with = [&](const Json& changes) {
+        Json body = sent;
+        body.update(changes);
+        return body;
+    };
+    const auto correction_of = [&](const std::string& document) {
+        return with({{"offlineMode", true}, {"hashOfCorrectedInvoice", sha256_base64(document)}});
+    };
+    agree("post", send, {it.session}, correction_of("<Faktura"));
+    const std::pair<Json, int> wrong[] = {{with({{"encryptedInvoiceSize", 1}}), 21402},
+                                          {with({{"encryptedInvoiceHash", key_id}}), 21403},
+                                          {correction_of("<Faktura"), 21166},
+                                          {correction_of(good), 21167}};
+    for (const auto& [body, code] : wrong)
+        EXPECT_EQ(refused("post", send, {it.session}, body), code);
     const std::string own = it.session;
     EXPECT_EQ(refused("get", "/sessions/{referenceNumber}/upo/{upoReferenceNumber}",
                       {own, unknown_reference}),
               21178);
     agree("post", close, {own});
     EXPECT_EQ(refused("post", close, {own}), 21180);
-    EXPECT_EQ(refused("post", send, {own}, it.invoice_body(good)), 21180);
+    EXPECT_EQ(refused("post", send, {own}, sent), 21180);
 
     const Json range = {{"dateType", "PermanentStorage"},
                         {"from", "2026-11-22"},
@@ -284,7 +290,7 @@ void ContractTest::meet_every_error() {
     EXPECT_EQ(refused("post", "/invoices/query/metadata", {},
                       {{"subjectType", "Subject1"}, {"dateRange", range}}),
               21183);
-    sign_in_with({"InvoiceRead"});
+    sign_in_with("InvoiceRead");
     EXPECT_EQ(refused("post", "/tokens", {},
                       {{"permissions", {"InvoiceWrite"}}, {"description", "Zapis"}}),
               26001);
@@ -304,52 +310,44 @@ TEST_F(ContractTest, EveryAnswerOfEveryOperationAgrees) {
     meet_every_error();
 
     client().bearer.clear();
-    each_operation([&](const Route& route, const std::string& method, const std::string& path,
-                       const Parameters& unknown) {
+    for (const auto& [route, method, path, unknown] : operations())
         if (route.access.need != Need::nothing) agree(method, path, unknown);
-    });
-    sign_in_with({"SubunitManage"});
-    each_operation([&](const Route& route, const std::string& method, const std::string& path,
-                       const Parameters& unknown) {
+    sign_in_with("SubunitManage");
+    for (const auto& [route, method, path, unknown] : operations())
         if (!route.access.permissions.empty()) agree(method, path, unknown);
-    });
     control().post("/sandbox/faults",
                    {{"step", "*"}, {"kind", "429"}, {"count", -1}, {"retry_after", 1}});
-    each_operation([&](const Route&, const std::string& method, const std::string& path,
-                       const Parameters& unknown) { refused(method, path, unknown); });
+    for (const auto& [route, method, path, unknown] : operations()) refused(method, path, unknown);
 
     // Nothing of the table was forgotten above.
-    each_operation([&](const Route& route, const std::string& method, const std::string& path,
-                       const Parameters&) {
+    for (const auto& [route, method, path, unknown] : operations()) {
         const std::string operation = method + " " + path + " ";
-        const auto met = [&](int status) {
-            return seen_.contains(operation + std::to_string(status));
-        };
-        EXPECT_TRUE(met(200) || met(201) || met(202) || met(204)) << operation;
-        EXPECT_EQ(met(401), route.access.need != Need::nothing) << operation;
-        EXPECT_TRUE(met(403) || route.access.permissions.empty()) << operation;
-        EXPECT_TRUE(met(429)) << operation;
+        const auto met = [&](const std::string& what) { return seen_.contains(operation + what); };
+        EXPECT_TRUE(met("200") || met("201") || met("202") || met("204")) << operation;
+        EXPECT_EQ(met("401"), route.access.need != Need::nothing) << operation;
+        EXPECT_TRUE(met("403") || route.access.permissions.empty()) << operation;
+        EXPECT_TRUE(met("429")) << operation;
         for (const PublishedError& error : contract_->errors(method, path))
-            EXPECT_TRUE(seen_.contains(operation + error.name()) ||
-                        unreachable.contains(error.name()) ||
+            EXPECT_TRUE(met(error.name()) || unreachable.contains(error.name()) ||
                         unreachable.contains(operation + error.name()))
                 << operation << error.name();
-    });
+    }
 }
 
 TEST_F(ContractTest, EveryStatusThatProcessingCanFindIsPublished) {
+    Client& it = client();
     const auto order = [&](const char* step, int code) {
         const Json fault = {{"step", step}, {"kind", "verdict"}, {"code", code}};
         EXPECT_EQ(control().post("/sandbox/faults", fault).status, 200);
     };
-    Client& it = client();
+    const auto shows = [&](const char* path, const std::string& reference, int code) {
+        EXPECT_EQ(agree("get", path, {reference}).json().at("status").at("code"), code);
+    };
     for (int code : {415, 425, 450, 460, 470, 480, 500, 550}) {
         order("processing/authentication", code);
         it.send_token(token_of(seller_nip), seller_nip, it.challenge());
         it.bearer = it.authentication_token;
-        const Json status =
-            agree("get", "/auth/{referenceNumber}", {it.authentication_reference}).json();
-        EXPECT_EQ(status.at("status").at("code"), code);
+        shows("/auth/{referenceNumber}", it.authentication_reference, code);
     }
     open_as_seller();
     for (int code : {405, 410, 415, 430, 435, 450, 500, 550}) {
@@ -362,46 +360,42 @@ TEST_F(ContractTest, EveryStatusThatProcessingCanFindIsPublished) {
         it.open_session();
         order("processing/session", code);
         close();
-        const Json status = agree("get", "/sessions/{referenceNumber}", {it.session}).json();
-        EXPECT_EQ(status.at("status").at("code"), code);
+        shows("/sessions/{referenceNumber}", it.session, code);
     }
 }
 
 TEST_F(ContractTest, TheJudgeCanSayNo) {
-    const auto problems = [&](int status, const char* type, const std::string& body) {
-        return contract_
-            ->judge("get", "/auth/{referenceNumber}", {status, body, {{"content-type", type}}})
-            .size();
+    const auto agrees = [&](int status, const Json& body,
+                            const char* type = "application/json; charset=utf-8") {
+        const SeenAnswer seen{status, dump(body), {{"content-type", type}}};
+        return contract_->judge("get", "/auth/{referenceNumber}", seen).empty();
     };
     client().sign_in(seller_nip);
     client().bearer = client().authentication_token;
-    const Json good = client().get("/auth/" + client().authentication_reference).json();
-    const char* json = "application/json; charset=utf-8";
-    EXPECT_EQ(problems(200, json, dump(good)), 0u);
-    EXPECT_NE(problems(201, json, dump(good)), 0u);
-    EXPECT_NE(problems(200, "text/json", dump(good)), 0u);
-    for (const auto& [path, value] : {std::pair<const char*, Json>("extra", 1),
-                                      {"startDate", "yesterday"},
-                                      {"authenticationMethod", "Tokens"},
-                                      {"status.code", 201},
-                                      {"status.description", "Sukces"},
-                                      {"refreshTokenValidUntil", nullptr}}) {
-        Json bad = good;
-        set_at_path(bad, path, value);
-        EXPECT_NE(problems(200, json, dump(bad)), 0u) << path;
-    }
-    const auto error = [](int code, const char* description, const char* detail) {
-        const Json item = {
-            {"exceptionCode", code}, {"exceptionDescription", description}, {"details", {detail}}};
-        return dump(Json{{"exception", {{"exceptionDetailList", Json::array({item})}}}});
+    const Json good = client().get("/auth/" + client().authentication_reference).json(),
+               error = client().get("/auth/" + unknown_reference).json();
+    EXPECT_TRUE(agrees(200, good));
+    EXPECT_TRUE(agrees(400, error));
+    EXPECT_FALSE(agrees(201, good));
+    EXPECT_FALSE(agrees(200, good, "text/json"));
+    const std::string item = "exception.exceptionDetailList[0].";
+    const std::pair<std::string, Json> spoilt[] = {
+        {"extra", 1},
+        {"startDate", "yesterday"},
+        {"authenticationMethod", "Tokens"},
+        {"status.code", 201},
+        {"status.description", "Sukces"},
+        {"refreshTokenValidUntil", nullptr},
+        {item + "exceptionCode", 21305},
+        {item + "exceptionDescription", "Brak"},
+        {item + "details", {"Nie ma jej."}},
     };
-    const char *text = "Brak uwierzytelnienia.",
-               *detail =
-                   "Operacja uwierzytelniania o numerze referencyjnym 1 nie została znaleziona.";
-    EXPECT_EQ(problems(400, json, error(21304, text, detail)), 0u);
-    EXPECT_NE(problems(400, json, error(21305, text, detail)), 0u);
-    EXPECT_NE(problems(400, json, error(21304, "Brak", detail)), 0u);
-    EXPECT_NE(problems(400, json, error(21304, text, "Nie ma jej.")), 0u);
+    for (const auto& [path, value] : spoilt) {
+        const bool in_error = path.starts_with(item);
+        Json bad = in_error ? error : good;
+        set_at_path(bad, path, value);
+        EXPECT_FALSE(agrees(in_error ? 400 : 200, bad)) << path;
+    }
 }
 
 }  // namespace

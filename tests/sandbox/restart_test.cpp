@@ -16,6 +16,15 @@ class RestartTest : public ::testing::Test {
     std::unique_ptr<RunningSandbox> run() {
         return std::make_unique<RunningSandbox>(Options(), open_sqlite_store(file()));
     }
+    /// The number of records that a change of the file touched.
+    int change(const char* sql) const {
+        sqlite3* database = nullptr;
+        sqlite3_open(file().c_str(), &database);
+        sqlite3_exec(database, sql, nullptr, nullptr, nullptr);
+        const int changes = sqlite3_changes(database);
+        sqlite3_close(database);
+        return changes;
+    }
     /// Why the file cannot be opened; empty when it can.
     std::string refusal() const {
         try {
@@ -40,67 +49,45 @@ Json records(Client& client, int port) {
 }
 
 TEST_F(RestartTest, EverythingIsThereAgainUntilItIsReset) {
-    Json before, first;
-    std::string token, certificate;
-    {
-        const auto sandbox = run();
-        Client client(sandbox->port());
-        client.sign_in(seller_nip);
-        client.post("/tokens", {{"permissions", {"InvoiceRead"}}, {"description", "Odczyt"}});
-        client.open_session();
-        client.send(SampleInvoice().xml());
-        client.send(SampleInvoice().xml());
-        client.post("/sessions/online/" + client.session + "/close");
-        first = client.get("/sessions/" + client.session + "/invoices").json().at("invoices").at(0);
-        token = client.access_token;
-        certificate = client.certificate("SymmetricKeyEncryption");
-        before = records(client, sandbox->port());
-    }
-    {
-        const auto sandbox = run();
-        Client client(sandbox->port());
-        client.bearer = token;
-        EXPECT_EQ(records(client, sandbox->port()), before);
-        EXPECT_EQ(client.download(first.at("upoDownloadUrl")).status, 200);
-        const std::string number = first.at("ksefNumber");
-        EXPECT_EQ(client.get("/invoices/ksef/" + number).body, SampleInvoice().xml());
-        client.open_session();
-        EXPECT_EQ(client.invoice_status(client.send(SampleInvoice().xml())).at("code"), 440)
-            << "duplicates are known over a restart";
-        Client(sandbox->port(), "").post("/sandbox/reset");
-    }
-    const auto sandbox = run();
+    auto sandbox = run();
+    Client first(sandbox->port());
+    first.sign_in(seller_nip);
+    first.post("/tokens", {{"permissions", {"InvoiceRead"}}, {"description", "Odczyt"}});
+    first.open_session();
+    first.send(SampleInvoice().xml());
+    first.send(SampleInvoice().xml());
+    first.post("/sessions/online/" + first.session + "/close");
+    const std::string invoices = "/sessions/" + first.session + "/invoices";
+    const Json before = records(first, sandbox->port()),
+               invoice = first.get(invoices).json().at("invoices")[0];
+    const std::string certificate = first.certificate("SymmetricKeyEncryption");
+
+    sandbox.reset();
+    EXPECT_EQ(change("update record set value = json_remove(value, '$.stored') "
+                     "where kind = 'invoice'"),
+              2)
+        << "older files lack the date of storage";
+    sandbox = run();
+    Client again(sandbox->port());
+    again.bearer = first.bearer;
+    EXPECT_EQ(records(again, sandbox->port()), before);
+    EXPECT_EQ(again.get(invoices).json().at("invoices")[0].at("permanentStorageDate"),
+              invoice.at("permanentStorageDate"));
+    EXPECT_EQ(again.download(invoice.at("upoDownloadUrl")).status, 200);
+    const std::string number = invoice.at("ksefNumber");
+    EXPECT_EQ(again.get("/invoices/ksef/" + number).body, SampleInvoice().xml());
+    again.open_session();
+    EXPECT_EQ(again.invoice_status(again.send(SampleInvoice().xml())).at("code"), 440)
+        << "duplicates are known over a restart";
+    Client(sandbox->port(), "").post("/sandbox/reset");
+
+    sandbox.reset();
+    sandbox = run();
     const Json after = Client(sandbox->port(), "").get("/sandbox/state").json();
     for (const char* list : {"sessions", "invoices", "authentications"})
         EXPECT_EQ(after.at(list).size(), 0u) << list;
     EXPECT_EQ(Client(sandbox->port()).certificate("SymmetricKeyEncryption"), certificate)
         << "keys outlive a reset";
-}
-
-TEST_F(RestartTest, InvoicesKeptWithoutTheirDateOfStorageGetItBack) {
-    Client client(0);
-    const auto invoices = [&] {
-        const auto sandbox = run();
-        Client now(sandbox->port());
-        now.bearer = client.access_token;
-        return now.get("/sessions/" + client.session + "/invoices").json().at("invoices");
-    };
-    {
-        const auto sandbox = run();
-        client = Client(sandbox->port());
-        client.sign_in(seller_nip);
-        client.open_session();
-        client.send(SampleInvoice().xml());
-    }
-    const std::string date = invoices()[0].at("permanentStorageDate");
-    sqlite3* database = nullptr;
-    sqlite3_open(file().c_str(), &database);
-    sqlite3_exec(database,
-                 "update record set value = json_remove(value, '$.stored') where kind = 'invoice'",
-                 nullptr, nullptr, nullptr);
-    EXPECT_EQ(sqlite3_changes(database), 1);
-    sqlite3_close(database);
-    EXPECT_EQ(invoices()[0].at("permanentStorageDate"), date);
 }
 
 TEST_F(RestartTest, ForeignBusyAndOlderFilesAreRefused) {
@@ -113,10 +100,7 @@ TEST_F(RestartTest, ForeignBusyAndOlderFilesAreRefused) {
         first->write("setting", "a", "b");
         EXPECT_NE(refusal(), "");
     }
-    sqlite3* database = nullptr;
-    sqlite3_open(file().c_str(), &database);
-    sqlite3_exec(database, "pragma user_version = 1", nullptr, nullptr, nullptr);
-    sqlite3_close(database);
+    change("pragma user_version = 1");
     EXPECT_NE(refusal().find("written by another version of the sandbox"), std::string::npos)
         << refusal();
 }

@@ -15,86 +15,62 @@ class SessionsTest : public SandboxTest {
     int code() { return status().at("status").at("code"); }
 };
 
-TEST_F(SessionsTest, ASessionGoesFromOpenOverClosedToProcessed) {
+TEST_F(SessionsTest, GoFromOpenOverClosedToProcessedAndCountOnlyWhatThereIs) {
+    const auto counts = [](const Json& it) {
+        return std::pair(it.value("successfulInvoiceCount", -1),
+                         it.value("failedInvoiceCount", -1));
+    };
     start([](Options& it) { it.session_closing.polls = 1; });
     open_as_seller();
+    EXPECT_EQ(counts(status()), std::pair(-1, -1));
+    EXPECT_EQ(counts(list_sessions().json().at("sessions")[0]), std::pair(0, 0));
     client().send(SampleInvoice().xml());
+    EXPECT_EQ(counts(status()), std::pair(1, -1)) << "clients wait for it before they close";
     EXPECT_EQ(code(), 100);
     EXPECT_EQ(close().status, 204);
     EXPECT_EQ(close().exception_code(), 21180);
     EXPECT_EQ(code(), 170);
     EXPECT_EQ(code(), 200);
-    EXPECT_EQ(post_invoice(client().invoice_body(SampleInvoice().xml())).exception_code(), 21180);
-}
+    EXPECT_EQ(client().send(SampleInvoice{.number = "late"}.xml()), "");
 
-TEST_F(SessionsTest, AnEmptySessionIsCancelledAndOneWithoutGoodInvoicesFails) {
+    start();
     open_as_seller();
     close();
-    EXPECT_EQ(code(), 440);
+    EXPECT_EQ(code(), 440) << "empty";
     client().open_session();
     client().send("no invoice");
     close();
     EXPECT_EQ(code(), 445);
+    EXPECT_EQ(counts(status()), std::pair(-1, 1));
     EXPECT_FALSE(status().contains("upo"));
 }
 
-TEST_F(SessionsTest, ACountIsLeftOutWhileThereIsNothingToCount) {
-    using Counts = std::pair<int, int>;
-    const auto counts = [](const Json& it) {
-        return Counts(it.value("successfulInvoiceCount", -1), it.value("failedInvoiceCount", -1));
-    };
+TEST_F(SessionsTest, AKeyThatCannotBeDecryptedShowsInTheStatusAndOtherFormsAreRefused) {
     open_as_seller();
-    EXPECT_EQ(counts(status()), Counts(-1, -1));
-    EXPECT_EQ(counts(list_sessions().json().at("sessions")[0]), Counts(0, 0));
-    client().send(SampleInvoice().xml());
-    EXPECT_EQ(counts(status()), Counts(1, -1)) << "clients wait for it before they close";
-    close();
-    EXPECT_EQ(counts(status()), Counts(1, -1));
-    client().open_session();
-    client().send("no invoice");
-    close();
-    EXPECT_EQ(counts(status()), Counts(-1, 1));
-}
-
-TEST_F(SessionsTest, AForgottenSessionClosesItselfAfterTwelveHours) {
-    open_as_seller();
-    client().send(SampleInvoice().xml());
-    sandbox().advance(12h);
-    EXPECT_EQ(state().at("sessions")[0].at("status").at("code"), 200);
-}
-
-TEST_F(SessionsTest, AKeyThatCannotBeDecryptedShowsInTheStatus) {
-    open_as_seller();
-    Json body = client().open_body(std::string(31, 'k'));
+    const Json body = client().open_body(std::string(31, 'k'));
     client().session = client().post("/sessions/online", body).json().at("referenceNumber");
     EXPECT_EQ(code(), 415);
-    Json other_form = body, short_vector = body;
-    const Json forms[] = {{"FA (9)", "1-0E", "FA"},
-                          {"PEF (3)", "2-1", "PEF"},
-                          {"PEF_KOR (3)", "2-1", "PEF"},
-                          {"FA_RR (1)", "1-1E", "FA_RR"}};
-    for (const Json& form : forms) {
-        other_form["formCode"] = {
-            {"systemCode", form[0]}, {"schemaVersion", form[1]}, {"value", form[2]}};
-        EXPECT_EQ(client().post("/sessions/online", other_form).exception_code(), 21405) << form;
+    const Json changes[] = {
+        {{"formCode", {{"systemCode", "FA (9)"}}}},
+        {{"formCode", {{"systemCode", "PEF (3)"}, {"schemaVersion", "2-1"}, {"value", "PEF"}}}},
+        {{"formCode",
+          {{"systemCode", "FA_RR (1)"}, {"schemaVersion", "1-1E"}, {"value", "FA_RR"}}}},
+        {{"encryption", {{"initializationVector", base64_encode(std::string(15, 'v'))}}}},
+    };
+    for (const Json& change : changes) {
+        Json wrong = body;
+        wrong.merge_patch(change);
+        EXPECT_EQ(client().post("/sessions/online", wrong).exception_code(), 21405) << change;
     }
-    short_vector["encryption"]["initializationVector"] = base64_encode(std::string(15, 'v'));
-    EXPECT_EQ(client().post("/sessions/online", short_vector).exception_code(), 21405);
-}
-
-TEST_F(SessionsTest, ForeignAndUnknownSessionsAreNotFound) {
-    open_as_seller();
-    const std::string session = client().session;
-    Client other = client_of(buyer_nip);
-    EXPECT_EQ(other.get("/sessions/" + session).exception_code(), 21173);
-    EXPECT_EQ(other.post("/sessions/online/" + session + "/close").exception_code(), 21173);
-    EXPECT_EQ(client().get("/sessions/20260101-SO-0000000000-0000000000-00").exception_code(),
-              21173);
-    EXPECT_EQ(other.get("/sessions?sessionType=Online").json().at("sessions").size(), 0u);
 }
 
 TEST_F(SessionsTest, ListsArePagedFilteredAndNewestFirst) {
     client().sign_in(seller_nip);
+    for (const char* bad :
+         {"", "Online&statuses=Open", "Online&pageSize=1001", "Online&dateCreatedFrom=2026-02-30",
+          "Online&dateClosedTo=2026-02-30", "Online&referenceNumber=2026"})
+        EXPECT_EQ(client().get(std::string("/sessions?sessionType=") + bad).exception_code(), 21405)
+            << bad;
     std::vector<std::string> references, listed;
     for (int i = 0; i < 12; ++i) {
         references.push_back(client().open_session());
@@ -113,8 +89,6 @@ TEST_F(SessionsTest, ListsArePagedFilteredAndNewestFirst) {
     client().headers["x-continuation-token"] = token;
     EXPECT_EQ(list("Online&pageSize=10"), "");
     EXPECT_EQ(listed, (std::vector<std::string>{references[1], references[0]}));
-    client().headers["x-continuation-token"] = "%%%";
-    EXPECT_EQ(list_sessions().exception_code(), 21418);
     client().headers.clear();
 
     const std::pair<std::string, std::size_t> counts[] = {
@@ -128,30 +102,15 @@ TEST_F(SessionsTest, ListsArePagedFilteredAndNewestFirst) {
         list(query);
         EXPECT_EQ(listed.size(), count) << query;
     }
-    for (const char* bad : {"Online&pageSize=9", "Online&pageSize=1001", "Online&statuses=Open",
-                            "Online&pageSize=ten", "", "Online&dateClosedTo=soon"})
-        EXPECT_EQ(client().get(std::string("/sessions?sessionType=") + bad).exception_code(), 21405)
-            << bad;
 }
 
-TEST_F(SessionsTest, AListIsRefusedForWrongFiltersEvenWhenItIsEmpty) {
-    client().sign_in(seller_nip);
-    for (const char* name : {"dateCreatedFrom", "dateCreatedTo", "dateClosedFrom", "dateClosedTo",
-                             "dateModifiedFrom", "dateModifiedTo", "referenceNumber"})
-        EXPECT_EQ(client()
-                      .get(std::string("/sessions?sessionType=Online&") + name + "=2026-02-30")
-                      .exception_code(),
-                  21405)
-            << name;
-}
-
-TEST_F(SessionsTest, WhoMayOnlyWriteSeesTheSessionsItOpened) {
+TEST_F(SessionsTest, AreSeenByTheirContextAndByWhoOpenedThemWhenItMayOnlyWrite) {
     open_as_seller();
-    const auto token = [&](const Json& permissions) {
-        const Json body = {{"permissions", permissions}, {"description", "Token"}};
-        return client().post("/tokens", body).json().at("token").get<std::string>();
+    const auto token = [&](const char* permission) -> std::string {
+        const Json body = {{"permissions", {permission}}, {"description", "Token"}};
+        return client().post("/tokens", body).json().at("token");
     };
-    const std::string writer = token({"InvoiceWrite"}), viewer = token({"Introspection"});
+    const std::string writer = token("InvoiceWrite"), viewer = token("Introspection");
     const auto listed = [&] { return list_sessions().json().at("sessions"); };
     client().sign_in(seller_nip, writer);
     EXPECT_EQ(listed().size(), 0u);
@@ -161,6 +120,10 @@ TEST_F(SessionsTest, WhoMayOnlyWriteSeesTheSessionsItOpened) {
     EXPECT_EQ(listed()[0].at("referenceNumber"), own);
     client().sign_in(seller_nip, viewer);
     EXPECT_EQ(listed().size(), 2u);
+    client().sign_in(buyer_nip);
+    EXPECT_EQ(listed().size(), 0u);
+    EXPECT_EQ(client().get("/sessions/" + own).exception_code(), 21173) << "another's";
+    EXPECT_EQ(close().exception_code(), 21173);
 }
 
 TEST_F(SessionsTest, ConfirmationsAreValidAndAllWaysToThemGiveTheSame) {
@@ -177,14 +140,14 @@ TEST_F(SessionsTest, ConfirmationsAreValidAndAllWaysToThemGiveTheSame) {
         const std::string path = session_path() + "/invoices/";
         const Json invoice = client().get(path + first).json();
         const std::string number = invoice.at("ksefNumber");
-        const Reply by_link = client().download(invoice.at("upoDownloadUrl"));
-        EXPECT_EQ(by_link.header("x-ms-meta-hash"), sha256_base64(by_link.body));
-        EXPECT_EQ(client().get(path + first + "/upo").body, by_link.body);
-        EXPECT_EQ(client().get(path + "ksef/" + number + "/upo").body, by_link.body);
+        const std::string by_link = client().download(invoice.at("upoDownloadUrl")).body;
+        EXPECT_EQ(client().get(path + first + "/upo").body, by_link);
+        EXPECT_EQ(client().get(path + "ksef/" + number + "/upo").body, by_link);
 
         const Json page = status().at("upo").at("pages").at(0);
         const Reply all = client().download(page.at("downloadUrl"));
-        confirmations.insert(confirmations.end(), {by_link.body, all.body});
+        EXPECT_EQ(all.header("x-ms-meta-hash"), sha256_base64(all.body));
+        confirmations.insert(confirmations.end(), {by_link, all.body});
         const std::string upo = page.at("referenceNumber");
         EXPECT_EQ(client().get(session_path() + "/upo/" + upo).body, all.body);
         const ParsedXml parsed = parse_xml(all.body);
@@ -208,17 +171,19 @@ TEST_F(SessionsTest, ConfirmationsAreValidAndAllWaysToThemGiveTheSame) {
     EXPECT_NE(errors("<Potwierdzenie/>"), Json::array()) << "the schema can say no";
 }
 
-TEST_F(SessionsTest, DownloadLinksExpireAndCannotBeForged) {
+TEST_F(SessionsTest, ForgottenTheyCloseThemselvesAndLinksExpireAndCannotBeForged) {
     open_as_seller();
     const std::string reference = client().send(SampleInvoice().xml());
     const Json invoice = client().get(session_path() + "/invoices/" + reference).json();
     const std::string url = invoice.at("upoDownloadUrl");
-    EXPECT_EQ(client().download(url).status, 200);
     std::string later = url;
     later.replace(later.find("se=2026"), 7, "se=2027");
     EXPECT_EQ(client().download(later).status, 403);
     EXPECT_EQ(client().download(url.substr(0, url.find('?'))).status, 403);
-    sandbox().advance(72h);
+    EXPECT_EQ(client().download(url).status, 200);
+    sandbox().advance(12h);
+    EXPECT_EQ(state().at("sessions")[0].at("status").at("code"), 200);
+    sandbox().advance(60h);
     EXPECT_EQ(client().download(url).status, 403);
 }
 
