@@ -1,6 +1,6 @@
 #include "frame/settings_file.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include "base/error.h"
 
@@ -42,13 +42,8 @@ TEST(SettingsFile, NamesFileLineAndKeyOfWhatItCannotTake) {
         {"{ \"helpdesk\": { \"routes\": { \"1\": 2 } } }", "helpdesk.routes.1"},
     };
     for (const auto& [text, words] : cases) {
-        try {
-            parse_settings(text, "Tavrix.json");
-            ADD_FAILURE() << "taken: " << text;
-        } catch (const base::AutomationError& error) {
-            EXPECT_NE(std::string(error.what()).find(words), std::string::npos) << text << "\n"
-                                                                                << error.what();
-        }
+        EXPECT_THAT([&] { parse_settings(text, "Tavrix.json"); },
+                    testing::ThrowsMessage<base::AutomationError>(testing::HasSubstr(words)));
     }
 }
 
