@@ -28,14 +28,6 @@ TEST(Ean, symbols_of_published_numbers_and_none_of_other_texts) {
     EXPECT_EQ(binary_byte(133), u"10000101");
 }
 
-TEST(Ean, check_digit_of_zero_and_of_published_numbers) {
-    for (const TextView number : {u"4006381333931", u"9780201379624", u"96385074", u"5901234123457",
-                                  u"00000000", u"10000007"}) {
-        EXPECT_EQ(gs1_check_digit(number.substr(0, number.size() - 1)), number.back())
-            << base::to_utf8(number);
-    }
-}
-
 TEST(Code128, switches_between_its_sets) {
     constexpr int start_b = 104, start_c = 105, to_a = 101, to_b = 100, to_c = 99;
     const std::tuple<TextView, std::vector<std::uint8_t>> cases[] = {

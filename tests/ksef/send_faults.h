@@ -37,4 +37,6 @@ inline Json without(const char* path, int count = -1) {
     return {{"kind", "remove"}, {"path", path}, {"count", count}};
 }
 
+inline const Json wrong_token = value_at("status", {{"code", 450}, {"description", "Zły token"}});
+
 }  // namespace tavrix::ksef

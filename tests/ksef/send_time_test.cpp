@@ -38,6 +38,7 @@ TEST_F(SendTime, EveryWaitHasItsEnd) {
     code_1000["count"] = 1;
     const std::tuple<const char*, Json, std::string, std::chrono::milliseconds> waits[] = {
         {"auth/status", value_at("status", in_progress), session_failed + "{*", 32'000ms},
+        {"auth/status", wrong_token, session_failed + "{*", 0ms},
         // However its letters are written, it is a success.
         {"auth/status", status(200, escaped), "", 0ms},
         {"sessions/invoices", value_at("invoices[0].status.code", 150), "{*", 232'000ms},
