@@ -116,7 +116,6 @@ std::vector<std::string> fuzz::seeds() {
             judged(R"({"code":440,"description":"Duplikat","extensions":)"
                    R"({"originalKsefNumber":"1","originalSessionReferenceNumber":"2"}})") +
             closed,
-        sign_in + "400 {\"exception\":{\"exceptionDetailList\":[{\"exceptionCode\":21405}]}}",
     };
 }
 

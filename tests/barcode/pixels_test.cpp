@@ -50,23 +50,19 @@ bool has_ink(const Coverage& picture, std::int32_t left, std::int32_t top, std::
 }
 
 TEST(Pixels, modules_are_whole_and_quiet_zones_as_wide_as_the_standards_say) {
-    const struct {
-        TextView kind;
-        TextView text;
-        std::size_t left_modules;
-        std::size_t right_modules;
-    } cases[] = {{u"EAN13", u"590123412345", 11, 7}, {u"EAN8", u"1234567", 7, 7},
-                 {u"EAN128", u"(12)590121", 10, 10}, {u"EAN39", u"ABC-12$", 10, 11},
-                 {u"EAN39EX", u"aB$", 10, 11},       {u"EAN13", u"590123412345+12", 11, 5}};
-    for (const auto& each : cases) {
-        const Drawing drawing = symbol_of(each.kind, each.text);
+    const std::tuple<TextView, TextView, std::size_t, std::size_t> cases[] = {
+        {u"EAN13", u"590123412345", 11, 7}, {u"EAN8", u"1234567", 7, 7},
+        {u"EAN128", u"(12)590121", 10, 10}, {u"EAN39", u"ABC-12$", 10, 11},
+        {u"EAN39EX", u"aB$", 10, 11},       {u"EAN13", u"590123412345+12", 11, 5}};
+    for (const auto& [kind, text, left_modules, right_modules] : cases) {
+        const Drawing drawing = symbol_of(kind, text);
         for (const std::int32_t module_px : {2, 3, 6}) {
             const Coverage picture = pixels(drawing, module_px);
             const std::string modules = modules_of(picture, picture.height_px / 3, module_px);
             EXPECT_EQ(modules.find('?'), std::string::npos);
-            EXPECT_EQ(modules.find('1'), each.left_modules) << base::to_utf8(each.text);
-            EXPECT_EQ(modules.size() - 1 - modules.rfind('1'), each.right_modules)
-                << base::to_utf8(each.text);
+            EXPECT_EQ(modules.find('1'), left_modules) << base::to_utf8(text);
+            EXPECT_EQ(modules.size() - 1 - modules.rfind('1'), right_modules)
+                << base::to_utf8(text);
         }
     }
 }

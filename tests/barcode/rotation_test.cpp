@@ -49,11 +49,7 @@ TEST(Rotation, quarter_turn_counts_both_ends_of_the_size) {
 }
 
 TEST(Rotation, bitmaps_of_every_depth_turn_by_quarters_only) {
-    const struct {
-        std::int16_t angle;
-        std::int32_t width_px;
-        std::vector<int> shades;
-    } turns[] = {
+    const std::tuple<std::int16_t, std::int32_t, std::vector<int>> turns[] = {
         {90, 3, {0x02, 0x01, 0x00, 0x12, 0x11, 0x10, 0x22, 0x21, 0x20, 0x32, 0x31, 0x30}},
         {180, 4, {0x32, 0x22, 0x12, 0x02, 0x31, 0x21, 0x11, 0x01, 0x30, 0x20, 0x10, 0x00}},
         {270, 3, {0x30, 0x31, 0x32, 0x20, 0x21, 0x22, 0x10, 0x11, 0x12, 0x00, 0x01, 0x02}}};
@@ -62,17 +58,17 @@ TEST(Rotation, bitmaps_of_every_depth_turn_by_quarters_only) {
         RecordingSurface source(4 * 15, 3 * 15);
         fill(source, 4, 3);
         source.set_depth(depth);
-        for (const auto& turn : turns) {
+        for (const auto& [angle, width_px, shades] : turns) {
             RecordingSurface destination(4 * 15, 3 * 15);
             destination.set_depth(depth);
-            turn_bitmap(source, destination, turn.angle);
-            EXPECT_EQ(destination.width(), turn.width_px * 15);
+            turn_bitmap(source, destination, angle);
+            EXPECT_EQ(destination.width(), width_px * 15);
             EXPECT_TRUE(destination.log().ends_with(u"Refresh; Picture; "));
             // The fourth byte of a pixel is nobody's.
             for (std::size_t i = 0; i < 12 * pixel_bytes; ++i) {
                 if (i % pixel_bytes == 3) continue;
-                EXPECT_EQ(destination.written.value().bits.at(i), turn.shades[i / pixel_bytes])
-                    << depth << ' ' << turn.angle;
+                EXPECT_EQ(destination.written.value().bits.at(i), shades[i / pixel_bytes])
+                    << depth << ' ' << angle;
             }
         }
     }
@@ -82,27 +78,22 @@ TEST(Rotation, bitmaps_of_every_depth_turn_by_quarters_only) {
 }
 
 TEST(Rotation, refuses_other_depths_and_palettes) {
-    const struct {
-        std::int32_t depth;
-        std::uint32_t number;
-        const char16_t* source;
-        const char16_t* description;
-    } cases[] = {
+    const std::tuple<std::int32_t, std::uint32_t, const char16_t*, const char16_t*> cases[] = {
         {4, 0x800403E9, u"DDBHelper.GetBitmapPixels", u"Invalid number of bits per pixel: 4"},
         // The destination's, when it is another one.
         {16, 0x800403E9, u"DDBHelper.GetBitmapPixels", u"Invalid number of bits per pixel: 32"},
         {8, 0x800403EA, u"DDBHelper.MatchColorPalette", u"Error matching bitmap palette"}};
-    for (const auto& each : cases) {
+    for (const auto& [depth, number, source_name, description] : cases) {
         RecordingSurface source(60, 45), destination(60, 45);
-        source.set_depth(each.depth);
+        source.set_depth(depth);
         source.lack(u"Palette");
         try {
             turn_bitmap(source, destination, 90);
             ADD_FAILURE() << "nothing was thrown";
         } catch (const base::AutomationError& error) {
-            EXPECT_EQ(static_cast<std::uint32_t>(error.number()), each.number);
-            EXPECT_EQ(error.source(), each.source);
-            EXPECT_EQ(error.description(), each.description);
+            EXPECT_EQ(static_cast<std::uint32_t>(error.number()), number);
+            EXPECT_EQ(error.source(), source_name);
+            EXPECT_EQ(error.description(), description);
         }
     }
 }

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "base/error.h"
+#include "tests/support/thrown.h"
 
 namespace tavrix::frame {
 namespace {
@@ -42,13 +42,8 @@ TEST(SettingsFile, NamesFileLineAndKeyOfWhatItCannotTake) {
         {"{ \"helpdesk\": { \"routes\": { \"1\": 2 } } }", "helpdesk.routes.1"},
     };
     for (const auto& [text, words] : cases) {
-        try {
-            parse_settings(text, "Tavrix.json");
-            ADD_FAILURE() << "taken: " << text;
-        } catch (const base::AutomationError& error) {
-            EXPECT_NE(std::string(error.what()).find(words), std::string::npos) << text << "\n"
-                                                                                << error.what();
-        }
+        const std::string what = test::thrown_by([&] { parse_settings(text, "Tavrix.json"); });
+        EXPECT_NE(what.find(words), std::string::npos) << text << " -> " << what;
     }
 }
 

@@ -37,14 +37,6 @@ inline Json without(const char* path, int count = -1) {
     return {{"kind", "remove"}, {"path", path}, {"count", count}};
 }
 
-class SendFaultsFixture : public SendFixture {
-  protected:
-    std::string send_with_fault(const char* step, Json fault) {
-        begin_anew();
-        fault["step"] = step;
-        sandbox->fault(fault);
-        return send();
-    }
-};
+inline const Json wrong_token = value_at("status", {{"code", 450}, {"description", "Zły token"}});
 
 }  // namespace tavrix::ksef

@@ -52,6 +52,13 @@ class SendFixture : public testing::Test {
                                      u"FA (3)", u"1-0E", u"FA", environment, table, document_id));
     }
 
+    std::string send_with_fault(const char* step, test::Json fault) {
+        begin_anew();
+        fault["step"] = step;
+        sandbox->fault(fault);
+        return send();
+    }
+
     /// The document's row; dates as text.
     Row row() {
         const auto rows = connection->open_recordset(u"select * from dok_fak where ddout_id=1001");
@@ -61,6 +68,17 @@ class SendFixture : public testing::Test {
                 base::to_utf8(ports::text_of(rows->field(column.name)));
         }
         return values;
+    }
+
+    /// What the service was asked for, in order.
+    std::vector<std::string> steps() {
+        std::vector<std::string> steps;
+        const test::Json state = sandbox->state();
+        for (const test::Json& request : state.at("requests")) {
+            if (!request.at("path").get<std::string>().starts_with("/sandbox/"))
+                steps.push_back(request.at("step"));
+        }
+        return steps;
     }
 
     /// Either all that an accepted invoice leaves stands there, or nothing at all; and the host is

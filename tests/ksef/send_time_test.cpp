@@ -26,21 +26,21 @@ class SlowHttp final : public ports::Http {
     std::chrono::milliseconds pace_;
 };
 
-using SendTime = SendFaultsFixture;
+using SendTime = SendFixture;
 
 TEST_F(SendTime, EveryWaitHasItsEnd) {
     const Json in_progress = {{"code", 100}, {"description", "W toku"}};
     Json still_open = status(200, R"({"status":{"code":170}})", -1);
     still_open["skip"] = 1;
+    const char* const escaped =
+        R"({"status":{"code":1,"description":"UWIERZYTELNIANIE zako\u0144czone sukcesem"}})";
     Json code_1000 = value_at("status.code", "1000");
     code_1000["count"] = 1;
-    const struct {
-        const char* step;
-        Json fault;
-        std::string text;
-        std::chrono::milliseconds slept;
-    } waits[] = {
+    const std::tuple<const char*, Json, std::string, std::chrono::milliseconds> waits[] = {
         {"auth/status", value_at("status", in_progress), session_failed + "{*", 32'000ms},
+        {"auth/status", wrong_token, session_failed + "{*", 0ms},
+        // However its letters are written, it is a success.
+        {"auth/status", status(200, escaped), "", 0ms},
         {"sessions/invoices", value_at("invoices[0].status.code", 150), "{*", 232'000ms},
         {"sessions/status", still_open, "sessions:STATUS:timeout", 232'000ms},
         {"sessions/invoices/status", status(404, "", -1), accepted + "*", 238'000ms},
@@ -79,62 +79,31 @@ TEST_F(SendTime, TheWholeCallHasItsEndHoweverSlowlyTheServerAnswers) {
     }
 }
 
-// A session's invoices may be asked for 20 times a minute.
-TEST_F(SendTime, RateLimitCostsTheInvoiceOrTheWait) {
-    struct CommonClock final : test::FakeClock {
-        explicit CommonClock(test::Sandbox& shared) : sandbox_(shared) {}
-        void sleep(std::chrono::milliseconds duration) override {
-            FakeClock::sleep(duration);
-            sandbox_.advance(duration);
-        }
-        test::Sandbox& sandbox_;
-    };
-    test::Sandbox limiting("--rate-limits --invoice-delay 40000");
-    settings.service.test = base::from_utf8(limiting.origin());
-    const std::tuple<std::chrono::seconds, std::string, std::size_t> limits[] = {
-        {0s, "sessions//invoicesSTATUS:429", 0}, {60s, "", 35}};
-    for (const auto& [limit, text, number_size] : limits) {
-        limiting.reset();
-        begin_anew();
-        settings.retry_after_limit = limit;
-        CommonClock common_clock(limiting);
-        ports::SqliteDatabase database(connection);
-        KseF_comm client({make_http, *crypto, common_clock, *xml, *code_page, settings});
-        EXPECT_EQ(send_with(client, database), text);
-        EXPECT_EQ(row().at("numer_ksef").size(), number_size);
-        expect_whole_or_untouched(text, text);
-        EXPECT_GT(limiting.requests("sessions/invoices").size(), 20u) << "the limit was met";
-    }
-}
-
 TEST_F(SendTime, OnlyAWaitWithinTheLimitIsWaited) {
-    const struct {
-        int limit_s;
-        int offered_s;
-        int count;
-        std::string text;
-        std::chrono::seconds slept;
-    } waits[] = {
-        {0, 0, 1, session_unknown, 0s},
-        {60, 60, 1, "", 60s},
-        {60, 61, 1, session_unknown, 0s},
-        {60, 0, 2, "", 2s},
-        // A second one would pass the end of the whole call.
-        {900, 900, -1, session_unknown, 900s},
-    };
-    for (const auto& [limit_s, offered_s, count, text, slept] : waits) {
-        settings.retry_after_limit = std::chrono::seconds(limit_s);
+    const auto later = [](int seconds, int count) {
         Json fault = kind("429");
-        fault["retry_after"] = offered_s;
+        fault["retry_after"] = seconds;
         fault["count"] = count;
-        EXPECT_EQ(send_with_fault("auth/challenge", fault), text) << fault.dump();
-        EXPECT_EQ(clock.slept, slept) << fault.dump();
-    }
+        return fault;
+    };
+    // An answer that is none to wait for.
     Json header = kind("header");
     header["name"] = "Retry-After";
     header["value"] = "5";
-    EXPECT_EQ(send_with_fault("auth/challenge", header), "");
-    EXPECT_EQ(clock.slept, 0s) << "an answer that is none to wait for";
+    const std::tuple<std::chrono::seconds, Json, std::string, std::chrono::seconds> waits[] = {
+        {0s, later(0, 1), session_unknown, 0s},
+        {60s, later(60, 1), "", 60s},
+        {60s, later(61, 1), session_unknown, 0s},
+        {60s, later(0, 2), "", 2s},
+        // A second one would pass the end of the whole call.
+        {900s, later(900, -1), session_unknown, 900s},
+        {900s, header, "", 0s},
+    };
+    for (const auto& [limit, fault, text, slept] : waits) {
+        settings.retry_after_limit = limit;
+        EXPECT_EQ(send_with_fault("auth/challenge", fault), text) << fault.dump();
+        EXPECT_EQ(clock.slept, slept) << fault.dump();
+    }
 }
 
 TEST_F(SendTime, SilentServerCostsTheTimeoutAndNoMore) {

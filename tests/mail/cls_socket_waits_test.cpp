@@ -16,10 +16,6 @@ namespace {
 using ports::Received;
 using std::chrono::milliseconds;
 
-[[noreturn]] void access_denied() {
-    throw base::AutomationError(base::ErrorNumber::component_failed, u"test", u"odmowa dostępu");
-}
-
 /// What the stream does. Time passes as fast as the test: each slice is over at once.
 struct Script {
     bool open = false;
@@ -33,13 +29,18 @@ struct Script {
     std::size_t takes_at_once = std::string::npos;
     std::size_t sent = 0;
     milliseconds waited{0};
+    /// Of every call but the closing.
+    FailingAt failing;
 };
 
 class ScriptedStream final : public ports::Stream {
   public:
     explicit ScriptedStream(Script& script) : script_(script) {}
 
-    void connect(const ports::StreamAddress&, bool) override { script_.open = true; }
+    void connect(const ports::StreamAddress&, bool) override {
+        script_.failing.count();
+        script_.open = true;
+    }
     bool connected_within(milliseconds slice) override {
         return !waits(script_.slices_until_connected, slice);
     }
@@ -65,6 +66,7 @@ class ScriptedStream final : public ports::Stream {
 
   private:
     bool waits(int& slices, milliseconds slice) {
+        script_.failing.count();
         if (!script_.open) access_denied();
         if (slices-- <= 0) return false;
         script_.waited += slice;
@@ -229,18 +231,15 @@ TEST_F(SocketWaits, OnlyTheHandlersOfWhatCameMayCallOtherMethods) {
 }
 
 TEST_F(SocketWaits, AStreamThatFailsAtAnyCallEndsTheMethodAndNothingElse) {
-    FailingAt failing;
-    ScriptedStream real(stream);
-    Bench over(settings_with(""), std::make_unique<FailingStream>(real, failing));
-    const int calls = fail_each_call(failing, access_denied, [&](int call) {
-        over.listener.log.clear();
+    const int calls = fail_each_call(stream.failing, access_denied, [&](int call) {
+        listener.log.clear();
         stream.arriving = {"ab"};
-        EXPECT_EQ(over.socket.OpeneSocket(0, 1000, u"host:1") == 1, call > 2) << call;
-        over.socket.SendString(u"x");
-        over.socket.ReceiveString();
+        EXPECT_EQ(open(1000) == 1, call > 2) << call;
+        socket.SendString(u"x");
+        socket.ReceiveString();
         // After its first byte a text is complete with the next silence, or with a failure.
-        EXPECT_EQ(over.listener.has("Błąd odmowa"), call < 5) << call;
-        over.socket.CloseSocket();
+        EXPECT_EQ(listener.has("Błąd odmowa"), call < 5) << call;
+        socket.CloseSocket();
         EXPECT_FALSE(stream.open) << call;
     });
     EXPECT_EQ(calls, 5) << "connect, wait, send, receive, look for more";

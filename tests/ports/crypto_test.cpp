@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include "base/base64.h"
 #include "base/error.h"
 #include "ports/portable/openssl_crypto.h"
 
@@ -38,13 +37,6 @@ TEST(Aes256Cbc, PublishedVectorAndPadding) {
                                "9cfc4e967edb808d679f777bc6702c7d"));
     EXPECT_EQ(crypto->aes_256_cbc_encrypt(key, iv, base::Bytes(15)).size(), 16u);
     EXPECT_THROW(crypto->aes_256_cbc_encrypt(iv, iv, plain), base::AutomationError);
-}
-
-TEST(PublicKeys, UnreadableOnesSayWhy) {
-    EXPECT_THROW(crypto->load_public_key(""), base::AutomationError);
-    EXPECT_THROW(crypto->key_of_certificate(
-                     "-----BEGIN CERTIFICATE-----\r\nMIIB\r\n-----END CERTIFICATE-----"),
-                 base::AutomationError);
 }
 
 TEST(Random, GivesSomethingElseEachTime) {

