@@ -10,10 +10,7 @@
 namespace tavrix::test {
 namespace {
 
-class Conversions : public testing::Test {
-  protected:
-    ComPointer<IDispatch> probe = make_probe();
-};
+using Conversions = ProbeTest;
 
 // Filled in place: the system's own functions refuse the highest bounds.
 Variant array_of(VARTYPE type, LONG first, const std::vector<int>& numbers) {

@@ -7,10 +7,7 @@
 namespace tavrix::test {
 namespace {
 
-class Dispatch : public testing::Test {
-  protected:
-    ComPointer<IDispatch> probe = make_probe();
-};
+using Dispatch = ProbeTest;
 
 // As hosts see names: `members` refuses such rows when it compiles them.
 constexpr bool clash(const std::array<base::TextView, 3>& names) {
