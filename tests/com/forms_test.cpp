@@ -8,12 +8,12 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
-#include <span>
 
 #include "com/forms/identifiers.h"
 #include "tests/com/form_content.h"
 #include "tests/com/form_layout.h"
 #include "tests/com/form_user.h"
+#include "tests/com/gdi_objects.h"
 #include "tests/com/late_host.h"
 #include "windows/gdi.h"
 
@@ -215,27 +215,6 @@ TEST_F(Forms, AreReadableAtTwiceTheSize) {
     _putenv_s(expected_scale, "");
     // Wine's own state: 96 without a value.
     RegDeleteKeyValueW(HKEY_CURRENT_USER, desktop, L"LogPixels");
-}
-
-// Wine answers GetGuiResources with 0, but keeps the table of the process's GDI objects where
-// Windows keeps it: in the process environment block, an entry for each possible handle.
-struct GdiEntry {
-    std::uint64_t object;
-    std::uint32_t owner;
-    std::uint16_t generation;
-    std::uint8_t type;
-    std::uint8_t flags;
-    std::uint64_t user_pointer;
-};
-
-std::size_t count_gdi_objects() {
-    constexpr std::size_t table_offset = sizeof(void*) == 4 ? 0x94 : 0xF8;
-    const auto get_block = reinterpret_cast<const std::uint8_t * NTAPI (*)()>(
-        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"ntdll"), "RtlGetCurrentPeb")));
-    const auto* table = *reinterpret_cast<const GdiEntry* const*>(get_block() + table_offset);
-    const std::span<const GdiEntry> entries(table, 0x10000);
-    return static_cast<std::size_t>(
-        std::ranges::count_if(entries, [](const GdiEntry& entry) { return entry.type != 0; }));
 }
 
 TEST_F(Forms, LeaveNothingBehind) {
