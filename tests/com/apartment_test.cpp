@@ -3,13 +3,10 @@
 #include "tests/com/apartment.h"
 #include "com/dispatch_object.h"
 #include "com/guid.h"
-#include "tests/com/event_sink.h"
 #include "tests/com/probe.h"
 
 namespace tavrix::test {
 namespace {
-
-constexpr GUID socket_events = com::guid("D7EFD24E-AC81-4DBF-A0D9-CD71DFC3386D");
 
 // Tavrix.Rejestr's own interface: a registered one, for which the system makes proxies.
 constexpr com::ClassTable registered_class = {
@@ -49,13 +46,6 @@ TEST(Apartments, AMultithreadedHostIsServed) {
         EXPECT_EQ(answer(ksef, u"Sha256XmlSimpleb", {u"no bytes"}),
                   refused(DISP_E_TYPEMISMATCH, 0));
         EXPECT_FALSE(call(ksef, u"Base64DecodeToBytes", {u"*"}).description.empty());
-
-        const auto socket = create(u"Tavrix.clsSocket");
-        const ConnectedSink sink(socket, socket_events);
-        EXPECT_EQ(answer(socket, u"OpeneSocket", {0, 1000, u"no port"}), "long 0");
-        EXPECT_EQ(sink->events, (std::vector<std::string>{
-                                    "4, text Błąd, text Nieprawidłowy adres: oczekiwano host:port.",
-                                    "6, bool 0"}));
     });
 }
 

@@ -7,25 +7,16 @@
 namespace tavrix::test {
 namespace {
 
-class Dispatch : public testing::Test {
-  protected:
-    ComPointer<IDispatch> probe = make_probe();
-};
+using Dispatch = ProbeTest;
 
 // As hosts see names: `members` refuses such rows when it compiles them.
-constexpr com::Member rows_named(base::TextView name) {
-    com::Member row;
-    row.name = name;
-    return row;
-}
-template <std::size_t count>
-constexpr bool clash(const std::array<com::Member, count>& rows) {
+constexpr bool clash(const std::array<base::TextView, 3>& names) {
+    std::array<com::Member, 3> rows;
+    for (std::size_t i = 0; i < rows.size(); ++i) rows[i].name = names[i];
     return com::has_twins(std::span<const com::Member>(rows));
 }
-static_assert(clash(std::array{rows_named(u"Treść"), rows_named(u"x"), rows_named(u"TREŚĆ")}));
-static_assert(clash(std::array{rows_named(u"x1"), rows_named(u"X1")}));
-static_assert(!clash(std::array{rows_named(u"Treść"), rows_named(u"Tresc"),
-                                rows_named(u"Treśćx")}));
+static_assert(clash({u"Treść", u"x", u"TREŚĆ"}) && clash({u"y", u"x1", u"X1"}));
+static_assert(!clash({u"Treść", u"Tresc", u"Treśćx"}));
 
 TEST_F(Dispatch, NamesAreFoundWhateverTheirLetterCaseAndNoOthers) {
     const struct {

@@ -18,10 +18,6 @@
 #include "windows/bstr.h"
 #include "windows/failure.h"
 
-// clang-format off
-#include <ocidl.h>
-// clang-format on
-
 namespace {
 
 using namespace tavrix;
@@ -44,24 +40,6 @@ void save(HBITMAP picture, const std::string& path) {
     }
 }
 
-/// A white bitmap of 32 bits and the device that draws on it.
-class Page {
-  public:
-    Page(int width_px, int height_px)
-        : device_(CreateCompatibleDC(nullptr)),
-          bitmap_(CreateBitmap(width_px, height_px, 1, 32, nullptr)) {
-        SelectObject(device_.get(), bitmap_.get());
-        const RECT whole = {0, 0, width_px, height_px};
-        FillRect(device_.get(), &whole, static_cast<HBRUSH>(GetStockObject(WHITE_BRUSH)));
-    }
-    HDC device() const { return device_.get(); }
-    HBITMAP bitmap() const { return bitmap_.get(); }
-
-  private:
-    windows::MemoryDevice device_;
-    windows::GdiBitmap bitmap_;
-};
-
 // The size at which a module is the whole number of pixels next to its size at the smallest text.
 constexpr double smallest_module_inches = 15.0 / 1440;
 
@@ -73,21 +51,19 @@ void draw_linear(const Order& order) {
     const barcode::Symbology* symbology = barcode::find_symbology(order.kind);
     const base::Text symbol = symbology->encode(order.text).symbol;
     const fonts::Font& font = symbology->font->glyphs();
-    const windows::MemoryDevice screen(CreateCompatibleDC(nullptr));
     const double em_px = font.units_per_em / 32.0 * module_px(order.dots_per_inch);
-    const windows::GdiFont gdi_font = windows::make_font(font.family, em_px, false, 0);
-    const auto* wide = windows::wide(symbol);
-    const int length = static_cast<int>(symbol.size());
-    SIZE size{};
-    {
-        const windows::Selected selected(screen.get(), gdi_font.get());
-        GetTextExtentPoint32W(screen.get(), wide, length, &size);
-    }
-    const int margin_px = 12 * module_px(order.dots_per_inch);
-    const Page page(size.cx + 2 * margin_px, size.cy + 2 * margin_px);
-    const windows::Selected selected(page.device(), gdi_font.get());
-    TextOutW(page.device(), margin_px, margin_px, wide, length);
-    save(page.bitmap(), order.file);
+    const double margin = 12.0 * module_px(order.dots_per_inch) * 1440 / order.dots_per_inch;
+    test::PictureBox page(1, 1, order.dots_per_inch);
+    page.font_name = font.family;
+    page.font_size = em_px * 72 / order.dots_per_inch;
+    const double width = page.text_width(symbol) + 2 * margin;
+    const double height = page.text_height(symbol) + 2 * margin;
+    page.set_width(width);
+    page.set_height(height);
+    page.default_scale();
+    page.x = page.y = margin;
+    page.write_text(symbol);
+    save(page.bitmap.get(), order.file);
 }
 
 void draw_qr(const Order& order) {
@@ -99,14 +75,10 @@ void draw_qr(const Order& order) {
     const auto drawing = generator.QRCodegenBarcode(order.text);
     const int side_px = drawing->width_twips() / 120 * 2 * module_px(order.dots_per_inch);
     const auto picture = ports::make_windows_pictures()->from_drawing(*drawing);
-    const auto ole = dynamic_cast<windows::ComPicture&>(*picture).dispatch().query<IPicture>();
-    OLE_HANDLE handle = 0;
-    windows::check(ole->get_Handle(&handle), u"Handle");
-    const Page page(side_px, side_px);
-    const RECT place = {0, 0, side_px, side_px};
-    const auto number = static_cast<INT_PTR>(static_cast<INT>(handle));
-    PlayEnhMetaFile(page.device(), reinterpret_cast<HENHMETAFILE>(number), &place);
-    save(page.bitmap(), order.file);
+    test::PictureBox page(side_px, side_px, order.dots_per_inch);
+    page.paint_picture(dynamic_cast<windows::ComPicture&>(*picture).dispatch(), 0, 0, page.width(),
+                       page.height());
+    save(page.bitmap.get(), order.file);
 }
 
 // The class out of the DLL beside this program, registered or not.
@@ -158,24 +130,11 @@ base::Text from_hexadecimal(const std::string& digits) {
     return base::from_utf8(bytes);
 }
 
-void add_fonts(const std::string& program) {
-    const std::string folder = program.substr(0, program.find_last_of("\\/") + 1) + "fonts\\";
-    for (const char* file : {"ean13", "code128", "free3of9", "fre3of9x"}) {
-        const std::string path = folder + file + ".ttf";
-        if (AddFontResourceExA(path.c_str(), FR_PRIVATE, nullptr) == 0) {
-            std::fprintf(stderr, "no font %s\n", path.c_str());
-            std::exit(1);
-        }
-    }
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
     if (argc != 2) return 2;
-    char program[MAX_PATH] = {};
-    GetModuleFileNameA(nullptr, program, MAX_PATH);
-    add_fonts(program);
+    if (!test::load_fonts()) return 1;
     CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
     std::ifstream list(argv[1]);
     for (std::string line; std::getline(list, line);) {

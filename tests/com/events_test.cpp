@@ -63,6 +63,14 @@ class Events : public testing::Test {
     Variant variable{u""};
 
     std::string ask() { return answer(talker, u"Ask", {test::by_reference(variable)}); }
+    /// A handler that answers the question, stops the source and ends with the code.
+    static EventSink::Handler answering(const wchar_t* text, HRESULT code) {
+        return [=](DISPID, const std::vector<VARIANT>& arguments) {
+            SysReAllocString(arguments[0].pbstrVal, text);
+            *arguments[1].pboolVal = VARIANT_TRUE;
+            return code;
+        };
+    }
 };
 
 TEST_F(Events, TheSourceSaysWhatItRaisesAndWhereToConnect) {
@@ -128,13 +136,6 @@ TEST_F(Events, SinksConnectUnderTheEventsOrUnderDispatch) {
 }
 
 TEST_F(Events, HandlersAnswerThroughReferencesAndTheNextOneSeesIt) {
-    const auto answering = [](const wchar_t* text, HRESULT code) {
-        return [=](DISPID, const std::vector<VARIANT>& arguments) {
-            SysReAllocString(arguments[0].pbstrVal, text);
-            *arguments[1].pboolVal = VARIANT_TRUE;
-            return code;
-        };
-    };
     const ConnectedSink first(talker, events_id, answering(L"pierwszy", S_OK));
     const ConnectedSink second(talker, events_id, answering(L"nieudany", E_FAIL));
     EXPECT_EQ(ask(), "bool -1");
@@ -147,11 +148,7 @@ TEST_F(Events, SinksOfAnotherApartmentAreAskedAndAnswer) {
     Parcel parcel(talker);
     in_multithreaded_apartment([&] {
         const auto proxy = parcel.take();
-        const ConnectedSink sink(proxy, events_id, [](DISPID, const auto& arguments) {
-            SysReAllocString(arguments[0].pbstrVal, L"stamtąd");
-            *arguments[1].pboolVal = VARIANT_TRUE;
-            return S_OK;
-        });
+        const ConnectedSink sink(proxy, events_id, answering(L"stamtąd", S_OK));
         BSTR text = windows::make_bstr(u"pytanie").release();
         EXPECT_EQ(answer(proxy, u"Ask", {test::by_reference(&text, VT_BSTR)}), "bool -1");
         EXPECT_EQ(sink->events, (Lines{"12, ref text pytanie, ref bool 0"}));

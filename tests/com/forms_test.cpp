@@ -106,24 +106,20 @@ TEST_F(Forms, CloseInEveryWayAndGiveTheHostItsWindowBack) {
             press(key)(form);
         };
     };
-    const struct {
-        const char* name;
-        std::function<void()> show;
-        Step close;
-    } ways[] = {{"About box, Enter", about, press(VK_RETURN)},
-                {"About box, cross", about, click_cross()},
-                {"About box, OK", about, click(IDOK)},
-                {"message form, Enter in a text", message_form, in_text(VK_RETURN)},
-                {"message form, Esc in a text", message_form, in_text(VK_ESCAPE)},
-                {"message form, cross", message_form, click_cross()},
-                {"message form, Zamknij", message_form, click(IDCANCEL)}};
-    for (const auto& way : ways) {
-        SCOPED_TRACE(way.name);
-        user.use(way.show, {[&](HWND form) {
-                                EXPECT_FALSE(IsWindowEnabled(user.host_window()));
-                                EXPECT_EQ(GetActiveWindow(), form);
-                            },
-                            way.close});
+    const auto look = [&](HWND form) {
+        EXPECT_FALSE(IsWindowEnabled(user.host_window()));
+        EXPECT_EQ(GetActiveWindow(), form);
+    };
+    const std::pair<std::function<void()>, Step> ways[] = {{about, press(VK_RETURN)},
+                                                           {about, click_cross()},
+                                                           {about, click(IDOK)},
+                                                           {message_form, in_text(VK_RETURN)},
+                                                           {message_form, in_text(VK_ESCAPE)},
+                                                           {message_form, click_cross()},
+                                                           {message_form, click(IDCANCEL)}};
+    for (const auto& [show, close] : ways) {
+        SCOPED_TRACE(testing::Message() << "way " << &close - &ways[0].second);
+        user.use(show, {look, close});
         EXPECT_TRUE(IsWindowEnabled(user.host_window()));
         EXPECT_EQ(GetActiveWindow(), user.host_window());
     }

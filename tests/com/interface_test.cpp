@@ -148,18 +148,6 @@ std::map<MEMBERID, std::string> numbered(const std::vector<const char16_t*>& lin
     return numbered;
 }
 
-// An object says itself of which class and interface it is.
-void expect_own_types(const ComPointer<IDispatch>& object, const GUID& class_id,
-                      const GUID& interface_id) {
-    ComPointer<ITypeInfo> info;
-    ASSERT_EQ(object->GetTypeInfo(0, LOCALE_USER_DEFAULT, info.out()), S_OK);
-    EXPECT_EQ(attributes_of(info.get())->guid, interface_id);
-    const auto provider = object.query<IProvideClassInfo>();
-    ASSERT_TRUE(provider);
-    ASSERT_EQ(provider->GetClassInfo(info.out()), S_OK);
-    EXPECT_EQ(attributes_of(info.get())->guid, class_id);
-}
-
 void expect_class(ITypeInfo* creatable, const PublishedClass& published) {
     const base::Text name(published.name);
     const auto type = attributes_of(creatable);
@@ -182,7 +170,12 @@ void expect_class(ITypeInfo* creatable, const PublishedClass& published) {
         if (flags == IMPLTYPEFLAG_FDEFAULT) {
             EXPECT_EQ(name_of(info.get()), u"_" + name);
             EXPECT_EQ(written_members(info.get(), object), numbered(published.members));
-            expect_own_types(object, registered, attributes_of(info.get())->guid);
+            // An object says itself of which class and interface it is.
+            ComPointer<ITypeInfo> own;
+            ASSERT_EQ(object->GetTypeInfo(0, LOCALE_USER_DEFAULT, own.out()), S_OK);
+            EXPECT_EQ(attributes_of(own.get())->guid, attributes_of(info.get())->guid);
+            ASSERT_EQ(object.query<IProvideClassInfo>()->GetClassInfo(own.out()), S_OK);
+            EXPECT_EQ(attributes_of(own.get())->guid, registered);
         } else {
             EXPECT_EQ(flags, IMPLTYPEFLAG_FDEFAULT | IMPLTYPEFLAG_FSOURCE);
             EXPECT_EQ(name_of(info.get()), u"__" + name);

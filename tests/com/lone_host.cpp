@@ -32,11 +32,6 @@ std::size_t private_bytes() {
     return counters.PrivateUsage;
 }
 
-void call_once() {
-    const auto ksef = windows::LateBound::create(u"Tavrix.KseF_comm");
-    ksef.call(u"Sha256XmlSimpleb", base::Bytes{1});
-}
-
 bool rounds() {
     constexpr int warm_up = 200;
     constexpr int count = 3000;
@@ -49,7 +44,7 @@ bool rounds() {
             bytes = private_bytes();
         }
         CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
-        call_once();
+        windows::LateBound::create(u"Tavrix.KseF_comm").call(u"Sha256XmlSimpleb", base::Bytes{1});
         CoFreeUnusedLibrariesEx(0, 0);
         CoUninitialize();
     }

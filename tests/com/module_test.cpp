@@ -27,11 +27,18 @@ class Module : public testing::Test {
     }
 };
 
-TEST_F(Module, StaysLoadedWhileAnObjectOrALockIsLeft) {
+TEST_F(Module, RefusesWhatItDoesNotHaveAndStaysWhileAnObjectOrALockIsLeft) {
+    void* refused = this;
+    EXPECT_EQ(get_class_object(IID_IUnknown, IID_IClassFactory, &refused),
+              CLASS_E_CLASSNOTAVAILABLE);
+    EXPECT_EQ(refused, nullptr);
     ASSERT_EQ(can_unload_now(), S_OK);
     ComPointer<IClassFactory> factory;
     ASSERT_EQ(get_class_object(class_id, IID_IClassFactory, factory.out_void()), S_OK);
     EXPECT_EQ(can_unload_now(), S_FALSE);
+    EXPECT_EQ(factory->CreateInstance(factory.get(), IID_IUnknown, &refused),
+              CLASS_E_NOAGGREGATION);
+    EXPECT_EQ(factory->CreateInstance(nullptr, IID_IStream, &refused), E_NOINTERFACE);
 
     ComPointer<IDispatch> object;
     ASSERT_EQ(factory->CreateInstance(nullptr, IID_IDispatch, object.out_void()), S_OK);
@@ -82,19 +89,6 @@ TEST(LoneHost, MayHaveTheSharedUnwinderLoaded) {
         GTEST_SKIP() << "the compiler has no shared run-time library";
     }
     EXPECT_EQ(lone_host(u"unwinder " + unwinder), "whole\r\n");
-}
-
-TEST_F(Module, RefusesWhatItDoesNotHave) {
-    void* object = this;
-    EXPECT_EQ(get_class_object(IID_IUnknown, IID_IClassFactory, &object),
-              CLASS_E_CLASSNOTAVAILABLE);
-    EXPECT_EQ(object, nullptr);
-    ComPointer<IClassFactory> factory;
-    ASSERT_EQ(get_class_object(class_id, IID_IClassFactory, factory.out_void()), S_OK);
-    EXPECT_EQ(factory->CreateInstance(factory.get(), IID_IUnknown, &object), CLASS_E_NOAGGREGATION);
-    EXPECT_EQ(factory->CreateInstance(nullptr, IID_IStream, &object), E_NOINTERFACE);
-    factory = {};
-    EXPECT_EQ(can_unload_now(), S_OK);
 }
 
 // Every key under a key, one a line.
@@ -149,35 +143,25 @@ class Registration : public Module {
 
 TEST_F(Registration, GoesInAndOutWithoutATrace) {
     const base::Text quoted = u" \"" + beside_program(u"Tavrix.dll") + u"\"";
-    const struct {
-        const char* name;
-        HKEY root;
-        HKEY other_root;
-        std::function<void()> in;
-        std::function<void()> out;
-    } ways[] = {
-        {"by setup", HKEY_LOCAL_MACHINE, HKEY_CURRENT_USER,
-         [&] { run_program(u"regsvr32.exe /s" + quoted); },
-         [&] { run_program(u"regsvr32.exe /s /u" + quoted); }},
-        {"for the user", HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE,
-         [&] { EXPECT_EQ(install(TRUE, L"user"), S_OK); },
-         [&] { EXPECT_EQ(install(FALSE, L"user"), S_OK); }},
+    const auto by_setup = [&](bool in) {
+        run_program((in ? u"regsvr32.exe /s" : u"regsvr32.exe /s /u") + quoted);
     };
-    for (const auto& way : ways) {
-        SCOPED_TRACE(way.name);
-        const std::wstring before = classes_of(way.root);
-        const std::wstring of_the_other = classes_of(way.other_root);
-        way.in();
-        expect_every_class(way.root);
-        const std::wstring once = classes_of(way.root);
-        EXPECT_TRUE(once != before);
-        way.in();
-        EXPECT_TRUE(classes_of(way.root) == once) << "registering again changes nothing";
-        EXPECT_TRUE(classes_of(way.other_root) == of_the_other);
-        way.out();
-        EXPECT_TRUE(classes_of(way.root) == before);
-        way.out();  // there may be nothing to remove
-    }
+    const auto for_the_user = [&](bool in) { EXPECT_EQ(install(in, L"user"), S_OK); };
+    const auto in_and_out = [&](HKEY root, HKEY other_root, const auto& go) {
+        const std::wstring before = classes_of(root);
+        const std::wstring of_the_other = classes_of(other_root);
+        go(true);
+        expect_every_class(root);
+        const std::wstring once = classes_of(root);
+        go(true);
+        EXPECT_TRUE(classes_of(root) == once) << "registering again changes nothing";
+        EXPECT_TRUE(classes_of(other_root) == of_the_other);
+        go(false);
+        EXPECT_TRUE(classes_of(root) == before);
+        go(false);  // there may be nothing to remove
+    };
+    in_and_out(HKEY_LOCAL_MACHINE, HKEY_CURRENT_USER, by_setup);
+    in_and_out(HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE, for_the_user);
 }
 
 TEST_F(Registration, IsNotNeededByAHostWithAManifest) {

@@ -3,6 +3,7 @@
 #include <ocidl.h>
 #include <olectl.h>
 
+#include <algorithm>
 #include <cmath>
 
 #include "com/dispatch_object.h"
@@ -76,49 +77,30 @@ constexpr com::ClassTable vb6_class = {
     .help = u"",
     .members = vb6_members,
 };
-constexpr com::ClassTable script_class = {
-    .class_id = com::guid("7C3F7B6C-3C0B-4C7B-93B6-0D8A4B6F1B13"),
-    .interface_id = com::guid("7C3F7B6C-3C0B-4C7B-93B6-0D8A4B6F1B14"),
-    .name = u"ScriptBox",
-    .help = u"",
-    .members = script_members,
-};
+constexpr com::ClassTable script_class = [] {
+    com::ClassTable table = vb6_class;
+    table.members = script_members;
+    return table;
+}();
 
-/// The members of a table and the interface of the statement Print as one object, which runs out of
-/// memory where the test wants it.
+/// VB6's members and the interface of its statement Print as one object.
 class BoxObject final : public com::Unknown<IDispatch, IVBPrint> {
   public:
-    BoxObject(HostKind host, std::shared_ptr<Box> box)
-        : host_(host),
-          box_(std::move(box)),
-          members_(com::make_object(host == HostKind::vb6 ? vb6_class : script_class, box_)) {}
+    explicit BoxObject(std::shared_ptr<Box> box)
+        : box_(std::move(box)), members_(com::make_object(vb6_class, box_)) {}
 
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID id, void** object) noexcept override {
-        if (id == __uuidof(IVBPrint) && host_ == HostKind::script) {
-            *object = nullptr;
-            return E_NOINTERFACE;
-        }
-        return Unknown::QueryInterface(id, object);
-    }
-    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) noexcept override {
-        return members_->GetTypeInfoCount(count);
-    }
-    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT index, LCID locale,
-                                          ITypeInfo** info) noexcept override {
-        return members_->GetTypeInfo(index, locale, info);
+    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) noexcept override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) noexcept override {
+        return E_NOTIMPL;
     }
     HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID reserved, LPOLESTR* names, UINT count,
                                             LCID locale, DISPID* ids) noexcept override {
-        last_name_ = reinterpret_cast<const char16_t*>(names[0]);
         return members_->GetIDsOfNames(reserved, names, count, locale, ids);
     }
     HRESULT STDMETHODCALLTYPE Invoke(DISPID id, REFIID reserved, LCID locale, WORD flags,
                                      DISPPARAMS* parameters, VARIANT* result,
                                      EXCEPINFO* information,
                                      UINT* argument_index) noexcept override {
-        if ((flags & DISPATCH_PROPERTYPUT) != 0 && last_name_ == box_->exhausted) {
-            return E_OUTOFMEMORY;
-        }
         return members_->Invoke(id, reserved, locale, flags, parameters, result, information,
                                 argument_index);
     }
@@ -128,10 +110,8 @@ class BoxObject final : public com::Unknown<IDispatch, IVBPrint> {
     }
 
   private:
-    HostKind host_;
     std::shared_ptr<Box> box_;
     ComPointer<IDispatch> members_;
-    base::Text last_name_;
 };
 
 }  // namespace
@@ -145,13 +125,8 @@ PictureBox::PictureBox(std::int32_t width, std::int32_t height, std::int32_t dot
     set_scale_mode(1);
 }
 
-void PictureBox::set_width(double twips) {
-    width_px = static_cast<std::int32_t>(std::lround(twips / twips_per_pixel()));
-    make_bitmap();
-}
-
-void PictureBox::set_height(double twips) {
-    height_px = static_cast<std::int32_t>(std::lround(twips / twips_per_pixel()));
+void PictureBox::resize(std::int32_t& side_px, double twips) {
+    side_px = static_cast<std::int32_t>(std::lround(twips / twips_per_pixel()));
     make_bitmap();
 }
 
@@ -258,10 +233,19 @@ void PictureBox::paint_picture(const ComPointer<IDispatch>& picture, double left
                0, size.width_px, size.height_px, SRCCOPY);
 }
 
+bool load_fonts() {
+    const base::TextView names[] = {u"ean13", u"code128", u"free3of9", u"fre3of9x"};
+    return std::all_of(std::begin(names), std::end(names), [](base::TextView name) {
+        const base::Text file = beside_program(u"fonts\\" + base::Text(name) + u".ttf");
+        return AddFontResourceExW(windows::wide(file), FR_PRIVATE, nullptr) == 1;
+    });
+}
+
 HostedBox::HostedBox(HostKind host, std::int32_t width_px, std::int32_t height_px,
                      std::int32_t dots_per_inch)
     : box(std::make_shared<PictureBox>(width_px, height_px, dots_per_inch)),
-      object(ComPointer<IDispatch>::adopt(new BoxObject(host, box))) {
+      object(host == HostKind::vb6 ? ComPointer<IDispatch>::adopt(new BoxObject(box))
+                                   : com::make_object(script_class, box)) {
     box->object = object.get();
 }
 

@@ -35,8 +35,8 @@ class PictureBox {
     void set_scale_mode(std::int32_t mode);
     double width() { return width_px * twips_per_pixel(); }
     double height() { return height_px * twips_per_pixel(); }
-    void set_width(double twips);
-    void set_height(double twips);
+    void set_width(double twips) { resize(width_px, twips); }
+    void set_height(double twips) { resize(height_px, twips); }
     std::int32_t device() { return handle(memory.get()); }
     ComPointer<IDispatch> self() { return ComPointer<IDispatch>(object); }
     std::int32_t image_handle() { return handle(bitmap.get()); }
@@ -81,8 +81,6 @@ class PictureBox {
     windows::Owned<HPALETTE, DeleteObject> palette;
     /// What was written, piece by piece.
     std::vector<base::Text> written;
-    /// The member that answers E_OUTOFMEMORY when it is set.
-    base::Text exhausted;
     /// Its own automation object, not counted.
     IDispatch* object = nullptr;
 
@@ -99,11 +97,15 @@ class PictureBox {
     POINT pixel_at(double x_units, double y_units) const;
     windows::GdiFont font() const;
     SIZE extent(const base::Text& text);
+    void resize(std::int32_t& side_px, double twips);
     void make_bitmap();
 
     std::int32_t dots_per_inch_;
     std::int32_t mode_ = 1;
 };
+
+/// Makes the fonts that stand beside the program this process's own; whether all were there.
+bool load_fonts();
 
 /// VB6's picture boxes have no member Print, only the interface of that statement, and number their
 /// Scale's first argument, which hosts never see. A script's object has plain members.

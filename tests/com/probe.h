@@ -1,5 +1,7 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include "com/class_table.h"
 #include "windows/automation.h"
 #include "windows/com_pointer.h"
@@ -11,5 +13,10 @@ namespace tavrix::test {
 windows::ComPointer<IDispatch> make_probe();
 
 extern const com::ClassTable probe_class;
+
+class ProbeTest : public testing::Test {
+  protected:
+    windows::ComPointer<IDispatch> probe = make_probe();
+};
 
 }  // namespace tavrix::test

@@ -6,10 +6,7 @@
 namespace tavrix::test {
 namespace {
 
-class References : public testing::Test {
-  protected:
-    ComPointer<IDispatch> probe = make_probe();
-};
+using References = ProbeTest;
 
 TEST_F(References, AVariableGetsItsNewValueInTheTypeItHas) {
     BSTR text = windows::make_bstr(u"abcd").release();

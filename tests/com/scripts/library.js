@@ -14,10 +14,8 @@ function numberOf(action) {
 }
 
 var ksef = new ActiveXObject("Tavrix.KseF_comm");
-expect("Base64EncodeSS", ksef.Base64EncodeSS("ABC"), "QUJD");
 expect("Base64Encode of a script's array", ksef.Base64Encode([0, 1, 2, 255]), "AAEC/w==");
 expect("Base64Encode of bytes", ksef.Base64Encode(ksef.Base64DecodeToBytes("AAEC/w==")), "AAEC/w==");
-expect("TimestampToUnixMs", ksef.TimestampToUnixMs("2025-07-11T12:23:56.0154302+00:00"), "1752236636015");
 ksef.baseUrl = "https://example.test";
 expect("baseUrl", ksef.baseUrl, "https://example.test");
 expect("a wrong count is an error", numberOf(function () { ksef.Base64EncodeSS(); }) < 0, true);
@@ -34,7 +32,6 @@ rows.Fields("numer_ksef").Value = "JS-1";
 rows.UpdateBatch();
 rows.Close();
 expect("number of a closed recordset", numberOf(function () { rows.MoveNext(); }), -2146824584);
-expect("number of a missing table", numberOf(function () { connection.Execute("select * from brak"); }), -2147217865);
 
 // An invoice for nobody: every outcome is the returned text.
 var returned = ksef.SendInvoiceToKSeF(connection, "1", "a|nip-2|c", "<x/>", "FA (3)", "1-0E", "FA", 2, "dok_fak", 1);
