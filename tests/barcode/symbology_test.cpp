@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <iterator>
+
 #include "barcode/symbology.h"
 
 namespace tavrix::barcode {
@@ -28,6 +31,28 @@ TEST(Symbologies, refuse_what_would_not_scan_as_typed) {
         EXPECT_EQ(encoded.symbol.empty(), !is_accepted) << base::to_utf8(text);
     }
     EXPECT_EQ(find_symbology(u"ean13"), nullptr);
+}
+
+std::string code(TextView text) {
+    return "`" + base::to_utf8(text) + "`";
+}
+
+// The page's table is for people, the one in the program for everything else.
+TEST(Symbologies, stand_on_the_page_as_in_the_table) {
+    std::ifstream file(TAVRIX_BARCODES_PAGE);
+    const std::string page{std::istreambuf_iterator<char>(file), {}};
+    for (const Symbology& row : symbologies()) {
+        const std::string font = row.font == nullptr
+                                     ? std::string("none")
+                                     : base::to_utf8(row.font->family) + ", " +
+                                           code(base::Text(row.font->file) + u".ttf");
+        const std::string caption =
+            row.needs_caption() ? "Arial CE " + std::to_string(row.caption_points) : "in the font";
+        const std::string line = "| " + code(row.name) + " | " + base::to_utf8(row.title) + " | " +
+                                 font + " | " + std::to_string(row.smallest_points) + " | " +
+                                 caption + " | " + code(row.method) + " |\n";
+        EXPECT_NE(page.find(line), std::string::npos) << line;
+    }
 }
 
 }  // namespace

@@ -79,6 +79,34 @@ TEST_F(SendTime, TheWholeCallHasItsEndHoweverSlowlyTheServerAnswers) {
     }
 }
 
+// A session's invoices may be asked for 20 times a minute.
+TEST_F(SendTime, RateLimitCostsTheInvoiceOrTheWait) {
+    struct CommonClock final : test::FakeClock {
+        explicit CommonClock(test::Sandbox& shared) : sandbox_(shared) {}
+        void sleep(std::chrono::milliseconds duration) override {
+            FakeClock::sleep(duration);
+            sandbox_.advance(duration);
+        }
+        test::Sandbox& sandbox_;
+    };
+    test::Sandbox limiting("--rate-limits --invoice-delay 40000");
+    settings.service.test = base::from_utf8(limiting.origin());
+    const std::tuple<std::chrono::seconds, std::string, std::size_t> limits[] = {
+        {0s, "sessions//invoicesSTATUS:429", 0}, {60s, "", 35}};
+    for (const auto& [limit, text, number_size] : limits) {
+        limiting.reset();
+        begin_anew();
+        settings.retry_after_limit = limit;
+        CommonClock common_clock(limiting);
+        ports::SqliteDatabase database(connection);
+        KseF_comm client({make_http, *crypto, common_clock, *xml, *code_page, settings});
+        EXPECT_EQ(send_with(client, database), text);
+        EXPECT_EQ(row().at("numer_ksef").size(), number_size);
+        expect_whole_or_untouched(text, text);
+        EXPECT_GT(limiting.requests("sessions/invoices").size(), 20u) << "the limit was met";
+    }
+}
+
 TEST_F(SendTime, OnlyAWaitWithinTheLimitIsWaited) {
     const auto later = [](int seconds, int count) {
         Json fault = kind("429");

@@ -58,6 +58,10 @@ void Sandbox::reset() {
     call("POST", "/sandbox/reset");
 }
 
+void Sandbox::advance(std::chrono::milliseconds duration) {
+    call("POST", "/sandbox/clock", Json{{"advance_ms", duration.count()}}.dump());
+}
+
 Json Sandbox::state() {
     return Json::parse(call("GET", "/sandbox/state"));
 }

@@ -2,6 +2,7 @@
 
 #include <sys/types.h>
 
+#include <chrono>
 #include <cstdio>
 #include <memory>
 #include <nlohmann/json.hpp>
@@ -32,6 +33,8 @@ class Sandbox {
     Json state();
     /// The logged requests of one step.
     std::vector<Json> requests(const std::string& step);
+    /// Moves the sandbox's clock forward.
+    void advance(std::chrono::milliseconds duration);
     /// Any request of the service's or the sandbox's own; gives the body, throws unless the status
     /// is below 300.
     std::string call(const std::string& method, const std::string& path,
