@@ -57,6 +57,10 @@ TEST_P(Barcode, ErrorsReachTheHostByNumber) {
     EXPECT_EQ(box.box->font_size, 8);
     // What was done to the host's variable by then stays done.
     EXPECT_EQ(written(text.get()), "text 590123412345");
+    box.box->out_of_paper = true;
+    Variant again{u"5901234123457"};
+    EXPECT_EQ(call(ean, u"RysujEAN", {box.object, by_reference(again), 0, false}).code,
+              DISP_E_EXCEPTION);
     box.box->font_size = 100'000;  // that no device can draw
     const Outcome turned = call(dispatcher, u"RotateText", {box.object, u"A", 90, 0, 0});
     EXPECT_EQ(turned.number, huge.number);

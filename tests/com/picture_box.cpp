@@ -11,6 +11,7 @@
 #include "com/signature.h"
 #include "ports/windows/gdi_drawing.h"
 #include "ports/windows/vb_print.h"
+#include "windows/failure.h"
 
 namespace tavrix::test {
 namespace {
@@ -105,8 +106,7 @@ class BoxObject final : public com::Unknown<IDispatch, IVBPrint> {
                                 argument_index);
     }
     HRESULT STDMETHODCALLTYPE WriteText(BSTR text) noexcept override {
-        box_->write_text(base::Text(windows::view_of(text)));
-        return S_OK;
+        return box_->write_text(base::Text(windows::view_of(text))) ? S_OK : E_FAIL;
     }
 
   private:
@@ -191,23 +191,24 @@ SIZE PictureBox::extent(const base::Text& text) {
     return size;
 }
 
-void PictureBox::write_text(const base::Text& text) {
+bool PictureBox::write_text(const base::Text& text) {
+    if (out_of_paper) return false;
     written.push_back(text);
     if (text == u"\r\n") {
         y += text_height(u"A");
         x = scale_left;
-        return;
+        return true;
     }
     const auto own = font();
     const windows::Selected selected(memory.get(), own.get());
     const POINT place = pixel_at(x, y);
     TextOutW(memory.get(), place.x, place.y, windows::wide(text), static_cast<int>(text.size()));
     x += text_width(text);
+    return true;
 }
 
 void PictureBox::print(const base::Text& text) {
-    write_text(text);
-    write_text(u"\r\n");
+    if (!write_text(text) || !write_text(u"\r\n")) windows::throw_failure(E_FAIL, u"Printer");
 }
 
 void PictureBox::paint_picture(const ComPointer<IDispatch>& picture, double left, double top,

@@ -55,8 +55,8 @@ class PictureBox {
         return length;
     }
 
-    /// Draws text where printing goes on, or a line break.
-    void write_text(const base::Text& text);
+    /// Draws text where printing goes on, or a line break; false when the printer is out of paper.
+    bool write_text(const base::Text& text);
     /// A script's statement.
     void print(const base::Text& text);
     /// Without arguments, or with flags in front of them.
@@ -81,6 +81,7 @@ class PictureBox {
     windows::Owned<HPALETTE, DeleteObject> palette;
     /// What was written, piece by piece.
     std::vector<base::Text> written;
+    bool out_of_paper = false;
     /// Its own automation object, not counted.
     IDispatch* object = nullptr;
 

@@ -15,6 +15,9 @@ using com::Scope;
 /// The system's registry, as a plain user has it.
 class ClosedMachine final : public com::RegistryDoor {
   public:
+    /// So much of the machine's part may be written, and all of it deleted, until it is closed.
+    int writes_left = 0;
+
     bool key_exists(HKEY root, const base::Text& key, REGSAM view) const override {
         return system_.key_exists(root, key, view);
     }
@@ -26,27 +29,33 @@ class ClosedMachine final : public com::RegistryDoor {
         return system_.value(root, key, name);
     }
     void create_key(HKEY root, const base::Text& key) override {
-        if (!key_exists(root, key, 0)) refuse(root, key);
+        if (!key_exists(root, key, 0)) refuse_write(root, key);
         system_.create_key(root, key);
     }
     void set_value(HKEY root, const base::Text& key, const base::Text& name,
                    const base::Text& value) override {
-        refuse(root, key);
+        refuse_write(root, key);
         system_.set_value(root, key, name, value);
     }
     void delete_value(HKEY root, const base::Text& key, const base::Text& name) override {
-        refuse(root, key);
+        refuse_delete(root, key);
         system_.delete_value(root, key, name);
     }
     void delete_key(HKEY root, const base::Text& key) override {
-        refuse(root, key);
+        refuse_delete(root, key);
         system_.delete_key(root, key);
     }
 
   private:
-    static void refuse(HKEY root, const base::Text& key) {
-        if (root == HKEY_LOCAL_MACHINE) windows::throw_failure(E_ACCESSDENIED, key);
+    void refuse_write(HKEY root, const base::Text& key) {
+        if (root != HKEY_LOCAL_MACHINE) return;
+        if (writes_left == 0) windows::throw_failure(E_ACCESSDENIED, key);
+        if (--writes_left == 0) may_delete_ = true;
     }
+    void refuse_delete(HKEY root, const base::Text& key) const {
+        if (root == HKEY_LOCAL_MACHINE && !may_delete_) windows::throw_failure(E_ACCESSDENIED, key);
+    }
+    bool may_delete_ = false;
     com::RegistryDoor& system_ = com::system_registry();
 };
 
@@ -96,6 +105,17 @@ TEST_F(RegistrationRights, AUserIsToldTheWayInsteadOfBeingRegisteredForLess) {
     EXPECT_EQ(found(), "");
     register_classes(server, Scope::user, user);
     EXPECT_EQ(found(), "user");
+}
+
+TEST_F(RegistrationRights, AFailureHalfWayLeavesAnOlderRegistrationAsItWas) {
+    constexpr int some_writes = 3;
+    user.writes_left = some_writes;
+    EXPECT_NE(failure([&] { register_classes(server, Scope::machine, user); }), "");
+    EXPECT_EQ(found(), "") << "what was written is taken back";
+    register_classes(server, Scope::machine, administrator);
+    user.writes_left = some_writes;
+    EXPECT_NE(failure([&] { register_classes(server, Scope::machine, user); }), "");
+    EXPECT_EQ(found(), "machine");
 }
 
 TEST_F(RegistrationRights, AUserTakesOutWhatIsHisAndHearsOfWhatIsNot) {
