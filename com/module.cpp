@@ -28,9 +28,13 @@ bool module_in_use() noexcept {
 }
 
 void stay_loaded() noexcept {
-    HMODULE module = nullptr;
-    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_PIN,
-                       reinterpret_cast<LPCWSTR>(&module_handle), &module);
+    // Once is enough, and asking the loader costs more than making an object.
+    [[maybe_unused]] static const BOOL pinned = [] {
+        HMODULE module = nullptr;
+        return GetModuleHandleExW(
+            GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_PIN,
+            reinterpret_cast<LPCWSTR>(&module_handle), &module);
+    }();
 }
 
 HMODULE module_handle() noexcept {
