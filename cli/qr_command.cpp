@@ -20,7 +20,7 @@ struct QrOptions {
     PictureOptions picture{.file = {}, .dots_per_inch = 300, .module_twips = 40};
 };
 
-constexpr std::int32_t caption_size_twips = 240;
+constexpr std::int32_t qr_caption_size_twips = 240;
 
 ExitCode draw(const QrOptions& options) {
     barcode::drk_wyd_QRGen generator;
@@ -38,7 +38,7 @@ ExitCode draw(const QrOptions& options) {
     drawing::Drawing drawing = *symbol;
     if (options.has_caption) {
         const std::string& caption = options.caption.empty() ? options.text : options.caption;
-        drawing::add_caption(drawing, base::from_utf8(caption), caption_size_twips);
+        drawing::add_caption(drawing, base::from_utf8(caption), qr_caption_size_twips);
     }
     write_picture(drawing::turned(drawing, options.rotation_degrees / 90), options.picture);
     return exit_done;

@@ -20,8 +20,10 @@ target_compile_options(tavrix_options INTERFACE
   -fvisibility=hidden)
 target_include_directories(tavrix_options INTERFACE ${PROJECT_SOURCE_DIR})
 if(TAVRIX_SANITIZE)
-  target_compile_options(tavrix_options INTERFACE -fsanitize=address,undefined -fno-sanitize-recover=undefined
-    -fno-omit-frame-pointer)
+  # A null pointer stops the address sanitizer as well, and this processor reads at any address: asking at every access
+  # costs a sixth of the compiler's time.
+  target_compile_options(tavrix_options INTERFACE -fsanitize=address,undefined -fno-sanitize=null,alignment
+    -fno-sanitize-recover=undefined -fno-omit-frame-pointer)
   target_link_options(tavrix_options INTERFACE -fsanitize=address,undefined)
 endif()
 if(TAVRIX_FUZZ)

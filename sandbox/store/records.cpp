@@ -57,8 +57,8 @@ NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(Invoice, reference, session_refe
 
 namespace {
 
-constexpr const char* kinds[] = {"token",   "authentication", "session", "session-upo",
-                                 "invoice", "encrypted",      "xml",     "upo"};
+constexpr const char* record_kinds[] = {"token",   "authentication", "session", "session-upo",
+                                        "invoice", "encrypted",      "xml",     "upo"};
 
 template <typename Record>
 void write_record(Store& store, const char* kind, const Record& record) {
@@ -130,7 +130,7 @@ void load(Store& store, State& state) {
 }
 
 void forget_state(Store& store) {
-    for (const char* kind : kinds) store.forget(kind);
+    for (const char* kind : record_kinds) store.forget(kind);
 }
 
 }  // namespace tavrix::sandbox
