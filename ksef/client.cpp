@@ -60,6 +60,10 @@ std::string path_segment(std::string_view text) {
 
 void Client::begin_call(std::int32_t environment) {
     base_url = base_address(ports_.settings.service, environment);
+    renew_time();
+}
+
+void Client::renew_time() {
     call_ends_at_ = ports_.clock.steady_now() + longest_call;
 }
 
@@ -101,6 +105,7 @@ ports::HttpReply Client::send(ports::HttpRequest request, bool with_authorizatio
                                         u"Przekroczono czas całego wywołania");
         }
         ports::HttpReply reply = http().send(request);
+        last_status = reply.status;
         const auto pause = pause_before_repeating(reply);
         if (!pause || repeats == most_repeats) return reply;
         ports_.clock.sleep(*pause);
@@ -119,8 +124,8 @@ std::optional<std::chrono::seconds> Client::pause_before_repeating(
                                                                  : std::nullopt;
 }
 
-ports::HttpReply Client::get(std::string_view path) {
-    return send({"GET", url_of(path)}, true);
+ports::HttpReply Client::get(std::string_view path, std::vector<ports::HttpHeader> headers) {
+    return send({"GET", url_of(path), {}, std::move(headers)}, true);
 }
 
 ports::HttpReply Client::post(std::string_view path, const Body& body) {

@@ -39,6 +39,13 @@ class KseF_comm {
     base::Text Base64Encode(const base::Bytes& bytData) const;
     base::Text Base64DecodeSS(const base::Text& base64Str) const;
     base::Text Sha256XmlSimpleb(const base::Bytes& xml) const;
+    base::Text GetUpo(ports::Database& dbb, const base::Text& nip, const base::SecretText& Token,
+                      bool IsProduction0D1P2T);
+    base::Text GetFaktury(ports::Database& dbb, const base::Text& nip,
+                          const base::SecretText& Token, std::int32_t id_grprod,
+                          std::int32_t pog517, const base::Text& subjectType);
+    /// With the address and the tokens that an earlier call has left.
+    base::Text GetFaktury_xml(ports::Database& dbb);
 
     // Not built yet. Each answers with its own failure, so that a host that calls it goes the way
     // it goes when KSeF cannot be reached.
@@ -50,15 +57,6 @@ class KseF_comm {
                         std::int32_t pog517);
     /// The empty text: no file was cut.
     base::Text PodzielPlik(const base::Text& sciezkaZrodlowa, const base::Text& folderDocelowy);
-    /// "Nieznany błąd pobierania upo"
-    base::Text GetUpo(ports::Database& dbb, const base::Text& nip, const base::SecretText& Token,
-                      bool IsProduction0D1P2T);
-    /// "Nieznany błąd"
-    base::Text GetFaktury(ports::Database& dbb, const base::Text& nip,
-                          const base::SecretText& Token, std::int32_t id_grprod,
-                          std::int32_t pog517, const base::Text& subjectType);
-    /// "Nieznany błąd"
-    base::Text GetFaktury_xml(ports::Database& dbb);
     /// The empty text: there is no token, and no other text may be taken for one.
     base::Text GetToken(const base::Text& nip);
     /// The empty text: there is no link.
@@ -73,6 +71,10 @@ class KseF_comm {
                          const base::Text& Plik);
 
   private:
+    /// Begins a call with an authentication. Returns the empty text, or that of the failure.
+    base::Text log_in(std::int32_t environment, const base::Text& nip,
+                      const base::SecretText& token);
+
     KsefPorts ports_;
     std::unique_ptr<Client> client_;
 };

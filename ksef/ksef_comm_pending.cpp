@@ -24,21 +24,6 @@ Text KseF_comm::PodzielPlik(const Text& /*sciezkaZrodlowa*/, const Text& /*folde
     return {};
 }
 
-Text KseF_comm::GetUpo(ports::Database& /*dbb*/, const Text& /*nip*/,
-                       const base::SecretText& /*Token*/, bool /*IsProduction0D1P2T*/) {
-    return u"Nieznany błąd pobierania upo";
-}
-
-Text KseF_comm::GetFaktury(ports::Database& /*dbb*/, const Text& /*nip*/,
-                           const base::SecretText& /*Token*/, std::int32_t /*id_grprod*/,
-                           std::int32_t /*pog517*/, const Text& /*subjectType*/) {
-    return u"Nieznany błąd";
-}
-
-Text KseF_comm::GetFaktury_xml(ports::Database& /*dbb*/) {
-    return u"Nieznany błąd";
-}
-
 Text KseF_comm::GetToken(const Text& /*nip*/) {
     return {};
 }
