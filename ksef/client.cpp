@@ -60,7 +60,12 @@ std::string path_segment(std::string_view text) {
 
 void Client::begin_call(std::int32_t environment) {
     base_url = base_address(ports_.settings.service, environment);
+    least_patience_ = {};
     renew_time();
+}
+
+void Client::honour_retry_after() {
+    least_patience_ = std::chrono::minutes(1);
 }
 
 void Client::renew_time() {
@@ -120,8 +125,8 @@ std::optional<std::chrono::seconds> Client::pause_before_repeating(
     if (!asked) return std::nullopt;
     const auto pause = std::max(*asked, std::chrono::seconds(1));
     const bool in_time = ports_.clock.steady_now() + pause < call_ends_at_;
-    return in_time && pause <= ports_.settings.retry_after_limit ? std::optional(pause)
-                                                                 : std::nullopt;
+    const auto patience = std::max(ports_.settings.retry_after_limit, least_patience_);
+    return in_time && pause <= patience ? std::optional(pause) : std::nullopt;
 }
 
 ports::HttpReply Client::get(std::string_view path, std::vector<ports::HttpHeader> headers) {

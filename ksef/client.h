@@ -41,6 +41,9 @@ class Client {
     void begin_call(std::int32_t environment);
     /// The half hour begins anew: for each step of a call whose work grows with the host's data.
     void renew_time();
+    /// Until the next call begins, a `Retry-After` of up to a minute is waited out whatever the
+    /// settings say.
+    void honour_retry_after();
 
     /// All of them wait and ask again, three times at most, where the service says when, by 429 and
     /// `Retry-After`, and the settings let them wait for so long.
@@ -84,6 +87,7 @@ class Client {
     KsefPorts& ports_;
     std::unique_ptr<ports::Http> http_;
     std::chrono::milliseconds call_ends_at_{0};
+    std::chrono::seconds least_patience_{0};
     base::SecretUtf8 authorization_;
 };
 

@@ -8,6 +8,7 @@
 #include "ksef/invoice_download_xml.h"
 #include "ksef/online_session.h"
 #include "ksef/reconciliation.h"
+#include "ksef/reconciliation_by_name.h"
 #include "ksef/token.h"
 
 namespace tavrix::ksef {
@@ -127,10 +128,14 @@ Text KseF_comm::GetUpo(ports::Database& dbb, const Text& nip, const base::Secret
     const std::int32_t environment = IsProduction0D1P2T ? 1 : 0;
     try {
         if (Text failure = log_in(environment, nip, Token); !failure.empty()) return failure;
+        if (ports_.settings.reconcile_by == ReconcileBy::name) {
+            return reconcile_by_name(ports_, *client_, dbb, nip,
+                                     [&] { return log_in(environment, nip, Token); });
+        }
         reconcile_by_position(ports_, *client_, dbb);
         return {};
     } catch (const std::exception&) {
-        return u"Nieznany błąd pobierania upo";
+        return Text(unknown_reconciliation_failure);
     }
 }
 

@@ -5,6 +5,9 @@
 
 namespace tavrix::ksef {
 
+/// The text of a failure that no step told of.
+inline constexpr base::TextView unknown_reconciliation_failure = u"Nieznany błąd pobierania upo";
+
 /// Writes the outcome of the company's finished packages into the host's sales invoices, for an
 /// authenticated client: first of the accepted packages, then of the failed, then of the cancelled
 /// ones. Sessions and invoices are read by the position of their members.

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <optional>
+
 #include "ksef/rows/columns.h"
 #include "ports/database.h"
 
@@ -16,6 +18,12 @@ inline constexpr PackageOutcome package_failed{u"500", u"Failed"};
 /// Hosts compare with these very letters.
 inline constexpr PackageOutcome package_cancelled{u"500", u"Canseled"};
 
+/// A row of one of the tables of documents.
+struct PackageDocument {
+    base::Text table;
+    base::Text id;  ///< ddout_id
+};
+
 /// The sales invoices that hosts send in packages.
 class PackageDocuments {
   public:
@@ -28,7 +36,23 @@ class PackageDocuments {
                 const base::Text& ksef_number, const PackageOutcome& outcome,
                 const base::DateTime& now);
 
+    /// The invoice with that hash. Several are copies of one; that with the reference comes first.
+    std::optional<PackageDocument> find_by_hash(const base::Text& hash,
+                                                const base::Text& reference);
+    /// The invoice with that number. Of several it is the one with the reference, or none.
+    std::optional<PackageDocument> find_by_number(const base::Text& number,
+                                                  const base::Text& reference);
+    /// Writes the outcome and the number into one row. An invoice that has a KSeF number keeps it:
+    /// a package that failed says nothing of the one that was sent after it. What stands there
+    /// already is not written again. A row that is not there, or in a table that holds no
+    /// documents, is nobody's.
+    void record(const PackageDocument& document, const base::Text& ksef_number,
+                const PackageOutcome& outcome, const base::DateTime& now);
+
   private:
+    std::optional<PackageDocument> find(base::TextView column, const base::Text& value,
+                                        const base::Text& reference, bool are_copies);
+
     ports::Database& database_;
 };
 
