@@ -39,6 +39,7 @@ PortsBundle::PortsBundle()
     : settings_(settings_of_environment()),
       crypto_(ports::make_openssl_crypto()),
       clock_(std::make_unique<TalkingClock>()),
+      locale_(ports::make_native_locale()),
       xml_(ports::make_native_xml()),
       code_page_(ports::make_native_code_page()) {}
 
@@ -46,6 +47,7 @@ ksef::KsefPorts PortsBundle::for_ksef() {
     return {[this] { return ports::make_curl_http(settings_.connection); },
             *crypto_,
             *clock_,
+            *locale_,
             *xml_,
             *code_page_,
             settings_.ksef};

@@ -22,6 +22,7 @@ class PortsBundle {
     frame::Settings settings_;
     std::unique_ptr<ports::Crypto> crypto_;
     std::unique_ptr<ports::Clock> clock_;
+    std::unique_ptr<ports::Locale> locale_;
     std::unique_ptr<ports::Xml> xml_;
     std::unique_ptr<ports::CodePage> code_page_;
 };

@@ -60,6 +60,10 @@ std::string path_segment(std::string_view text) {
 
 void Client::begin_call(std::int32_t environment) {
     base_url = base_address(ports_.settings.service, environment);
+    renew_time();
+}
+
+void Client::renew_time() {
     call_ends_at_ = ports_.clock.steady_now() + longest_call;
 }
 

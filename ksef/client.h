@@ -39,6 +39,8 @@ class Client {
     /// after half an hour throws base::AutomationError, and none lasts longer than until then: the
     /// waits for the service add up to 13 minutes, and the tokens do not live much longer.
     void begin_call(std::int32_t environment);
+    /// The half hour begins anew: for each step of a call whose work grows with the host's data.
+    void renew_time();
 
     /// All of them wait and ask again, three times at most, where the service says when, by 429 and
     /// `Retry-After`, and the settings let them wait for so long.
@@ -67,6 +69,8 @@ class Client {
     std::string symmetric_key_pem;
     base::SecretUtf8 access_token;
     base::SecretUtf8 refresh_token;
+    /// Of the KSeF token that GetToken asked for last.
+    std::string token_reference;
 
   private:
     ports::Http& http();

@@ -7,6 +7,7 @@
 #include "ports/code_page.h"
 #include "ports/crypto.h"
 #include "ports/http.h"
+#include "ports/locale.h"
 #include "ports/xml.h"
 
 namespace tavrix::ksef {
@@ -17,6 +18,7 @@ struct KsefPorts {
     ports::HttpFactory make_http;
     ports::Crypto& crypto;
     ports::Clock& clock;
+    ports::Locale& locale;
     ports::Xml& xml;
     ports::CodePage& code_page;
     const Settings& settings;
