@@ -33,6 +33,14 @@ frame::Settings settings_of_environment() {
     return file == nullptr ? frame::Settings{} : frame::load_settings(file);
 }
 
+base::Text folder_of_settings() {
+    const char* file = std::getenv("TAVRIX_SETTINGS");
+    if (file == nullptr) return {};
+    const std::string path(file);
+    const std::size_t name = path.rfind('/') + 1;
+    return base::from_utf8(name == 0 ? "./" : path.substr(0, name));
+}
+
 }  // namespace
 
 PortsBundle::PortsBundle()
@@ -41,7 +49,8 @@ PortsBundle::PortsBundle()
       clock_(std::make_unique<TalkingClock>()),
       locale_(ports::make_native_locale()),
       xml_(ports::make_native_xml()),
-      code_page_(ports::make_native_code_page()) {}
+      code_page_(ports::make_native_code_page()),
+      files_(ports::make_native_files({})) {}
 
 ksef::KsefPorts PortsBundle::for_ksef() {
     return {[this] { return ports::make_curl_http(settings_.connection); },
@@ -50,7 +59,10 @@ ksef::KsefPorts PortsBundle::for_ksef() {
             *locale_,
             *xml_,
             *code_page_,
-            settings_.ksef};
+            *files_,
+            settings_.ksef,
+            {},
+            folder_of_settings()};
 }
 
 base::Bytes read_file(const std::string& path) {

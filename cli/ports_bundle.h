@@ -17,6 +17,7 @@ class PortsBundle {
     ksef::KsefPorts for_ksef();
     ports::CodePage& code_page() { return *code_page_; }
     ports::Crypto& crypto() { return *crypto_; }
+    ports::DataFiles& files() { return *files_; }
 
   private:
     frame::Settings settings_;
@@ -25,6 +26,7 @@ class PortsBundle {
     std::unique_ptr<ports::Locale> locale_;
     std::unique_ptr<ports::Xml> xml_;
     std::unique_ptr<ports::CodePage> code_page_;
+    std::unique_ptr<ports::DataFiles> files_;
 };
 
 /// A file's bytes. Throws CLI::ValidationError when it cannot be read.
