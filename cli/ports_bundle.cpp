@@ -72,30 +72,4 @@ base::Bytes read_file(const std::string& path) {
     return bytes;
 }
 
-namespace {
-
-// Without a buffer of the stream's own, which nobody wipes.
-base::SecretUtf8 read_secret_file(const std::string& path) {
-    std::ifstream file;
-    file.rdbuf()->pubsetbuf(nullptr, 0);
-    file.open(path, std::ios::binary);
-    base::SecretUtf8 text;
-    for (char c = 0; file.get(c);) text += c;
-    if (!file.is_open() || file.bad()) throw CLI::ValidationError(path, "nie można odczytać pliku");
-    return text;
-}
-
-}  // namespace
-
-base::SecretText token_from(const std::string& token, const std::string& token_file) {
-    if (!token.empty()) return base::from_secret_utf8(token);
-    if (!token_file.empty()) {
-        const base::SecretUtf8 file = read_secret_file(token_file);
-        const std::size_t last = file.view().find_last_not_of("\n\r ");
-        return base::from_secret_utf8(file.view().substr(0, last + 1));
-    }
-    if (const char* variable = std::getenv("TAVRIX_TOKEN")) return base::from_secret_utf8(variable);
-    throw CLI::RequiredError("--token, --token-file albo zmienna TAVRIX_TOKEN");
-}
-
 }  // namespace tavrix::cli

@@ -32,8 +32,4 @@ class PortsBundle {
 /// A file's bytes. Throws CLI::ValidationError when it cannot be read.
 base::Bytes read_file(const std::string& path);
 
-/// The token from --token, from --token-file or from $TAVRIX_TOKEN, which other users of the
-/// machine do not see in the list of processes. Throws CLI::RequiredError when there is none.
-base::SecretText token_from(const std::string& token, const std::string& token_file);
-
 }  // namespace tavrix::cli
