@@ -11,6 +11,7 @@ namespace tavrix::cli {
 void add_send_command(CLI::App& app, int& exit_code);
 void add_hash_command(CLI::App& app, int& exit_code);
 void add_token_command(CLI::App& app, int& exit_code);
+void add_link_commands(CLI::App& app, int& exit_code);
 void add_qr_command(CLI::App& app, int& exit_code);
 void add_barcode_command(CLI::App& app, int& exit_code);
 

@@ -74,6 +74,8 @@ class Client {
     base::SecretUtf8 refresh_token;
     /// HTTP status of the last answer, 0 when none came.
     int last_status = 0;
+    /// Of the KSeF token that GetToken asked for last.
+    std::string token_reference;
 
   private:
     ports::Http& http();

@@ -6,10 +6,12 @@
 #include "ksef/encoding.h"
 #include "ksef/invoice_download.h"
 #include "ksef/invoice_download_xml.h"
+#include "ksef/offline_link.h"
 #include "ksef/online_session.h"
 #include "ksef/reconciliation.h"
 #include "ksef/reconciliation_by_name.h"
 #include "ksef/token.h"
+#include "ksef/token_request.h"
 
 namespace tavrix::ksef {
 
@@ -152,6 +154,36 @@ Text KseF_comm::GetFaktury(ports::Database& dbb, const Text& nip, const base::Se
 Text KseF_comm::GetFaktury_xml(ports::Database& dbb) {
     if (Text failure = settings_failure(ports_); !failure.empty()) return failure;
     return fetch_invoices(ports_, *client_, dbb, u"Nieznany błąd");
+}
+
+base::SecretText KseF_comm::GetToken(const Text& /*nip*/) {
+    try {
+        if (const Text failure = settings_failure(ports_); !failure.empty())
+            return base::SecretText(failure);
+        client_->renew_time();
+        // One text with both rights in it, as the library has always sent it.
+        TokenRequest request{"InvoiceRead,InvoiceWrite",
+                             u"quen_" + ports_.locale.general_date(ports_.clock.now_local())};
+        IssuedToken issued = request_token(*client_, request);
+        client_->token_reference = std::move(issued.reference);
+        return std::move(issued.token_or_failure);
+    } catch (const std::exception&) {
+        // No text may be taken for a token.
+        return {};
+    }
+}
+
+Text KseF_comm::GetQr2(ports::Database& dbb, const Text& NumSerCertyfikatu,
+                       base::SecretText& Tablica, std::int32_t Tablica_id, const Text& nip) {
+    try {
+        const base::SecretText given = std::exchange(Tablica, {});
+        Tablica += *piece_of(given, 0);
+        if (Text failure = settings_failure(ports_); !failure.empty()) return failure;
+        return make_certificate_link(ports_, *client_, dbb,
+                                     {NumSerCertyfikatu, given, Tablica_id, nip});
+    } catch (const std::exception&) {
+        return {};
+    }
 }
 
 }  // namespace tavrix::ksef

@@ -46,6 +46,14 @@ class KseF_comm {
                           std::int32_t pog517, const base::Text& subjectType);
     /// With the address and the tokens that an earlier call has left.
     base::Text GetFaktury_xml(ports::Database& dbb);
+    /// A new KSeF token for whom this instance's last authentication stands, or the text of what
+    /// failed. `nip` is not asked for.
+    base::SecretText GetToken(const base::Text& nip);
+    /// The certificate link of a document, also stored in its row, or the text of what failed; the
+    /// empty text when the document has no hash. `Tablica` is "TABLE,TOKEN,SETTINGS NUMBER" and on
+    /// return, whatever happens, the table alone.
+    base::Text GetQr2(ports::Database& dbb, const base::Text& NumSerCertyfikatu,
+                      base::SecretText& Tablica, std::int32_t Tablica_id, const base::Text& nip);
 
     // Not built yet. Each answers with its own failure, so that a host that calls it goes the way
     // it goes when KSeF cannot be reached.
@@ -57,11 +65,6 @@ class KseF_comm {
                         std::int32_t pog517);
     /// The empty text: no file was cut.
     base::Text PodzielPlik(const base::Text& sciezkaZrodlowa, const base::Text& folderDocelowy);
-    /// The empty text: there is no token, and no other text may be taken for one.
-    base::Text GetToken(const base::Text& nip);
-    /// The empty text: there is no link.
-    base::Text GetQr2(ports::Database& dbb, const base::Text& NumSerCertyfikatu,
-                      base::Text& Tablica, std::int32_t Tablica_id, const base::Text& nip);
     /// Raises base::AutomationError, as for a file that cannot be read.
     base::Text LoadXMLFromFile(const base::Text& FilePath);
     /// "Błąd walidacji: " and why; the empty text would call the document valid.

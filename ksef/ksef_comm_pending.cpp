@@ -24,15 +24,6 @@ Text KseF_comm::PodzielPlik(const Text& /*sciezkaZrodlowa*/, const Text& /*folde
     return {};
 }
 
-Text KseF_comm::GetToken(const Text& /*nip*/) {
-    return {};
-}
-
-Text KseF_comm::GetQr2(ports::Database& /*dbb*/, const Text& /*NumSerCertyfikatu*/,
-                       Text& /*Tablica*/, std::int32_t /*Tablica_id*/, const Text& /*nip*/) {
-    return {};
-}
-
 Text KseF_comm::LoadXMLFromFile(const Text& /*FilePath*/) {
     throw base::AutomationError(base::ErrorNumber::component_failed, u"KseF_comm.LoadXMLFromFile",
                                 Text(not_available));

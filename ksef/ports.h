@@ -8,6 +8,7 @@
 #include "ports/crypto.h"
 #include "ports/files.h"
 #include "ports/http.h"
+#include "ports/locale.h"
 #include "ports/xml.h"
 
 namespace tavrix::ksef {
@@ -18,6 +19,7 @@ struct KsefPorts {
     ports::HttpFactory make_http;
     ports::Crypto& crypto;
     ports::Clock& clock;
+    ports::Locale& locale;
     ports::Xml& xml;
     ports::CodePage& code_page;
     ports::DataFiles& files;

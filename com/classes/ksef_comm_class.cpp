@@ -68,12 +68,12 @@ constexpr auto ksef_comm_members = members(
     method<&KseF_comm::GetFaktury_xml>(17, u"GetFaktury_xml",
                                        u"Pobiera XML faktur, które go jeszcze nie mają.",
                                        by_reference(u"dbb")),
-    pending(method<&KseF_comm::GetToken>(
-        18, u"GetToken", u"Nowy token KSeF z prawem odczytu i wysyłki faktur.", by_value(u"nip"))),
-    pending(method<&KseF_comm::GetQr2>(
-        19, u"GetQr2", u"Podpisany odnośnik certyfikatu dla faktury wystawionej offline.",
-        by_reference(u"dbb"), by_value(u"NumSerCertyfikatu"), by_reference(u"Tablica"),
-        by_value(u"Tablica_id"), by_value(u"nip"))),
+    method<&KseF_comm::GetToken>(
+        18, u"GetToken", u"Nowy token KSeF z prawem odczytu i wysyłki faktur.", by_value(u"nip")),
+    method<&KseF_comm::GetQr2>(19, u"GetQr2",
+                               u"Podpisany odnośnik certyfikatu dla faktury wystawionej offline.",
+                               by_reference(u"dbb"), by_value(u"NumSerCertyfikatu"),
+                               by_reference(u"Tablica"), by_value(u"Tablica_id"), by_value(u"nip")),
     pending(method<&KseF_comm::LoadXMLFromFile>(
         20, u"LoadXMLFromFile", u"Tekst pliku w stronie kodowej systemu.", by_value(u"FilePath"))),
     pending(method<&KseF_comm::SprawdzXMLzXSD>(

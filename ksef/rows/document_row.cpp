@@ -15,6 +15,7 @@ constexpr Field outcome_query[] = {operation_time, issue_date, description, stat
                                    ksef_number,    hash,       note};
 constexpr Field number_query[] = {operation_time, ksef_number, status, upo, note};
 constexpr Field upo_query[] = {operation_time, ksef_number, status, upo};
+constexpr Field offline_query[] = {xml, hash, issue_date, certificate_link, operation_time};
 
 // status_ksef of an accepted invoice and the text beside it.
 constexpr base::TextView accepted_code = u"200";
@@ -84,6 +85,18 @@ void DocumentRow::record_number(const base::Text& number, const base::DateTime& 
 
 void DocumentRow::record_upo(const base::Text& document, const base::DateTime& now) {
     write(upo_query, {{upo, document}}, now);
+}
+
+std::optional<base::Text> DocumentRow::read_hash() {
+    const auto rows = open(offline_query);
+    if (rows->at_end()) return std::nullopt;
+    const ports::Value value = value_of(*rows, hash);
+    if (std::holds_alternative<std::monostate>(value)) return std::nullopt;
+    return ports::text_of(value);
+}
+
+void DocumentRow::record_certificate_link(const base::Text& link, const base::DateTime& now) {
+    write(offline_query, {{certificate_link, link}}, now);
 }
 
 }  // namespace tavrix::ksef

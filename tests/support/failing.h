@@ -110,6 +110,16 @@ struct FailingCrypto final : Failing<ports::Crypto> {
                                         base::ByteView plain) override {
         return through().rsa_oaep_sha256_encrypt(key, plain);
     }
+    std::unique_ptr<ports::PrivateKey> load_private_key(std::string_view pem,
+                                                        std::string_view pass_phrase) override {
+        return through().load_private_key(pem, pass_phrase);
+    }
+    base::Bytes ecdsa_sha256_sign(const ports::PrivateKey& key, base::ByteView data) override {
+        return through().ecdsa_sha256_sign(key, data);
+    }
+    base::Bytes rsa_pss_sha256_sign(const ports::PrivateKey& key, base::ByteView data) override {
+        return through().rsa_pss_sha256_sign(key, data);
+    }
 };
 
 struct FailingReader final : Failing<ports::FileReader> {
