@@ -34,6 +34,8 @@ int main(int argc, char** argv) {
     app.footer(footer);
     app.require_subcommand(1);
     cli::add_send_command(app, exit_code);
+    cli::add_reconcile_command(app, exit_code);
+    cli::add_pull_command(app, exit_code);
     cli::add_hash_command(app, exit_code);
     cli::add_token_command(app, exit_code);
     cli::add_link_commands(app, exit_code);
