@@ -48,6 +48,8 @@ std::string_view JsonScanner::read_value() {
 
 std::optional<JsonPiece> JsonPiece::document(std::string_view body) {
     if (!may_be_parsed(body) || !Json::accept(body)) return std::nullopt;
+    // The parser passes over a byte order mark.
+    if (body.starts_with("\xEF\xBB\xBF")) body.remove_prefix(3);
     return JsonPiece(JsonScanner(body).read_value());
 }
 
