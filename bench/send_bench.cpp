@@ -55,7 +55,8 @@ class Bench {
             base::replace_all(xml_, u"FV/2026/11/0147", u"FV/2026/11/" + base::to_decimal(number));
         ports::SqliteDatabase database(connection_);
         ksef::KseF_comm client({[this] { return ports::make_curl_http(connection_settings_); },
-                                *crypto_, clock_, *xml_port_, *code_page_, settings_});
+                                *crypto_, clock_, *locale_, *xml_port_, *code_page_, *files_,
+                                settings_});
         return client
             .SendInvoiceToKSeF(database, u"5265877635", base::SecretText(u"R|nip-5265877635|s"),
                                invoice, u"FA (3)", u"1-0E", u"FA", 2, u"dok_fak", 1001)
@@ -105,8 +106,10 @@ class Bench {
     ports::ConnectionSettings connection_settings_;
     std::unique_ptr<ports::Crypto> crypto_ = ports::make_openssl_crypto();
     test::FakeClock clock_;
+    std::unique_ptr<ports::Locale> locale_ = ports::make_native_locale();
     std::unique_ptr<ports::Xml> xml_port_ = ports::make_native_xml();
     std::unique_ptr<ports::CodePage> code_page_ = ports::make_native_code_page();
+    std::unique_ptr<ports::DataFiles> files_ = ports::make_native_files({});
     std::shared_ptr<ports::SqliteConnection> connection_ = test::make_host_database("2026-11-21");
     base::Text xml_ = test::demonstration_invoice();
 };

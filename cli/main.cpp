@@ -11,7 +11,7 @@ Kody zakończenia: 0 wykonane; 1 odmowa KSeF, sieci albo bazy; 2 błąd wywołan
 3 faktura przyjęta, ale bez UPO; 4 błąd w pliku ustawień.
 
 Zmienne: TAVRIX_SETTINGS - plik ustawień (adresy, własny urząd certyfikacji, proxy);
-TAVRIX_TOKEN - token KSeF.
+TAVRIX_TOKEN - token KSeF; TAVRIX_KEY_PASS - hasło klucza prywatnego.
 
 Przykład:
   tavrix send --nip 5265877635 --token-file token.txt --env test \
@@ -34,8 +34,11 @@ int main(int argc, char** argv) {
     app.footer(footer);
     app.require_subcommand(1);
     cli::add_send_command(app, exit_code);
+    cli::add_reconcile_command(app, exit_code);
+    cli::add_pull_command(app, exit_code);
     cli::add_hash_command(app, exit_code);
     cli::add_token_command(app, exit_code);
+    cli::add_link_commands(app, exit_code);
     cli::add_qr_command(app, exit_code);
     cli::add_barcode_command(app, exit_code);
     try {

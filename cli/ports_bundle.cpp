@@ -33,22 +33,36 @@ frame::Settings settings_of_environment() {
     return file == nullptr ? frame::Settings{} : frame::load_settings(file);
 }
 
+base::Text folder_of_settings() {
+    const char* file = std::getenv("TAVRIX_SETTINGS");
+    if (file == nullptr) return {};
+    const std::string path(file);
+    const std::size_t name = path.rfind('/') + 1;
+    return base::from_utf8(name == 0 ? "./" : path.substr(0, name));
+}
+
 }  // namespace
 
 PortsBundle::PortsBundle()
     : settings_(settings_of_environment()),
       crypto_(ports::make_openssl_crypto()),
       clock_(std::make_unique<TalkingClock>()),
+      locale_(ports::make_native_locale()),
       xml_(ports::make_native_xml()),
-      code_page_(ports::make_native_code_page()) {}
+      code_page_(ports::make_native_code_page()),
+      files_(ports::make_native_files({})) {}
 
 ksef::KsefPorts PortsBundle::for_ksef() {
     return {[this] { return ports::make_curl_http(settings_.connection); },
             *crypto_,
             *clock_,
+            *locale_,
             *xml_,
             *code_page_,
-            settings_.ksef};
+            *files_,
+            settings_.ksef,
+            {},
+            folder_of_settings()};
 }
 
 base::Bytes read_file(const std::string& path) {
@@ -56,32 +70,6 @@ base::Bytes read_file(const std::string& path) {
     base::Bytes bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
     if (!file.is_open() || file.bad()) throw CLI::ValidationError(path, "nie można odczytać pliku");
     return bytes;
-}
-
-namespace {
-
-// Without a buffer of the stream's own, which nobody wipes.
-base::SecretUtf8 read_secret_file(const std::string& path) {
-    std::ifstream file;
-    file.rdbuf()->pubsetbuf(nullptr, 0);
-    file.open(path, std::ios::binary);
-    base::SecretUtf8 text;
-    for (char c = 0; file.get(c);) text += c;
-    if (!file.is_open() || file.bad()) throw CLI::ValidationError(path, "nie można odczytać pliku");
-    return text;
-}
-
-}  // namespace
-
-base::SecretText token_from(const std::string& token, const std::string& token_file) {
-    if (!token.empty()) return base::from_secret_utf8(token);
-    if (!token_file.empty()) {
-        const base::SecretUtf8 file = read_secret_file(token_file);
-        const std::size_t last = file.view().find_last_not_of("\n\r ");
-        return base::from_secret_utf8(file.view().substr(0, last + 1));
-    }
-    if (const char* variable = std::getenv("TAVRIX_TOKEN")) return base::from_secret_utf8(variable);
-    throw CLI::RequiredError("--token, --token-file albo zmienna TAVRIX_TOKEN");
 }
 
 }  // namespace tavrix::cli

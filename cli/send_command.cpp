@@ -4,6 +4,7 @@
 
 #include "base/error.h"
 #include "cli/command.h"
+#include "cli/ksef_options.h"
 #include "cli/ports_bundle.h"
 #include "ksef/rows/columns.h"
 #include "ports/portable/sqlite_database.h"
@@ -16,8 +17,7 @@ using Json = nlohmann::ordered_json;
 
 struct SendOptions {
     std::string nip;
-    std::string token;
-    std::string token_file;
+    TokenSource token;
     std::string environment = "test";
     std::string xml_file;
     std::string database_file;
@@ -30,12 +30,6 @@ struct SendOptions {
 };
 
 constexpr std::u16string_view accepted_prefix = u"Faktura o numerze KSeF: ";
-
-std::int32_t environment_number(const std::string& name) {
-    if (name == "prod" || name == "1") return 1;
-    if (name == "demo" || name == "0") return 0;
-    return 2;
-}
 
 // The row's KSeF columns as they stand now; nothing when there is no row or no such table.
 Json row_now(ports::Database& database, const SendOptions& options) {
@@ -107,7 +101,7 @@ void report(const Text& result, ExitCode code, const Json& row, const SendOption
 
 ExitCode send(const SendOptions& options) {
     PortsBundle bundle;
-    const base::SecretText token = token_from(options.token, options.token_file);
+    const base::SecretText token = token_from(options.token);
     const Text xml = bundle.code_page().to_text(read_file(options.xml_file));
     ports::SqliteDatabase database(ports::SqliteConnection::open(options.database_file));
     ksef::KseF_comm client(bundle.for_ksef());
@@ -129,13 +123,8 @@ void add_send_command(CLI::App& app, int& exit_code) {
     CLI::App* command =
         app.add_subcommand("send", "Wysyła jedną fakturę do KSeF i zapisuje wynik w bazie");
     command->add_option("--nip", options->nip, "NIP firmy, ten sam co w tokenie")->required();
-    command->add_option("--token", options->token,
-                        "Token KSeF (REFERENCJA|nip-NNNNNNNNNN|SEKRET); bezpieczniej --token-file "
-                        "albo TAVRIX_TOKEN");
-    command->add_option("--token-file", options->token_file, "Plik, w którym jest tylko token");
-    command->add_option("--env", options->environment, "Środowisko KSeF: prod, demo albo test")
-        ->check(CLI::IsMember({"prod", "demo", "test", "0", "1", "2"}))
-        ->capture_default_str();
+    add_token_options(*command, options->token);
+    add_environment_option(*command, options->environment);
     command->add_option("--xml", options->xml_file, "Plik XML faktury (UTF-8)")->required();
     command->add_option("--db", options->database_file, "Plik bazy SQLite z dokumentami")
         ->required();

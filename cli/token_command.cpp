@@ -1,54 +1,127 @@
 #include <iostream>
 #include <memory>
+#include <nlohmann/json.hpp>
 
 #include "base/error.h"
 #include "cli/command.h"
+#include "cli/ksef_options.h"
 #include "cli/ports_bundle.h"
+#include "ksef/authentication.h"
 #include "ksef/token.h"
+#include "ksef/token_request.h"
 
 namespace tavrix::cli {
 namespace {
 
 struct TokenOptions {
     std::string nip;
-    std::string token;
-    std::string token_file;
+    TokenSource token;
 };
 
-ExitCode check(const TokenOptions& options) {
-    const base::SecretText token = token_from(options.token, options.token_file);
+struct NewTokenOptions : TokenOptions {
+    std::string environment = "test";
+    std::vector<std::string> permissions{"InvoiceRead", "InvoiceWrite"};
+    std::string description = "tavrix";
+    bool json = false;
+};
+
+// Its tax number; the empty text after it was said what is wrong with it.
+base::Text tax_number_in(const base::SecretText& token, const std::string& nip) {
     try {
-        const ksef::TokenCheck check = options.nip.empty()
-                                           ? ksef::read_token(token)
-                                           : ksef::check_token(token, base::from_utf8(options.nip));
-        if (check.failure.empty()) {
-            std::cout << "Token ma poprawną budowę, NIP " << base::to_utf8(check.tax_number)
-                      << '\n';
-            return exit_done;
-        }
+        const ksef::TokenCheck check =
+            nip.empty() ? ksef::read_token(token) : ksef::check_token(token, base::from_utf8(nip));
+        if (check.failure.empty()) return check.tax_number;
         // The failure's own text repeats the token, which has no place on a screen.
-        std::cout << (check.tax_number.empty()
+        std::cerr << (check.tax_number.empty()
                           ? "Błędny token: brak części rozdzielonych znakiem |\n"
                           : base::to_utf8(check.failure) + "\n");
     } catch (const base::AutomationError& error) {
-        std::cout << "Błędny token: " << base::to_utf8(error.description()) << '\n';
+        std::cerr << "Błędny token: " << base::to_utf8(error.description()) << '\n';
     }
+    return {};
+}
+
+ExitCode check(const TokenOptions& options) {
+    const base::Text tax_number = tax_number_in(token_from(options.token), options.nip);
+    if (tax_number.empty()) return exit_failed;
+    std::cout << "Token ma poprawną budowę, NIP " << base::to_utf8(tax_number) << '\n';
+    return exit_done;
+}
+
+ExitCode failed(base::TextView text) {
+    std::cerr << "Niepowodzenie: " << base::to_utf8(text) << '\n';
     return exit_failed;
+}
+
+void print(const ksef::IssuedToken& issued, const std::string& status, bool json) {
+    const base::SecretUtf8 token = base::to_secret_utf8(issued.token_or_failure.view());
+    if (!json) {
+        std::cout << token.view() << '\n';
+        return;
+    }
+    nlohmann::ordered_json answer;
+    answer["token"] = token.view();
+    answer["referenceNumber"] = issued.reference;
+    answer["status"] = status;
+    std::cout << answer.dump(2) << '\n';
+}
+
+ExitCode issue(const NewTokenOptions& options) {
+    PortsBundle bundle;
+    const base::SecretText token = token_from(options.token);
+    const base::Text tax_number = tax_number_in(token, options.nip);
+    if (tax_number.empty()) return exit_failed;
+    ksef::KsefPorts ports = bundle.for_ksef();
+    ksef::Client client(ports);
+    client.begin_call(environment_number(options.environment));
+    if (const base::Text failure = ksef::authenticate(ports, client, tax_number, token);
+        !failure.empty()) {
+        return failed(failure);
+    }
+    const ksef::IssuedToken issued =
+        ksef::request_token(client, {options.permissions, base::from_utf8(options.description)});
+    if (!issued.issued) return failed(issued.token_or_failure.view());
+    // The service tells the token this once: it is shown whatever becomes of it.
+    const std::string status = ksef::wait_until_active(client, ports.clock, issued.reference);
+    print(issued, status, options.json);
+    if (status == "Active") return exit_done;
+    std::cerr << "Token wydany, ale jeszcze nieaktywny, stan: " << status << '\n';
+    return exit_failed;
+}
+
+void add_check(CLI::App& group, int& exit_code) {
+    auto options = std::make_shared<TokenOptions>();
+    CLI::App* command =
+        group.add_subcommand("check", "Sprawdza budowę tokena i jego NIP, bez łączenia się z KSeF");
+    command->add_option("--nip", options->nip, "NIP, który ma być w tokenie");
+    add_token_options(*command, options->token);
+    command->callback([options, &exit_code] { exit_code = check(*options); });
+}
+
+void add_new(CLI::App& group, int& exit_code) {
+    auto options = std::make_shared<NewTokenOptions>();
+    CLI::App* command =
+        group.add_subcommand("new", "Wydaje nowy token, czeka, aż będzie aktywny, i wypisuje go");
+    command->add_option("--nip", options->nip, "NIP, który ma być w tokenie do zalogowania");
+    add_token_options(*command, options->token);
+    add_environment_option(*command, options->environment);
+    command
+        ->add_option("--permission", options->permissions,
+                     "Uprawnienie, np. InvoiceRead; można powtórzyć")
+        ->capture_default_str();
+    command->add_option("--description", options->description, "Opis, 5 do 256 znaków")
+        ->capture_default_str();
+    command->add_flag("--json", options->json, "Wynik jako JSON (dla programów)");
+    command->callback([options, &exit_code] { exit_code = issue(*options); });
 }
 
 }  // namespace
 
 void add_token_command(CLI::App& app, int& exit_code) {
-    auto options = std::make_shared<TokenOptions>();
     CLI::App* group = app.add_subcommand("token", "Tokeny KSeF");
     group->require_subcommand(1);
-    CLI::App* command = group->add_subcommand(
-        "check", "Sprawdza budowę tokena i jego NIP, bez łączenia się z KSeF");
-    command->add_option("--nip", options->nip, "NIP, który ma być w tokenie");
-    command->add_option("--token", options->token,
-                        "Token KSeF; bezpieczniej --token-file albo TAVRIX_TOKEN");
-    command->add_option("--token-file", options->token_file, "Plik, w którym jest tylko token");
-    command->callback([options, &exit_code] { exit_code = check(*options); });
+    add_check(*group, exit_code);
+    add_new(*group, exit_code);
 }
 
 }  // namespace tavrix::cli

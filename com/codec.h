@@ -32,6 +32,7 @@ template <>
 struct Codec<base::SecretText> {
     static constexpr VARTYPE type = VT_BSTR;
     static base::SecretText read(const VARIANT& source, LCID locale);
+    static windows::Variant write(const base::SecretText& value) { return value.view(); }
 };
 
 template <>

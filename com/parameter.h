@@ -77,6 +77,29 @@ class Parameter<T&> {
     T before_;
 };
 
+/// The same for a secret, of which nothing makes copies unasked.
+template <>
+class Parameter<base::SecretText&> {
+  public:
+    static constexpr VARTYPE type = Codec<base::SecretText>::type;
+    static constexpr bool writes = true;
+    static constexpr bool optional = false;
+
+    explicit Parameter(const Incoming& incoming)
+        : incoming_(incoming),
+          value_(detail::read<base::SecretText>(incoming)),
+          before_(value_.copy()) {}
+    base::SecretText& get() noexcept { return value_; }
+    void write_back() const {
+        if (value_.view() != before_.view()) detail::write_back(incoming_, value_);
+    }
+
+  private:
+    Incoming incoming_;
+    base::SecretText value_;
+    base::SecretText before_;
+};
+
 /// An argument that may be left out.
 template <typename T>
 class Parameter<std::optional<T>> {

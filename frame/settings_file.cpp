@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <sstream>
 
 #include "base/error.h"
@@ -51,6 +52,23 @@ struct Reader {
     std::string text() const {
         if (!value.is_string()) source.fail_at_key(key, "oczekiwano tekstu");
         return value.get<std::string>();
+    }
+    bool flag() const {
+        if (!value.is_boolean()) source.fail_at_key(key, "oczekiwano true albo false");
+        return value.get<bool>();
+    }
+    // One of the names in `names`; gives the enumerator of the same place.
+    template <typename Enum, std::size_t count>
+    Enum choice(const std::array<const char*, count>& names) const {
+        std::string expected;
+        for (std::size_t i = 0; i < count; ++i) {
+            if (value == names[i]) return static_cast<Enum>(i);
+            expected += (i == 0 ? "\"" : "\" albo \"") + std::string(names[i]);
+        }
+        source.fail_at_key(key, "oczekiwano " + expected + "\"");
+    }
+    base::Profile profile() const {
+        return choice<base::Profile>(std::array{"classic", "current"});
     }
     base::Text wide_text() const { return base::from_utf8(text()); }
     base::Text origin() const {
@@ -110,9 +128,21 @@ constexpr std::array keys = {
     Key{"ksef.path_root", [](Settings& s, const Reader& r) { s.ksef.path_root = r.path_root(); }},
     Key{"ksef.retry_after_limit_s",
         [](Settings& s, const Reader& r) { s.ksef.retry_after_limit = r.retry_after_limit(); }},
+    Key{"ksef.reconcile_by",
+        [](Settings& s, const Reader& r) {
+            s.ksef.reconcile_by = r.choice<ksef::ReconcileBy>(std::array{"position", "name"});
+        }},
+    Key{"ksef.skip_unavailable",
+        [](Settings& s, const Reader& r) { s.ksef.skip_unavailable = r.flag(); }},
+    Key{"ksef.batch_parts", [](Settings& s, const Reader& r) { s.ksef.batch_parts = r.flag(); }},
     Key{"qr.production", [](Settings& s, const Reader& r) { s.ksef.qr.production = r.origin(); }},
     Key{"qr.demo", [](Settings& s, const Reader& r) { s.ksef.qr.demo = r.origin(); }},
     Key{"qr.test", [](Settings& s, const Reader& r) { s.ksef.qr.test = r.origin(); }},
+    Key{"qr.certificate_signature",
+        [](Settings& s, const Reader& r) {
+            s.ksef.certificate_signature =
+                r.choice<ksef::CertificateSignature>(std::array{"base64", "base64url"});
+        }},
     Key{"http.private_ca_file",
         [](Settings& s, const Reader& r) { s.connection.private_ca_file = r.text(); }},
     Key{"http.connect_timeout_ms",
@@ -126,6 +156,44 @@ constexpr std::array keys = {
         [](Settings& s, const Reader& r) { s.mail.helpdesk_routes = r.helpdesk_routes(); }},
     Key{"trace.root", [](Settings& s, const Reader& r) { s.trace_root = r.text(); }},
 };
+
+// The rooms that a profile means something to. Each may have one of its own; the file's holds where
+// it has none.
+struct Room {
+    const char* section;
+    void (*take)(Settings&, base::Profile);
+};
+
+constexpr std::array rooms = {
+    Room{"ksef", [](Settings& s, base::Profile p) { s.ksef = ksef::settings_of(p); }},
+};
+
+constexpr const char* profile_key = "profile";
+
+std::optional<base::Profile> profile_in(const Json& members, const Source& source,
+                                        const std::string& key) {
+    const auto found = members.is_object() ? members.find(profile_key) : members.end();
+    if (found == members.end()) return std::nullopt;
+    return Reader{source, key, *found}.profile();
+}
+
+// Before any other key, so that each of them wins over a profile wherever it stands.
+void take_profiles(Settings& settings, const Source& source, const Json& document) {
+    const auto of_file = profile_in(document, source, profile_key);
+    for (const Room& room : rooms) {
+        const std::string section = room.section;
+        const auto members = document.find(section);
+        const auto of_room = members == document.end()
+                                 ? std::nullopt
+                                 : profile_in(*members, source, section + "." + profile_key);
+        room.take(settings, of_room ? *of_room : of_file.value_or(base::Profile::classic));
+    }
+}
+
+bool is_profile(const std::string& section, const std::string& name) {
+    return name == profile_key &&
+           std::ranges::any_of(rooms, [&](const Room& room) { return section == room.section; });
+}
 
 bool is_section(const std::string& section) {
     return std::ranges::any_of(keys, [&](const Key& key) {
@@ -152,10 +220,13 @@ Settings parse_settings(const std::string& text, const std::string& file) {
     }
     if (!document.is_object()) source.fail_at_line(1, "oczekiwano obiektu JSON");
     Settings settings;
+    take_profiles(settings, source, document);
     for (const auto& [section, members] : document.items()) {
+        if (section == profile_key) continue;
         if (!is_section(section)) source.fail_at_key(section, "nieznany klucz");
         if (!members.is_object()) source.fail_at_key(section, "oczekiwano obiektu");
         for (const auto& [name, value] : members.items()) {
+            if (is_profile(section, name)) continue;
             take_key(settings, source, section + "." + name, value);
         }
     }

@@ -59,6 +59,14 @@ struct NoCrypto final : ports::Crypto {
     base::Bytes rsa_oaep_sha256_encrypt(const ports::PublicKey&, base::ByteView) override {
         return base::Bytes(256);
     }
+    std::unique_ptr<ports::PrivateKey> load_private_key(std::string_view,
+                                                        std::string_view) override {
+        return nullptr;
+    }
+    base::Bytes ecdsa_sha256_sign(const ports::PrivateKey&, base::ByteView) override { return {}; }
+    base::Bytes rsa_pss_sha256_sign(const ports::PrivateKey&, base::ByteView) override {
+        return {};
+    }
 };
 
 std::shared_ptr<ports::SqliteConnection> one_document() {
@@ -122,14 +130,16 @@ std::vector<std::string> fuzz::seeds() {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string_view script(reinterpret_cast<const char*>(data), size);
     static const auto xml = ports::make_native_xml();
+    static const auto locale = ports::make_native_locale();
     static const auto code_page = ports::make_native_code_page();
+    static const auto files = ports::make_native_files({});
     static const ksef::Settings settings;
     test::FakeClock clock;
     NoCrypto crypto;
     const auto connection = one_document();
     ports::SqliteDatabase database(connection);
-    ksef::KseF_comm client({[&] { return std::make_unique<Answers>(script); }, crypto, clock, *xml,
-                            *code_page, settings});
+    ksef::KseF_comm client({[&] { return std::make_unique<Answers>(script); }, crypto, clock,
+                            *locale, *xml, *code_page, *files, settings});
     // Raises nothing, ends, and leaves the row whole or untouched.
     client.SendInvoiceToKSeF(database, u"5265877635", base::SecretText(u"R|nip-5265877635|s"),
                              u"<Faktura/>", u"FA (3)", u"1-0E", u"FA", 2, u"dok_fak", 1);

@@ -39,6 +39,21 @@ class KseF_comm {
     base::Text Base64Encode(const base::Bytes& bytData) const;
     base::Text Base64DecodeSS(const base::Text& base64Str) const;
     base::Text Sha256XmlSimpleb(const base::Bytes& xml) const;
+    base::Text GetUpo(ports::Database& dbb, const base::Text& nip, const base::SecretText& Token,
+                      bool IsProduction0D1P2T);
+    base::Text GetFaktury(ports::Database& dbb, const base::Text& nip,
+                          const base::SecretText& Token, std::int32_t id_grprod,
+                          std::int32_t pog517, const base::Text& subjectType);
+    /// With the address and the tokens that an earlier call has left.
+    base::Text GetFaktury_xml(ports::Database& dbb);
+    /// A new KSeF token for whom this instance's last authentication stands, or the text of what
+    /// failed. `nip` is not asked for.
+    base::SecretText GetToken(const base::Text& nip);
+    /// The certificate link of a document, also stored in its row, or the text of what failed; the
+    /// empty text when the document has no hash. `Tablica` is "TABLE,TOKEN,SETTINGS NUMBER" and on
+    /// return, whatever happens, the table alone.
+    base::Text GetQr2(ports::Database& dbb, const base::Text& NumSerCertyfikatu,
+                      base::SecretText& Tablica, std::int32_t Tablica_id, const base::Text& nip);
 
     // Not built yet. Each answers with its own failure, so that a host that calls it goes the way
     // it goes when KSeF cannot be reached.
@@ -50,20 +65,6 @@ class KseF_comm {
                         std::int32_t pog517);
     /// The empty text: no file was cut.
     base::Text PodzielPlik(const base::Text& sciezkaZrodlowa, const base::Text& folderDocelowy);
-    /// "Nieznany błąd pobierania upo"
-    base::Text GetUpo(ports::Database& dbb, const base::Text& nip, const base::SecretText& Token,
-                      bool IsProduction0D1P2T);
-    /// "Nieznany błąd"
-    base::Text GetFaktury(ports::Database& dbb, const base::Text& nip,
-                          const base::SecretText& Token, std::int32_t id_grprod,
-                          std::int32_t pog517, const base::Text& subjectType);
-    /// "Nieznany błąd"
-    base::Text GetFaktury_xml(ports::Database& dbb);
-    /// The empty text: there is no token, and no other text may be taken for one.
-    base::Text GetToken(const base::Text& nip);
-    /// The empty text: there is no link.
-    base::Text GetQr2(ports::Database& dbb, const base::Text& NumSerCertyfikatu,
-                      base::Text& Tablica, std::int32_t Tablica_id, const base::Text& nip);
     /// Raises base::AutomationError, as for a file that cannot be read.
     base::Text LoadXMLFromFile(const base::Text& FilePath);
     /// "Błąd walidacji: " and why; the empty text would call the document valid.
@@ -73,6 +74,10 @@ class KseF_comm {
                          const base::Text& Plik);
 
   private:
+    /// Begins a call with an authentication. Returns the empty text, or that of the failure.
+    base::Text log_in(std::int32_t environment, const base::Text& nip,
+                      const base::SecretText& token);
+
     KsefPorts ports_;
     std::unique_ptr<Client> client_;
 };

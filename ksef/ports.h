@@ -6,7 +6,9 @@
 #include "ports/clock.h"
 #include "ports/code_page.h"
 #include "ports/crypto.h"
+#include "ports/files.h"
 #include "ports/http.h"
+#include "ports/locale.h"
 #include "ports/xml.h"
 
 namespace tavrix::ksef {
@@ -17,12 +19,17 @@ struct KsefPorts {
     ports::HttpFactory make_http;
     ports::Crypto& crypto;
     ports::Clock& clock;
+    ports::Locale& locale;
     ports::Xml& xml;
     ports::CodePage& code_page;
+    ports::DataFiles& files;
     const Settings& settings;
     /// Called before a call needs `settings` or `make_http`; throws base::AutomationError with what
     /// is wrong with the settings file. Empty where the settings are there from the start.
     std::function<void()> read_settings{};
+    /// Where the settings file stands, with a separator at the end: what has to be known by a later
+    /// call is kept beside it. Empty where nothing is to be kept.
+    base::Text settings_folder{};
 };
 
 }  // namespace tavrix::ksef

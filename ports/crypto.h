@@ -14,6 +14,14 @@ class PublicKey {
     virtual std::string pem() const = 0;
 };
 
+/// A private key that was read; wiped with the object.
+class PrivateKey {
+  public:
+    virtual ~PrivateKey() = default;
+    /// The name of an EC key's curve, "prime256v1" for P-256; "" for a key of any other kind.
+    virtual std::string curve() const = 0;
+};
+
 /// Cryptography and randomness. Every function throws base::AutomationError when the operation
 /// fails; its description is the component's last error text.
 class Crypto {
@@ -35,6 +43,16 @@ class Crypto {
     virtual std::unique_ptr<PublicKey> load_public_key(std::string_view pem) = 0;
     /// RSAES-OAEP (RFC 8017, 7.1), SHA-256 for both the label and MGF1.
     virtual base::Bytes rsa_oaep_sha256_encrypt(const PublicKey& key, base::ByteView plain) = 0;
+    /// The first private key in `pem`: PKCS#8 (RFC 5958), SEC 1 (RFC 5915) or PKCS#1, also
+    /// encrypted with `pass_phrase`. Null for PEM that holds none; throws for what is no PEM or
+    /// cannot be decrypted.
+    virtual std::unique_ptr<PrivateKey> load_private_key(std::string_view pem,
+                                                         std::string_view pass_phrase) = 0;
+    /// ECDSA over the SHA-256 of `data` (FIPS 186-5, 6): r and s, each as long as the curve's
+    /// order, as IEEE P1363 puts them side by side.
+    virtual base::Bytes ecdsa_sha256_sign(const PrivateKey& key, base::ByteView data) = 0;
+    /// RSASSA-PSS over the SHA-256 of `data` (RFC 8017, 8.1), MGF1 with SHA-256, 32 bytes of salt.
+    virtual base::Bytes rsa_pss_sha256_sign(const PrivateKey& key, base::ByteView data) = 0;
 };
 
 }  // namespace tavrix::ports

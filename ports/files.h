@@ -1,11 +1,40 @@
 #pragma once
 
+#include <cstdint>
+#include <memory>
+
 #include "base/text.h"
 
 namespace tavrix::ports {
 
-/// The file system. Paths are the host's own, with backslashes. Failures throw
-/// base::AutomationError unless told otherwise.
+/// A file open for reading. While it is, nobody can change or remove it on Windows; elsewhere they
+/// can, and whoever reads it twice has to look whether it is still the same.
+class FileReader {
+  public:
+    virtual ~FileReader() = default;
+    /// In bytes, as it is now.
+    virtual std::uint64_t size() = 0;
+    /// Where the next read begins; 0 at first.
+    virtual void seek(std::uint64_t position) = 0;
+    /// Fills `buffer`. Gives how many bytes it has: fewer only at the file's end.
+    virtual std::size_t read(std::span<std::uint8_t> buffer) = 0;
+};
+
+/// A new file. It stands under its name only with `keep`, in the place of what was there; without
+/// one nothing is left of it, and what was there stays.
+class FileWriter {
+  public:
+    virtual ~FileWriter() = default;
+    /// All of `bytes`, or it throws: a full disk is one reason.
+    virtual void write(base::ByteView bytes) = 0;
+    /// Ends the writing. Throws when the system then turns out not to have stored everything.
+    virtual void keep() = 0;
+};
+
+enum class Readers { everyone, owner };
+
+/// The file system. Paths are the host's own, with backslashes, and may be longer than 260
+/// characters. Failures throw base::AutomationError unless told otherwise.
 class Files {
   public:
     virtual ~Files() = default;
@@ -18,5 +47,20 @@ class Files {
     /// file, and their pieces do not mix. Makes the file when it is missing, but no folder.
     virtual void append(base::TextView path, base::ByteView bytes) = 0;
 };
+
+/// The same with what it takes to work on files of any size.
+class DataFiles : public Files {
+  public:
+    /// Refuses folders.
+    virtual std::unique_ptr<FileReader> open(base::TextView path) = 0;
+    /// Makes no folder. `readers` says who besides the system's administrators may read the file.
+    virtual std::unique_ptr<FileWriter> create(base::TextView path, Readers readers) = 0;
+    virtual void remove(base::TextView path) = 0;
+    /// Overwrites the file's bytes where they stand before it removes it.
+    virtual void wipe(base::TextView path) = 0;
+};
+
+/// The bytes of a file of at most `most` bytes; throws for a longer one.
+base::Bytes read_whole(DataFiles& files, base::TextView path, std::size_t most);
 
 }  // namespace tavrix::ports

@@ -19,6 +19,7 @@ echo
 "$bin/send_bench"
 "$bin/prepare_bench" "$work"
 "$bin/json_bench"
+"$bin/download_bench"
 "$bin/barcode_bench"
 if [[ -x /usr/lib/wine/wine ]]; then
     start_sandbox "$bin/tavrix-sandbox" "$work"

@@ -5,10 +5,13 @@
 
 namespace tavrix::com {
 
-frame::Settings load_installed_settings() {
+base::Text installed_folder() {
     const base::Text path = module_path();
-    const base::Text folder = path.substr(0, path.find_last_of(u'\\') + 1);
-    return frame::load_settings(base::to_utf8(folder) + "Tavrix.json");
+    return path.substr(0, path.find_last_of(u'\\') + 1);
+}
+
+frame::Settings load_installed_settings() {
+    return frame::load_settings(base::to_utf8(installed_folder()) + "Tavrix.json");
 }
 
 void SettingsOnDemand::read() {

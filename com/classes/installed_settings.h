@@ -4,6 +4,9 @@
 
 namespace tavrix::com {
 
+/// Where the DLL stands, with a backslash at the end.
+base::Text installed_folder();
+
 /// The settings file beside the DLL, wherever that stands and whatever it was renamed to, as it is
 /// now: a change needs no restart of the host. Throws base::AutomationError when the file cannot be
 /// taken as it stands.

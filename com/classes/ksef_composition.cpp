@@ -12,11 +12,13 @@ struct ComposedKsef {
     SettingsOnDemand settings;
     std::unique_ptr<ports::Crypto> crypto = ports::make_openssl_crypto();
     std::unique_ptr<ports::Clock> clock = ports::make_windows_clock();
+    std::unique_ptr<ports::Locale> locale = ports::make_windows_locale();
     std::unique_ptr<ports::Xml> xml = ports::make_windows_xml();
     std::unique_ptr<ports::CodePage> code_page = ports::make_windows_code_page();
+    std::unique_ptr<ports::DataFiles> files = ports::make_windows_files();
     ksef::KseF_comm object{{[this] { return ports::make_curl_http(settings.get().connection); },
-                            *crypto, *clock, *xml, *code_page, settings.get().ksef,
-                            [this] { settings.read(); }}};
+                            *crypto, *clock, *locale, *xml, *code_page, *files, settings.get().ksef,
+                            [this] { settings.read(); }, installed_folder()}};
 };
 
 }  // namespace

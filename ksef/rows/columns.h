@@ -19,11 +19,14 @@ enum class Field {
     note,
     operation_time,
     upo,
+    xml,
+    certificate_link,
 };
 
 /// A description is the service's free text: what the host's column has no room for is left out.
 enum class ColumnKind { text, description, date };
-enum class Writer { host, library };
+/// `offline` is the library too, but for an invoice issued while KSeF cannot be reached.
+enum class Writer { host, library, offline };
 
 struct Column {
     Field field;
@@ -45,6 +48,8 @@ inline constexpr std::array document_columns = {
     Column{Field::note, u"Export_Opis_bledu_ksef", ColumnKind::description, Writer::library},
     Column{Field::operation_time, u"DATA_OPERACJI", ColumnKind::date, Writer::library},
     Column{Field::upo, u"UPO_ksef", ColumnKind::text, Writer::library},
+    Column{Field::xml, u"xml_ksef", ColumnKind::text, Writer::host},
+    Column{Field::certificate_link, u"ksef_qrcode2", ColumnKind::text, Writer::offline},
 };
 
 constexpr const Column& column_of(Field field) {

@@ -2,6 +2,8 @@
 
 #include <span>
 
+#include "ksef/rows/fields.h"
+
 namespace tavrix::ksef {
 namespace {
 
@@ -13,6 +15,7 @@ constexpr Field outcome_query[] = {operation_time, issue_date, description, stat
                                    ksef_number,    hash,       note};
 constexpr Field number_query[] = {operation_time, ksef_number, status, upo, note};
 constexpr Field upo_query[] = {operation_time, ksef_number, status, upo};
+constexpr Field offline_query[] = {xml, hash, issue_date, certificate_link, operation_time};
 
 // status_ksef of an accepted invoice and the text beside it.
 constexpr base::TextView accepted_code = u"200";
@@ -29,17 +32,6 @@ base::Text select_list(std::span<const Field> fields) {
 
 ports::Value value_of(ports::Recordset& rows, Field field) {
     return rows.field(column_of(field).name);
-}
-
-// As much of a description as its column takes, no character cut in two. A long one must not cost
-// the number that is written with it.
-base::TextView fitting(ports::Recordset& rows, const Column& column, base::TextView text) {
-    if (column.kind != ColumnKind::description) return text;
-    const std::size_t capacity = rows.capacity(column.name);
-    if (text.size() <= capacity) return text;
-    const bool splits_pair =
-        capacity > 0 && text[capacity - 1] >= 0xD800 && text[capacity - 1] <= 0xDBFF;
-    return text.substr(0, splits_pair ? capacity - 1 : capacity);
 }
 
 }  // namespace
@@ -59,7 +51,9 @@ void DocumentRow::write(std::span<const Field> query, std::initializer_list<Chan
         // A number is replaced by another one, never taken away.
         if (field == ksef_number && value.empty()) continue;
         const Column& column = column_of(field);
-        rows->set_field(column.name, base::Text(fitting(*rows, column, value)));
+        const bool may_be_cut = column.kind == ColumnKind::description;
+        rows->set_field(column.name,
+                        base::Text(may_be_cut ? fitting(*rows, column.name, value) : value));
     }
     rows->set_field(column_of(operation_time).name, now);
     rows->update_batch();
@@ -91,6 +85,18 @@ void DocumentRow::record_number(const base::Text& number, const base::DateTime& 
 
 void DocumentRow::record_upo(const base::Text& document, const base::DateTime& now) {
     write(upo_query, {{upo, document}}, now);
+}
+
+std::optional<base::Text> DocumentRow::read_hash() {
+    const auto rows = open(offline_query);
+    if (rows->at_end()) return std::nullopt;
+    const ports::Value value = value_of(*rows, hash);
+    if (std::holds_alternative<std::monostate>(value)) return std::nullopt;
+    return ports::text_of(value);
+}
+
+void DocumentRow::record_certificate_link(const base::Text& link, const base::DateTime& now) {
+    write(offline_query, {{certificate_link, link}}, now);
 }
 
 }  // namespace tavrix::ksef

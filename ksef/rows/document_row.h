@@ -39,6 +39,9 @@ class DocumentRow {
     void record(const Outcome& outcome, const base::DateTime& now);
     void record_number(const base::Text& number, const base::DateTime& now);
     void record_upo(const base::Text& document, const base::DateTime& now);
+    /// The hash of the invoice; nothing when there is no such row or the hash is null.
+    std::optional<base::Text> read_hash();
+    void record_certificate_link(const base::Text& link, const base::DateTime& now);
     /// "TABLE where ddout_id=ID", as failure texts and queries name the row.
     base::Text name() const;
 

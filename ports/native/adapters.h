@@ -18,7 +18,7 @@ std::unique_ptr<Clock> make_native_clock();
 std::unique_ptr<CodePage> make_native_code_page();
 /// The file system. `drive_c` (UTF-8) is the folder that stands for "C:" in the paths of Windows;
 /// empty for none, and then no such file exists.
-std::unique_ptr<Files> make_native_files(std::string drive_c);
+std::unique_ptr<DataFiles> make_native_files(std::string drive_c);
 /// Dates as a Polish system writes them: 2026-11-14 21:49:05.
 std::unique_ptr<Locale> make_native_locale();
 /// Base64 as MSXML does it, line breaks included.

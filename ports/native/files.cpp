@@ -1,9 +1,14 @@
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <atomic>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <utility>
 
 #include "base/error.h"
 #include "ports/native/adapters.h"
@@ -25,12 +30,92 @@ class Descriptor {
     Descriptor(const Descriptor&) = delete;
     Descriptor& operator=(const Descriptor&) = delete;
     int number() const noexcept { return number_; }
+    int release() noexcept { return std::exchange(number_, -1); }
 
   private:
     int number_;
 };
 
-class NativeFiles final : public Files {
+// The system may take less than it is given, and interrupts.
+void write_all(const Descriptor& file, base::ByteView bytes) {
+    while (!bytes.empty()) {
+        const ssize_t written = write(file.number(), bytes.data(), bytes.size());
+        if (written < 0 && errno == EINTR) continue;
+        if (written <= 0) fail(u"write", written < 0 ? errno : ENOSPC);
+        bytes = bytes.subspan(static_cast<std::size_t>(written));
+    }
+}
+
+std::uint64_t size_of(const Descriptor& file) {
+    struct stat status {};
+    if (fstat(file.number(), &status) != 0) fail(u"fstat", errno);
+    if (S_ISDIR(status.st_mode)) fail(u"open", EISDIR);
+    return static_cast<std::uint64_t>(status.st_size);
+}
+
+class NativeReader final : public FileReader {
+  public:
+    explicit NativeReader(const std::string& name)
+        : file_(::open(name.c_str(), O_RDONLY | O_CLOEXEC)) {
+        if (file_.number() < 0) fail(u"open", errno);
+        size_of(file_);
+    }
+
+    std::uint64_t size() override { return size_of(file_); }
+    void seek(std::uint64_t position) override {
+        if (lseek(file_.number(), static_cast<off_t>(position), SEEK_SET) < 0) fail(u"seek", errno);
+    }
+    std::size_t read(std::span<std::uint8_t> buffer) override {
+        std::size_t filled = 0;
+        while (filled < buffer.size()) {
+            const ssize_t got =
+                ::read(file_.number(), buffer.data() + filled, buffer.size() - filled);
+            if (got < 0 && errno == EINTR) continue;
+            if (got < 0) fail(u"read", errno);
+            if (got == 0) break;
+            filled += static_cast<std::size_t>(got);
+        }
+        return filled;
+    }
+
+  private:
+    Descriptor file_;
+};
+
+// A name beside `name` that nobody else writes to.
+std::string unfinished_name(const std::string& name) {
+    static std::atomic<unsigned> count = 0;
+    return name + "." + std::to_string(getpid()) + "-" + std::to_string(++count) + ".tmp";
+}
+
+class NativeWriter final : public FileWriter {
+  public:
+    NativeWriter(std::string name, Readers readers)
+        : name_(std::move(name)),
+          unfinished_(unfinished_name(name_)),
+          file_(open(unfinished_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC,
+                     readers == Readers::owner ? 0600 : 0666)) {
+        if (file_.number() < 0) fail(u"open", errno);
+    }
+    ~NativeWriter() override {
+        if (!unfinished_.empty()) unlink(unfinished_.c_str());
+    }
+
+    void write(base::ByteView bytes) override { write_all(file_, bytes); }
+    void keep() override {
+        // A network disk may refuse only now what it took before.
+        if (close(file_.release()) != 0) fail(u"close", errno);
+        if (std::rename(unfinished_.c_str(), name_.c_str()) != 0) fail(u"rename", errno);
+        unfinished_.clear();
+    }
+
+  private:
+    std::string name_;
+    std::string unfinished_;
+    Descriptor file_;
+};
+
+class NativeFiles final : public DataFiles {
   public:
     explicit NativeFiles(std::string drive_c) : drive_c_(std::move(drive_c)) {}
 
@@ -49,11 +134,35 @@ class NativeFiles final : public Files {
 
     void append(base::TextView path, base::ByteView bytes) override {
         const Descriptor file(
-            open(native(path).c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0666));
+            ::open(native(path).c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0666));
         if (file.number() < 0) fail(u"open", errno);
         const ssize_t written = write(file.number(), bytes.data(), bytes.size());
         if (written < 0) fail(u"write", errno);
         if (static_cast<std::size_t>(written) < bytes.size()) fail(u"write", ENOSPC);
+    }
+
+    std::unique_ptr<FileReader> open(base::TextView path) override {
+        return std::make_unique<NativeReader>(native(path));
+    }
+    std::unique_ptr<FileWriter> create(base::TextView path, Readers readers) override {
+        return std::make_unique<NativeWriter>(native(path), readers);
+    }
+    void remove(base::TextView path) override {
+        if (unlink(native(path).c_str()) != 0) fail(u"unlink", errno);
+    }
+    void wipe(base::TextView path) override {
+        {
+            const Descriptor file(::open(native(path).c_str(), O_WRONLY | O_CLOEXEC));
+            if (file.number() < 0) fail(u"open", errno);
+            const base::Bytes zeros(64 * 1024);
+            for (std::uint64_t left = size_of(file); left > 0;) {
+                const std::size_t piece = std::min<std::uint64_t>(left, zeros.size());
+                write_all(file, base::ByteView(zeros).first(piece));
+                left -= piece;
+            }
+            if (fsync(file.number()) != 0) fail(u"fsync", errno);
+        }
+        remove(path);
     }
 
   private:
@@ -74,7 +183,7 @@ class NativeFiles final : public Files {
 
 }  // namespace
 
-std::unique_ptr<Files> make_native_files(std::string drive_c) {
+std::unique_ptr<DataFiles> make_native_files(std::string drive_c) {
     return std::make_unique<NativeFiles>(std::move(drive_c));
 }
 

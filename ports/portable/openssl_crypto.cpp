@@ -1,6 +1,8 @@
 #include "ports/portable/openssl_crypto.h"
 
 #include <openssl/bio.h>
+#include <openssl/bn.h>
+#include <openssl/ecdsa.h>
 #include <openssl/err.h>
 #include <openssl/evp.h>
 #include <openssl/pem.h>
@@ -8,6 +10,7 @@
 #include <openssl/rsa.h>
 #include <openssl/x509.h>
 
+#include <algorithm>
 #include <climits>
 
 #include "base/error.h"
@@ -24,6 +27,8 @@ using Bio = std::unique_ptr<BIO, Deleter<BIO_free_all>>;
 using Key = std::unique_ptr<EVP_PKEY, Deleter<EVP_PKEY_free>>;
 using KeyContext = std::unique_ptr<EVP_PKEY_CTX, Deleter<EVP_PKEY_CTX_free>>;
 using CipherContext = std::unique_ptr<EVP_CIPHER_CTX, Deleter<EVP_CIPHER_CTX_free>>;
+using DigestContext = std::unique_ptr<EVP_MD_CTX, Deleter<EVP_MD_CTX_free>>;
+using EcdsaSignature = std::unique_ptr<ECDSA_SIG, Deleter<ECDSA_SIG_free>>;
 using Certificate = std::unique_ptr<X509, Deleter<X509_free>>;
 
 // The component's last error text becomes the description; OpenSSL's queue is left empty.
@@ -51,7 +56,7 @@ Bio reader(std::string_view pem) {
     return bio;
 }
 
-// No key here has a passphrase; without this OpenSSL would ask for one on the terminal.
+// No public key has a passphrase; without this OpenSSL would ask for one on the terminal.
 int no_passphrase(char*, int, int, void*) {
     return -1;
 }
@@ -69,6 +74,54 @@ class OpensslPublicKey final : public PublicKey {
     }
 
     EVP_PKEY* get() const { return key_.get(); }
+
+  private:
+    Key key_;
+};
+
+// `user` is the pass phrase, a std::string_view; an empty one opens nothing.
+int give_passphrase(char* buffer, int capacity, int, void* user) {
+    const auto& passphrase = *static_cast<const std::string_view*>(user);
+    if (passphrase.empty() || passphrase.size() > static_cast<std::size_t>(capacity)) return -1;
+    std::ranges::copy(passphrase, buffer);
+    return static_cast<int>(passphrase.size());
+}
+
+class OpensslPrivateKey final : public PrivateKey {
+  public:
+    explicit OpensslPrivateKey(Key key) : key_(std::move(key)) {}
+
+    std::string curve() const override {
+        char name[80];
+        std::size_t size = 0;
+        if (EVP_PKEY_is_a(key_.get(), "EC") != 1 ||
+            EVP_PKEY_get_group_name(key_.get(), name, sizeof name, &size) != 1) {
+            ERR_clear_error();
+            return {};
+        }
+        return {name, size};
+    }
+
+    // What `prepare` may set on the context belongs to the kind of key.
+    template <typename Prepare>
+    base::Bytes sign(base::ByteView data, Prepare prepare) const {
+        const DigestContext context(EVP_MD_CTX_new());
+        EVP_PKEY_CTX* parameters = nullptr;
+        check(context && EVP_DigestSignInit(context.get(), &parameters, EVP_sha256(), nullptr,
+                                            key_.get()) == 1,
+              "EVP_DigestSignInit");
+        check(prepare(parameters), "EVP_PKEY_CTX_set_rsa_padding");
+        std::size_t size = 0;
+        check(EVP_DigestSign(context.get(), nullptr, &size, data.data(), data.size()) == 1,
+              "EVP_DigestSign");
+        base::Bytes signature(size);
+        check(EVP_DigestSign(context.get(), signature.data(), &size, data.data(), data.size()) == 1,
+              "EVP_DigestSign");
+        signature.resize(size);
+        return signature;
+    }
+
+    int bits() const { return EVP_PKEY_get_bits(key_.get()); }
 
   private:
     Key key_;
@@ -145,6 +198,42 @@ class OpensslCrypto final : public Crypto {
             "EVP_PKEY_encrypt");
         cipher.resize(size);
         return cipher;
+    }
+
+    std::unique_ptr<PrivateKey> load_private_key(std::string_view pem,
+                                                 std::string_view pass_phrase) override {
+        if (pem.find("-----BEGIN ") != std::string_view::npos &&
+            pem.find("PRIVATE KEY-----") == std::string_view::npos) {
+            return nullptr;
+        }
+        Key key(PEM_read_bio_PrivateKey(reader(pem).get(), nullptr, give_passphrase, &pass_phrase));
+        check(key != nullptr, "PEM_read_bio_PrivateKey");
+        ERR_clear_error();
+        return std::make_unique<OpensslPrivateKey>(std::move(key));
+    }
+
+    base::Bytes ecdsa_sha256_sign(const PrivateKey& key, base::ByteView data) override {
+        const auto& ec = dynamic_cast<const OpensslPrivateKey&>(key);
+        check(!ec.curve().empty(), "ECDSA: no EC key");
+        const base::Bytes der = ec.sign(data, [](EVP_PKEY_CTX*) { return true; });
+        const unsigned char* at = der.data();
+        const EcdsaSignature parts(d2i_ECDSA_SIG(nullptr, &at, static_cast<long>(der.size())));
+        check(parts != nullptr, "d2i_ECDSA_SIG");
+        const int width = (ec.bits() + 7) / 8;
+        base::Bytes signature(static_cast<std::size_t>(2 * width));
+        check(BN_bn2binpad(ECDSA_SIG_get0_r(parts.get()), signature.data(), width) == width &&
+                  BN_bn2binpad(ECDSA_SIG_get0_s(parts.get()), signature.data() + width, width) ==
+                      width,
+              "BN_bn2binpad");
+        return signature;
+    }
+
+    base::Bytes rsa_pss_sha256_sign(const PrivateKey& key, base::ByteView data) override {
+        return dynamic_cast<const OpensslPrivateKey&>(key).sign(data, [](EVP_PKEY_CTX* parameters) {
+            return EVP_PKEY_CTX_set_rsa_padding(parameters, RSA_PKCS1_PSS_PADDING) == 1 &&
+                   EVP_PKEY_CTX_set_rsa_pss_saltlen(parameters, 32) == 1 &&
+                   EVP_PKEY_CTX_set_rsa_mgf1_md(parameters, EVP_sha256()) == 1;
+        });
     }
 };
 

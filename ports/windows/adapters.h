@@ -17,7 +17,7 @@ namespace tavrix::ports {
 std::unique_ptr<Clock> make_windows_clock();
 /// The code page that the system is set to, whichever it is.
 std::unique_ptr<CodePage> make_windows_code_page();
-std::unique_ptr<Files> make_windows_files();
+std::unique_ptr<DataFiles> make_windows_files();
 /// What the user chose in the system's regional settings.
 std::unique_ptr<Locale> make_windows_locale();
 /// Drawings become enhanced metafiles; files are loaded by the system.

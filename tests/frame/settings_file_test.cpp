@@ -29,6 +29,29 @@ TEST(SettingsFile, TakesEveryKeyAndLeavesTheRestAtItsDefault) {
         << "no file, no change";
 }
 
+TEST(SettingsFile, AProfileHoldsWhereNoKeyOfItsOwnSaysOtherwise) {
+    const auto settings_of = [](const char* text) { return parse_settings(text, "f").ksef; };
+    const auto is_current = [](const ksef::Settings& s) {
+        return s.path_root == u"/v2" && s.retry_after_limit.count() == 60 &&
+               s.reconcile_by == ksef::ReconcileBy::name && s.skip_unavailable &&
+               s.certificate_signature == ksef::CertificateSignature::base64url;
+    };
+    EXPECT_TRUE(is_current(settings_of(R"({ "profile": "current" })")));
+    EXPECT_TRUE(is_current(settings_of(R"({ "ksef": { "profile": "current" } })")));
+    const ksef::Settings classic =
+        settings_of(R"({ "ksef": { "profile": "classic" }, "profile": "current" })");
+    EXPECT_TRUE(classic.path_root.empty() && !classic.skip_unavailable);
+    // Before the profile and behind it.
+    const ksef::Settings mixed = settings_of(
+        R"({ "ksef": { "path_root": "", "reconcile_by": "position", "skip_unavailable": false },
+             "profile": "current", "qr": { "certificate_signature": "base64" } })");
+    EXPECT_EQ(mixed.path_root, u"");
+    EXPECT_EQ(mixed.reconcile_by, ksef::ReconcileBy::position);
+    EXPECT_FALSE(mixed.skip_unavailable);
+    EXPECT_EQ(mixed.certificate_signature, ksef::CertificateSignature::base64);
+    EXPECT_EQ(mixed.retry_after_limit.count(), 60);
+}
+
 TEST(SettingsFile, NamesFileLineAndKeyOfWhatItCannotTake) {
     constexpr std::pair<const char*, const char*> cases[] = {
         {"{\n \"ksef\": {\n  \"test\": 5 } }", "Tavrix.json, wiersz 3: klucz \"ksef.test\""},
@@ -39,6 +62,12 @@ TEST(SettingsFile, NamesFileLineAndKeyOfWhatItCannotTake) {
         {"{ \"ksef\": { \"retry_after_limit_s\": -1 } }", "ksef.retry_after_limit_s"},
         {"{\n \"ksef\": {\n", "wiersz 3: to nie jest poprawny JSON"},
         {"{ \"ksef\": 1 }", "klucz \"ksef\""},
+        {"{ \"qr\": { \"certificate_signature\": \"hex\" } }", "\"base64\" albo \"base64url\""},
+        {"{ \"ksef\": { \"batch_parts\": 1 } }", "klucz \"ksef.batch_parts\": oczekiwano true"},
+        {"{ \"profile\": \"modern\" }", "klucz \"profile\""},
+        {"{ \"profile\": \"current\",\n\"ksef\": { \"profile\": \"\" } }",
+         "wiersz 2: klucz \"ksef.profile"},
+        {"{ \"http\": { \"profile\": \"current\" } }", "klucz \"http.profile\": nieznany klucz"},
         {"{ \"helpdesk\": { \"routes\": { \"1\": 2 } } }", "helpdesk.routes.1"},
     };
     for (const auto& [text, words] : cases) {

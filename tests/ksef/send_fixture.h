@@ -38,7 +38,9 @@ class SendFixture : public testing::Test {
         connection = test::make_host_database(issue_date);
     }
 
-    KsefPorts ports() { return {make_http, *crypto, clock, *xml, *code_page, settings}; }
+    KsefPorts ports() {
+        return {make_http, *crypto, clock, *locale, *xml, *code_page, *files, settings};
+    }
 
     std::string send() {
         KseF_comm client(ports());
@@ -100,8 +102,10 @@ class SendFixture : public testing::Test {
     ports::HttpFactory make_http = [this] { return ports::make_curl_http(connection_settings); };
     std::unique_ptr<ports::Crypto> crypto = ports::make_openssl_crypto();
     test::FakeClock clock;
+    std::unique_ptr<ports::Locale> locale = ports::make_native_locale();
     std::unique_ptr<ports::Xml> xml = ports::make_native_xml();
     std::unique_ptr<ports::CodePage> code_page = ports::make_native_code_page();
+    std::unique_ptr<ports::DataFiles> files = ports::make_native_files({});
     std::shared_ptr<ports::SqliteConnection> connection;
     base::Text token = u"20261121-EC-0000000001-0000000002-AB|nip-5265877635|0123456789abcdef";
     base::Text invoice = test::demonstration_invoice();

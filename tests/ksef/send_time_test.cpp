@@ -99,7 +99,8 @@ TEST_F(SendTime, RateLimitCostsTheInvoiceOrTheWait) {
         settings.retry_after_limit = limit;
         CommonClock common_clock(limiting);
         ports::SqliteDatabase database(connection);
-        KseF_comm client({make_http, *crypto, common_clock, *xml, *code_page, settings});
+        KseF_comm client(
+            {make_http, *crypto, common_clock, *locale, *xml, *code_page, *files, settings});
         EXPECT_EQ(send_with(client, database), text);
         EXPECT_EQ(row().at("numer_ksef").size(), number_size);
         expect_whole_or_untouched(text, text);

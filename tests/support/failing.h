@@ -110,15 +110,55 @@ struct FailingCrypto final : Failing<ports::Crypto> {
                                         base::ByteView plain) override {
         return through().rsa_oaep_sha256_encrypt(key, plain);
     }
+    std::unique_ptr<ports::PrivateKey> load_private_key(std::string_view pem,
+                                                        std::string_view pass_phrase) override {
+        return through().load_private_key(pem, pass_phrase);
+    }
+    base::Bytes ecdsa_sha256_sign(const ports::PrivateKey& key, base::ByteView data) override {
+        return through().ecdsa_sha256_sign(key, data);
+    }
+    base::Bytes rsa_pss_sha256_sign(const ports::PrivateKey& key, base::ByteView data) override {
+        return through().rsa_pss_sha256_sign(key, data);
+    }
 };
 
-struct FailingFiles final : Failing<ports::Files> {
+struct FailingReader final : Failing<ports::FileReader> {
+    FailingReader(std::unique_ptr<ports::FileReader> file, FailingAt& failing)
+        : Failing(*file, failing), file_(std::move(file)) {}
+    std::uint64_t size() override { return through().size(); }
+    void seek(std::uint64_t position) override { through().seek(position); }
+    std::size_t read(std::span<std::uint8_t> buffer) override { return through().read(buffer); }
+
+  private:
+    std::unique_ptr<ports::FileReader> file_;
+};
+
+struct FailingWriter final : Failing<ports::FileWriter> {
+    FailingWriter(std::unique_ptr<ports::FileWriter> file, FailingAt& failing)
+        : Failing(*file, failing), file_(std::move(file)) {}
+    void write(base::ByteView bytes) override { through().write(bytes); }
+    void keep() override { through().keep(); }
+
+  private:
+    std::unique_ptr<ports::FileWriter> file_;
+};
+
+struct FailingFiles final : Failing<ports::DataFiles> {
     using Failing::Failing;
     bool is_file(base::TextView path) override { return through().is_file(path); }
     void copy(base::TextView from, base::TextView to) override { through().copy(from, to); }
     void append(base::TextView path, base::ByteView bytes) override {
         through().append(path, bytes);
     }
+    std::unique_ptr<ports::FileReader> open(base::TextView path) override {
+        return std::make_unique<FailingReader>(through().open(path), failing_);
+    }
+    std::unique_ptr<ports::FileWriter> create(base::TextView path,
+                                              ports::Readers readers) override {
+        return std::make_unique<FailingWriter>(through().create(path, readers), failing_);
+    }
+    void remove(base::TextView path) override { through().remove(path); }
+    void wipe(base::TextView path) override { through().wipe(path); }
 };
 
 }  // namespace tavrix::test

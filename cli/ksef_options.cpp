@@ -1,0 +1,51 @@
+#include "cli/ksef_options.h"
+
+#include <cstdlib>
+#include <fstream>
+
+namespace tavrix::cli {
+
+std::int32_t environment_number(const std::string& name) {
+    if (name == "prod" || name == "1") return 1;
+    if (name == "demo" || name == "0") return 0;
+    return 2;
+}
+
+void add_environment_option(CLI::App& command, std::string& environment) {
+    command.add_option("--env", environment, "Środowisko KSeF: prod, demo albo test")
+        ->check(CLI::IsMember({"prod", "demo", "test", "0", "1", "2"}))
+        ->capture_default_str();
+}
+
+void add_token_options(CLI::App& command, TokenSource& source) {
+    command.add_option("--token", source.token,
+                       "Token KSeF (REFERENCJA|nip-NNNNNNNNNN|SEKRET); bezpieczniej --token-file "
+                       "albo TAVRIX_TOKEN");
+    command.add_option("--token-file", source.file, "Plik, w którym jest tylko token");
+}
+
+base::SecretText token_from(const TokenSource& source) {
+    if (!source.token.empty()) return base::from_secret_utf8(source.token);
+    if (!source.file.empty()) return base::from_secret_utf8(read_secret_line(source.file).view());
+    if (const char* variable = std::getenv("TAVRIX_TOKEN")) return base::from_secret_utf8(variable);
+    throw CLI::RequiredError("--token, --token-file albo zmienna TAVRIX_TOKEN");
+}
+
+// Without a buffer of the stream's own, which nobody wipes.
+base::SecretUtf8 read_secret_file(const std::string& path) {
+    std::ifstream file;
+    file.rdbuf()->pubsetbuf(nullptr, 0);
+    file.open(path, std::ios::binary);
+    base::SecretUtf8 text;
+    for (char c = 0; file.get(c);) text += c;
+    if (!file.is_open() || file.bad()) throw CLI::ValidationError(path, "nie można odczytać pliku");
+    return text;
+}
+
+base::SecretUtf8 read_secret_line(const std::string& path) {
+    const base::SecretUtf8 file = read_secret_file(path);
+    const std::size_t last = file.view().find_last_not_of("\n\r ");
+    return base::SecretUtf8(file.view().substr(0, last + 1));
+}
+
+}  // namespace tavrix::cli

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <cstdint>
+
+#include "base/secret.h"
+
+namespace tavrix::cli {
+
+/// "prod", "demo" or "test", as the methods of KseF_comm number them.
+std::int32_t environment_number(const std::string& name);
+void add_environment_option(CLI::App& command, std::string& environment);
+
+/// Where a command's KSeF token comes from.
+struct TokenSource {
+    std::string token;
+    std::string file;
+};
+void add_token_options(CLI::App& command, TokenSource& source);
+
+/// The token from --token, from --token-file or from $TAVRIX_TOKEN, which other users of the
+/// machine do not see in the list of processes. Throws CLI::RequiredError when there is none.
+base::SecretText token_from(const TokenSource& source);
+
+/// A file's content. Throws CLI::ValidationError when it cannot be read.
+base::SecretUtf8 read_secret_file(const std::string& path);
+/// What stands in it before the blanks and line ends at its end.
+base::SecretUtf8 read_secret_line(const std::string& path);
+
+}  // namespace tavrix::cli
