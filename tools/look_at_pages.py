@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Opens pages in headless Chromium as a large and a small screen show them, light and dark, and says what is wrong.
 
-Wrong is: scrolling sideways, text that hardly stands out (WCAG 2.1, 1.4.3), a field without a label, an error on the
+Wrong is: scrolling sideways, a table on a small screen, text that hardly stands out (WCAG 2.1, 1.4.3), a field without a label, an error on the
 console. Status 0 when nothing is, 1 when something is, 77 where there is no Chromium.
 """
 import argparse
@@ -24,6 +24,8 @@ CHECKS = r"""(width => {
     const wide = [...document.querySelectorAll('main *')].filter(it => it.getBoundingClientRect().right > width + 1);
     wrong.push(`scrolls sideways (${root.scrollWidth} of ${width}): ` + wide.slice(0, 3).map(it => it.outerHTML.slice(0, 80)));
   }
+  if (width < 500 && [...document.querySelectorAll('thead')].some(it => it.offsetParent !== null))
+    wrong.push('a table is no pile of cards');
   for (const field of document.querySelectorAll('input'))
     if (field.labels.length === 0) wrong.push('no label: ' + field.outerHTML);
   const channels = text => text.match(/[\d.]+/g).map(Number);
