@@ -6,6 +6,7 @@
 #include "sandbox/basics/crypto.h"
 #include "sandbox/http/routes.h"
 #include "sandbox/http/state_json.h"
+#include "sandbox/pages/html.h"
 #include "sandbox/service/processing.h"
 
 namespace tavrix::sandbox {
@@ -114,12 +115,15 @@ const Invoice& invoice_named(ControlRoom& room, const Request& request) {
     return *invoice;
 }
 
+// Files, so that a browser runs no script that a stranger's document carries: here it could steer.
 Answer invoice_xml(ControlRoom& room, Request& request) {
-    return Answer::xml(invoice_named(room, request).xml);
+    const Invoice& invoice = invoice_named(room, request);
+    return download(invoice.xml, invoice.reference + ".xml");
 }
 
 Answer invoice_upo_document(ControlRoom& room, Request& request) {
-    return Answer::xml(invoice_named(room, request).upo);
+    const Invoice& invoice = invoice_named(room, request);
+    return download(invoice.upo, "UPO-" + invoice.reference + ".xml");
 }
 
 struct ControlRoute {

@@ -178,9 +178,10 @@ void Dispatcher::check_rate(const Route& route, const Request& request) {
 Answer Dispatcher::serve_own_page(Request& request, std::string_view raw_path) {
     Transaction transaction(*service_.store);
     settle(service_);
-    ControlRoom room{service_, limiter_, log_};
-    Answer answer = raw_path.starts_with("/sandbox/") ? control(room, request)
-                                                      : show_page(service_.state, log_, request);
+    ControlRoom control_room{service_, limiter_, log_};
+    PageRoom page_room{service_, log_, is_step};
+    Answer answer = raw_path.starts_with("/sandbox/") ? control(control_room, request)
+                                                      : show_page(page_room, request);
     transaction.commit();
     return answer;
 }

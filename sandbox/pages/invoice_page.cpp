@@ -1,12 +1,19 @@
 #include "sandbox/pages/invoice_page.h"
 
+#include <algorithm>
 #include <array>
-#include <cstdio>
 
 #include "sandbox/basics/xml.h"
+#include "sandbox/pages/html.h"
+#include "sandbox/pages/polish.h"
 
 namespace tavrix::sandbox {
 namespace {
+
+// An invoice may have 10 000 lines; who wants them all opens the file.
+constexpr std::size_t most_lines = 200;
+// Reading a refused document again for a list must not take long.
+constexpr std::size_t largest_read_for_a_list = 1'000'000;
 
 std::string party_identifier(const Element& data) {
     if (const Element nip = data.child("NIP")) return "NIP " + nip.text();
@@ -22,53 +29,57 @@ std::string party_identifier(const Element& data) {
 std::string render_party(const std::string& title, const Element& party) {
     if (!party) return "";
     const Element data = party.child("DaneIdentyfikacyjne"), address = party.child("Adres");
-    std::string html = "<div class=\"party\"><h3>" + title + "</h3><p><strong>" +
-                       xml_escape(data.text("Nazwa")) + "</strong><br>" +
-                       xml_escape(party_identifier(data));
+    std::string html = "<div><h3>" + title + "</h3><p><strong>" + xml_escape(data.text("Nazwa")) +
+                       "</strong><br>" + xml_escape(party_identifier(data));
     for (const char* line : {"AdresL1", "AdresL2"})
         if (const std::string text = address.text(line); !text.empty())
             html += "<br>" + xml_escape(text);
     return html + "</p></div>";
 }
 
-/// `1234567.5` as a Polish reader expects it: `1 234 567,50`. What is not a plain number stays as
-/// it is.
-std::string amount_text(const std::string& amount) {
-    if (amount.empty() || amount.find_first_not_of("0123456789.-") != std::string::npos)
-        return amount;
-    const std::size_t point = std::min(amount.find('.'), amount.size());
-    std::string whole = amount.substr(0, point),
-                fraction = amount.substr(std::min(point + 1, amount.size()));
-    while (fraction.size() < 2) fraction += '0';
-    const std::size_t sign = whole.starts_with('-') ? 1 : 0;
-    for (std::size_t at = whole.size(); at > sign + 3; at -= 3) whole.insert(at - 3, "\xC2\xA0");
-    return whole + "," + fraction;
+std::string render_parties(const Element& root) {
+    std::string html = "<div class=\"parties\">" +
+                       render_party("Sprzedawca", root.child("Podmiot1")) +
+                       render_party("Nabywca", root.child("Podmiot2"));
+    for (const Element& third : root.children("Podmiot3"))
+        html += render_party("Podmiot trzeci", third);
+    return html + render_party("Podmiot upoważniony", root.child("PodmiotUpowazniony")) + "</div>";
 }
 
-std::string cell(const std::string& text, const char* css_class = "") {
-    return std::string("<td class=\"") + css_class + "\">" + xml_escape(text) + "</td>";
+/// The first of two elements that is there.
+std::string either(const Element& parent, const char* first, const char* second) {
+    return parent.child(first) ? parent.text(first) : parent.text(second);
+}
+
+std::string rate_text(const std::string& rate) {
+    const bool number = !rate.empty() && rate.find_first_not_of("0123456789") == std::string::npos;
+    return number ? rate + "%" : rate;
 }
 
 std::string render_lines(const Element& body) {
     const auto lines = body.children("FaWiersz");
     if (lines.empty()) return "";
-    std::string html =
-        "<h3>Pozycje</h3><table class=\"grid\"><thead><tr><th>Lp.</th><th>Nazwa towaru lub "
-        "usługi</th>"
-        "<th>Jm.</th><th class=\"n\">Ilość</th><th class=\"n\">Cena netto</th>"
-        "<th class=\"n\">Wartość</th><th class=\"n\">Stawka</th></tr></thead><tbody>";
-    for (const Element& line : lines) {
-        const std::string value =
-            line.text("P_11").empty() ? line.text("P_11A") : line.text("P_11");
-        const std::string price = line.text("P_9A").empty() ? line.text("P_9B") : line.text("P_9A");
-        std::string rate = line.text("P_12");
-        if (!rate.empty() && rate.find_first_not_of("0123456789") == std::string::npos) rate += "%";
-        html += "<tr>" + cell(line.text("NrWierszaFa")) + cell(line.text("P_7")) +
-                cell(line.text("P_8A")) + cell(line.text("P_8B"), "n") +
-                cell(amount_text(price), "n") + cell(amount_text(value), "n") + cell(rate, "n") +
-                "</tr>";
+    Table table("Pozycje", {{"Lp."},
+                            {"Nazwa towaru lub usługi"},
+                            {"Jm."},
+                            {"Ilość", true},
+                            {"Cena", true},
+                            {"Wartość", true},
+                            {"Stawka", true}});
+    const std::size_t shown = std::min(lines.size(), most_lines);
+    for (std::size_t i = 0; i < shown; ++i) {
+        const Element& line = lines[i];
+        table.row({xml_escape(line.text("NrWierszaFa")), xml_escape(line.text("P_7")),
+                   xml_escape(line.text("P_8A")), xml_escape(quantity_text(line.text("P_8B"))),
+                   xml_escape(amount_text(either(line, "P_9A", "P_9B"))),
+                   xml_escape(amount_text(either(line, "P_11", "P_11A"))),
+                   xml_escape(rate_text(line.text("P_12")))});
     }
-    return html + "</tbody></table>";
+    return "<h3>Pozycje</h3>" + table.html() +
+           (shown < lines.size()
+                ? "<p class=\"note\">Pokazano " + count_text(shown) + " z " +
+                      count_text(lines.size()) + " pozycji; wszystkie są w pliku XML.</p>"
+                : "");
 }
 
 struct TaxRow {
@@ -95,77 +106,145 @@ constexpr TaxRow tax_rows[] = {
 };
 
 std::string render_totals(const Element& body) {
-    std::string html =
-        "<h3>Podatek i suma</h3><table class=\"grid narrow\"><thead><tr><th>Stawka</th>"
-        "<th class=\"n\">Netto</th><th class=\"n\">VAT</th></tr></thead><tbody>";
+    const std::string currency = body.text("KodWaluty");
+    Table table("Podatek", {{"Stawka"}, {"Netto", true}, {"VAT", true}});
     for (const TaxRow& tax : tax_rows) {
         if (!body.child(tax.net)) continue;
-        html += "<tr>" + cell(tax.label) + cell(amount_text(body.text(tax.net)), "n") +
-                cell(amount_text(*tax.tax == '\0' ? "" : body.text(tax.tax)), "n") + "</tr>";
+        const std::string amount = *tax.tax == '\0' ? "" : body.text(tax.tax);
+        table.row({tax.label, xml_escape(amount_text(body.text(tax.net))),
+                   xml_escape(amount_text(amount))});
     }
-    return html +
-           "</tbody><tfoot><tr><th>Razem do zapłaty</th><td class=\"n total\" colspan=\"2\">" +
-           xml_escape(amount_text(body.text("P_15")) + " " + body.text("KodWaluty")) +
-           "</td></tr></tfoot></table>";
+    return "<h3>Podatek i suma</h3>" + table.html() +
+           "<p class=\"total\">Kwota należności ogółem: " +
+           xml_escape(money_text(body.text("P_15"), currency)) + "</p>";
 }
 
-std::string kind_text(const std::string& kind) {
-    constexpr std::array<std::pair<const char*, const char*>, 7> names = {{
-        {"VAT", "Faktura VAT"},
-        {"KOR", "Faktura korygująca"},
-        {"ZAL", "Faktura zaliczkowa"},
-        {"ROZ", "Faktura rozliczeniowa"},
-        {"UPR", "Faktura uproszczona"},
-        {"KOR_ZAL", "Korekta faktury zaliczkowej"},
-        {"KOR_ROZ", "Korekta faktury rozliczeniowej"},
-    }};
-    for (const auto& [code, name] : names)
-        if (kind == code) return name;
-    return kind;
+template <std::size_t count>
+using Names = std::array<std::pair<const char*, const char*>, count>;
+
+/// The name of a code; a code that has none stands for itself.
+template <std::size_t count>
+std::string name_of(const std::string& code, const Names<count>& names) {
+    for (const auto& [known, name] : names)
+        if (code == known) return name;
+    return code;
 }
+
+// Source: TRodzajFaktury of the FA (3) schema.
+constexpr Names<7> kinds = {{
+    {"VAT", "Faktura VAT"},
+    {"KOR", "Faktura korygująca"},
+    {"ZAL", "Faktura zaliczkowa"},
+    {"ROZ", "Faktura rozliczeniowa"},
+    {"UPR", "Faktura uproszczona"},
+    {"KOR_ZAL", "Korekta faktury zaliczkowej"},
+    {"KOR_ROZ", "Korekta faktury rozliczeniowej"},
+}};
+
+// Source: TFormaPlatnosci of the same.
+constexpr Names<7> payment_forms = {{
+    {"1", "gotówka"},
+    {"2", "karta"},
+    {"3", "bon"},
+    {"4", "czek"},
+    {"5", "kredyt"},
+    {"6", "przelew"},
+    {"7", "mobilna"},
+}};
 
 std::string render_payment(const Element& payment) {
-    if (!payment) return "";
-    const std::string rows =
-        fact("Termin płatności", payment.child("TerminPlatnosci").text("Termin")) +
-        fact("Rachunek bankowy", payment.child("RachunekBankowy").text("NrRB")) +
-        fact("Data zapłaty", payment.text("DataZaplaty"));
-    return rows.empty() ? "" : "<h3>Płatność</h3><table class=\"facts\">" + rows + "</table>";
+    std::string rows;
+    if (payment.text("Zaplacono") == "1") rows += fact("Zapłacono", "tak");
+    rows += fact("Data zapłaty", date_text(payment.text("DataZaplaty")));
+    for (const Element& term : payment.children("TerminPlatnosci"))
+        rows += fact("Termin płatności", date_text(term.text("Termin")));
+    rows += fact("Forma płatności", name_of(payment.text("FormaPlatnosci"), payment_forms)) +
+            fact("Inna forma płatności", payment.text("OpisPlatnosci"));
+    for (const Element& account : payment.children("RachunekBankowy"))
+        rows += fact("Rachunek bankowy", account_text(account.text("NrRB"))) +
+                fact("Bank", account.text("NazwaBanku"));
+    return rows.empty() ? "" : "<h3>Płatność</h3>" + facts(rows);
+}
+
+std::string render_attachment(const Element& attachment) {
+    if (!attachment) return "";
+    const auto blocks = attachment.children("BlokDanych");
+    std::string rows = fact("Bloków danych", count_text(blocks.size()));
+    std::size_t tables = 0;
+    for (const Element& block : blocks) {
+        if (rows.size() < 20'000) rows += fact("Blok", block.text("ZNaglowek"));
+        tables += block.children("Tabela").size();
+    }
+    return "<h3>Załącznik</h3>" + facts(rows + fact("Tabel", count_text(tables))) +
+           "<p class=\"note\">Treść załącznika jest w pliku XML.</p>";
+}
+
+std::string render_corrected(const Element& body) {
+    std::string rows = fact("Przyczyna korekty", body.text("PrzyczynaKorekty"));
+    std::size_t shown = 0;
+    for (const Element& corrected : body.children("DaneFaKorygowanej")) {
+        if (++shown > most_lines) break;
+        rows += fact("Koryguje fakturę", corrected.text("NrFaKorygowanej") + " z dnia " +
+                                             date_text(corrected.text("DataWystFaKorygowanej"))) +
+                fact("Jej numer KSeF", corrected.text("NrKSeFFaKorygowanej"));
+    }
+    return rows;
+}
+
+std::string note(const std::string& html) {
+    return "<p class=\"note\">" + html + "</p>";
+}
+
+/// The heading as far as the document can be read.
+void read_heading(const std::string& xml, InvoiceHeading& heading) {
+    const ParsedXml parsed = parse_xml(xml);
+    const Element root = Element::root_of(parsed.document), body = root.child("Fa");
+    const Element buyer = root.child("Podmiot2").child("DaneIdentyfikacyjne");
+    if (body) heading.number = body.text("P_2");
+    if (buyer) heading.buyer = buyer.child("Nazwa") ? buyer.text("Nazwa") : party_identifier(buyer);
+    heading.amount = money_text(body.text("P_15"), body.text("KodWaluty"));
+    heading.attachment = bool(root.child("Zalacznik"));
+    if (heading.number.empty()) heading.number = body ? "(bez numeru)" : "(nie do odczytania)";
 }
 
 }  // namespace
 
-std::string fact(const std::string& label, const std::string& value) {
-    return value.empty() ? "" : "<tr><th>" + label + "</th><td>" + xml_escape(value) + "</td></tr>";
-}
-
-std::string money_text(double amount) {
-    char text[400];
-    std::snprintf(text, sizeof text, "%.2f", amount);
-    return amount_text(text);
+InvoiceHeading heading_of(const Invoice& invoice) {
+    InvoiceHeading heading;
+    if (invoice.summary) {
+        const InvoiceSummary& summary = *invoice.summary;
+        heading = {summary.invoice_number.empty() ? "(bez numeru)" : summary.invoice_number,
+                   summary.buyer.name.empty() ? summary.buyer.identifier : summary.buyer.name,
+                   money_text(summary.gross_amount, summary.currency), summary.has_attachment};
+    } else if (invoice.xml.empty()) {
+        heading.number = invoice.stage == InvoiceStage::finished ? "(nie do odszyfrowania)"
+                                                                 : "(w przetwarzaniu)";
+    } else if (invoice.xml.size() > largest_read_for_a_list) {
+        heading.number = "(duży dokument)";
+    } else {
+        read_heading(invoice.xml, heading);
+    }
+    return heading;
 }
 
 std::string render_invoice(const std::string& xml) {
-    if (xml.empty()) return "<p class=\"note\">Nie udało się odszyfrować dokumentu.</p>";
     const ParsedXml parsed = parse_xml(xml);
     if (!parsed.document)
-        return "<p class=\"note\">Dokumentu nie da się odczytać: " + xml_escape(parsed.error) +
-               "</p>";
+        return note("Dokumentu nie da się odczytać. " + detail_html(parsed.error));
     const Element root = Element::root_of(parsed.document), body = root.child("Fa");
     if (root.name() != "Faktura" || !body)
-        return "<p class=\"note\">Dokument nie jest fakturą w strukturze FA.</p>";
-
-    std::string html = "<h2>" + xml_escape(kind_text(body.text("RodzajFaktury"))) + " " +
-                       xml_escape(body.text("P_2")) + "</h2><table class=\"facts\">" +
-                       fact("Data wystawienia", body.text("P_1")) +
-                       fact("Miejsce wystawienia", body.text("P_1M")) +
-                       fact("Data dostawy lub wykonania usługi", body.text("P_6")) + "</table>";
-    html += "<div class=\"parties\">" + render_party("Sprzedawca", root.child("Podmiot1")) +
-            render_party("Nabywca", root.child("Podmiot2"));
-    for (const Element& third : root.children("Podmiot3"))
-        html += render_party("Podmiot trzeci", third);
-    html += render_party("Podmiot upoważniony", root.child("PodmiotUpowazniony")) + "</div>";
-    return html + render_lines(body) + render_totals(body) + render_payment(body.child("Platnosc"));
+        return note("Dokument nie jest fakturą w strukturze FA.");
+    const std::string period = body.child("OkresFa")
+                                   ? date_text(body.child("OkresFa").text("P_6_Od")) + " – " +
+                                         date_text(body.child("OkresFa").text("P_6_Do"))
+                                   : date_text(body.text("P_6"));
+    return "<h2>" + xml_escape(name_of(body.text("RodzajFaktury"), kinds)) + " " +
+           xml_escape(body.text("P_2")) + "</h2>" +
+           facts(fact("Data wystawienia", date_text(body.text("P_1"))) +
+                 fact("Miejsce wystawienia", body.text("P_1M")) +
+                 fact("Data dostawy lub wykonania usługi", period) + render_corrected(body)) +
+           render_parties(root) + render_lines(body) + render_totals(body) +
+           render_payment(body.child("Platnosc")) + render_attachment(root.child("Zalacznik"));
 }
 
 }  // namespace tavrix::sandbox

@@ -3,16 +3,23 @@
 
 #include <string>
 
+#include "sandbox/store/model.h"
+
 namespace tavrix::sandbox {
 
-/// HTML of the invoice's seller, buyer, lines, tax and totals; a note instead when the document
-/// cannot be read. Every text of the document is escaped.
+/// HTML of the invoice's seller, buyer, lines, tax, totals, payment and attachment; a note instead
+/// when the document cannot be read.
 std::string render_invoice(const std::string& xml);
 
-/// One row of a table of facts, nothing without a value.
-std::string fact(const std::string& label, const std::string& value);
-
-/// An amount in Polish writing, with two digits after the comma.
-std::string money_text(double amount);
+/// What a list says of an invoice, also of one that was refused before anybody looked into it.
+struct InvoiceHeading {
+    /// A remark in brackets where the document has none.
+    std::string number;
+    std::string buyer;
+    /// With its currency.
+    std::string amount;
+    bool attachment = false;
+};
+InvoiceHeading heading_of(const Invoice& invoice);
 
 }  // namespace tavrix::sandbox

@@ -1,205 +1,284 @@
 #include "sandbox/pages/page.h"
 
-#include "sandbox/basics/text.h"
+#include <cstdio>
+#include <functional>
+#include <span>
+
 #include "sandbox/basics/xml.h"
+#include "sandbox/pages/html.h"
 #include "sandbox/pages/invoice_page.h"
-#include "sandbox/service/bearer_tokens.h"
+#include "sandbox/pages/polish.h"
+#include "sandbox/pages/settings_page.h"
+#include "sandbox/store/statuses.h"
 
 namespace tavrix::sandbox {
 namespace {
 
-constexpr std::size_t rows_shown = 50;
+// Of a list of its own, and of each list on the first page.
+constexpr std::size_t page_size = 50, newest_shown = 15;
+constexpr std::size_t longest_target = 300, longest_reason = 300, longest_number = 40;
 
-constexpr const char* style = R"css(
-body{font:16px/1.5 system-ui,"DejaVu Sans",sans-serif;color:#1c2733;background:#f4f6f8;margin:0}
-header{background:#12324f;color:#fff;padding:14px 24px}header a{color:#fff;text-decoration:none}
-header h1{font-size:20px;margin:0}header p{margin:0;color:#b9cde0;font-size:14px}
-main{max-width:1320px;margin:0 auto;padding:8px 24px 48px}
-section{background:#fff;border:1px solid #dde3e9;border-radius:8px;padding:4px 20px 18px;margin-top:18px}
-h2{font-size:18px;margin:14px 0 8px}h3{font-size:15px;margin:18px 0 6px;color:#45586b}
-table{border-collapse:collapse;width:100%}th{text-align:left;font-weight:600}
-.grid th,.grid td{padding:6px 10px;border-bottom:1px solid #e6ebf0;vertical-align:top;font-size:14px}
-.grid thead th{color:#5a6c7d;border-bottom:2px solid #d3dbe3}.narrow{max-width:640px}
-.facts{width:auto}.facts th{padding:2px 24px 2px 0;color:#5a6c7d;font-weight:400}.facts td{padding:2px 0}
-.n{text-align:right!important;white-space:nowrap}.total{font-weight:700;font-size:16px!important}
-code,.mono{font-family:ui-monospace,"DejaVu Sans Mono",monospace;font-size:13px}
-.path{overflow-wrap:anywhere}.number{white-space:nowrap}a{color:#0b5cad}.when{white-space:nowrap}
-.ok,.wait,.bad{display:inline-block;border-radius:10px;padding:1px 9px;font-size:13px;line-height:1.35}
-.ok{background:#dff3e4;color:#176b34}.wait{background:#fdf1d3;color:#7a5700}.bad{background:#fbe0df;color:#9b1c1c}
-.parties{display:flex;flex-wrap:wrap;gap:8px 48px}.party p{margin:0}.note,.empty{color:#5a6c7d}
-pre{tab-size:4;background:#f4f6f8;border:1px solid #dde3e9;border-radius:6px;padding:12px;overflow:auto;
-max-height:480px;font-size:13px;line-height:1.45;white-space:pre-wrap;overflow-wrap:anywhere}
-)css";
-
-std::string frame(const std::string& title, const std::string& content) {
-    return "<!DOCTYPE html><html lang=\"pl\"><head><meta charset=\"utf-8\">"
-           "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\"><title>" +
-           xml_escape(title) + "</title><style>" + style +
-           "</style></head><body><header><h1><a href=\"/\">Piaskownica KSeF</a></h1>"
-           "<p>Lokalny system do prób. Wystawione tu faktury nie trafiają do Ministerstwa "
-           "Finansów.</p>"
-           "</header><main>" +
-           content + "</main></body></html>";
+/// The beginning of a text, not cut inside a character.
+std::string shortened(const std::string& text, std::size_t most) {
+    if (text.size() <= most) return text;
+    std::size_t end = most;
+    while (end > 0 && (text[end] & 0xC0) == 0x80) --end;
+    return text.substr(0, end) + "…";
 }
 
-Answer page(const std::string& title, const std::string& content) {
-    Answer answer = Answer::html(frame(title, content));
-    // Even a document that slipped past the escaping could load and run nothing.
-    answer.headers.emplace_back(
-        "Content-Security-Policy",
-        "default-src 'none'; style-src 'unsafe-inline'; frame-ancestors 'none'");
-    answer.headers.emplace_back("X-Content-Type-Options", "nosniff");
-    return answer;
+std::string span(const char* css_class, const std::string& text) {
+    return std::string("<span class=\"") + css_class + "\">" + xml_escape(text) + "</span>";
 }
 
-std::string badge(const Status& status) {
-    const char* css_class = status.code == 200 ? "ok" : status.code < 200 ? "wait" : "bad";
-    return std::string("<span class=\"") + css_class + "\">" + std::to_string(status.code) + " " +
-           xml_escape(status.description) + "</span>";
-}
-
-std::string time_cell(Instant moment) {
-    std::string text = polish_time_text(moment).substr(0, 19);
-    text[10] = ' ';
-    return "<td class=\"when\">" + text + "</td>";
-}
-
-std::string link(const std::string& kind, const std::string& reference, const std::string& text) {
-    return "<a href=\"/" + kind + "/" + percent_encode(reference) + "\">" + xml_escape(text) +
-           "</a>";
-}
-
-std::string session_row(const Session& session) {
-    return "<tr><td class=\"mono number\">" + link("sesja", session.reference, session.reference) +
-           "</td><td>" + xml_escape(session.context.value) + "</td>" + time_cell(session.created) +
-           "<td class=\"n\">" + std::to_string(session.invoices.size()) + "</td><td class=\"n\">" +
-           std::to_string(session.successful) + "</td><td class=\"n\">" +
-           std::to_string(session.failed) + "</td><td>" + badge(session.status) + "</td></tr>";
-}
-
-std::string invoice_row(const Invoice& invoice) {
-    std::string number = "(bez numeru)", buyer, amount;
-    if (invoice.summary) {
-        if (!invoice.summary->invoice_number.empty()) number = invoice.summary->invoice_number;
-        buyer = invoice.summary->buyer.name;
-        amount = money_text(invoice.summary->gross_amount) + " " + invoice.summary->currency;
+/// What an invoice would be told now. Looking at a page counts as no question.
+Status status_of(const Invoice& invoice) {
+    switch (invoice.stage) {
+        case InvoiceStage::accepted:
+            return make_status(StatusOf::invoice, 100);
+        case InvoiceStage::processing:
+            return make_status(StatusOf::invoice, 150);
+        case InvoiceStage::finished:
+            break;
     }
-    return "<tr><td>" + link("faktura", invoice.reference, number) + "</td><td>" +
-           xml_escape(buyer) + "</td><td class=\"n\">" + xml_escape(amount) +
-           "</td><td class=\"mono number\">" +
-           xml_escape(invoice.ksef_number.empty() ? "–" : invoice.ksef_number) + "</td>" +
-           time_cell(invoice.received) + "<td>" + badge(invoice.status) + "</td></tr>";
+    return invoice.status;
 }
 
-std::string request_row(const LoggedRequest& entry) {
-    const char* css_class = entry.status < 300 ? "ok" : "bad";
+const Table::Column invoice_columns[] = {{"Faktura"},    {"Nabywca"},  {"Brutto", true},
+                                         {"Numer KSeF"}, {"Przyjęta"}, {"Status"}};
+const Table::Column session_columns[] = {
+    {"Sesja"},        {"Kontekst"},         {"Otwarta"},
+    {"Faktur", true}, {"Przyjętych", true}, {"Odrzuconych", true},
+    {"Status"}};
+const Table::Column request_columns[] = {
+    {"Czas"}, {"Metoda"}, {"Ścieżka"}, {"Odpowiedź"}, {"ms", true}};
+
+std::vector<std::string> invoice_cells(const Invoice& invoice) {
+    const InvoiceHeading heading = heading_of(invoice);
+    const Status status = status_of(invoice);
+    std::string outcome = badge(status);
+    if (status.code >= 300 && !status.details.empty())
+        outcome += "<div class=\"reason\">" +
+                   detail_html(shortened(status.details.front(), longest_reason)) + "</div>";
+    return {
+        link(address_of("faktura", invoice.reference), shortened(heading.number, longest_number)) +
+            (heading.attachment ? " " + badge("wait", "załącznik") : ""),
+        xml_escape(heading.buyer),
+        xml_escape(heading.amount),
+        invoice.ksef_number.empty() ? "" : span("mono keep", invoice.ksef_number),
+        span("when", moment_text(invoice.received)),
+        outcome};
+}
+
+std::vector<std::string> session_cells(const Session& session) {
+    return {"<span class=\"mono keep\">" +
+                link(address_of("sesja", session.reference), session.reference) + "</span>",
+            span("keep", session.context.value),
+            span("when", moment_text(session.created)),
+            count_text(session.invoices.size()),
+            count_text(std::uint64_t(session.successful)),
+            count_text(std::uint64_t(session.failed)),
+            badge(session.status)};
+}
+
+std::vector<std::string> request_cells(const LoggedRequest& entry) {
     char duration[32];
     std::snprintf(duration, sizeof duration, "%.1f", entry.duration_ms);
     for (char& c : duration)
         if (c == '.') c = ',';
-    return "<tr>" + time_cell(entry.time) + "<td class=\"mono\">" + xml_escape(entry.method) +
-           "</td><td class=\"mono path\">" + xml_escape(mask_tokens(entry.target)) +
-           "</td><td><span class=\"" + css_class + "\">" + std::to_string(entry.status) +
-           "</span></td><td class=\"n\">" + duration + "</td></tr>";
+    std::string outcome = badge(entry.status < 300 ? "ok" : "bad", std::to_string(entry.status));
+    for (const std::string& fault : entry.faults) outcome += " " + badge("wait", fault);
+    return {span("when", moment_text(entry.time)), span("mono", entry.method),
+            span("mono", shortened(mask_tokens(entry.target), longest_target)), outcome, duration};
 }
 
-/// A table of the newest entries, or a line saying there are none.
-template <typename List, typename Render>
-std::string newest(const std::string& title, const std::string& head, const std::string& nothing,
-                   const List& list, Render render) {
-    std::string html = "<section><h2>" + title + "</h2>";
-    if (list.empty()) return html + "<p class=\"empty\">" + nothing + "</p></section>";
-    html += "<table class=\"grid\"><thead><tr>" + head + "</tr></thead><tbody>";
-    std::size_t shown = 0;
-    for (auto entry = list.rbegin(); entry != list.rend() && shown < rows_shown; ++entry, ++shown)
-        html += render(*entry);
-    html += "</tbody></table>";
-    if (list.size() > rows_shown)
-        html += "<p class=\"note\">Pokazano " + std::to_string(rows_shown) + " najnowszych z " +
-                std::to_string(list.size()) + ".</p>";
-    return html + "</section>";
+/// A list and how the entry at an index is shown.
+struct List {
+    std::string title;
+    /// Of its own page.
+    std::string address;
+    std::string nothing;
+    std::span<const Table::Column> columns;
+    std::size_t total;
+    std::function<std::vector<std::string>(std::size_t)> cells;
+};
+
+List invoice_list(const State& state, const std::vector<std::string>& references) {
+    return {"Faktury",
+            "/faktury",
+            "Nie ma tu jeszcze żadnej faktury.",
+            invoice_columns,
+            references.size(),
+            [&](std::size_t index) { return invoice_cells(state.invoices.at(references[index])); }};
 }
 
-constexpr const char* invoice_head =
-    "<th>Faktura</th><th>Nabywca</th><th class=\"n\">Brutto</th><th>Numer "
-    "KSeF</th><th>Przyjęta</th><th>Status</th>";
-
-Answer overview(const State& state, const RequestLog& log) {
-    std::string html = newest(
-        "Faktury", invoice_head, "Nie wpłynęła jeszcze żadna faktura.", state.invoice_order,
-        [&](const std::string& reference) { return invoice_row(state.invoices.at(reference)); });
-    html += newest(
-        "Sesje",
-        "<th>Numer referencyjny</th><th>Kontekst</th><th>Otwarta</th><th class=\"n\">Faktur</th>"
-        "<th class=\"n\">Przyjętych</th><th class=\"n\">Odrzuconych</th><th>Status</th>",
-        "Nie otwarto jeszcze żadnej sesji.", state.session_order,
-        [&](const std::string& reference) { return session_row(state.sessions.at(reference)); });
-    html += newest(
-        "Ostatnie żądania",
-        "<th>Czas</th><th>Metoda</th><th>Ścieżka</th><th>Odpowiedź</th><th class=\"n\">ms</th>",
-        "Nie było jeszcze żądań.", log.entries(), request_row);
-    return page("Piaskownica KSeF", html);
+List session_list(const State& state) {
+    return {"Sesje",
+            "/sesje",
+            "Nie otwarto jeszcze żadnej sesji.",
+            session_columns,
+            state.session_order.size(),
+            [&](std::size_t index) {
+                return session_cells(state.sessions.at(state.session_order[index]));
+            }};
 }
 
-std::string document(const std::string& title, const std::string& text) {
+List request_list(const RequestLog& log) {
+    return {"Żądania",
+            "/zadania",
+            "Nie było jeszcze żądań.",
+            request_columns,
+            log.entries().size(),
+            [&](std::size_t index) { return request_cells(log.entries()[index]); }};
+}
+
+std::string rows_of(const List& list, const Slice& slice) {
+    if (list.total == 0) return "<p class=\"empty\">" + list.nothing + "</p>";
+    Table table(list.title, {list.columns.begin(), list.columns.end()});
+    for (std::size_t index = slice.to; index-- > slice.from;) table.row(list.cells(index));
+    return table.html();
+}
+
+/// The whole list, a part at a time.
+std::string list_section(const List& list, const Request& request) {
+    const Slice slice = slice_of(request, list.total, page_size);
+    return section(list.title + " (" + count_text(list.total) + ")",
+                   rows_of(list, slice) + slice_links(list.address, slice));
+}
+
+/// Its newest entries, and the way to the others.
+std::string newest_section(const List& list) {
+    const Slice slice{1, 1, list.total - std::min(list.total, newest_shown), list.total};
+    return section(
+        list.title,
+        rows_of(list, slice) +
+            (slice.from == 0
+                 ? ""
+                 : "<p>" + link(list.address, "Wszystkie: " + count_text(list.total)) + "</p>"));
+}
+
+Answer list_page(const List& list, const Request& request) {
+    return page(list.title, list_section(list, request), {link("/", "Początek"), list.title});
+}
+
+Answer overview(const PageRoom& room) {
+    const State& state = room.service.state;
+    return page("Piaskownica KSeF", settings_notice(room.service) +
+                                        newest_section(invoice_list(state, state.invoice_order)) +
+                                        newest_section(session_list(state)) +
+                                        newest_section(request_list(room.log)));
+}
+
+/// A document with a link to the file; nothing when there is none.
+std::string document_section(const std::string& title, const std::string& text,
+                             const std::string& address) {
     return text.empty()
                ? ""
-               : "<section><h2>" + title + "</h2><pre>" + xml_escape(text) + "</pre></section>";
+               : section(title, "<p>" + link(address, "Pobierz plik") + "</p>" + excerpt(text));
 }
 
-Answer session_page(const State& state, const Session& session) {
-    std::string html = "<section><h2>Sesja " + xml_escape(session.reference) + "</h2><p>" +
-                       badge(session.status) + "</p><table class=\"facts\">" +
-                       fact("Kontekst", session.context.value) +
-                       fact("Formularz", session.form_code.system_code) +
-                       fact("Otwarta", polish_time_text(session.created)) +
-                       fact("Zamknięta", session.closed ? polish_time_text(*session.closed) : "") +
-                       "</table></section>";
-    html += newest(
-        "Faktury sesji", invoice_head, "Sesja nie zawiera faktur.", session.invoices,
-        [&](const std::string& reference) { return invoice_row(state.invoices.at(reference)); });
-    return page("Sesja " + session.reference, html + document("UPO sesji", session.upo));
+Answer session_page(const State& state, const Session& session, const Request& request) {
+    const std::string address = address_of("sesja", session.reference);
+    List invoices = invoice_list(state, session.invoices);
+    invoices.address = address;
+    return page(
+        "Sesja " + session.reference,
+        section("Sesja " + session.reference,
+                "<p>" + badge(session.status) + "</p>" +
+                    facts(fact("Rodzaj",
+                               session.kind == SessionKind::online ? "interaktywna" : "wsadowa") +
+                          fact("Kontekst", session.context.value) +
+                          fact("Formularz", session.form_code.system_code) +
+                          fact("Otwarta", moment_text(session.created)) +
+                          fact("Zamknięta", session.closed ? moment_text(*session.closed) : ""))) +
+            list_section(invoices, request) +
+            document_section("UPO sesji", session.upo, address + "/upo"),
+        {link("/", "Początek"), link("/sesje", "Sesje"), xml_escape(session.reference)});
 }
 
-Answer invoice_details(const Invoice& invoice) {
-    std::string html = "<section>" + render_invoice(invoice.xml) + "</section>";
-    html += "<section><h2>W systemie</h2><p>" + badge(invoice.status) + "</p>";
-    for (const std::string& detail : invoice.status.details)
-        html += "<p class=\"note\">" + xml_escape(detail) + "</p>";
-    html += "<table class=\"facts\">" + fact("Numer KSeF", invoice.ksef_number) +
-            fact("Numer referencyjny", invoice.reference) +
-            fact("Przyjęta", polish_time_text(invoice.received)) +
-            (invoice.ksef_number.empty()
-                 ? ""
-                 : fact("Numer KSeF nadano", polish_time_text(invoice.acquired)) +
-                       fact("Tryb", invoice.offline ? "offline" : "online")) +
-            fact("Skrót SHA-256", invoice.invoice_hash) +
-            fact("Korekta techniczna faktury o skrócie", invoice.hash_of_corrected) +
-            "<tr><th>Sesja</th><td>" +
-            link("sesja", invoice.session_reference, invoice.session_reference) +
-            "</td></tr></table></section>";
-    html += document("UPO", invoice.upo) + document("Dokument XML", invoice.xml);
-    return page("Faktura " + invoice.reference, html);
+std::string invoice_status_section(const Invoice& invoice) {
+    const Status status = status_of(invoice);
+    std::string html = "<p>" + badge(status) + "</p>";
+    for (const std::string& detail : status.details)
+        html += "<p class=\"reason\">" + detail_html(detail) + "</p>";
+    const bool accepted = !invoice.ksef_number.empty();
+    const std::string address = address_of("faktura", invoice.reference);
+    std::string files = invoice.xml.empty() ? "" : link(address + "/xml", "Dokument XML");
+    if (!invoice.upo.empty()) files += " · " + link(address + "/upo", "UPO");
+    return section(
+        "W systemie",
+        html + facts(fact("Numer KSeF", invoice.ksef_number) + fact_html("Pliki", files) +
+                     fact("Numer referencyjny", invoice.reference) +
+                     fact_html("Sesja", link(address_of("sesja", invoice.session_reference),
+                                             invoice.session_reference)) +
+                     fact("Przyjęta", moment_text(invoice.received)) +
+                     (accepted ? fact("Numer KSeF nadano", moment_text(invoice.acquired)) +
+                                     fact("Tryb", invoice.offline ? "offline" : "online")
+                               : "") +
+                     fact("Skrót SHA-256", invoice.invoice_hash) +
+                     fact("Korekta techniczna faktury o skrócie", invoice.hash_of_corrected)));
+}
+
+std::string invoice_text_section(const Invoice& invoice) {
+    if (!invoice.xml.empty()) return "<section>" + render_invoice(invoice.xml) + "</section>";
+    const bool waiting = invoice.stage != InvoiceStage::finished;
+    return section("Faktura",
+                   std::string("<p class=\"note\">") +
+                       (waiting ? "Faktura jest jeszcze przetwarzana; jej treść będzie tu, gdy "
+                                  "system ją odszyfruje."
+                                : "Nie udało się odszyfrować dokumentu.") +
+                       "</p>");
+}
+
+Answer invoice_page(const Invoice& invoice) {
+    const std::string address = address_of("faktura", invoice.reference);
+    return page("Faktura " + invoice.reference,
+                invoice_text_section(invoice) + invoice_status_section(invoice) +
+                    document_section("UPO", invoice.upo, address + "/upo") +
+                    document_section("Dokument XML", invoice.xml, address + "/xml"),
+                {link("/", "Początek"), link("/faktury", "Faktury"),
+                 xml_escape(heading_of(invoice).number)});
+}
+
+/// A page about one session or invoice, or a file of it; nothing for an address that is neither's.
+std::optional<Answer> page_of_record(const State& state, const Request& request) {
+    std::vector<std::string> parameters;
+    const auto matches = [&](const char* pattern) {
+        return match_path(pattern, request.path, parameters);
+    };
+    const Session* session = matches("/sesja/{}") || matches("/sesja/{}/upo")
+                                 ? look_up(state.sessions, parameters[0])
+                                 : nullptr;
+    if (session != nullptr && matches("/sesja/{}")) return session_page(state, *session, request);
+    if (session != nullptr && !session->upo.empty())
+        return download(session->upo, "UPO-" + session->reference + ".xml");
+
+    const Invoice* invoice =
+        matches("/faktura/{}") || matches("/faktura/{}/xml") || matches("/faktura/{}/upo")
+            ? look_up(state.invoices, parameters[0])
+            : nullptr;
+    if (invoice == nullptr) return std::nullopt;
+    if (matches("/faktura/{}")) return invoice_page(*invoice);
+    const bool upo = matches("/faktura/{}/upo");
+    const std::string& content = upo ? invoice->upo : invoice->xml;
+    if (content.empty()) return std::nullopt;
+    return download(content, (upo ? "UPO-" : "") + invoice->reference + ".xml");
 }
 
 }  // namespace
 
-Answer show_page(const State& state, const RequestLog& log, const Request& request) {
-    std::vector<std::string> parameters;
+Answer show_page(PageRoom& room, const Request& request) {
+    const State& state = room.service.state;
+    if (request.method == "POST") return submit_settings(room, request);
     if (request.method == "GET" || request.method == "HEAD") {
-        if (request.path == "/") return overview(state, log);
-        if (match_path("/sesja/{}", request.path, parameters))
-            if (const Session* session = look_up(state.sessions, parameters[0]))
-                return session_page(state, *session);
-        if (match_path("/faktura/{}", request.path, parameters))
-            if (const Invoice* invoice = look_up(state.invoices, parameters[0]))
-                return invoice_details(*invoice);
+        if (request.path == "/") return overview(room);
+        if (request.path == "/ustawienia") return settings_page(room);
+        if (request.path == "/faktury")
+            return list_page(invoice_list(state, state.invoice_order), request);
+        if (request.path == "/sesje") return list_page(session_list(state), request);
+        if (request.path == "/zadania") return list_page(request_list(room.log), request);
+        if (auto answer = page_of_record(state, request)) return *answer;
     }
-    Answer answer =
-        page("Nie ma takiej strony",
-             "<section><h2>Nie ma takiej strony</h2><p><a href=\"/\">Powrót</a></p></section>");
-    answer.status = 404;
-    return answer;
+    return notice_page(404, "Nie ma takiej strony", "Pod tym adresem nic tu nie ma.");
 }
 
 }  // namespace tavrix::sandbox
