@@ -67,6 +67,12 @@ Answer download(std::string content, const std::string& file_name) {
     return answer;
 }
 
+std::string shortened(std::string_view text, std::size_t most) {
+    if (text.size() <= most) return std::string(text);
+    while (most > 0 && (text[most] & 0xC0) == 0x80) --most;
+    return std::string(text.substr(0, most)) + "…";
+}
+
 std::string section(const std::string& title, const std::string& content) {
     return "<section><h2>" + xml_escape(title) + "</h2>" + content + "</section>";
 }
@@ -90,12 +96,12 @@ std::string badge(const Status& status) {
                  std::to_string(status.code) + " " + status.description);
 }
 
-std::string detail_html(const std::string& detail) {
+std::string detail_html(const std::string& detail, std::size_t most) {
     const ValidatorWords words = in_polish(detail);
-    return xml_escape(words.polish) + (words.own.empty()
-                                           ? ""
-                                           : "<q lang=\"en\">" + xml_escape(words.own) +
-                                                 "</q> (słowa programu sprawdzającego)");
+    return xml_escape(shortened(words.polish, most)) +
+           (words.own.empty() ? ""
+                              : "<q lang=\"en\">" + xml_escape(shortened(words.own, most)) +
+                                    "</q> (słowa programu sprawdzającego)");
 }
 
 std::string fact(const std::string& label, const std::string& value) {
@@ -156,12 +162,10 @@ std::string slice_links(const std::string& address, const Slice& slice) {
 }
 
 std::string excerpt(const std::string& text) {
-    std::size_t end = std::min(text.size(), most_shown_bytes);
-    // Not inside a character.
-    while (end > 0 && end < text.size() && (text[end] & 0xC0) == 0x80) --end;
-    return "<pre tabindex=\"0\">" + xml_escape(std::string_view(text).substr(0, end)) + "</pre>" +
-           (end < text.size() ? "<p class=\"note\">To tylko początek; całość jest w pliku.</p>"
-                              : "");
+    return "<pre tabindex=\"0\">" + xml_escape(shortened(text, most_shown_bytes)) + "</pre>" +
+           (text.size() > most_shown_bytes
+                ? "<p class=\"note\">To tylko początek; całość jest w pliku.</p>"
+                : "");
 }
 
 }  // namespace tavrix::sandbox

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "sandbox/exchange/exchange.h"
@@ -22,6 +23,9 @@ Answer notice_page(int status, const std::string& title, const std::string& sent
 /// A file to save, never to be shown in place: a stranger's XML may carry a script.
 Answer download(std::string content, const std::string& file_name);
 
+/// The beginning of a text in UTF-8, of so many bytes at most, not cut inside a character.
+std::string shortened(std::string_view text, std::size_t most);
+
 /// \param content HTML.
 std::string section(const std::string& title, const std::string& content);
 std::string link(const std::string& address, const std::string& text);
@@ -31,8 +35,9 @@ std::string address_of(const char* kind, const std::string& reference);
 /// The status in the colour of its outcome.
 std::string badge(const Status& status);
 std::string badge(const char* css_class, const std::string& text);
-/// The reasons beside a status: Polish, or marked as the words of the program that checks.
-std::string detail_html(const std::string& detail);
+/// A reason beside a status: Polish, or marked as the words of the program that checks.
+/// \param most bytes of it.
+std::string detail_html(const std::string& detail, std::size_t most = std::string::npos);
 
 /// One row of a list of facts, nothing without a value.
 std::string fact(const std::string& label, const std::string& value);

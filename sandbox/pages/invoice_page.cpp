@@ -12,8 +12,8 @@ namespace {
 
 // An invoice may have 10 000 lines; who wants them all opens the file.
 constexpr std::size_t most_lines = 200;
-// Reading a refused document again for a list must not take long.
-constexpr std::size_t largest_read_for_a_list = 1'000'000;
+// A list reads up to fifty refused documents again, and nobody else is served meanwhile.
+constexpr std::size_t largest_read_for_a_list = 150'000;
 
 std::string party_identifier(const Element& data) {
     if (const Element nip = data.child("NIP")) return "NIP " + nip.text();

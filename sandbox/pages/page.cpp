@@ -18,14 +18,6 @@ namespace {
 constexpr std::size_t page_size = 50, newest_shown = 15;
 constexpr std::size_t longest_target = 300, longest_reason = 300, longest_number = 40;
 
-/// The beginning of a text, not cut inside a character.
-std::string shortened(const std::string& text, std::size_t most) {
-    if (text.size() <= most) return text;
-    std::size_t end = most;
-    while (end > 0 && (text[end] & 0xC0) == 0x80) --end;
-    return text.substr(0, end) + "…";
-}
-
 std::string span(const char* css_class, const std::string& text) {
     return std::string("<span class=\"") + css_class + "\">" + xml_escape(text) + "</span>";
 }
@@ -57,8 +49,8 @@ std::vector<std::string> invoice_cells(const Invoice& invoice) {
     const Status status = status_of(invoice);
     std::string outcome = badge(status);
     if (status.code >= 300 && !status.details.empty())
-        outcome += "<div class=\"reason\">" +
-                   detail_html(shortened(status.details.front(), longest_reason)) + "</div>";
+        outcome += "<div class=\"reason\">" + detail_html(status.details.front(), longest_reason) +
+                   "</div>";
     return {
         link(address_of("faktura", invoice.reference), shortened(heading.number, longest_number)) +
             (heading.attachment ? " " + badge("wait", "załącznik") : ""),

@@ -4,8 +4,13 @@
 #include <string_view>
 #include <vector>
 
+#include "sandbox/pages/html.h"
+
 namespace tavrix::sandbox {
 namespace {
+
+/// A sentence must be readable whatever a stranger wrote.
+constexpr std::size_t longest_value = 120;
 
 struct Sentence {
     /// Each `%` stands for something.
@@ -29,12 +34,12 @@ constexpr Sentence sentences[] = {
      "Element %1: wartość „%2” nie pasuje do wzorca %3."},
     {"Element '%': [facet 'enumeration'] The value '%' is not an element of the set {%}.",
      "Element %1: wartość „%2” nie jest żadną z dozwolonych: %3."},
-    {"Element '%': [facet 'minLength'] The value '%' has a length of '%'; this underruns the "
-     "allowed minimum length of '%'.",
-     "Element %1: wartość „%2” jest za krótka; najmniejsza długość to %4."},
-    {"Element '%': [facet 'maxLength'] The value '%' has a length of '%'; this exceeds the "
-     "allowed maximum length of '%'.",
-     "Element %1: wartość „%2” jest za długa; największa długość to %4."},
+    {"Element '%': [facet 'minLength'] The value has a length of '%'; this underruns the allowed "
+     "minimum length of '%'.",
+     "Element %1: wartość jest za krótka, długość %2; najmniejsza długość to %3."},
+    {"Element '%': [facet 'maxLength'] The value has a length of '%'; this exceeds the allowed "
+     "maximum length of '%'.",
+     "Element %1: wartość jest za długa, długość %2; największa długość to %3."},
     {"Element '%': [facet 'minInclusive'] The value '%' is less than the minimum value allowed "
      "('%').",
      "Element %1: wartość „%2” jest mniejsza od najmniejszej dozwolonej, %3."},
@@ -79,7 +84,7 @@ std::string filled(std::string_view pattern, const std::vector<std::string>& val
     std::string text;
     for (std::size_t i = 0; i < pattern.size(); ++i)
         if (pattern[i] == '%')
-            text += values.at(std::size_t(pattern[++i] - '1'));
+            text += shortened(values.at(std::size_t(pattern[++i] - '1')), longest_value);
         else
             text += pattern[i];
     return text;

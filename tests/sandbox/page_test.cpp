@@ -52,10 +52,12 @@ TEST_F(PageTest, RefusedAndWaitingInvoicesSayWhatTheyAre) {
     start_with_schemas();
     const std::string wrong = replaced(SampleInvoice().xml(), "<P_8B>15<", "<P_8B>tuzin<");
     client().send(wrong);
+    client().send(SampleInvoice{.number = std::string(300, 'x')}.xml());
     const std::string overview = page("/");
     expect_texts(overview, {"FV/1/2026", "Nabywca S.A.", "450 Błąd weryfikacji"});
     if (std::filesystem::exists(schemas))
-        expect_texts(overview, {"Element P_8B: wartość „tuzin” jest niepoprawna"});
+        expect_texts(overview, {"Element P_8B: wartość „tuzin” jest niepoprawna",
+                                "za długa, długość 300; największa długość to 256"});
     client().send(replaced(wrong, "</Fa>", ""));
     expect_texts(page("/"), {"(nie do odczytania)", "<q lang=\"en\">"});
 
