@@ -63,6 +63,12 @@ ksef::KsefPorts PortsBundle::for_ksef() {
             folder_of_settings()};
 }
 
+std::int32_t environment_number(const std::string& name) {
+    if (name == "prod" || name == "1") return 1;
+    if (name == "demo" || name == "0") return 0;
+    return 2;
+}
+
 base::Bytes read_file(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
     base::Bytes bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};

@@ -28,6 +28,9 @@ class PortsBundle {
     std::unique_ptr<ports::DataFiles> files_;
 };
 
+/// The number of an environment that the command line names: prod, demo or test, or the number.
+std::int32_t environment_number(const std::string& name);
+
 /// A file's bytes. Throws CLI::ValidationError when it cannot be read.
 base::Bytes read_file(const std::string& path);
 

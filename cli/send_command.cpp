@@ -31,12 +31,6 @@ struct SendOptions {
 
 constexpr std::u16string_view accepted_prefix = u"Faktura o numerze KSeF: ";
 
-std::int32_t environment_number(const std::string& name) {
-    if (name == "prod" || name == "1") return 1;
-    if (name == "demo" || name == "0") return 0;
-    return 2;
-}
-
 // The row's KSeF columns as they stand now; nothing when there is no row or no such table.
 Json row_now(ports::Database& database, const SendOptions& options) {
     Json row = Json::object();
