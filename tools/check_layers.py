@@ -58,6 +58,7 @@ OUTSIDE = [
     (r"libxml/.*", ADAPTERS + ["sandbox/basics", "sandbox/documents"], "a library behind a port"),
     (r"sqlite3\.h", ADAPTERS + ["sandbox/store"], "a library behind a port"),
     (r"openssl/.*", ADAPTERS + ["sandbox/basics", "sandbox/service"], "a library behind a port"),
+    (r"archive(_entry)?\.h", ["sandbox/documents"], "a library behind a reader"),
     (r"httplib\.h", ["sandbox/http"], "a library of the applications"),
     (r"spdlog/.*|CLI/.*", ["cli", "sandbox"], "a library of the applications"),
 ]

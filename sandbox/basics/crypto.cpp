@@ -8,8 +8,6 @@
 #include <algorithm>
 #include <stdexcept>
 
-#include "sandbox/basics/openssl_handles.h"
-
 namespace tavrix::sandbox {
 namespace {
 
@@ -124,6 +122,45 @@ std::optional<std::string> aes_256_cbc_decrypt(std::string_view key, std::string
         EVP_DecryptFinal_ex(context.get(), bytes(plain) + written, &last) <= 0)
         return std::nullopt;
     plain.resize(std::size_t(written + last));
+    return plain;
+}
+
+Sha256Stream::Sha256Stream() : context_(EVP_MD_CTX_new()) {
+    if (!context_ || EVP_DigestInit_ex(context_.get(), EVP_sha256(), nullptr) != 1)
+        throw std::runtime_error("SHA-256 is not available");
+}
+
+void Sha256Stream::add(std::string_view piece) {
+    EVP_DigestUpdate(context_.get(), piece.data(), piece.size());
+}
+
+std::string Sha256Stream::base64() {
+    std::string digest(SHA256_DIGEST_LENGTH, '\0');
+    EVP_DigestFinal_ex(context_.get(), bytes(digest), nullptr);
+    return base64_encode(digest);
+}
+
+AesCbcDecryption::AesCbcDecryption(std::string_view key, std::string_view vector)
+    : context_(EVP_CIPHER_CTX_new()) {
+    if (key.size() != 32 || vector.size() != 16 || !context_ ||
+        EVP_DecryptInit_ex(context_.get(), EVP_aes_256_cbc(), nullptr, bytes(key), bytes(vector)) <=
+            0)
+        throw std::runtime_error("no key to decrypt with");
+}
+
+std::string AesCbcDecryption::add(std::string_view piece) {
+    std::string plain(piece.size() + 16, '\0');
+    int size = 0;
+    EVP_DecryptUpdate(context_.get(), bytes(plain), &size, bytes(piece), int(piece.size()));
+    plain.resize(std::size_t(size));
+    return plain;
+}
+
+std::optional<std::string> AesCbcDecryption::finish() {
+    std::string plain(16, '\0');
+    int size = 0;
+    if (EVP_DecryptFinal_ex(context_.get(), bytes(plain), &size) <= 0) return std::nullopt;
+    plain.resize(std::size_t(size));
     return plain;
 }
 

@@ -10,7 +10,6 @@ namespace {
 
 // Source: "Weryfikacja faktury", sizes of files.
 constexpr std::size_t largest_invoice = 1'000'000;
-constexpr std::size_t largest_invoice_with_attachment = 3'000'000;
 
 // Source: the schemas of invoices and of confirmations.
 constexpr std::string_view earliest_issue_date = "2006-01-01";
@@ -23,14 +22,14 @@ Status rejected(int code, std::vector<std::string> details = {}) {
 using Check = std::optional<Status>;
 
 Check check_file(const Invoice& invoice) {
+    if (invoice.invoice_size > largest_invoice_file)
+        return rejected(430, {"Przekroczono dozwolony rozmiar faktury."});
     if (std::int64_t(invoice.xml.size()) != invoice.invoice_size)
         return rejected(430, {"Rozmiar faktury jest niezgodny z zadeklarowanym."});
     if (sha256_base64(invoice.xml) != invoice.invoice_hash)
         return rejected(430, {"Skrót faktury jest niezgodny z zadeklarowanym."});
     if (invoice.xml.starts_with("\xEF\xBB\xBF"))
         return rejected(430, {"Plik faktury zawiera znacznik kolejności bajtów (BOM)."});
-    if (invoice.xml.size() > largest_invoice_with_attachment)
-        return rejected(430, {"Przekroczono dozwolony rozmiar faktury."});
     if (!is_utf8(invoice.xml)) return rejected(450, {"Plik faktury nie jest zakodowany w UTF-8."});
     return std::nullopt;
 }
@@ -84,12 +83,14 @@ Check check_uniqueness(const State& state, const Invoice& invoice) {
 }  // namespace
 
 Status verify_invoice(const Criteria& criteria, const Session& session, Invoice& invoice) {
-    auto plain = aes_256_cbc_decrypt(base64_decode(session.symmetric_key).value_or(""),
-                                     base64_decode(session.initialization_vector).value_or(""),
-                                     invoice.encrypted);
-    invoice.encrypted.clear();
-    if (!plain) return rejected(435);
-    invoice.xml = std::move(*plain);
+    if (session.kind == SessionKind::online) {
+        auto plain = aes_256_cbc_decrypt(base64_decode(session.symmetric_key).value_or(""),
+                                         base64_decode(session.initialization_vector).value_or(""),
+                                         invoice.encrypted);
+        invoice.encrypted.clear();
+        if (!plain) return rejected(435);
+        invoice.xml = std::move(*plain);
+    }
     if (auto wrong = check_file(invoice)) return *wrong;
 
     const ParsedXml parsed = parse_xml(invoice.xml);

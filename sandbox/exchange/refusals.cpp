@@ -10,6 +10,8 @@ namespace {
 constexpr std::pair<ErrorCode, std::string_view> descriptions[] = {
     {ErrorCode::bad_challenge, "Nieprawidłowe wyzwanie autoryzacyjne."},
     {ErrorCode::invoice_limit_reached, "Przekroczono dozwoloną liczbę faktur w sesji."},
+    {ErrorCode::wrong_part_size, "Nieprawidłowy rozmiar części pakietu."},
+    {ErrorCode::too_many_parts, "Przekroczono dozwoloną liczbę części pakietu."},
     {ErrorCode::invoice_not_found, "Faktura o podanym identyfikatorze nie istnieje."},
     {ErrorCode::invoice_not_yet_available,
      "Faktura o podanym numerze KSeF nie jest jeszcze dostępna."},
@@ -19,6 +21,9 @@ constexpr std::pair<ErrorCode, std::string_view> descriptions[] = {
     {ErrorCode::upo_not_found, "Nie znaleziono UPO dla podanych kryteriów."},
     {ErrorCode::session_status, "Status sesji nie pozwala na wykonanie operacji."},
     {ErrorCode::outside_data, "Zakres filtrowania wykracza poza dostępny zakres danych."},
+    {ErrorCode::part_missing, "Pakiet nie może być pusty."},
+    {ErrorCode::upload_time_over,
+     "Czas oczekiwania na requesty upload lub finish został przekroczony."},
     {ErrorCode::not_authorised, "Brak autoryzacji."},
     {ErrorCode::not_authenticated, "Brak uwierzytelnienia."},
     {ErrorCode::wrong_size, "Nieprawidłowy rozmiar pliku."},

@@ -16,6 +16,8 @@ namespace tavrix::sandbox {
 enum class ErrorCode {
     bad_challenge = 21111,
     invoice_limit_reached = 21155,
+    wrong_part_size = 21157,
+    too_many_parts = 21161,
     invoice_not_found = 21164,
     invoice_not_yet_available = 21165,
     correction_already_done = 21166,
@@ -24,6 +26,8 @@ enum class ErrorCode {
     upo_not_found = 21178,
     session_status = 21180,
     outside_data = 21183,
+    part_missing = 21205,
+    upload_time_over = 21208,
     not_authorised = 21301,
     not_authenticated = 21304,
     wrong_size = 21402,

@@ -8,6 +8,7 @@
 #include "sandbox/basics/text.h"
 #include "sandbox/pages/page.h"
 #include "sandbox/service/allowed_ips.h"
+#include "sandbox/service/package_work.h"
 #include "sandbox/service/processing.h"
 
 namespace tavrix::sandbox {
@@ -62,7 +63,27 @@ Answer internal_error(const std::exception& error) {
 
 Dispatcher::Dispatcher(Options options, Clock& clock, std::unique_ptr<Store> store)
     : service_(std::move(options), clock, std::move(store)),
-      log_(std::size_t(service_.options.log_size)) {}
+      log_(std::size_t(service_.options.log_size)),
+      worker_([this](const std::stop_token& stop) { work_between_requests(stop); }) {}
+
+/// Goes on with packages in slices that no request has to wait for long.
+void Dispatcher::work_between_requests(const std::stop_token& stop) {
+    constexpr std::chrono::milliseconds slice{20}, pause{1};
+    std::unique_lock lock(mutex_);
+    const auto waiting = [this] { return packages_are_waiting(service_); };
+    while (package_waits_.wait(lock, stop, waiting) && !stop.stop_requested()) {
+        try {
+            Transaction transaction(*service_.store);
+            work_on_packages(service_, slice);
+            transaction.commit();
+        } catch (const std::exception& error) {
+            spdlog::error("{}", error.what());
+        }
+        lock.unlock();
+        std::this_thread::sleep_for(pause);
+        lock.lock();
+    }
+}
 
 Dispatcher::Outcome Dispatcher::handle(Request& request) {
     const std::string_view raw_path =
@@ -102,6 +123,7 @@ Dispatcher::Outcome Dispatcher::handle(Request& request) {
     const std::string warning = ascii_folded(request.header("X-Test-System-Warning"));
     if (!warning.empty()) outcome.answer.headers.emplace_back("X-System-Warning", warning);
     log(request, route, outcome, faults, ms_since(start));
+    if (packages_are_waiting(service_)) package_waits_.notify_one();
     return outcome;
 }
 
@@ -171,7 +193,10 @@ void Dispatcher::log(const Request& request, const Route* route, const Outcome& 
     for (auto& [name, value] : entry.headers)
         if (lower(name) == "authorization") value = to_string(request.bearer.kind);
     entry.bearer = request.bearer.kind;
-    entry.body = request.body;
+    // A part of a package would only be copied to be cut.
+    const bool part = route != nullptr && route->handler == upload_part;
+    entry.body =
+        part ? "(" + std::to_string(request.body.size()) + " bytes)" : std::string(request.body);
     entry.step = route == nullptr ? "unknown" : std::string(route->step);
     for (const Fault& fault : faults) entry.faults.emplace_back(to_string(fault.kind));
     entry.status = outcome.answer.status;

@@ -2,8 +2,10 @@
 // log it.
 #pragma once
 
+#include <condition_variable>
 #include <memory>
 #include <mutex>
+#include <thread>
 
 #include "sandbox/exchange/rate_limits.h"
 #include "sandbox/exchange/request_log.h"
@@ -30,6 +32,7 @@ class Dispatcher {
     void check_rate(const Route& route, const Request& request);
     Outcome serve_interface(const Route& route, Request& request);
     Answer serve_own_page(Request& request, std::string_view raw_path);
+    void work_between_requests(const std::stop_token& stop);
     void log(const Request& request, const Route* route, const Outcome& outcome,
              const std::vector<Fault>& faults, double duration_ms);
 
@@ -37,6 +40,9 @@ class Dispatcher {
     Service service_;
     RateLimiter limiter_;
     RequestLog log_;
+    std::condition_variable_any package_waits_;
+    /// The last member: it must have ended before anything it uses goes.
+    std::jthread worker_;
 };
 
 }  // namespace tavrix::sandbox

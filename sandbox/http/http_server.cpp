@@ -7,14 +7,13 @@
 
 #include "sandbox/basics/text.h"
 #include "sandbox/http/connection.h"
+#include "sandbox/http/routes.h"
 
 namespace tavrix::sandbox {
 namespace {
 
 constexpr int keep_alive_ms = 60'000;
 constexpr std::size_t threads = 32;
-/// Three megabytes of invoice are four of Base64; the rest of a request is small.
-constexpr std::size_t largest_body = 8 * 1024 * 1024;
 constexpr const char* any_path = "[^]*";
 
 /// The connection the current thread serves, for the handler the library calls in between.
@@ -67,7 +66,7 @@ class HttpServer::Implementation : public httplib::Server {
         };
         Get(any_path, serve).Post(any_path, serve).Put(any_path, serve);
         Patch(any_path, serve).Delete(any_path, serve).Options(any_path, serve);
-        set_payload_max_length(largest_body);
+        set_payload_max_length(largest_body("/storage/"));
         // These two only appear in the header of an answer; the loop below is what keeps
         // connections.
         set_keep_alive_timeout(keep_alive_ms / 1000);
@@ -105,6 +104,11 @@ class HttpServer::Implementation : public httplib::Server {
     }
 
     void answer(const httplib::Request& from, httplib::Response& to) {
+        // The library knows one limit for all of them.
+        if (from.body.size() > largest_body(from.target)) {
+            to.status = 413;
+            return;
+        }
         Request request = to_request(from, tls_ != nullptr);
         const auto outcome = dispatcher_.handle(request);
         to.status = outcome.answer.status;

@@ -12,6 +12,7 @@ using G = RateGroup;
 // Source: `x-required-permissions` of the contract's operations.
 constexpr std::string_view sending_permissions[] = {"InvoiceWrite", "PefInvoiceWrite",
                                                     "EnforcementOperations"};
+constexpr std::string_view package_permissions[] = {"InvoiceWrite", "EnforcementOperations"};
 constexpr std::string_view following_permissions[] = {"InvoiceWrite", "Introspection",
                                                       "PefInvoiceWrite", "EnforcementOperations"};
 constexpr std::string_view listing_permissions[] = {"Introspection", "EnforcementOperations",
@@ -24,6 +25,7 @@ constexpr Access refreshing{Need::refresh_token, {}};
 constexpr Access leaving{Need::access_or_refresh_token, {}};
 constexpr Access signed_in{Need::access_token, {}};
 constexpr Access sending{Need::access_token, sending_permissions};
+constexpr Access sending_packages{Need::access_token, package_permissions};
 constexpr Access following{Need::access_token, following_permissions};
 constexpr Access listing{Need::access_token, listing_permissions};
 constexpr Access reading{Need::access_token, reading_permissions};
@@ -51,6 +53,10 @@ constexpr Route table[] = {
      send_invoice},
     {"POST", "sessions/online/{}/close", "sessions/online/close", G::online_session, sending,
      close_online_session},
+    {"POST", "sessions/batch", "sessions/batch", G::batch_session, sending_packages,
+     open_batch_session},
+    {"POST", "sessions/batch/{}/close", "sessions/batch/close", G::batch_session, sending_packages,
+     close_batch_session},
     {"GET", "sessions", "sessions", G::session_list, listing, list_sessions},
     {"GET", "sessions/{}", "sessions/status", G::session_misc, following, session_status},
     {"GET", "sessions/{}/invoices", "sessions/invoices", G::session_invoice_list, following,
@@ -79,7 +85,9 @@ constexpr Route table[] = {
     {"GET", "tokens/{}", "tokens/status", G::other, signed_in, token_status},
     {"DELETE", "tokens/{}", "tokens/revoke", G::other, signed_in, revoke_token},
 
-    // Outside the versioned root, without a bearer token: see storage.h.
+    // Outside the versioned root, without a bearer token: see download_links.h.
+    {"PUT", "storage/00/{}/batch-parts/{}", "storage/batch-parts", G::unlimited, anybody,
+     upload_part},
     {"GET", "storage/01/{}/invoice-upo/{}", "storage/invoice-upo", G::unlimited, anybody,
      download_invoice_upo},
     {"GET", "storage/01/{}/session-upo/{}", "storage/session-upo", G::unlimited, anybody,
@@ -95,10 +103,10 @@ constexpr bool steps_differ() {
 static_assert(steps_differ(), "a fault must be able to name every operation");
 
 // Published, not there yet, and of the form of a path that is.
-constexpr std::string_view absent[] = {"sessions/batch", "auth/xades-signature"};
+constexpr std::string_view absent[] = {"auth/xades-signature"};
 
 constexpr std::string_view behind_the_scenes[] = {"processing/authentication", "processing/invoice",
-                                                  "processing/session"};
+                                                  "processing/package", "processing/session"};
 
 }  // namespace
 
@@ -115,6 +123,13 @@ bool is_step(std::string_view name) {
     return name == "*" || std::find(steps.begin(), steps.end(), name) != steps.end() ||
            std::any_of(std::begin(table), std::end(table),
                        [name](const Route& route) { return route.step == name; });
+}
+
+std::size_t largest_body(std::string_view raw_path) {
+    // A part of a package: a hundred million bytes, and what encrypting adds to them.
+    if (raw_path.starts_with("/storage/")) return 100'000'016;
+    // Three megabytes of invoice are four of Base64; the rest of a request is small.
+    return 8 * 1024 * 1024;
 }
 
 const Route* find_route(std::span<const Route> routes, Request& request, std::string_view raw_path,

@@ -8,6 +8,7 @@ namespace tavrix::sandbox {
 namespace {
 
 constexpr std::chrono::days link_lifetime{3};
+constexpr std::string_view upload_root = "/storage/00/";
 constexpr std::string_view storage_root = "/storage/01/";
 
 /// Whole seconds, as the storage writes them.
@@ -21,33 +22,46 @@ std::string signature(const Service& service, std::string_view path, std::string
         hmac_sha256(service.secret, std::string(path) + "\n" + std::string(expiry)));
 }
 
-StorageLink make_link(const Service& service, const Request& request, const std::string& path) {
-    const Instant valid_until = service.now() + link_lifetime;
+/// \param right `r` to read, `w` to write.
+std::string signed_url(const Service& service, const Request& request, const std::string& path,
+                       Instant valid_until, char right) {
     const std::string expiry = second_text(valid_until);
-    return {request.origin + path + "?sv=2025-01-05&st=" +
-                percent_encode(second_text(service.now())) + "&se=" + percent_encode(expiry) +
-                "&sr=b&sp=r&sig=" + percent_encode(signature(service, path, expiry)),
-            valid_until};
+    return request.origin + path +
+           "?sv=2025-01-05&st=" + percent_encode(second_text(service.now())) +
+           "&se=" + percent_encode(expiry) + "&sr=b&sp=" + right +
+           "&sig=" + percent_encode(signature(service, path, expiry));
 }
 
-/// What Azure storage says to a signature that is wrong or too old.
-Answer refused() {
+StorageLink make_link(const Service& service, const Request& request, const std::string& path) {
+    const Instant valid_until = service.now() + link_lifetime;
+    return {signed_url(service, request, path, valid_until, 'r'), valid_until};
+}
+
+}  // namespace
+
+Answer link_refused() {
     Answer answer = Answer::xml(
         "\xEF\xBB\xBF<?xml version=\"1.0\" "
         "encoding=\"utf-8\"?><Error><Code>AuthenticationFailed</Code>"
         "<Message>Server failed to authenticate the request.</Message></Error>");
     answer.status = 403;
+    answer.headers.emplace_back("x-ms-error-code", "AuthenticationFailed");
     return answer;
 }
 
-bool authorised(const Service& service, const Request& request) {
+bool link_is_good(const Service& service, const Request& request) {
     const std::string expiry = request.parameter("se").value_or("");
     const auto until = parse_instant(expiry);
     return until && service.now() < *until &&
            request.parameter("sig").value_or("") == signature(service, request.path, expiry);
 }
 
-}  // namespace
+std::string part_upload_url(const Service& service, const Request& request, const Session& session,
+                            int ordinal) {
+    const std::string path = std::string(upload_root) + lower(session.reference) + "/batch-parts/" +
+                             std::to_string(ordinal);
+    return signed_url(service, request, path, session.package->upload_until, 'w');
+}
 
 StorageLink invoice_upo_link(const Service& service, const Request& request,
                              const Invoice& invoice) {
@@ -64,7 +78,7 @@ StorageLink session_upo_link(const Service& service, const Request& request,
 }
 
 Answer download_invoice_upo(Service& service, Request& request) {
-    if (!authorised(service, request)) return refused();
+    if (!link_is_good(service, request)) return link_refused();
     // upo_{number}.xml
     const std::string& file = request.parameters.at(1);
     const Invoice* invoice =
@@ -73,7 +87,7 @@ Answer download_invoice_upo(Service& service, Request& request) {
 }
 
 Answer download_session_upo(Service& service, Request& request) {
-    if (!authorised(service, request)) return refused();
+    if (!link_is_good(service, request)) return link_refused();
     const Session* session = look_up(service.state.sessions, upper(request.parameters.at(0)));
     return session == nullptr ? Answer::empty(404) : hashed_xml(session->upo);
 }

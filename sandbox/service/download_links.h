@@ -1,10 +1,15 @@
-// Confirmations by signed address, as the service's cloud storage hands them out: no bearer token,
-// an expiry, a signature in the query.
+// Signed addresses of the service's cloud storage, for confirmations and for parts of packages: no
+// bearer token, an expiry, a signature in the query.
 #pragma once
 
 #include "sandbox/service/service.h"
 
 namespace tavrix::sandbox {
+
+/// True for a request that carries the signature of its own address, and in time.
+bool link_is_good(const Service& service, const Request& request);
+/// The storage's answer to one that does not.
+Answer link_refused();
 
 struct StorageLink {
     std::string url;
@@ -15,6 +20,10 @@ StorageLink invoice_upo_link(const Service& service, const Request& request,
                              const Invoice& invoice);
 StorageLink session_upo_link(const Service& service, const Request& request,
                              const Session& session);
+
+/// Where a part of a package is to be put, until the time for its upload is over.
+std::string part_upload_url(const Service& service, const Request& request, const Session& session,
+                            int ordinal);
 
 /// The XML answer with the header that carries its hash.
 Answer hashed_xml(const std::string& xml);

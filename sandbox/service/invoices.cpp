@@ -13,7 +13,6 @@ namespace tavrix::sandbox {
 namespace {
 
 // Source: the contract, /limits/context, and "Weryfikacja faktury" for the size with attachments.
-constexpr std::size_t most_invoices_per_session = 10'000;
 constexpr std::int64_t largest_declared_size = 3'000'000;
 
 Json invoice_json(Service& service, const Request& request, Invoice& invoice) {
@@ -26,6 +25,7 @@ Json invoice_json(Service& service, const Request& request, Invoice& invoice) {
     }
     json["referenceNumber"] = invoice.reference;
     json["invoiceHash"] = invoice.invoice_hash;
+    if (!invoice.file_name.empty()) json["invoiceFileName"] = invoice.file_name;
     if (accepted) json["acquisitionDate"] = service.time_text(invoice.acquired);
     json["invoicingDate"] = service.time_text(invoice.received);
     if (accepted) {

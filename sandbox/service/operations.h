@@ -19,11 +19,16 @@ Operation list_authentications;
 Operation revoke_current_authentication;
 Operation revoke_authentication;
 
-// Interactive sessions: sessions.cpp
+// Interactive sessions, and asking about all of them: sessions.cpp
 Operation open_online_session;
 Operation close_online_session;
 Operation session_status;
 Operation list_sessions;
+
+// Batch sessions: batch_sessions.cpp
+Operation open_batch_session;
+Operation upload_part;
+Operation close_batch_session;
 
 // Invoices of a session, their confirmations, and fetching by KSeF number: invoices.cpp
 Operation send_invoice;
@@ -49,7 +54,7 @@ Operation list_tokens;
 Operation token_status;
 Operation revoke_token;
 
-// Confirmations by signed address, without a bearer token: storage.cpp
+// Confirmations by signed address, without a bearer token: download_links.cpp
 Operation download_invoice_upo;
 Operation download_session_upo;
 

@@ -6,10 +6,14 @@
 #include "sandbox/basics/ksef_number.h"
 #include "sandbox/documents/upo.h"
 #include "sandbox/documents/verification.h"
+#include "sandbox/service/package_work.h"
 #include "sandbox/store/statuses.h"
 
 namespace tavrix::sandbox {
 namespace {
+
+/// Enough for packages as tests make them; larger ones are gone on with between requests.
+constexpr std::chrono::milliseconds package_time{250};
 
 /// The moment a stage ends, or nothing while it lasts.
 std::optional<Instant> stage_end(const Pace& pace, int polls, Instant since, Instant now) {
@@ -72,20 +76,26 @@ void advance(Service& service, Invoice& invoice, Instant now) {
     }
 }
 
+StatusOf status_kind(const Session& session) {
+    return session.kind == SessionKind::online ? StatusOf::online_session : StatusOf::batch_session;
+}
+
 bool all_finished(const Session& session) {
+    if (session.package && !session.package->unpacked) return false;
     return session.successful + session.failed == int(session.invoices.size());
 }
 
 void finish_session(Service& service, Session& session, Instant when) {
     session.stage = SessionStage::finished;
     session.updated = std::max(session.updated, when);
-    if (session.invoices.empty())
-        session.status = make_status(StatusOf::online_session, 440);
-    else if (session.successful == 0)
-        session.status = make_status(StatusOf::online_session, 445);
+    const StatusOf kind = status_kind(session);
+    if (session.package && session.package->failure.code != 0)
+        session.status = session.package->failure;
+    else if (session.invoices.empty())
+        session.status = make_status(kind, 440);
     else
-        session.status = make_status(StatusOf::online_session, 200);
-    apply_verdicts(service, "processing/session", StatusOf::online_session, session.status);
+        session.status = make_status(kind, session.successful == 0 ? 445 : 200);
+    apply_verdicts(service, "processing/session", kind, session.status);
     if (session.successful > 0) {
         std::vector<const Invoice*> accepted;
         for (const std::string& reference : session.invoices)
@@ -116,14 +126,25 @@ void apply_verdicts(Service& service, std::string_view step, StatusOf what, Stat
 
 void close_session(Service& service, Session& session, Instant when) {
     session.stage = SessionStage::closed;
-    session.status = make_status(StatusOf::online_session, 170);
+    session.status = session.kind == SessionKind::online
+                         ? make_status(StatusOf::online_session, 170)
+                         : make_status(StatusOf::batch_session, 150);
     session.closed = when;
     session.updated = when;
     service.state.closing_sessions.push_back(session.reference);
     service.save(session);
 }
 
-void settle(Service& service) {
+void cancel_upload(Service& service, Session& session, Instant when) {
+    session.stage = SessionStage::finished;
+    session.status = make_status(StatusOf::batch_session, 440, {"Przekroczono czas wysyłki"});
+    session.updated = when;
+    session.package->unpacked = true;
+    service.packages.remove(session.reference);
+    service.save(session);
+}
+
+void settle_invoices(Service& service) {
     const Instant now = service.now();
     State& state = service.state;
     // Everything of one kind takes equally long, so what came first is due first: a look at the
@@ -135,13 +156,23 @@ void settle(Service& service) {
         if (invoice.stage != InvoiceStage::finished) break;
         state.pending_invoices.pop_front();
     }
+}
+
+void settle(Service& service) {
+    settle_invoices(service);
+    const Instant now = service.now();
+    State& state = service.state;
     while (!state.open_sessions.empty()) {
         Session& session = state.sessions.at(state.open_sessions.front());
         if (session.stage == SessionStage::open && now < session.valid_until) break;
-        if (session.stage == SessionStage::open)
-            close_session(service, session, session.valid_until);
+        if (session.stage == SessionStage::open) {
+            // An interactive session closes itself; a package that nobody closed was never whole.
+            const auto end = session.kind == SessionKind::online ? close_session : cancel_upload;
+            end(service, session, session.valid_until);
+        }
         state.open_sessions.pop_front();
     }
+    work_on_packages(service, package_time);
     std::erase_if(state.closing_sessions, [&](const std::string& reference) {
         Session& session = state.sessions.at(reference);
         advance(service, session, now);

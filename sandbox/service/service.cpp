@@ -6,6 +6,7 @@
 #include "sandbox/basics/ksef_number.h"
 #include "sandbox/basics/text.h"
 #include "sandbox/exchange/body.h"
+#include "sandbox/service/package_work.h"
 #include "sandbox/service/tokens.h"
 
 namespace tavrix::sandbox {
@@ -48,15 +49,19 @@ Service::Service(Options given, Clock& its_clock, std::unique_ptr<Store> its_sto
       store(std::move(its_store)),
       secret(stored_secret(*store)),
       keys(stored_keys(*store, clock.now())),
-      bearer_tokens(secret) {
+      bearer_tokens(secret),
+      packages(options.data_folder) {
     if (!options.schema_folder.empty()) schemas.emplace(options.schema_folder);
     load(*store, state);
+    forget_packages_not_waiting();
     take_over_options();
     if (!options.rotate_keys) return;
     keys.rotate(token_usage, now());
     keys.rotate(symmetric_key_usage, now());
     save_keys();
 }
+
+Service::~Service() = default;
 
 std::string Service::new_reference(std::string_view kind) const {
     return make_reference_number(polish_compact_date(now()), kind);
@@ -84,10 +89,19 @@ Session& Service::session_of(const Request& request, const char* not_found) {
 }
 
 void Service::reset() {
+    package_work.reset();
     state = State();
     forget_state(*store);
+    forget_packages_not_waiting();
     faults.clear();
     take_over_options();
+}
+
+void Service::forget_packages_not_waiting() {
+    std::set<std::string> waiting;
+    for (const auto& [reference, session] : state.sessions)
+        if (session.package && !session.package->unpacked) waiting.insert(reference);
+    packages.keep_only(waiting);
 }
 
 void Service::take_over_options() {

@@ -12,13 +12,20 @@
 #include "sandbox/service/bearer_tokens.h"
 #include "sandbox/service/keys.h"
 #include "sandbox/service/options.h"
+#include "sandbox/store/package_files.h"
 #include "sandbox/store/records.h"
 
 namespace tavrix::sandbox {
 
+class PackageWork;
+
+// Source: the contract, /limits/context.
+inline constexpr std::size_t most_invoices_per_session = 10'000;
+
 struct Service {
     /// Loads what the store holds, or makes keys and a secret and saves them.
     Service(Options options, Clock& clock, std::unique_ptr<Store> store);
+    ~Service();
 
     Options options;
     Clock& clock;
@@ -29,6 +36,9 @@ struct Service {
     State state;
     FaultList faults;
     std::optional<SchemaFolder> schemas;
+    PackageFiles packages;
+    /// On the package that is being unpacked; null while there is none.
+    std::unique_ptr<PackageWork> package_work;
 
     Instant now() const { return clock.now(); }
     std::string time_text(Instant moment) const { return options.time.text(moment); }
@@ -54,6 +64,7 @@ struct Service {
 
   private:
     void take_over_options();
+    void forget_packages_not_waiting();
 };
 
 /// Refusal 21405 for what is no reference number.

@@ -2,32 +2,15 @@
 
 #include <algorithm>
 
-#include "sandbox/basics/crypto.h"
 #include "sandbox/basics/text.h"
 #include "sandbox/exchange/body.h"
 #include "sandbox/service/download_links.h"
 #include "sandbox/service/processing.h"
+#include "sandbox/service/session_opening.h"
 #include "sandbox/store/statuses.h"
 
 namespace tavrix::sandbox {
 namespace {
-
-using namespace std::chrono_literals;
-
-constexpr auto online_session_lifetime = 12h;
-
-// Source: the table of supported schemas under OpenOnlineSessionRequest. Of PEF and FA_RR nothing
-// here could judge a document, so their sessions are refused.
-const FormCode supported_forms[] = {{"FA (2)", "1-0E", "FA"}, {"FA (3)", "1-0E", "FA"}};
-
-FormCode read_form_code(const Json& body) {
-    const Json& form = required_object(body, "formCode");
-    const FormCode code{required_text(form, "systemCode"), required_text(form, "schemaVersion"),
-                        required_text(form, "value")};
-    if (!contains(supported_forms, code))
-        throw invalid_input("Wskazany kod formularza nie jest wspierany.");
-    return code;
-}
 
 constexpr std::string_view common_statuses[] = {"InProgress", "Succeeded", "Failed", "Cancelled"};
 
@@ -103,29 +86,9 @@ SessionFilter read_filter(const Request& request) {
 }  // namespace
 
 Answer open_online_session(Service& service, Request& request) {
-    const Json body = read_body(request);
-    Session session;
-    session.form_code = read_form_code(body);
-    const Json& encryption = required_object(body, "encryption");
-    const std::string encrypted_key = required_bytes(encryption, "encryptedSymmetricKey"),
-                      vector = required_bytes(encryption, "initializationVector");
-    if (vector.size() != 16) throw invalid_input("Wektor inicjujący musi mieć długość 16 bajtów.");
-    session.initialization_vector = base64_encode(vector);
-    const std::string key_id = read_key_id(service, symmetric_key_usage, encryption);
-
-    const Authentication& authentication = service.authentication_of(request);
-    session.reference = service.new_reference("SO");
-    session.context = authentication.context;
-    session.authentication_reference = authentication.reference;
-    session.created = session.updated = service.now();
-    session.valid_until = session.created + online_session_lifetime;
-    session.status = make_status(StatusOf::online_session, 100);
-    const auto key =
-        service.keys.decrypt(symmetric_key_usage, encrypted_key, service.now(), key_id);
-    if (key && key->size() == 32) {
-        session.symmetric_key = base64_encode(*key);
-    } else {
-        // The service finds this out after it has answered; the session exists and is of no use.
+    Session session = read_new_session(service, request, read_body(request), SessionKind::online);
+    if (session.symmetric_key.empty()) {
+        // It exists and is of no use.
         session.stage = SessionStage::finished;
         session.status = make_status(StatusOf::online_session, 415);
     }
@@ -137,10 +100,7 @@ Answer open_online_session(Service& service, Request& request) {
 
 Answer close_online_session(Service& service, Request& request) {
     Session& session = service.session_of(request, "odnaleziona");
-    if (session.stage != SessionStage::open || session.kind != SessionKind::online)
-        throw bad_request(ErrorCode::session_status, "Status sesji " +
-                                                         std::to_string(session.status.code) +
-                                                         " uniemożliwia jej zamknięcie.");
+    check_may_close(session, SessionKind::online);
     close_session(service, session, service.now());
     return Answer::empty(204);
 }
@@ -159,7 +119,9 @@ Answer session_status(Service& service, Request& request) {
                           {"downloadUrl", link.url},
                           {"downloadUrlExpirationDate", service.time_text(link.valid_until)}}});
     }
-    answer["invoiceCount"] = session.invoices.size();
+    // Of a package nothing is counted before it is unpacked, and nothing ever when it cannot be.
+    if (!session.package || !session.invoices.empty())
+        answer["invoiceCount"] = session.invoices.size();
     // The service leaves out a count until there is something to count; the list of sessions, whose
     // counts are required, says 0.
     if (session.successful > 0) answer["successfulInvoiceCount"] = session.successful;

@@ -78,6 +78,27 @@ struct FormCode {
 enum class SessionKind { online, batch };
 enum class SessionStage { open, closed, finished };
 
+struct PackagePart {
+    std::int64_t size = 0;
+    std::string hash;
+};
+
+/// What a batch session was told about its archive of invoices, and what became of it.
+struct Package {
+    std::int64_t size = 0;
+    std::string hash;
+    /// `Zip` or `TarGz`.
+    std::string compression;
+    /// Encrypted; part 1 first.
+    std::vector<PackagePart> parts;
+    bool offline_declared = false;
+    Instant upload_until;
+    /// True once every invoice in it is one of the session's, or none will ever be.
+    bool unpacked = false;
+    /// Why none ever will be; a code of 0 when nothing is wrong.
+    Status failure;
+};
+
 struct Session {
     std::string reference;
     SessionKind kind = SessionKind::online;
@@ -94,6 +115,8 @@ struct Session {
     SessionStage stage = SessionStage::open;
     Status status;
     int polls = 0;
+    /// Of a batch session only.
+    std::optional<Package> package;
     std::string upo_reference;
     std::string upo;
     /// References of its invoices in the order they came.
@@ -136,6 +159,8 @@ struct Invoice {
     std::string reference;
     std::string session_reference;
     int ordinal = 0;
+    /// Name in the package; empty when it came alone.
+    std::string file_name;
     std::string invoice_hash;
     std::int64_t invoice_size = 0;
     bool offline_declared = false;
@@ -153,7 +178,8 @@ struct Invoice {
     Instant stored;
     /// Encrypted until it is processed, then empty.
     std::string encrypted;
-    /// The decrypted document, also of a rejected invoice; empty when it could not be decrypted.
+    /// The decrypted document, also of a rejected invoice; empty when it could not be decrypted or
+    /// was too large to be looked at.
     std::string xml;
     std::string upo;
 };

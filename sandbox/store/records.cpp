@@ -44,16 +44,19 @@ NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(Authentication, reference, conte
                                                 token_hash, permissions, allowed_ips, started,
                                                 outcome, polls, finished, redeemed, revoked,
                                                 last_refresh, refresh_valid_until)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(PackagePart, size, hash)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(Package, size, hash, compression, parts,
+                                                offline_declared, upload_until, unpacked, failure)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(Session, reference, kind, context,
                                                 authentication_reference, form_code, symmetric_key,
                                                 initialization_vector, created, updated,
-                                                valid_until, closed, stage, status, polls,
+                                                valid_until, closed, stage, status, polls, package,
                                                 upo_reference)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(Invoice, reference, session_reference, ordinal,
-                                                invoice_hash, invoice_size, offline_declared,
-                                                hash_of_corrected, received, stage, stage_since,
-                                                polls, status, summary, offline, ksef_number,
-                                                acquired, stored)
+                                                file_name, invoice_hash, invoice_size,
+                                                offline_declared, hash_of_corrected, received,
+                                                stage, stage_since, polls, status, summary, offline,
+                                                ksef_number, acquired, stored)
 
 namespace {
 

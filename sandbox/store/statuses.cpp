@@ -41,6 +41,17 @@ constexpr Row rows[] = {
     {StatusOf::online_session, 440, "Sesja anulowana", "Nie przesłano faktur"},
     {StatusOf::online_session, 445, "Błąd weryfikacji, brak poprawnych faktur"},
 
+    {StatusOf::batch_session, 100, "Sesja wsadowa rozpoczęta"},
+    {StatusOf::batch_session, 150, "Trwa przetwarzanie"},
+    {StatusOf::batch_session, 200, "Sesja wsadowa przetworzona pomyślnie"},
+    {StatusOf::batch_session, 405, "Błąd weryfikacji poprawności dostarczonych elementów paczki"},
+    {StatusOf::batch_session, 415, "Błąd odszyfrowania dostarczonego klucza"},
+    {StatusOf::batch_session, 420, "Przekroczony limit faktur w sesji"},
+    {StatusOf::batch_session, 430, "Błąd dekompresji pierwotnego archiwum"},
+    {StatusOf::batch_session, 435, "Błąd odszyfrowania zaszyfrowanych części archiwum"},
+    {StatusOf::batch_session, 440, "Sesja anulowana", "Nie przesłano faktur"},
+    {StatusOf::batch_session, 445, "Błąd weryfikacji, brak poprawnych faktur"},
+
     {StatusOf::invoice, 100, "Faktura przyjęta do dalszego przetwarzania"},
     {StatusOf::invoice, 150, "Trwa przetwarzanie"},
     {StatusOf::invoice, 200, "Sukces"},

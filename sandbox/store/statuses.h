@@ -6,7 +6,7 @@
 
 namespace tavrix::sandbox {
 
-enum class StatusOf { authentication, online_session, invoice };
+enum class StatusOf { authentication, online_session, batch_session, invoice };
 
 /// A status with the published description of its code, and, when no details are given, the one
 /// that is published beside it; a code of no table gets "Nieznany błąd (code)".

@@ -120,4 +120,45 @@ std::string Client::send(const std::string& xml) {
     return reply.status == 202 ? reply.json().at("referenceNumber").get<std::string>() : "";
 }
 
+Json Client::package_body(const std::string& archive, std::size_t count) {
+    key_ = random_bytes(32);
+    vector_ = random_bytes(16);
+    Json body = open_body(key_);
+    body["batchFile"] = {{"fileSize", archive.size()}, {"fileHash", sha256_base64(archive)}};
+    const std::size_t piece = archive.size() / count + 1;
+    parts.clear();
+    for (std::size_t at = 0; at < archive.size(); at += piece) {
+        const base::Bytes encrypted = ports::make_openssl_crypto()->aes_256_cbc_encrypt(
+            bytes_of(key_), bytes_of(vector_), bytes_of(archive.substr(at, piece)));
+        parts.emplace_back(base::chars_of(encrypted));
+        body["batchFile"]["fileParts"].push_back({{"ordinalNumber", parts.size()},
+                                                  {"fileSize", parts.back().size()},
+                                                  {"fileHash", sha256_base64(parts.back())}});
+    }
+    return body;
+}
+
+Reply Client::open_package(const Json& body) {
+    const Reply reply = post("/sessions/batch", body);
+    part_urls.clear();
+    if (reply.status != 201) return reply;
+    const Json opened = reply.json();
+    session = opened.at("referenceNumber");
+    for (const Json& upload : opened.at("partUploadRequests"))
+        part_urls.push_back(upload.at("url"));
+    return reply;
+}
+
+Reply Client::put(const std::string& url, const std::string& content,
+                  const httplib::Headers& with) {
+    return reply_to(http_->Put(url.substr(url.find('/', url.find("//") + 2)), with, content,
+                               "application/octet-stream"));
+}
+
+Reply Client::send_package(const Json& body) {
+    open_package(body);
+    for (std::size_t i = 0; i < part_urls.size(); ++i) put(part_urls[i], parts[i]);
+    return post("/sessions/batch/" + session + "/close");
+}
+
 }  // namespace tavrix::sandbox::testing

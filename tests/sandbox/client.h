@@ -74,6 +74,17 @@ class Client {
         return get("/sessions/" + session + "/invoices/" + reference).json().at("status");
     }
 
+    /// The body that opens a batch session for an archive; its encrypted parts are then in `parts`.
+    Json package_body(const std::string& archive, std::size_t count = 1);
+    /// Opens a batch session; the addresses of its parts are then in `part_urls`.
+    Reply open_package(const Json& body);
+    /// To an address as an answer gives it, without the bearer token.
+    Reply put(const std::string& url, const std::string& content,
+              const httplib::Headers& with = {{"x-ms-blob-type", "BlockBlob"}});
+    /// All of it; returns the answer to closing.
+    Reply send_package(const Json& body);
+    std::vector<std::string> parts, part_urls;
+
     /// `authorizationPolicy` of the next sign-in; null for none.
     Json policy;
     std::string session;

@@ -7,6 +7,7 @@
 #include "sandbox/basics/text.h"
 #include "sandbox/http/routes.h"
 #include "tests/sandbox/fixture.h"
+#include "tests/sandbox/packed.h"
 
 namespace tavrix::sandbox::testing {
 namespace {
@@ -165,6 +166,18 @@ void ContractTest::work_a_day() {
     const Json closed = agree("get", status, {it.session}).json();
     const std::string upo = closed.at("upo").at("pages")[0].at("referenceNumber");
     agree("get", status + "/upo/{upoReferenceNumber}", {it.session, upo});
+    const std::string archive = packed({{"a.xml", SampleInvoice{.number = "P/1"}.xml()},
+                                        {"b.xml", rich.xml()},
+                                        {"c.xml", "<Faktura>broken"}});
+    const Json package = it.package_body(archive, 2);
+    agree("post", "/sessions/batch", {}, package);
+    it.open_package(package);
+    agree("get", status, {it.session});
+    for (std::size_t i = 0; i < it.parts.size(); ++i) it.put(it.part_urls[i], it.parts[i]);
+    agree("post", "/sessions/batch/{referenceNumber}/close", {it.session});
+    EXPECT_EQ(agree("get", status, {it.session}).json().at("successfulInvoiceCount"), 1);
+    agree("get", invoices, {it.session});
+    agree("get", invoices + "/failed", {it.session});
     for (int i = 0; i < 12; ++i) it.open_session();
     for (const char* query : {"?sessionType=Online", "?sessionType=Batch"})
         agree("get", "/sessions", {}, {}, query);
@@ -175,7 +188,7 @@ void ContractTest::work_a_day() {
         const Json range = {{"dateType", type}, {"from", "2026-11-01T00:00:00+00:00"}};
         const Reply metadata = agree("post", "/invoices/query/metadata", {},
                                      {{"subjectType", "Subject1"}, {"dateRange", range}});
-        ASSERT_EQ(metadata.json().at("invoices").size(), 1u) << metadata.body;
+        ASSERT_EQ(metadata.json().at("invoices").size(), 2u) << metadata.body;
     }
     for (const char* path : {"/rate-limits", "/limits/context", "/limits/subject"})
         agree("get", path);
@@ -283,6 +296,34 @@ void ContractTest::meet_every_error() {
     EXPECT_EQ(refused("post", close, {own}), 21180);
     EXPECT_EQ(refused("post", send, {own}, sent), 21180);
 
+    const std::string package = "/sessions/batch", finish = package + "/{referenceNumber}/close";
+    Json batch = it.package_body("archive");
+    const std::pair<const char*, std::pair<Json, int>> spoilt[] = {
+        {"encryption.publicKeyId", {key_id, 21470}},
+        {"batchFile.fileSize", {5'000'000'001, 21405}},
+        {"batchFile.compressionType", {"Rar", 21405}},
+        {"batchFile.fileParts", {Json::array(), 21405}},
+        {"batchFile.fileParts[0].ordinalNumber", {2, 21405}},
+        {"batchFile.fileParts[0].fileSize", {100'000'017, 21157}},
+        {"batchFile.fileParts",
+         {Json(std::vector<Json>(51, batch["batchFile"]["fileParts"][0])), 21161}}};
+    for (const auto& [path_of_it, change] : spoilt) {
+        Json body = batch;
+        set_at_path(body, path_of_it, change.first);
+        EXPECT_EQ(refused("post", package, {}, body), change.second) << path_of_it;
+    }
+    it.open_package(batch);
+    EXPECT_EQ(refused("post", finish, {it.session}), 21205);
+    it.put(it.part_urls[0], "short");
+    EXPECT_EQ(refused("post", finish, {it.session}), 21157);
+    it.put(it.part_urls[0], it.parts[0]);
+    agree("post", finish, {it.session});
+    EXPECT_EQ(refused("post", finish, {it.session}), 21180);
+    it.open_package(batch);
+    sandbox().advance(20min);
+    it.sign_in(seller_nip);
+    EXPECT_EQ(refused("post", finish, {it.session}), 21208);
+
     const Json range = {{"dateType", "PermanentStorage"},
                         {"from", "2026-11-22"},
                         {"to", "2026-11-23"},
@@ -360,6 +401,11 @@ TEST_F(ContractTest, EveryStatusThatProcessingCanFindIsPublished) {
         it.open_session();
         order("processing/session", code);
         close();
+        shows("/sessions/{referenceNumber}", it.session, code);
+    }
+    for (int code : {405, 415, 420, 430, 435, 440, 500}) {
+        order("processing/package", code);
+        it.send_package(it.package_body("archive"));
         shows("/sessions/{referenceNumber}", it.session, code);
     }
 }

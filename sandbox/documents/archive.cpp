@@ -1,0 +1,165 @@
+#include "sandbox/documents/archive.h"
+
+#include <archive.h>
+#include <archive_entry.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdio>
+
+#include "sandbox/basics/crypto.h"
+#include "sandbox/basics/text.h"
+#include "sandbox/basics/xml.h"
+#include "sandbox/documents/verification.h"
+
+namespace tavrix::sandbox {
+namespace {
+
+/// What is unpacked stays in memory, as every document does.
+constexpr std::int64_t most_unpacked = 1'000'000'000;
+/// Of one file: between two of them other requests are served.
+constexpr std::int64_t most_of_one_file = 100'000'000;
+/// Ten thousand entries of a directory take a tenth of it.
+constexpr std::int64_t most_of_a_directory = 32'000'000;
+// Source: `invoiceFileName` of the contract.
+constexpr std::size_t longest_name = 128;
+
+std::string name_of(archive_entry* entry) {
+    const char* name = archive_entry_pathname_utf8(entry);
+    if (name == nullptr) name = archive_entry_pathname(entry);
+    return name == nullptr ? "" : name;
+}
+
+bool leads_out(std::string_view name) {
+    if (name.starts_with('/') || name.find('\\') != std::string_view::npos ||
+        name.find(':') != std::string_view::npos)
+        return true;
+    for (std::size_t at = 0; at <= name.size();) {
+        const std::size_t end = std::min(name.find('/', at), name.size());
+        if (name.substr(at, end - at) == "..") return true;
+        at = end + 1;
+    }
+    return false;
+}
+
+bool has_control_character(std::string_view name) {
+    return std::any_of(name.begin(), name.end(),
+                       [](unsigned char c) { return c < 0x20 || c == 0x7f; });
+}
+
+}  // namespace
+
+/// The file, read for the library and with a limit: a directory is read whole before the first of
+/// its files is known, and takes many times its size in memory.
+struct ArchiveReader::Source {
+    FILE* file = nullptr;
+    std::array<char, 64 * 1024> buffer{};
+    bool limited = false;
+    std::int64_t read_since_file = 0;
+
+    ~Source() {
+        if (file != nullptr) std::fclose(file);
+    }
+
+    static la_ssize_t read(archive* handle, void* data, const void** piece) {
+        auto& self = *static_cast<Source*>(data);
+        const std::size_t count = std::fread(self.buffer.data(), 1, self.buffer.size(), self.file);
+        *piece = self.buffer.data();
+        self.read_since_file += std::int64_t(count);
+        if (!self.limited || self.read_since_file <= most_of_a_directory) return la_ssize_t(count);
+        archive_set_error(handle, EINVAL, "the directory is too large");
+        return -1;
+    }
+
+    static la_int64_t seek(archive*, void* data, la_int64_t offset, int whence) {
+        auto& self = *static_cast<Source*>(data);
+        if (fseeko(self.file, offset, whence) != 0) return ARCHIVE_FATAL;
+        return ftello(self.file);
+    }
+};
+
+void ArchiveReader::Release::operator()(archive* handle) const {
+    archive_read_free(handle);
+}
+
+ArchiveReader::ArchiveReader(const std::filesystem::path& file, const std::string& compression)
+    : source_(std::make_unique<Source>()), archive_(archive_read_new()) {
+    archive* handle = archive_.get();
+    if (compression == "TarGz") {
+        archive_read_support_filter_gzip(handle);
+        archive_read_support_format_tar(handle);
+    } else {
+        // By its directory, as everybody else reads it: what stands between its files is no file.
+        archive_read_support_format_zip_seekable(handle);
+        source_->limited = true;
+    }
+    source_->file = std::fopen(file.c_str(), "rb");
+    if (source_->file == nullptr) throw std::runtime_error("cannot open " + file.string());
+    archive_read_set_callback_data(handle, source_.get());
+    archive_read_set_read_callback(handle, Source::read);
+    archive_read_set_seek_callback(handle, Source::seek);
+    if (archive_read_open1(handle) != ARCHIVE_OK) fail();
+}
+
+ArchiveReader::~ArchiveReader() = default;
+
+void ArchiveReader::fail() const {
+    const char* reason = archive_error_string(archive_.get());
+    throw ArchiveError("Nie można odczytać archiwum: " +
+                       std::string(reason == nullptr ? "nieznany błąd" : reason));
+}
+
+std::optional<ArchivedFile> ArchiveReader::next() {
+    for (;;) {
+        source_->read_since_file = 0;
+        archive_entry* entry = nullptr;
+        const int result = archive_read_next_header(archive_.get(), &entry);
+        if (result == ARCHIVE_EOF) return std::nullopt;
+        // A warning is about a name that this computer cannot show; it stays as its bytes.
+        if (result != ARCHIVE_OK && result != ARCHIVE_WARN) fail();
+        std::string name = name_of(entry);
+        if (archive_entry_is_encrypted(entry) != 0)
+            throw ArchiveError("Plik w archiwum jest zaszyfrowany: " + name);
+        check_name(name);
+        if (archive_entry_filetype(entry) == AE_IFDIR) continue;
+        if (archive_entry_filetype(entry) != AE_IFREG || archive_entry_hardlink(entry) != nullptr)
+            throw ArchiveError("Archiwum zawiera element, który nie jest plikiem: " + name);
+        return read_file(std::move(name));
+    }
+}
+
+void ArchiveReader::check_name(const std::string& name) {
+    if (name.empty() || leads_out(name) || has_control_character(name) || !is_utf8(name))
+        throw ArchiveError("Niedozwolona nazwa pliku w archiwum: " + name);
+    if (character_count(name) > longest_name)
+        throw ArchiveError("Nazwa pliku w archiwum jest dłuższa niż 128 znaków: " + name);
+    if (!names_.insert(name).second)
+        throw ArchiveError("Nazwa pliku powtarza się w archiwum: " + name);
+}
+
+ArchivedFile ArchiveReader::read_file(std::string name) {
+    ArchivedFile file{std::move(name), 0, {}, {}};
+    Sha256Stream hash;
+    std::array<char, 64 * 1024> buffer;
+    for (;;) {
+        source_->read_since_file = 0;
+        const auto count = archive_read_data(archive_.get(), buffer.data(), buffer.size());
+        if (count < 0) fail();
+        if (count == 0) break;
+        const std::string_view piece(buffer.data(), std::size_t(count));
+        file.size += count;
+        unpacked_ += count;
+        if (file.size > most_of_one_file || unpacked_ > most_unpacked)
+            throw ArchiveError("Rozpakowane archiwum przekracza dozwolony rozmiar.");
+        hash.add(piece);
+        if (file.size <= largest_invoice_file)
+            file.content += piece;
+        else
+            file.content.clear();
+    }
+    file.hash = hash.base64();
+    return file;
+}
+
+}  // namespace tavrix::sandbox
