@@ -12,6 +12,8 @@ void add_send_command(CLI::App& app, int& exit_code);
 void add_batch_command(CLI::App& app, int& exit_code);
 void add_split_command(CLI::App& app, int& exit_code);
 void add_pack_command(CLI::App& app, int& exit_code);
+void add_reconcile_command(CLI::App& app, int& exit_code);
+void add_pull_command(CLI::App& app, int& exit_code);
 void add_hash_command(CLI::App& app, int& exit_code);
 void add_token_command(CLI::App& app, int& exit_code);
 void add_link_commands(CLI::App& app, int& exit_code);

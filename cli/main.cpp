@@ -37,6 +37,8 @@ int main(int argc, char** argv) {
     cli::add_batch_command(app, exit_code);
     cli::add_split_command(app, exit_code);
     cli::add_pack_command(app, exit_code);
+    cli::add_reconcile_command(app, exit_code);
+    cli::add_pull_command(app, exit_code);
     cli::add_hash_command(app, exit_code);
     cli::add_token_command(app, exit_code);
     cli::add_link_commands(app, exit_code);

@@ -68,7 +68,12 @@ std::string path_segment(std::string_view text) {
 
 void Client::begin_call(std::int32_t environment) {
     base_url = base_address(ports_.settings.service, environment);
+    least_patience_ = {};
     renew_time();
+}
+
+void Client::honour_retry_after() {
+    least_patience_ = std::chrono::minutes(1);
 }
 
 void Client::renew_time() {
@@ -113,6 +118,7 @@ ports::HttpReply Client::send(ports::HttpRequest request, bool with_authorizatio
                                         u"Przekroczono czas całego wywołania");
         }
         ports::HttpReply reply = http().send(request);
+        last_status = reply.status;
         const auto pause = pause_before_repeating(reply);
         if (!pause || repeats == most_repeats) return reply;
         ports_.clock.sleep(*pause);
@@ -127,12 +133,12 @@ std::optional<std::chrono::seconds> Client::pause_before_repeating(
     if (!asked) return std::nullopt;
     const auto pause = std::max(*asked, std::chrono::seconds(1));
     const bool in_time = ports_.clock.steady_now() + pause < call_ends_at_;
-    return in_time && pause <= ports_.settings.retry_after_limit ? std::optional(pause)
-                                                                 : std::nullopt;
+    const auto patience = std::max(ports_.settings.retry_after_limit, least_patience_);
+    return in_time && pause <= patience ? std::optional(pause) : std::nullopt;
 }
 
-ports::HttpReply Client::get(std::string_view path) {
-    return send({"GET", url_of(path)}, true);
+ports::HttpReply Client::get(std::string_view path, std::vector<ports::HttpHeader> headers) {
+    return send({"GET", url_of(path), {}, std::move(headers)}, true);
 }
 
 ports::HttpReply Client::post(std::string_view path, const Body& body) {

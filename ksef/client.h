@@ -41,12 +41,15 @@ class Client {
     void begin_call(std::int32_t environment);
     /// The half hour begins anew: for each step of a call whose work grows with the host's data.
     void renew_time();
+    /// Until the next call begins, a `Retry-After` of up to a minute is waited out whatever the
+    /// settings say.
+    void honour_retry_after();
 
     /// All of them wait and ask again, three times at most, where the service says when, by 429 and
     /// `Retry-After`, and the settings let them wait for so long.
     ///
     /// `path` begins with "/api/v2"; settings may put another root in its place.
-    ports::HttpReply get(std::string_view path);
+    ports::HttpReply get(std::string_view path, std::vector<ports::HttpHeader> headers = {});
     ports::HttpReply post(std::string_view path, const Body& body);
     /// What must not arrive twice, although its answer may get lost.
     ports::HttpReply post_once(std::string_view path, const Body& body);
@@ -79,6 +82,8 @@ class Client {
     std::string symmetric_key_pem;
     base::SecretUtf8 access_token;
     base::SecretUtf8 refresh_token;
+    /// HTTP status of the last answer, 0 when none came.
+    int last_status = 0;
     /// Of the KSeF token that GetToken asked for last.
     std::string token_reference;
 
@@ -95,6 +100,7 @@ class Client {
     KsefPorts& ports_;
     std::unique_ptr<ports::Http> http_;
     std::chrono::milliseconds call_ends_at_{0};
+    std::chrono::seconds least_patience_{0};
     base::SecretUtf8 authorization_;
 };
 

@@ -4,6 +4,8 @@
 #include <charconv>
 #include <optional>
 
+#include "ksef/json_text.h"
+
 namespace tavrix::ksef {
 namespace {
 
@@ -57,79 +59,30 @@ const Json& step(const Json& from, std::string_view piece) {
     return *here;
 }
 
-/// Finds its way through the text of a JSON document without copying any of it. What it makes of
-/// text that is no JSON does not matter, as long as it comes to an end.
-class JsonText {
-  public:
-    explicit JsonText(std::string_view text) : text_(text) {}
-
-    /// Where between its quotes the string at `path` stands; nothing when there is no string.
-    std::optional<std::string_view> string_at(std::string_view path) {
-        at_ = 0;
-        for (;;) {
-            const std::size_t dot = path.find('.');
-            if (!go_to_member(path.substr(0, dot))) return std::nullopt;
-            if (dot == std::string_view::npos) break;
-            path.remove_prefix(dot + 1);
-        }
-        if (next() != '"') return std::nullopt;
-        return read_string();
-    }
-
-  private:
-    char next() {
-        at_ = std::min(text_.find_first_not_of(" \t\r\n", at_), text_.size());
-        return at_ < text_.size() ? text_[at_] : '\0';
-    }
-
-    bool take(char expected) {
-        if (next() != expected) return false;
-        ++at_;
-        return true;
-    }
-
-    std::string_view read_string() {
-        const std::size_t begin = ++at_;
-        while (at_ < text_.size() && text_[at_] != '"') at_ += text_[at_] == '\\' ? 2 : 1;
-        const std::size_t end = std::min(at_, text_.size());
-        at_ = std::min(end + 1, text_.size());
-        return text_.substr(begin, end - begin);
-    }
-
-    void skip_value() {
-        int depth = 0;
-        do {
-            const char c = next();
-            if (c == '"') {
-                read_string();
-                continue;
-            }
-            if (depth == 0 && (c == ',' || c == '}')) return;
-            if (c == '{' || c == '[') ++depth;
-            if (c == '}' || c == ']') --depth;
-            ++at_;
-        } while (at_ < text_.size() && (depth > 0 || (next() != ',' && next() != '}')));
-    }
-
-    // To the value of the member of the object that begins here; the last of that name counts, as
-    // in the parser.
-    bool go_to_member(std::string_view name) {
+// Where between its quotes the string at `path` stands; nothing when there is no string. Of members
+// with the same name the last counts, as in the parser.
+std::optional<std::string_view> string_at(std::string_view document, std::string_view path) {
+    JsonScanner scanner(document);
+    for (;;) {
+        const std::size_t dot = path.find('.');
+        const std::string_view name = path.substr(0, dot);
         std::optional<std::size_t> found;
-        if (!take('{')) return false;
-        while (next() == '"') {
-            const std::string_view key = read_string();
-            if (!take(':')) break;
-            if (key == name) found = at_;
-            skip_value();
-            if (!take(',')) break;
+        if (!scanner.take('{')) return std::nullopt;
+        while (scanner.next() == '"') {
+            const std::string_view key = scanner.read_string();
+            if (!scanner.take(':')) break;
+            if (key == name) found = scanner.position();
+            scanner.read_value();
+            if (!scanner.take(',')) break;
         }
-        if (found) at_ = *found;
-        return found.has_value();
+        if (!found) return std::nullopt;
+        scanner.go_to(*found);
+        if (dot == std::string_view::npos) break;
+        path.remove_prefix(dot + 1);
     }
-
-    std::string_view text_;
-    std::size_t at_ = 0;
-};
+    if (scanner.next() != '"') return std::nullopt;
+    return scanner.read_string();
+}
 
 }  // namespace
 
@@ -137,8 +90,12 @@ class JsonText {
 // of memory; the service's answers are kilobytes. UPOs and invoices are no JSON.
 constexpr std::size_t longest_document = 4 << 20;
 
+bool may_be_parsed(std::string_view body) {
+    return body.size() <= longest_document && !nests_too_deep(body);
+}
+
 Json parse_json(std::string_view body) {
-    if (body.size() > longest_document || nests_too_deep(body)) return nullptr;
+    if (!may_be_parsed(body)) return nullptr;
     Json document = Json::parse(body, nullptr, false);
     if (document.is_discarded()) return nullptr;
     return document;
@@ -149,7 +106,7 @@ SecretAnswer parse_secret_json(base::SecretUtf8& body,
     std::vector<base::SecretUtf8> secrets;
     for (const std::string_view path : paths) {
         base::SecretUtf8& secret = secrets.emplace_back();
-        const auto found = JsonText(body.view()).string_at(path);
+        const auto found = string_at(body.view(), path);
         // The parser reads, or refuses, what is no plain ASCII text; the service's tokens are.
         const auto is_plain = [](char c) { return c >= ' ' && c <= '~' && c != '\\'; };
         if (!found || !std::ranges::all_of(*found, is_plain)) continue;

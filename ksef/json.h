@@ -15,6 +15,9 @@ using Json = nlohmann::json;
 /// What is sent: the order of the members is meaning there.
 using Body = nlohmann::ordered_json;
 
+/// Whether a text is neither too long for a document nor nested deeper than 64 levels.
+bool may_be_parsed(std::string_view body);
+
 /// Parses a reply; whatever is not JSON, or nests deeper than 64 levels, gives null. Reading from
 /// null gives empty texts, so a malformed answer shows as one that lacks its members.
 Json parse_json(std::string_view body);

@@ -6,8 +6,12 @@
 #include "ksef/batch_session.h"
 #include "ksef/client.h"
 #include "ksef/encoding.h"
+#include "ksef/invoice_download.h"
+#include "ksef/invoice_download_xml.h"
 #include "ksef/offline_link.h"
 #include "ksef/online_session.h"
+#include "ksef/reconciliation.h"
+#include "ksef/reconciliation_by_name.h"
 #include "ksef/split_file.h"
 #include "ksef/token.h"
 #include "ksef/token_request.h"
@@ -132,6 +136,47 @@ Text KseF_comm::SendInvoiceToKSeF(ports::Database& dbb, const Text& nip,
         // The host sees no error; the text says what was known.
     }
     return result;
+}
+
+Text KseF_comm::log_in(std::int32_t environment, const Text& nip, const base::SecretText& token) {
+    if (Text failure = settings_failure(ports_); !failure.empty()) return failure;
+    client_->begin_call(environment);
+    const TokenCheck check = check_token(token, nip);
+    if (!check.failure.empty()) return check.failure;
+    const Text failure = authenticate(ports_, *client_, check.tax_number, token);
+    return failure.empty() ? Text() : u"Błąd inicjalizacji sesji KSeF:" + failure;
+}
+
+Text KseF_comm::GetUpo(ports::Database& dbb, const Text& nip, const base::SecretText& Token,
+                       bool IsProduction0D1P2T) {
+    // Without the test environment, whatever the argument's name says.
+    const std::int32_t environment = IsProduction0D1P2T ? 1 : 0;
+    try {
+        if (Text failure = log_in(environment, nip, Token); !failure.empty()) return failure;
+        if (ports_.settings.reconcile_by == ReconcileBy::name) {
+            return reconcile_by_name(ports_, *client_, dbb, nip,
+                                     [&] { return log_in(environment, nip, Token); });
+        }
+        reconcile_by_position(ports_, *client_, dbb);
+        return {};
+    } catch (const std::exception&) {
+        return Text(unknown_reconciliation_failure);
+    }
+}
+
+Text KseF_comm::GetFaktury(ports::Database& dbb, const Text& nip, const base::SecretText& Token,
+                           std::int32_t id_grprod, std::int32_t pog517, const Text& subjectType) {
+    try {
+        if (Text failure = log_in(pog517, nip, Token); !failure.empty()) return failure;
+        return download_invoices(ports_, *client_, dbb, id_grprod, subjectType);
+    } catch (const std::exception&) {
+        return u"Nieznany błąd";
+    }
+}
+
+Text KseF_comm::GetFaktury_xml(ports::Database& dbb) {
+    if (Text failure = settings_failure(ports_); !failure.empty()) return failure;
+    return fetch_invoices(ports_, *client_, dbb, u"Nieznany błąd");
 }
 
 base::SecretText KseF_comm::GetToken(const Text& /*nip*/) {

@@ -39,6 +39,13 @@ class KseF_comm {
     base::Text Base64Encode(const base::Bytes& bytData) const;
     base::Text Base64DecodeSS(const base::Text& base64Str) const;
     base::Text Sha256XmlSimpleb(const base::Bytes& xml) const;
+    base::Text GetUpo(ports::Database& dbb, const base::Text& nip, const base::SecretText& Token,
+                      bool IsProduction0D1P2T);
+    base::Text GetFaktury(ports::Database& dbb, const base::Text& nip,
+                          const base::SecretText& Token, std::int32_t id_grprod,
+                          std::int32_t pog517, const base::Text& subjectType);
+    /// With the address and the tokens that an earlier call has left.
+    base::Text GetFaktury_xml(ports::Database& dbb);
     /// A new KSeF token for whom this instance's last authentication stands, or the text of what
     /// failed. `nip` is not asked for.
     base::SecretText GetToken(const base::Text& nip);
@@ -60,15 +67,6 @@ class KseF_comm {
     // Not built yet. Each answers with its own failure, so that a host that calls it goes the way
     // it goes when KSeF cannot be reached.
 
-    /// "Nieznany błąd pobierania upo"
-    base::Text GetUpo(ports::Database& dbb, const base::Text& nip, const base::SecretText& Token,
-                      bool IsProduction0D1P2T);
-    /// "Nieznany błąd"
-    base::Text GetFaktury(ports::Database& dbb, const base::Text& nip,
-                          const base::SecretText& Token, std::int32_t id_grprod,
-                          std::int32_t pog517, const base::Text& subjectType);
-    /// "Nieznany błąd"
-    base::Text GetFaktury_xml(ports::Database& dbb);
     /// Raises base::AutomationError, as for a file that cannot be read.
     base::Text LoadXMLFromFile(const base::Text& FilePath);
     /// "Błąd walidacji: " and why; the empty text would call the document valid.
@@ -78,6 +76,10 @@ class KseF_comm {
                          const base::Text& Plik);
 
   private:
+    /// Begins a call with an authentication. Returns the empty text, or that of the failure.
+    base::Text log_in(std::int32_t environment, const base::Text& nip,
+                      const base::SecretText& token);
+
     KsefPorts ports_;
     std::unique_ptr<Client> client_;
 };

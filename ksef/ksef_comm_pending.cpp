@@ -13,21 +13,6 @@ constexpr base::TextView not_available = u"metoda nie jest jeszcze dostępna w t
 
 }  // namespace
 
-Text KseF_comm::GetUpo(ports::Database& /*dbb*/, const Text& /*nip*/,
-                       const base::SecretText& /*Token*/, bool /*IsProduction0D1P2T*/) {
-    return u"Nieznany błąd pobierania upo";
-}
-
-Text KseF_comm::GetFaktury(ports::Database& /*dbb*/, const Text& /*nip*/,
-                           const base::SecretText& /*Token*/, std::int32_t /*id_grprod*/,
-                           std::int32_t /*pog517*/, const Text& /*subjectType*/) {
-    return u"Nieznany błąd";
-}
-
-Text KseF_comm::GetFaktury_xml(ports::Database& /*dbb*/) {
-    return u"Nieznany błąd";
-}
-
 Text KseF_comm::LoadXMLFromFile(const Text& /*FilePath*/) {
     throw base::AutomationError(base::ErrorNumber::component_failed, u"KseF_comm.LoadXMLFromFile",
                                 Text(not_available));

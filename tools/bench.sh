@@ -19,6 +19,7 @@ echo
 "$bin/send_bench"
 "$bin/prepare_bench" "$work"
 "$bin/json_bench"
+"$bin/download_bench"
 "$bin/barcode_bench"
 head -c 1000000000 /dev/urandom >"$work/paczka.zip"
 "$bin/package_bench" "$work/paczka.zip"

@@ -57,17 +57,17 @@ constexpr auto ksef_comm_members = members(
     method<&KseF_comm::PodzielPlik>(14, u"PodzielPlik",
                                     u"Dzieli plik na części po 100 000 000 bajtów.",
                                     by_value(u"sciezkaZrodlowa"), by_value(u"folderDocelowy")),
-    pending(method<&KseF_comm::GetUpo>(
-        15, u"GetUpo", u"Zapisuje w dokumentach wyniki zakończonych sesji wsadowych.",
-        by_reference(u"dbb"), by_value(u"nip"), by_value(u"Token"),
-        by_value(u"IsProduction0D1P2T"))),
-    pending(method<&KseF_comm::GetFaktury>(
+    method<&KseF_comm::GetUpo>(15, u"GetUpo",
+                               u"Zapisuje w dokumentach wyniki zakończonych sesji wsadowych.",
+                               by_reference(u"dbb"), by_value(u"nip"), by_value(u"Token"),
+                               by_value(u"IsProduction0D1P2T")),
+    method<&KseF_comm::GetFaktury>(
         16, u"GetFaktury", u"Pobiera z KSeF faktury zakupu z ostatnich sześćdziesięciu dni.",
         by_reference(u"dbb"), by_value(u"nip"), by_value(u"Token"), by_value(u"id_grprod"),
-        by_value(u"pog517"), by_value(u"subjectType"))),
-    pending(method<&KseF_comm::GetFaktury_xml>(17, u"GetFaktury_xml",
-                                               u"Pobiera XML faktur, które go jeszcze nie mają.",
-                                               by_reference(u"dbb"))),
+        by_value(u"pog517"), by_value(u"subjectType")),
+    method<&KseF_comm::GetFaktury_xml>(17, u"GetFaktury_xml",
+                                       u"Pobiera XML faktur, które go jeszcze nie mają.",
+                                       by_reference(u"dbb")),
     method<&KseF_comm::GetToken>(
         18, u"GetToken", u"Nowy token KSeF z prawem odczytu i wysyłki faktur.", by_value(u"nip")),
     method<&KseF_comm::GetQr2>(19, u"GetQr2",

@@ -2,6 +2,8 @@
 
 #include <span>
 
+#include "ksef/rows/fields.h"
+
 namespace tavrix::ksef {
 namespace {
 
@@ -32,17 +34,6 @@ ports::Value value_of(ports::Recordset& rows, Field field) {
     return rows.field(column_of(field).name);
 }
 
-// As much of a description as its column takes, no character cut in two. A long one must not cost
-// the number that is written with it.
-base::TextView fitting(ports::Recordset& rows, const Column& column, base::TextView text) {
-    if (column.kind != ColumnKind::description) return text;
-    const std::size_t capacity = rows.capacity(column.name);
-    if (text.size() <= capacity) return text;
-    const bool splits_pair =
-        capacity > 0 && text[capacity - 1] >= 0xD800 && text[capacity - 1] <= 0xDBFF;
-    return text.substr(0, splits_pair ? capacity - 1 : capacity);
-}
-
 }  // namespace
 
 base::Text DocumentRow::name() const {
@@ -60,7 +51,9 @@ void DocumentRow::write(std::span<const Field> query, std::initializer_list<Chan
         // A number is replaced by another one, never taken away.
         if (field == ksef_number && value.empty()) continue;
         const Column& column = column_of(field);
-        rows->set_field(column.name, base::Text(fitting(*rows, column, value)));
+        const bool may_be_cut = column.kind == ColumnKind::description;
+        rows->set_field(column.name,
+                        base::Text(may_be_cut ? fitting(*rows, column.name, value) : value));
     }
     rows->set_field(column_of(operation_time).name, now);
     rows->update_batch();

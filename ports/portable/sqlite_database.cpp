@@ -150,12 +150,15 @@ Value SqliteRecordset::field_at(std::size_t column) {
 
 void SqliteRecordset::set_field_at(std::size_t column, const Value& value) {
     require_table();
-    current_row().changed.at(column) = as_stored(value);
+    Row& row = current_row();
+    row.changed.at(column) = as_stored(value);
+    row.is_touched = true;
 }
 
 void SqliteRecordset::add_new() {
     require_table();
     Row row;
+    row.is_touched = true;
     row.original.resize(columns_.size());
     row.changed.resize(columns_.size());
     rows_.push_back(std::move(row));
@@ -213,7 +216,9 @@ void SqliteRecordset::write_changes() {
     std::erase_if(deleted_, [&](const DeletedRow& deleted) {
         return attempt([&] { run_for_row("delete from " + quoted_name(table_), {}, deleted.row); });
     });
-    for (Row& row : rows_) attempt([&] { write_row(row); });
+    for (Row& row : rows_) {
+        if (row.is_touched) attempt([&] { write_row(row); });
+    }
     if (first_failure) std::rethrow_exception(first_failure);
 }
 
@@ -227,6 +232,7 @@ void SqliteRecordset::write_row(Row& row) {
         if (row.changed[i]) row.original[i] = std::move(*row.changed[i]);
         row.changed[i].reset();
     }
+    row.is_touched = false;
 }
 
 void SqliteRecordset::update_row(const Row& row) {

@@ -54,6 +54,7 @@ class SqliteRecordset : public Recordset {
         std::optional<std::int64_t> id;  // none while only added
         std::vector<Value> original;     // as stored, so that like is compared with like
         std::vector<std::optional<Value>> changed;
+        bool is_touched = false;  // so that a walk which writes row by row is not a look at all
     };
     /// What follows "where", with a "?" for each value.
     struct Condition {
