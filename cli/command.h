@@ -9,6 +9,9 @@ namespace tavrix::cli {
 /// Adds a subcommand to `app`; when it was chosen, its callback leaves the exit code in
 /// `exit_code`.
 void add_send_command(CLI::App& app, int& exit_code);
+void add_batch_command(CLI::App& app, int& exit_code);
+void add_split_command(CLI::App& app, int& exit_code);
+void add_pack_command(CLI::App& app, int& exit_code);
 void add_reconcile_command(CLI::App& app, int& exit_code);
 void add_pull_command(CLI::App& app, int& exit_code);
 void add_hash_command(CLI::App& app, int& exit_code);

@@ -34,6 +34,9 @@ int main(int argc, char** argv) {
     app.footer(footer);
     app.require_subcommand(1);
     cli::add_send_command(app, exit_code);
+    cli::add_batch_command(app, exit_code);
+    cli::add_split_command(app, exit_code);
+    cli::add_pack_command(app, exit_code);
     cli::add_reconcile_command(app, exit_code);
     cli::add_pull_command(app, exit_code);
     cli::add_hash_command(app, exit_code);

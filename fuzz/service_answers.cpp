@@ -50,6 +50,11 @@ struct NoCrypto final : ports::Crypto {
     base::Bytes aes_256_cbc_encrypt(base::ByteView, base::ByteView, base::ByteView) override {
         return base::Bytes(16);
     }
+    std::unique_ptr<ports::Sha256> begin_sha256() override { return nullptr; }
+    std::unique_ptr<ports::AesEncryption> begin_aes_256_cbc(base::ByteView,
+                                                            base::ByteView) override {
+        return nullptr;
+    }
     std::unique_ptr<ports::PublicKey> key_of_certificate(std::string_view) override {
         return std::make_unique<Key>();
     }

@@ -10,6 +10,14 @@ namespace tavrix::ksef {
 namespace {
 
 constexpr std::chrono::minutes longest_call{30};
+// The service cancels a session that is open for longer.
+constexpr std::chrono::hours longest_session{12};
+
+ports::HttpReply refused_address() {
+    ports::HttpReply reply;
+    reply.error = "the address is not one to reach";
+    return reply;
+}
 
 // The value of `Retry-After` (RFC 9110, 10.2.3) in seconds; none when it is absent, or a date.
 std::optional<std::chrono::seconds> retry_after(const ports::HttpReply& reply) {
@@ -143,17 +151,29 @@ ports::HttpReply Client::post_once(std::string_view path, const Body& body) {
     return send(std::move(request), true);
 }
 
-ports::HttpReply Client::get_address(std::string_view url) {
+bool Client::may_reach(const ports::Http& http, std::string_view url) const {
     using ports::AddressKind;
-    const AddressKind kind = http().kind_of(url);
-    const AddressKind service = http().kind_of(base::to_utf8(base_url));
-    if (kind == AddressKind::refused ||
-        (kind == AddressKind::http && service == AddressKind::https)) {
-        ports::HttpReply reply;
-        reply.error = "the address is not one to fetch from";
-        return reply;
-    }
+    const AddressKind kind = http.kind_of(url);
+    const AddressKind service = http.kind_of(base::to_utf8(base_url));
+    return kind == AddressKind::https ||
+           (kind == AddressKind::http && service != AddressKind::https);
+}
+
+ports::HttpReply Client::get_address(std::string_view url) {
+    if (!may_reach(http(), url)) return refused_address();
     return send({"GET", base::SecretUtf8(url)}, false);
+}
+
+ports::HttpReply Client::upload(const std::string& method, std::string_view url,
+                                std::vector<ports::HttpHeader> headers,
+                                ports::BodySource& source) const {
+    const std::unique_ptr<ports::Http> http = ports_.make_http();
+    if (method.empty() || !may_reach(*http, url)) return refused_address();
+    ports::HttpRequest request{method, base::SecretUtf8(url)};
+    request.headers = std::move(headers);
+    request.source = &source;
+    request.time_limit = longest_session;
+    return http->send(request);
 }
 
 void Client::close_with_authentication_token() {

@@ -57,6 +57,16 @@ class Client {
     /// its permission in itself, and whoever else is named there must not see the token. An address
     /// that the HTTP client refuses, or one not encrypted although the service is, is not fetched.
     ports::HttpReply get_address(std::string_view url);
+    /// What `source` gives to an address out of an answer, under the same conditions, by the method
+    /// of the answer, over an HTTP client of its own; `headers` are all there are. It lasts as long
+    /// as something moves, but no longer than a session of the service. May be called by several
+    /// threads at once.
+    ports::HttpReply upload(const std::string& method, std::string_view url,
+                            std::vector<ports::HttpHeader> headers,
+                            ports::BodySource& source) const;
+    /// Puts the call's end off by what an upload took: its length is the package's, not the
+    /// service's.
+    void put_off_end(std::chrono::milliseconds duration) { call_ends_at_ += duration; }
     /// Sets the persistent header Authorization.
     void set_bearer(const base::SecretUtf8& token);
     /// POST to the online session's close with the authentication token and a blank where a session
@@ -83,6 +93,7 @@ class Client {
     ports::HttpReply send(ports::HttpRequest request, bool with_authorization,
                           int most_repeats = repeats_of_429);
     base::SecretUtf8 url_of(std::string_view path) const;
+    bool may_reach(const ports::Http& http, std::string_view url) const;
 
     std::optional<std::chrono::seconds> pause_before_repeating(const ports::HttpReply& reply) const;
 

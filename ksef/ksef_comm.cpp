@@ -2,6 +2,8 @@
 
 #include "base/error.h"
 #include "ksef/authentication.h"
+#include "ksef/batch_parts.h"
+#include "ksef/batch_session.h"
 #include "ksef/client.h"
 #include "ksef/encoding.h"
 #include "ksef/invoice_download.h"
@@ -10,6 +12,7 @@
 #include "ksef/online_session.h"
 #include "ksef/reconciliation.h"
 #include "ksef/reconciliation_by_name.h"
+#include "ksef/split_file.h"
 #include "ksef/token.h"
 #include "ksef/token_request.h"
 
@@ -28,6 +31,26 @@ Text settings_failure(const KsefPorts& ports) {
     } catch (const base::AutomationError& error) {
         return error.description();
     }
+}
+
+// What cannot be opened goes the way of the small ones, which says so.
+bool is_for_parts(KsefPorts& ports, const Text& path) {
+    try {
+        return ports.settings.batch_parts && ports.files.open(path)->size() > largest_part_bytes;
+    } catch (const base::AutomationError&) {
+        return false;
+    }
+}
+
+Text send_package(KsefPorts& ports, Client& client, ports::Database& database, const Text& path,
+                  const FormCode& form, const BatchLogin& login) {
+    if (!is_for_parts(ports, path))
+        return send_in_batch_session(ports, client, database, path, form);
+    PartsOptions options;
+    options.on_uploaded = [&](const std::string& reference) {
+        record_batch_session(ports, database, path, reference);
+    };
+    return send_in_parts(ports, client, path, form, login, options);
 }
 
 }  // namespace
@@ -184,6 +207,40 @@ Text KseF_comm::GetQr2(ports::Database& dbb, const Text& NumSerCertyfikatu,
     } catch (const std::exception&) {
         return {};
     }
+}
+
+Text KseF_comm::SendBach(ports::Database& dbb, const Text& xml, const Text& systemCode,
+                         const Text& schemaVersion, const Text& formcode,
+                         const base::SecretText& Tablica, const Text& /*Tablica_id*/,
+                         std::int32_t pog517) {
+    try {
+        if (Text failure = settings_failure(ports_); !failure.empty()) return failure;
+        client_->begin_call(pog517);
+        const TokenCheck token = read_token(Tablica);
+        if (!token.failure.empty()) return token.failure;
+        Text failure = authenticate(ports_, *client_, token.tax_number, Tablica);
+        if (failure.empty()) {
+            failure =
+                send_package(ports_, *client_, dbb, xml, {systemCode, schemaVersion, formcode},
+                             {Tablica, token.tax_number});
+        }
+        return failure.empty() ? failure : u"Błąd inicjalizacji sesji KSeF:" + failure;
+    } catch (const std::exception&) {
+        return u"Nieznany Błąd";
+    }
+}
+
+Text KseF_comm::PodzielPlik(const Text& sciezkaZrodlowa, const Text& folderDocelowy) {
+    Text paths;
+    try {
+        for (const Text& piece : split_file(ports_.files, sciezkaZrodlowa, folderDocelowy)) {
+            if (!paths.empty()) paths += u';';
+            paths += piece;
+        }
+    } catch (const std::exception&) {
+        // The host sees no error, and no piece of what is not whole.
+    }
+    return paths;
 }
 
 }  // namespace tavrix::ksef

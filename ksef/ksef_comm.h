@@ -54,17 +54,19 @@ class KseF_comm {
     /// return, whatever happens, the table alone.
     base::Text GetQr2(ports::Database& dbb, const base::Text& NumSerCertyfikatu,
                       base::SecretText& Tablica, std::int32_t Tablica_id, const base::Text& nip);
+    /// `xml` is the package's path and `Tablica` the KSeF token; nobody reads `Tablica_id`. The
+    /// empty text once the session is closed.
+    base::Text SendBach(ports::Database& dbb, const base::Text& xml, const base::Text& systemCode,
+                        const base::Text& schemaVersion, const base::Text& formcode,
+                        const base::SecretText& Tablica, const base::Text& Tablica_id,
+                        std::int32_t pog517);
+    /// The pieces' paths, separated by ";". Empty, and no piece is left, when one of them could not
+    /// be made.
+    base::Text PodzielPlik(const base::Text& sciezkaZrodlowa, const base::Text& folderDocelowy);
 
     // Not built yet. Each answers with its own failure, so that a host that calls it goes the way
     // it goes when KSeF cannot be reached.
 
-    /// "Nieznany Błąd"
-    base::Text SendBach(ports::Database& dbb, const base::Text& xml, const base::Text& systemCode,
-                        const base::Text& schemaVersion, const base::Text& formcode,
-                        const base::Text& Tablica, const base::Text& Tablica_id,
-                        std::int32_t pog517);
-    /// The empty text: no file was cut.
-    base::Text PodzielPlik(const base::Text& sciezkaZrodlowa, const base::Text& folderDocelowy);
     /// Raises base::AutomationError, as for a file that cannot be read.
     base::Text LoadXMLFromFile(const base::Text& FilePath);
     /// "Błąd walidacji: " and why; the empty text would call the document valid.

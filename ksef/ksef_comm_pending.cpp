@@ -13,17 +13,6 @@ constexpr base::TextView not_available = u"metoda nie jest jeszcze dostępna w t
 
 }  // namespace
 
-Text KseF_comm::SendBach(ports::Database& /*dbb*/, const Text& /*xml*/, const Text& /*systemCode*/,
-                         const Text& /*schemaVersion*/, const Text& /*formcode*/,
-                         const Text& /*Tablica*/, const Text& /*Tablica_id*/,
-                         std::int32_t /*pog517*/) {
-    return u"Nieznany Błąd";
-}
-
-Text KseF_comm::PodzielPlik(const Text& /*sciezkaZrodlowa*/, const Text& /*folderDocelowy*/) {
-    return {};
-}
-
 Text KseF_comm::LoadXMLFromFile(const Text& /*FilePath*/) {
     throw base::AutomationError(base::ErrorNumber::component_failed, u"KseF_comm.LoadXMLFromFile",
                                 Text(not_available));

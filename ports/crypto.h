@@ -22,6 +22,27 @@ class PrivateKey {
     virtual std::string curve() const = 0;
 };
 
+/// A SHA-256 digest (FIPS 180-4) of bytes that come in pieces.
+class Sha256 {
+  public:
+    virtual ~Sha256() = default;
+    virtual void add(base::ByteView data) = 0;
+    /// The digest of everything; nothing may be added any more.
+    virtual base::Bytes finish() = 0;
+};
+
+/// AES-256-CBC with PKCS#7 padding of bytes that come in pieces.
+class AesEncryption {
+  public:
+    static constexpr std::size_t block_bytes = 16;
+    virtual ~AesEncryption() = default;
+    /// Writes what can be encrypted by now to the beginning of `cipher`, which has room for
+    /// `plain` and one block, and gives its size.
+    virtual std::size_t add(base::ByteView plain, std::span<std::uint8_t> cipher) = 0;
+    /// The same for the last block, with the padding: 16 bytes.
+    virtual std::size_t finish(std::span<std::uint8_t> cipher) = 0;
+};
+
 /// Cryptography and randomness. Every function throws base::AutomationError when the operation
 /// fails; its description is the component's last error text.
 class Crypto {
@@ -37,6 +58,10 @@ class Crypto {
     /// the IV.
     virtual base::Bytes aes_256_cbc_encrypt(base::ByteView key, base::ByteView iv,
                                             base::ByteView plain) = 0;
+    /// The same two for what does not fit into memory.
+    virtual std::unique_ptr<Sha256> begin_sha256() = 0;
+    virtual std::unique_ptr<AesEncryption> begin_aes_256_cbc(base::ByteView key,
+                                                             base::ByteView iv) = 0;
     /// The key of an X.509 certificate in PEM.
     virtual std::unique_ptr<PublicKey> key_of_certificate(std::string_view pem) = 0;
     /// A key from what PublicKey::pem gave.

@@ -1,9 +1,11 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -15,6 +17,17 @@ namespace tavrix::ports {
 struct HttpHeader {
     std::string name;
     std::string value;
+};
+
+/// A body that is made while it is sent.
+class BodySource {
+  public:
+    virtual ~BodySource() = default;
+    /// How many bytes there will be; the request announces it.
+    virtual std::uint64_t size() const = 0;
+    /// Writes the next bytes to the beginning of `buffer` and gives their number, which is 0 only
+    /// at the end. What it throws ends the transfer before the body is whole, and `send` with it.
+    virtual std::size_t read(std::span<std::uint8_t> buffer) = 0;
 };
 
 struct HttpRequest {
@@ -30,6 +43,8 @@ struct HttpRequest {
     bool only_once = false;
     /// From the call to the end of the answer, however much moves meanwhile; none for no end.
     std::optional<std::chrono::milliseconds> time_limit{};
+    /// Sent in the place of `body`, once: a request that would have to be sent again fails.
+    BodySource* source = nullptr;
 };
 
 struct HttpReply {
@@ -61,7 +76,8 @@ class Http {
   public:
     virtual ~Http() = default;
     /// Never throws for what the network or the server does; that is in the reply. Throws
-    /// base::AutomationError for a header that holds the end of a line.
+    /// base::AutomationError for a method or a header that holds the end of a line, and what a
+    /// body's source throws.
     virtual HttpReply send(const HttpRequest& request) = 0;
     /// Reads `url` as `send` would. Refused is what is not http(s), what names a user, and what
     /// parsers disagree about: backslashes, blanks, control characters and what is not ASCII.

@@ -21,6 +21,8 @@ echo
 "$bin/json_bench"
 "$bin/download_bench"
 "$bin/barcode_bench"
+head -c 1000000000 /dev/urandom >"$work/paczka.zip"
+"$bin/package_bench" "$work/paczka.zip"
 if [[ -x /usr/lib/wine/wine ]]; then
     start_sandbox "$bin/tavrix-sandbox" "$work"
     register_dlls 32 "$root/build/win32/bin" "$work/dll"
@@ -29,6 +31,7 @@ if [[ -x /usr/lib/wine/wine ]]; then
     # Creating an object a hundred thousand times takes Wine minutes.
     TAVRIX_WINE_TIMEOUT_S=900 wine_program 32 "$root/build/win32/bin/facade_bench.exe" | tr -d '\r'
     wine_program 32 "$root/build/win32/bin/com_bench.exe" "Z:$work/firma.db" "Z:$root/demo/faktura.xml" | tr -d '\r'
+    wine_program 32 "$root/build/win32/bin/package_bench.exe" "Z:$work/paczka.zip" | tr -d '\r'
     python3 "$root/tools/dll_makeup.py" "$root/build/win32"
 else
     echo "COM door: not measured, 32-bit Wine is not to be had on this machine"

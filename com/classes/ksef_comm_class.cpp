@@ -50,13 +50,13 @@ constexpr auto ksef_comm_members = members(
                                        by_reference(u"base64Str")),
     method<&KseF_comm::Sha256XmlSimpleb>(12, u"Sha256XmlSimpleb",
                                          u"Skrót SHA-256 bajtów, w Base64.", by_reference(u"xml")),
-    pending(method<&KseF_comm::SendBach>(
+    method<&KseF_comm::SendBach>(
         13, u"SendBach", u"Wysyła paczkę faktur w sesji wsadowej.", by_reference(u"dbb"),
         by_value(u"xml"), by_value(u"systemCode"), by_value(u"schemaVersion"),
-        by_value(u"formcode"), by_value(u"Tablica"), by_value(u"Tablica_id"), by_value(u"pog517"))),
-    pending(method<&KseF_comm::PodzielPlik>(
-        14, u"PodzielPlik", u"Dzieli plik na części po 100 000 000 bajtów.",
-        by_value(u"sciezkaZrodlowa"), by_value(u"folderDocelowy"))),
+        by_value(u"formcode"), by_value(u"Tablica"), by_value(u"Tablica_id"), by_value(u"pog517")),
+    method<&KseF_comm::PodzielPlik>(14, u"PodzielPlik",
+                                    u"Dzieli plik na części po 100 000 000 bajtów.",
+                                    by_value(u"sciezkaZrodlowa"), by_value(u"folderDocelowy")),
     method<&KseF_comm::GetUpo>(15, u"GetUpo",
                                u"Zapisuje w dokumentach wyniki zakończonych sesji wsadowych.",
                                by_reference(u"dbb"), by_value(u"nip"), by_value(u"Token"),

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstring>
+#include <exception>
 #include <new>
 
 #include "base/error.h"
@@ -14,6 +15,7 @@ namespace tavrix::ports {
 namespace {
 
 constexpr std::size_t largest_body_bytes = 64u * 1024 * 1024;
+constexpr long upload_buffer_bytes = 256 * 1024;
 
 // Scheme, host and port: whoever is asked for a proxy needs no more, and the rest may be secret.
 std::string origin_of(std::string_view url) {
@@ -32,6 +34,13 @@ struct CurlFree {
 
 using SteadyTime = std::chrono::steady_clock::time_point;
 
+void refuse_line_end(std::string_view text) {
+    if (text.find_first_of(std::string_view("\r\n\0", 3)) != std::string_view::npos) {
+        throw base::AutomationError(base::ErrorNumber::component_failed, u"HTTP",
+                                    u"Nagłówek zawiera koniec wiersza");
+    }
+}
+
 // A header list that wipes its copies of the lines, one of which carries the Bearer token, before
 // it frees them.
 class HeaderList {
@@ -48,10 +57,8 @@ class HeaderList {
 
     /// A value with a line end would begin another header, or the body: it is refused.
     void add(std::string_view name, std::string_view value) {
-        if (value.find_first_of(std::string_view("\r\n\0", 3)) != std::string_view::npos) {
-            throw base::AutomationError(base::ErrorNumber::component_failed, u"HTTP",
-                                        u"Nagłówek zawiera koniec wiersza");
-        }
+        refuse_line_end(name);
+        refuse_line_end(value);
         base::SecretUtf8 line;
         line.reserve(name.size() + value.size() + 3);
         line += name;
@@ -77,6 +84,8 @@ struct Transfer {
     SteadyTime last_progress = std::chrono::steady_clock::now();
     curl_off_t bytes_moved = 0;
     bool stalled = false;
+    BodySource* source = nullptr;
+    std::exception_ptr source_failure;
 };
 
 std::size_t on_body(char* data, std::size_t size, std::size_t count, void* context) noexcept {
@@ -93,6 +102,16 @@ std::size_t on_body(char* data, std::size_t size, std::size_t count, void* conte
         return CURL_WRITEFUNC_ERROR;
     }
     return bytes;
+}
+
+std::size_t on_source(char* data, std::size_t size, std::size_t count, void* context) noexcept {
+    auto& transfer = *static_cast<Transfer*>(context);
+    try {
+        return transfer.source->read({reinterpret_cast<std::uint8_t*>(data), size * count});
+    } catch (...) {
+        transfer.source_failure = std::current_exception();
+        return CURL_READFUNC_ABORT;
+    }
 }
 
 std::size_t on_header(char* data, std::size_t size, std::size_t count, void* context) noexcept {
@@ -138,6 +157,7 @@ class CurlHttp final : public Http {
     HttpReply send(const HttpRequest& request) override {
         Transfer transfer;
         transfer.no_progress_timeout = no_progress_timeout_;
+        transfer.source = request.source;
         HeaderList headers;
         for (const HttpHeader& header : request.headers) headers.add(header.name, header.value);
         if (!request.authorization.empty()) {
@@ -168,6 +188,7 @@ class CurlHttp final : public Http {
         const CURLcode code = curl_easy_perform(easy_.get());
         set(CURLOPT_ERRORBUFFER, static_cast<char*>(nullptr));
         set(CURLOPT_HTTPHEADER, static_cast<curl_slist*>(nullptr));
+        if (transfer.source_failure) std::rethrow_exception(transfer.source_failure);
 
         long status = 0;
         curl_easy_getinfo(easy_.get(), CURLINFO_RESPONSE_CODE, &status);
@@ -214,8 +235,16 @@ class CurlHttp final : public Http {
     }
 
     void set_method(const HttpRequest& request) {
-        if (request.method == "GET") {
+        if (request.method == "GET" && request.source == nullptr) {
             set(CURLOPT_HTTPGET, 1L);
+            return;
+        }
+        refuse_line_end(request.method);
+        if (request.source != nullptr) {
+            set(CURLOPT_UPLOAD, 1L);
+            set(CURLOPT_UPLOAD_BUFFERSIZE, upload_buffer_bytes);
+            set(CURLOPT_INFILESIZE_LARGE, static_cast<curl_off_t>(request.source->size()));
+            set(CURLOPT_CUSTOMREQUEST, request.method.c_str());
             return;
         }
         set(CURLOPT_POST, 1L);
@@ -227,6 +256,8 @@ class CurlHttp final : public Http {
     void set_callbacks(Transfer& transfer) {
         set(CURLOPT_WRITEFUNCTION, &on_body);
         set(CURLOPT_WRITEDATA, &transfer);
+        set(CURLOPT_READFUNCTION, &on_source);
+        set(CURLOPT_READDATA, &transfer);
         set(CURLOPT_HEADERFUNCTION, &on_header);
         set(CURLOPT_HEADERDATA, &transfer);
         set(CURLOPT_NOPROGRESS, 0L);

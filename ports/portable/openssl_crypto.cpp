@@ -127,6 +127,56 @@ class OpensslPrivateKey final : public PrivateKey {
     Key key_;
 };
 
+class OpensslSha256 final : public Sha256 {
+  public:
+    OpensslSha256() {
+        check(context_ && EVP_DigestInit_ex(context_.get(), EVP_sha256(), nullptr) == 1,
+              "EVP_DigestInit_ex");
+    }
+    void add(base::ByteView data) override {
+        check(EVP_DigestUpdate(context_.get(), data.data(), data.size()) == 1, "EVP_DigestUpdate");
+    }
+    base::Bytes finish() override {
+        base::Bytes digest(32);
+        check(EVP_DigestFinal_ex(context_.get(), digest.data(), nullptr) == 1,
+              "EVP_DigestFinal_ex");
+        return digest;
+    }
+
+  private:
+    DigestContext context_{EVP_MD_CTX_new()};
+};
+
+class OpensslAesEncryption final : public AesEncryption {
+  public:
+    OpensslAesEncryption(base::ByteView key, base::ByteView iv) {
+        check(key.size() == 32 && iv.size() == block_bytes,
+              "AES-256-CBC: key or IV of the wrong length");
+        check(context_ && EVP_EncryptInit_ex(context_.get(), EVP_aes_256_cbc(), nullptr, key.data(),
+                                             iv.data()) == 1,
+              "EVP_EncryptInit_ex");
+    }
+    std::size_t add(base::ByteView plain, std::span<std::uint8_t> cipher) override {
+        check(plain.size() <= INT_MAX - block_bytes && plain.size() + block_bytes <= cipher.size(),
+              "AES-256-CBC: too much data");
+        int size = 0;
+        check(EVP_EncryptUpdate(context_.get(), cipher.data(), &size, plain.data(),
+                                static_cast<int>(plain.size())) == 1,
+              "EVP_EncryptUpdate");
+        return static_cast<std::size_t>(size);
+    }
+    std::size_t finish(std::span<std::uint8_t> cipher) override {
+        check(cipher.size() >= block_bytes, "AES-256-CBC: no room");
+        int size = 0;
+        check(EVP_EncryptFinal_ex(context_.get(), cipher.data(), &size) == 1,
+              "EVP_EncryptFinal_ex");
+        return static_cast<std::size_t>(size);
+    }
+
+  private:
+    CipherContext context_{EVP_CIPHER_CTX_new()};
+};
+
 class OpensslCrypto final : public Crypto {
   public:
     void fill_random(std::span<std::uint8_t> bytes) override {
@@ -147,23 +197,17 @@ class OpensslCrypto final : public Crypto {
 
     base::Bytes aes_256_cbc_encrypt(base::ByteView key, base::ByteView iv,
                                     base::ByteView plain) override {
-        constexpr std::size_t block_bytes = 16;
-        check(key.size() == 32 && iv.size() == block_bytes,
-              "AES-256-CBC: key or IV of the wrong length");
-        check(plain.size() <= INT_MAX - block_bytes, "AES-256-CBC: too much data");
-        const CipherContext context(EVP_CIPHER_CTX_new());
-        check(context && EVP_EncryptInit_ex(context.get(), EVP_aes_256_cbc(), nullptr, key.data(),
-                                            iv.data()) == 1,
-              "EVP_EncryptInit_ex");
-        base::Bytes cipher(plain.size() + block_bytes - plain.size() % block_bytes);
-        int body = 0;
-        int last = 0;
-        check(EVP_EncryptUpdate(context.get(), cipher.data(), &body, plain.data(),
-                                static_cast<int>(plain.size())) == 1 &&
-                  EVP_EncryptFinal_ex(context.get(), cipher.data() + body, &last) == 1 &&
-                  static_cast<std::size_t>(body + last) == cipher.size(),
-              "EVP_EncryptUpdate");
+        OpensslAesEncryption encryption(key, iv);
+        base::Bytes cipher(plain.size() + AesEncryption::block_bytes);
+        const std::size_t body = encryption.add(plain, cipher);
+        cipher.resize(body + encryption.finish(std::span(cipher).subspan(body)));
         return cipher;
+    }
+
+    std::unique_ptr<Sha256> begin_sha256() override { return std::make_unique<OpensslSha256>(); }
+    std::unique_ptr<AesEncryption> begin_aes_256_cbc(base::ByteView key,
+                                                     base::ByteView iv) override {
+        return std::make_unique<OpensslAesEncryption>(key, iv);
     }
 
     std::unique_ptr<PublicKey> key_of_certificate(std::string_view pem) override {

@@ -6,6 +6,7 @@
 #include <fstream>
 
 #include "tests/support/host_database.h"
+#include "tests/support/openssl_tool.h"
 #include "tests/support/sandbox.h"
 #include "tests/support/scratch_folder.h"
 
@@ -142,6 +143,64 @@ TEST_F(Cli, TokenCheckSaysWhatIsWrongWithoutShowingTheSecret) {
         EXPECT_EQ(outcome.exit_code, 1) << token;
         EXPECT_EQ(outcome.output.find("tajne"), std::string::npos) << outcome.output;
     }
+}
+
+// No settings, no network, no token.
+TEST_F(Cli, CertificateLinksOfEveryKindOfKeyHoldForOpenssl) {
+    test::run_in(scratch_, R"(
+        openssl ecparam -name prime256v1 -genkey -out sec1
+        openssl pkcs8 -topk8 -nocrypt -in sec1 -out pkcs8
+        openssl pkcs8 -topk8 -in sec1 -passout pass:haslo -out locked8
+        openssl ec -in sec1 -aes256 -passout pass:haslo -out locked1
+        openssl genrsa -out rsa 2048; openssl genrsa -out rsa1024 1024)");
+    setenv("TAVRIX_KEY_PASS", "haslo", 1);
+    const std::string invoice = "--hash UtQp9Gpc51y+u3xApZjIjgkpZ01js+J8KflSPW8WzIE= ";
+    const std::string call = "certlink --serial 01f20a5d352ae590 --nip 526-587-76-35 --env prod " +
+                             invoice + "--key " + folder_;
+    constexpr std::tuple<const char*, const char*, const char*, std::size_t> links[] = {
+        {"sec1", "", "Nip/5265877635", 86},
+        {"pkcs8", " --context 1111111111", "Nip/1111111111", 86},
+        {"locked8", " --context-type PeppolId --context PPL000001", "PeppolId/PPL000001", 86},
+        {"locked1", " --base64", "NIP/5265877635", 88},
+        {"rsa", "", "Nip/5265877635", 342},
+    };
+    for (const auto& [key, options, context, size] : links) {
+        Outcome made = run(call + key + options);
+        const std::string beginning =
+            std::string("https://qr.ksef.mf.gov.pl/certificate/") + context +
+            "/5265877635/01F20A5D352AE590/UtQp9Gpc51y-u3xApZjIjgkpZ01js-J8KflSPW8WzIE/";
+        EXPECT_EQ(made.output.substr(0, beginning.size()), beginning) << made.output;
+        EXPECT_EQ(made.output.size(), beginning.size() + size + 1) << key;
+        made.output.pop_back();
+        EXPECT_NO_THROW(test::verify_link(scratch_, made.output, *key == 'r' ? "rsa" : "sec1"));
+    }
+    setenv("TAVRIX_KEY_PASS", "inne", 1);
+    for (const char* refused : {"locked8", "rsa1024", "none", "pkcs8 --context a/b",
+                                "pkcs8 --context-type InternalId", "pkcs8 --xml faktura.xml"}) {
+        EXPECT_EQ(run(call + refused).exit_code, 2) << refused;
+    }
+    EXPECT_EQ(run("invoicelink --nip 1111111111 --date 2026-02-01 " + invoice).output,
+              "https://qr-test.ksef.mf.gov.pl/invoice/1111111111/01-02-2026/"
+              "UtQp9Gpc51y-u3xApZjIjgkpZ01js-J8KflSPW8WzIE\n");
+}
+
+TEST_F(Cli, ANewTokenIsShownWhenItIsActive) {
+    test::Sandbox sandbox;
+    ready_to_send(sandbox);
+    sandbox.fault({{"step", "tokens/status"},
+                   {"kind", "json"},
+                   {"path", "status"},
+                   {"value", "Pending"},
+                   {"count", 1}});
+    const Outcome made =
+        run("token new --permission InvoiceRead --permission CredentialsRead "
+            "--token-file " +
+            folder_ + "token.txt 2>/dev/null");
+    EXPECT_EQ(made.exit_code, 0);
+    EXPECT_NE(made.output.find("|nip-5265877635|"), std::string::npos);
+    EXPECT_EQ(sandbox.requests("tokens/create").at(0).at("body").at("permissions"),
+              Json({"InvoiceRead", "CredentialsRead"}));
+    EXPECT_EQ(sandbox.requests("tokens/status").size(), 2u);
 }
 
 }  // namespace

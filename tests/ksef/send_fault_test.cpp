@@ -12,6 +12,7 @@
 namespace tavrix::ksef {
 namespace {
 
+using test::Json;
 using namespace std::chrono_literals;
 
 // An Ed25519 key signed by itself: one that signs, but encrypts nothing.

@@ -4,8 +4,6 @@
 
 namespace tavrix::ksef {
 
-using test::Json;
-
 inline const std::string unknown = "Nieznany błąd";
 inline const std::string session_failed = "Błąd inicjalizacji sesji KSeF:";
 // As long as its beginning may be.
@@ -20,23 +18,26 @@ inline void expect_text(const std::string& result, const std::string& text,
 }
 
 // Trouble that the sandbox makes.
-inline Json status(int code, const char* body = "", int count = 1) {
+inline test::Json status(int code, const char* body = "", int count = 1) {
     return {{"kind", "status"}, {"status", code}, {"body", body}, {"count", count}};
 }
-inline Json kind(const char* name, int skip = 0) {
+inline test::Json kind(const char* name, int skip = 0) {
     return {{"kind", name}, {"skip", skip}};
 }
-inline Json value_at(const char* path, Json value, int skip = 0) {
-    Json fault = kind("json", skip);
+inline test::Json value_at(const char* path, test::Json value, int skip = 0) {
+    test::Json fault = kind("json", skip);
     fault["path"] = path;
     fault["value"] = std::move(value);
     fault["count"] = -1;
     return fault;
 }
-inline Json without(const char* path, int count = -1) {
+/// Takes the place of no trouble at all.
+inline const test::Json harmless = {{"kind", "delay"}, {"delay_ms", 0}};
+inline test::Json without(const char* path, int count = -1) {
     return {{"kind", "remove"}, {"path", path}, {"count", count}};
 }
 
-inline const Json wrong_token = value_at("status", {{"code", 450}, {"description", "Zły token"}});
+inline const test::Json wrong_token =
+    value_at("status", {{"code", 450}, {"description", "Zły token"}});
 
 }  // namespace tavrix::ksef

@@ -5,6 +5,7 @@
 namespace tavrix::ksef {
 namespace {
 
+using test::Json;
 using namespace std::chrono_literals;
 
 /// A server each of whose answers takes `pace`, a byte now and then: as long as the client lets it.

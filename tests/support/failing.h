@@ -66,10 +66,19 @@ class Failing : public Port {
     FailingAt& failing_;
 };
 
-class FailingRecordset final : public Failing<ports::Recordset> {
+/// The same for what the decorated port has made, which the decorator owns.
+template <typename Port>
+class FailingOwner : public Failing<Port> {
   public:
-    FailingRecordset(std::unique_ptr<ports::Recordset> rows, FailingAt& failing)
-        : Failing(*rows, failing), rows_(std::move(rows)) {}
+    FailingOwner(std::unique_ptr<Port> port, FailingAt& failing)
+        : Failing<Port>(*port, failing), owned_(std::move(port)) {}
+
+  private:
+    std::unique_ptr<Port> owned_;
+};
+
+struct FailingRecordset final : FailingOwner<ports::Recordset> {
+    using FailingOwner::FailingOwner;
     bool at_end() override { return through().at_end(); }
     void move_next() override { through().move_next(); }
     ports::Value field(base::TextView name) override { return through().field(name); }
@@ -79,9 +88,6 @@ class FailingRecordset final : public Failing<ports::Recordset> {
     std::size_t capacity(base::TextView name) override { return through().capacity(name); }
     void add_new() override { through().add_new(); }
     void update_batch() override { through().update_batch(); }
-
-  private:
-    std::unique_ptr<ports::Recordset> rows_;
 };
 
 struct FailingDatabase final : Failing<ports::Database> {
@@ -92,6 +98,20 @@ struct FailingDatabase final : Failing<ports::Database> {
     void execute(base::TextView sql) override { through().execute(sql); }
 };
 
+struct FailingSha256 final : FailingOwner<ports::Sha256> {
+    using FailingOwner::FailingOwner;
+    void add(base::ByteView data) override { through().add(data); }
+    base::Bytes finish() override { return through().finish(); }
+};
+
+struct FailingAesEncryption final : FailingOwner<ports::AesEncryption> {
+    using FailingOwner::FailingOwner;
+    std::size_t add(base::ByteView plain, std::span<std::uint8_t> cipher) override {
+        return through().add(plain, cipher);
+    }
+    std::size_t finish(std::span<std::uint8_t> cipher) override { return through().finish(cipher); }
+};
+
 struct FailingCrypto final : Failing<ports::Crypto> {
     using Failing::Failing;
     void fill_random(std::span<std::uint8_t> bytes) override { through().fill_random(bytes); }
@@ -99,6 +119,14 @@ struct FailingCrypto final : Failing<ports::Crypto> {
     base::Bytes aes_256_cbc_encrypt(base::ByteView key, base::ByteView iv,
                                     base::ByteView plain) override {
         return through().aes_256_cbc_encrypt(key, iv, plain);
+    }
+    std::unique_ptr<ports::Sha256> begin_sha256() override {
+        return std::make_unique<FailingSha256>(through().begin_sha256(), failing_);
+    }
+    std::unique_ptr<ports::AesEncryption> begin_aes_256_cbc(base::ByteView key,
+                                                            base::ByteView iv) override {
+        return std::make_unique<FailingAesEncryption>(through().begin_aes_256_cbc(key, iv),
+                                                      failing_);
     }
     std::unique_ptr<ports::PublicKey> key_of_certificate(std::string_view pem) override {
         return through().key_of_certificate(pem);
@@ -122,25 +150,17 @@ struct FailingCrypto final : Failing<ports::Crypto> {
     }
 };
 
-struct FailingReader final : Failing<ports::FileReader> {
-    FailingReader(std::unique_ptr<ports::FileReader> file, FailingAt& failing)
-        : Failing(*file, failing), file_(std::move(file)) {}
+struct FailingReader final : FailingOwner<ports::FileReader> {
+    using FailingOwner::FailingOwner;
     std::uint64_t size() override { return through().size(); }
     void seek(std::uint64_t position) override { through().seek(position); }
     std::size_t read(std::span<std::uint8_t> buffer) override { return through().read(buffer); }
-
-  private:
-    std::unique_ptr<ports::FileReader> file_;
 };
 
-struct FailingWriter final : Failing<ports::FileWriter> {
-    FailingWriter(std::unique_ptr<ports::FileWriter> file, FailingAt& failing)
-        : Failing(*file, failing), file_(std::move(file)) {}
+struct FailingWriter final : FailingOwner<ports::FileWriter> {
+    using FailingOwner::FailingOwner;
     void write(base::ByteView bytes) override { through().write(bytes); }
     void keep() override { through().keep(); }
-
-  private:
-    std::unique_ptr<ports::FileWriter> file_;
 };
 
 struct FailingFiles final : Failing<ports::DataFiles> {
