@@ -1,15 +1,14 @@
 // tavrix-sandbox: a KSeF of one's own on loopback. An independent second reading of the published
 // interface: nothing here includes anything of the library that is tested against it.
-#include <signal.h>
 #include <spdlog/sinks/stdout_color_sinks.h>
 #include <spdlog/spdlog.h>
 #include <sys/stat.h>
 
+#include <csignal>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
-#include <thread>
 
 #include "sandbox/command_line.h"
 #include "sandbox/http/dispatcher.h"
@@ -56,39 +55,6 @@ ServerIdentity server_identity(Store& store, Instant now) {
     return identity;
 }
 
-/// SIGTERM and SIGINT end the server from a thread of its own: nothing but sigwait is safe to do in
-/// a signal handler here.
-class SignalWatch {
-  public:
-    explicit SignalWatch(HttpServer& server)
-        : thread_([&server, this] {
-              int signal = 0;
-              sigwait(&signals_, &signal);
-              server.stop();
-          }) {}
-    ~SignalWatch() {
-        pthread_kill(thread_.native_handle(), SIGTERM);
-        thread_.join();
-    }
-    SignalWatch(const SignalWatch&) = delete;
-    SignalWatch& operator=(const SignalWatch&) = delete;
-
-    /// To be called before any thread starts: threads inherit what is blocked.
-    static sigset_t block() {
-        sigset_t signals;
-        sigemptyset(&signals);
-        sigaddset(&signals, SIGTERM);
-        sigaddset(&signals, SIGINT);
-        pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-        signal(SIGPIPE, SIG_IGN);
-        return signals;
-    }
-
-  private:
-    sigset_t signals_ = block();
-    std::thread thread_;
-};
-
 int serve(Options options) {
     Clock clock;
     auto store = open_store(options);
@@ -96,17 +62,17 @@ int serve(Options options) {
     if (options.https) identity = server_identity(*store, clock.now());
     if (!options.ca_file_out.empty()) write_file(options.ca_file_out, identity->authority_pem);
 
+    HttpServer server(identity ? &identity->server : nullptr);
+    server.stop_on_signals();
     Dispatcher dispatcher(options, clock, std::move(store));
-    HttpServer server(dispatcher, identity ? &identity->server : nullptr);
     const int port = server.bind(options.bind_address, options.port);
-    const SignalWatch watch(server);
     const std::string host = options.bind_address.find(':') == std::string::npos
                                  ? options.bind_address
                                  : "[" + options.bind_address + "]";
     std::cout << "listening on " << (options.https ? "https" : "http") << "://" << host << ":"
               << port << std::endl;
     if (!options.port_file.empty()) write_file(options.port_file, std::to_string(port) + "\n");
-    server.run();
+    server.run(dispatcher);
     return 0;
 }
 
@@ -130,7 +96,10 @@ int main(int count, char** arguments) {
     // Standard output carries the one line programs wait for; everything else goes beside it.
     spdlog::set_default_logger(spdlog::stderr_color_mt("sandbox"));
     spdlog::set_pattern("%H:%M:%S.%e %v");
-    SignalWatch::block();
+#ifdef SIGPIPE
+    // Whoever reads standard error may go before the sandbox does.
+    std::signal(SIGPIPE, SIG_IGN);
+#endif
     try {
         return serve(std::move(*command_line.options));
     } catch (const std::exception& error) {

@@ -23,6 +23,7 @@ echo
 "$bin/barcode_bench"
 head -c 1000000000 /dev/urandom >"$work/paczka.zip"
 "$bin/package_bench" "$work/paczka.zip"
+"$bin/sandbox_bench" "$bin/tavrix-sandbox"
 if [[ -x /usr/lib/wine/wine ]]; then
     start_sandbox "$bin/tavrix-sandbox" "$work"
     register_dlls 32 "$root/build/win32/bin" "$work/dll"

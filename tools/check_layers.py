@@ -59,7 +59,8 @@ OUTSIDE = [
     (r"sqlite3\.h", ADAPTERS + ["sandbox/store"], "a library behind a port"),
     (r"openssl/.*", ADAPTERS + ["sandbox/basics", "sandbox/service"], "a library behind a port"),
     (r"archive(_entry)?\.h", ["sandbox/documents"], "a library behind a reader"),
-    (r"httplib\.h", ["sandbox/http"], "a library of the applications"),
+    (r"boost/.*", ["sandbox/http"], "a library of the applications"),
+    (r"httplib\.h", [], "a library of the tests"),
     (r"spdlog/.*|CLI/.*", ["cli", "sandbox"], "a library of the applications"),
 ]
 

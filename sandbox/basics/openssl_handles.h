@@ -3,7 +3,6 @@
 
 #include <openssl/bio.h>
 #include <openssl/evp.h>
-#include <openssl/ssl.h>
 #include <openssl/x509.h>
 
 #include <memory>
@@ -24,7 +23,5 @@ using DigestContextHandle = std::unique_ptr<EVP_MD_CTX, OpenSslRelease<EVP_MD_CT
 using CipherContextHandle = std::unique_ptr<EVP_CIPHER_CTX, OpenSslRelease<EVP_CIPHER_CTX_free>>;
 using CertificateHandle = std::unique_ptr<X509, OpenSslRelease<X509_free>>;
 using BioHandle = std::unique_ptr<BIO, OpenSslRelease<BIO_free_all>>;
-using TlsHandle = std::unique_ptr<SSL, OpenSslRelease<SSL_free>>;
-using TlsContextHandle = std::unique_ptr<SSL_CTX, OpenSslRelease<SSL_CTX_free>>;
 
 }  // namespace tavrix::sandbox

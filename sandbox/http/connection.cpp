@@ -1,221 +1,249 @@
 #include "sandbox/http/connection.h"
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <netinet/tcp.h>
-#include <poll.h>
-#include <sys/eventfd.h>
-#include <sys/socket.h>
-#include <unistd.h>
+#include <boost/asio/steady_timer.hpp>
+#include <boost/beast/core/flat_buffer.hpp>
+#include <boost/beast/http/parser.hpp>
+#include <boost/beast/http/string_body.hpp>
+#include <sstream>
 
-#include <algorithm>
-#include <array>
-#include <stdexcept>
-
-#include "sandbox/basics/text.h"
+#include "sandbox/http/link.h"
+#include "sandbox/http/message.h"
+#include "sandbox/http/routes.h"
+#include "sandbox/http/strictness.h"
 
 namespace tavrix::sandbox {
 namespace {
 
-constexpr int transfer_timeout_ms = 30'000;
+namespace http = beast::http;
+using asio::awaitable;
+using std::chrono::milliseconds;
+using Parser = http::request_parser<http::string_body>;
 
-/// Asks with getpeername or getsockname.
-void describe(int socket, int (*ask)(int, sockaddr*, socklen_t*), std::string& ip, int& port) {
-    sockaddr_storage address{};
-    socklen_t size = sizeof address;
-    if (ask(socket, reinterpret_cast<sockaddr*>(&address), &size) != 0) return;
-    std::array<char, INET6_ADDRSTRLEN> text{};
-    if (address.ss_family == AF_INET) {
-        const auto& v4 = reinterpret_cast<const sockaddr_in&>(address);
-        inet_ntop(AF_INET, &v4.sin_addr, text.data(), text.size());
-        port = ntohs(v4.sin_port);
-    } else {
-        const auto& v6 = reinterpret_cast<const sockaddr_in6&>(address);
-        inet_ntop(AF_INET6, &v6.sin6_addr, text.data(), text.size());
-        port = ntohs(v6.sin6_port);
-    }
-    ip = text.data();
+constexpr std::size_t read_at_once = 16 * 1024;
+
+/// The client has gone or taken too long, or a fault ends the connection: it closes as it is.
+struct Gone {};
+
+TransportRefusal refusal_of(const error_code& error) {
+    if (!error || error == http::error::need_more) return {};
+    if (error == http::error::body_limit) return {413, "more than a request to this path may have"};
+    if (error == http::error::bad_version) return {505, "HTTP 1.1 and 1.0 are spoken here"};
+    return {400, error.message()};
 }
 
-/// Puts "Connection: close" in the place of the library's "Keep-Alive": a client that is not told
-/// would send its next request into a connection about to end.
-void announce_close(std::string& answer) {
-    constexpr std::string_view keep_alive = "\r\nKeep-Alive:";
-    const std::size_t from = answer.find(keep_alive);
-    if (from == std::string::npos) return;
-    answer.replace(from, answer.find("\r\n", from + 2) - from, "\r\nConnection: close");
+/// The second word of the request line.
+std::string_view target_of(std::string_view head) {
+    head.remove_prefix(std::min(head.find(' ') + 1, head.size()));
+    return head.substr(0, head.find(' '));
+}
+
+Answer answer_to(const TransportRefusal& refusal) {
+    return {refusal.status, "text/plain", refusal.why + "\n", {}};
+}
+
+class Connection {
+  public:
+    Connection(asio::ip::tcp::socket socket, Premises premises, unsigned number)
+        : link_(std::move(socket), premises.tls), premises_(premises), number_(number) {}
+
+    awaitable<void> serve() {
+        link_.expires_after(premises_.limits.head);
+        if (!co_await link_.open()) co_return;
+        try {
+            while (co_await serve_request()) {
+            }
+        } catch (const Gone&) {
+        }
+    }
+
+  private:
+    /// False when the connection ends with the answer.
+    awaitable<bool> serve_request();
+    awaitable<TransportRefusal> read_head(Parser& parser);
+    awaitable<TransportRefusal> read_body(Parser& parser, const Request& request);
+    /// Reads more, or throws Gone.
+    awaitable<void> fill();
+    Request to_request(const Parser& parser) const;
+
+    awaitable<void> send(std::string_view data);
+    awaitable<void> pause(int milliseconds_long);
+    awaitable<void> deliver(std::string_view text, const Delivery& delivery);
+    awaitable<void> send_in_pieces(std::string_view text, const Delivery& delivery);
+    awaitable<void> wait_until_the_client_gives_up();
+    awaitable<void> end();
+
+    std::string_view received() const {
+        return {static_cast<const char*>(buffer_.data().data()), buffer_.size()};
+    }
+
+    Link link_;
+    Premises premises_;
+    unsigned number_;
+    beast::flat_buffer buffer_;
+};
+
+awaitable<bool> Connection::serve_request() {
+    Parser parser;
+    parser.header_limit(longest_head);
+    Request request;
+    TransportRefusal refusal = co_await read_head(parser);
+    if (refusal.status == 0) {
+        request = to_request(parser);
+        refusal = judge_framing(request, parser.get().version() == 11);
+    }
+    if (refusal.status == 0) refusal = co_await read_body(parser, request);
+    if (refusal.status != 0) {
+        // The rest of the request is unread, and where the next one begins unknown.
+        const std::string text = answer_text(answer_to(refusal), {.keeps_open = false});
+        co_await send(text);
+        co_await end();
+        co_return false;
+    }
+
+    request.body = parser.get().body();
+    const Dispatcher::Outcome outcome = premises_.dispatcher.handle(request);
+    const Framing framing{
+        .keeps_open = parser.get().keep_alive(),
+        .idle_s = int(std::chrono::floor<std::chrono::seconds>(premises_.limits.idle).count()),
+        .head_only = parser.get().method() == http::verb::head};
+    const std::string text = answer_text(outcome.answer, framing);
+    co_await deliver(text, outcome.delivery);
+    if (!framing.keeps_open) co_await end();
+    co_return framing.keeps_open;
+}
+
+awaitable<TransportRefusal> Connection::read_head(Parser& parser) {
+    link_.expires_after(premises_.limits.idle);
+    if (buffer_.size() == 0) co_await fill();
+    link_.expires_after(premises_.limits.head);
+    HeadScanner scanner;
+    auto progress = HeadScanner::Progress::wanting;
+    while ((progress = scanner.scan(received())) == HeadScanner::Progress::wanting) co_await fill();
+    if (progress == HeadScanner::Progress::refused) co_return scanner.refusal();
+    buffer_.consume(scanner.begin());
+    // Before the parser reads the length that the client announces.
+    parser.body_limit(largest_body(target_of(received())));
+    error_code error;
+    buffer_.consume(parser.put(buffer_.data(), error));
+    co_return refusal_of(error);
+}
+
+awaitable<TransportRefusal> Connection::read_body(Parser& parser, const Request& request) {
+    link_.expires_after(premises_.limits.body);
+    const bool awaited = !request.header("Expect").empty() && parser.get().version() == 11;
+    if (awaited && !parser.is_done() && buffer_.size() == 0)
+        co_await send("HTTP/1.1 100 Continue\r\n\r\n");
+    parser.eager(true);
+    while (!parser.is_done()) {
+        error_code error;
+        buffer_.consume(parser.put(buffer_.data(), error));
+        if (parser.is_done()) break;
+        if (const TransportRefusal refusal = refusal_of(error); refusal.status != 0)
+            co_return refusal;
+        // Of a body the parser only leaves the first line of a chunk, or trailers, until it has
+        // them whole.
+        if (buffer_.size() > longest_head) co_return TransportRefusal{431, "a chunk without end"};
+        co_await fill();
+    }
+    co_return TransportRefusal{};
+}
+
+awaitable<void> Connection::fill() {
+    error_code error;
+    const std::size_t count = co_await link_.read_some(buffer_.prepare(read_at_once), error);
+    if (error) throw Gone{};
+    buffer_.commit(count);
+}
+
+/// Trailers come later and are not taken for headers.
+Request Connection::to_request(const Parser& parser) const {
+    const auto text = [](beast::string_view view) { return std::string(view.data(), view.size()); };
+    const auto& head = parser.get();
+    Request request;
+    request.method = text(head.method_string());
+    request.target = text(head.target());
+    for (const auto& field : head)
+        request.headers.emplace_back(text(field.name_string()), text(field.value()));
+    request.connection = number_;
+    error_code ignored;
+    request.remote_address = link_.socket().remote_endpoint(ignored).address().to_string();
+    std::ostringstream local;
+    local << link_.socket().local_endpoint(ignored);
+    complete_request(request, link_.secure() ? "https" : "http", local.str());
+    return request;
+}
+
+awaitable<void> Connection::send(std::string_view data) {
+    link_.expires_after(premises_.limits.answer);
+    // Two statements: in one, GCC 12 gives the thrown object the frame's first bytes.
+    const bool sent = co_await link_.write(data);
+    if (!sent) throw Gone{};
+}
+
+awaitable<void> Connection::pause(int milliseconds_long) {
+    asio::steady_timer timer(link_.executor(), milliseconds(milliseconds_long));
+    co_await timer.async_wait(asio::use_awaitable);
+}
+
+awaitable<void> Connection::deliver(std::string_view text, const Delivery& delivery) {
+    using Mode = Delivery::Mode;
+    if (delivery.delay_ms > 0) co_await pause(delivery.delay_ms);
+    const std::size_t body = text.find("\r\n\r\n") + 4;
+    // Past the head and into the body, so that the client has begun to believe in the answer.
+    const std::string_view half = text.substr(0, body + (text.size() - body) / 2);
+    if (delivery.mode == Mode::whole) {
+        co_await send(text);
+        co_return;
+    }
+    if (delivery.mode == Mode::drip) {
+        co_await send_in_pieces(text, delivery);
+        co_return;
+    }
+    if (delivery.mode == Mode::hang) co_await wait_until_the_client_gives_up();
+    if (delivery.mode == Mode::cut || delivery.mode == Mode::reset) co_await send(half);
+    if (delivery.mode == Mode::reset) {
+        // Give the client the first half before the reset overtakes it.
+        co_await pause(50);
+        link_.reset();
+    }
+    throw Gone{};
+}
+
+awaitable<void> Connection::send_in_pieces(std::string_view text, const Delivery& delivery) {
+    for (std::size_t at = 0; at < text.size(); at += delivery.piece_bytes) {
+        if (at > 0) co_await pause(delivery.interval_ms);
+        co_await send(text.substr(at, delivery.piece_bytes));
+    }
+}
+
+awaitable<void> Connection::wait_until_the_client_gives_up() {
+    link_.expires_never();
+    for (;;) {
+        buffer_.clear();
+        co_await fill();
+    }
+}
+
+awaitable<void> Connection::end() {
+    link_.expires_after(premises_.limits.farewell);
+    co_await link_.finish();
 }
 
 }  // namespace
 
-SocketHandle::~SocketHandle() {
-    ::close(socket_);
+awaitable<void> serve_connection(asio::ip::tcp::socket socket, Premises premises, unsigned number) {
+    Connection connection(std::move(socket), premises, number);
+    co_await connection.serve();
 }
 
-void SocketHandle::reset_on_close() {
-    const linger immediately{1, 0};
-    setsockopt(socket_, SOL_SOCKET, SO_LINGER, &immediately, sizeof immediately);
-}
-
-StopSignal::StopSignal() : descriptor_(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC)) {
-    if (descriptor_ < 0) throw std::runtime_error("cannot make an event descriptor");
-}
-
-StopSignal::~StopSignal() {
-    ::close(descriptor_);
-}
-
-void StopSignal::raise() {
-    raised_ = true;
-    const std::uint64_t one = 1;
-    [[maybe_unused]] const auto written = ::write(descriptor_, &one, sizeof one);
-}
-
-Connection::Connection(int socket, SSL_CTX* tls, const StopSignal& stop, unsigned number)
-    : socket_(socket), stop_(stop), number_(number) {
-    const int yes = 1;
-    setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &yes, sizeof yes);
-    const timeval timeout{transfer_timeout_ms / 1000, 0};
-    setsockopt(socket, SOL_SOCKET, SO_RCVTIMEO, &timeout, sizeof timeout);
-    setsockopt(socket, SOL_SOCKET, SO_SNDTIMEO, &timeout, sizeof timeout);
-    if (tls == nullptr) return;
-    tls_.reset(SSL_new(tls));
-    SSL_set_fd(tls_.get(), socket);
-    usable_ = wait_for(POLLIN, transfer_timeout_ms) == Wait::ready && SSL_accept(tls_.get()) == 1;
-}
-
-Connection::~Connection() {
-    if (tls_ && usable_) SSL_shutdown(tls_.get());
-}
-
-Connection::Wait Connection::wait_for(short events, int timeout_ms) const {
-    std::array<pollfd, 2> waited{pollfd{socket_.get(), events, 0},
-                                 pollfd{stop_.descriptor(), POLLIN, 0}};
-    const int ready = ::poll(waited.data(), waited.size(), timeout_ms);
-    if (stop_.raised()) return Wait::stopped;
-    return ready > 0 && waited[0].revents != 0 ? Wait::ready : Wait::timed_out;
-}
-
-bool Connection::pause(int milliseconds) const {
-    return wait_for(POLLRDHUP, milliseconds) == Wait::timed_out;
-}
-
-bool Connection::wait_for_request(int timeout_ms) {
-    head_read_ = no_body_ = handled_ = false;
-    head_.clear();
-    if (input_at_ < input_.size() || (tls_ && SSL_pending(tls_.get()) > 0)) return true;
-    return wait_for(POLLIN, timeout_ms) == Wait::ready && fill();
-}
-
-bool Connection::fill() {
-    if (wait_for(POLLIN, tls_ && SSL_pending(tls_.get()) > 0 ? 0 : transfer_timeout_ms) ==
-        Wait::stopped)
-        return false;
-    input_.resize(64 * 1024);
-    const auto count = tls_ ? SSL_read(tls_.get(), input_.data(), int(input_.size()))
-                            : ::recv(socket_.get(), input_.data(), input_.size(), 0);
-    input_at_ = 0;
-    input_.resize(count > 0 ? std::size_t(count) : 0);
-    return count > 0;
-}
-
-void Connection::drain() {
-    constexpr int most_pieces = 1024;
-    ::shutdown(socket_.get(), SHUT_WR);
-    for (int piece = 0; piece < most_pieces; ++piece)
-        if (wait_for(POLLIN, 1000) != Wait::ready || !fill()) break;
-    usable_ = false;
-}
-
-void Connection::inspect_head() {
-    head_read_ = true;
-    const std::string head = lower(std::exchange(head_, {}));
-    no_body_ = head.find("\ncontent-length:") == std::string::npos &&
-               head.find("\ntransfer-encoding:") == std::string::npos;
-    head_.clear();
-}
-
-ssize_t Connection::read(char* data, size_t size) {
-    // The library waits for the end of the connection when a POST has neither length nor encoding;
-    // such a request simply has no body (RFC 9112, 6.3).
-    if (head_read_ && no_body_) return 0;
-    if (input_at_ == input_.size()) {
-        // "100 Continue" must leave before its body can come.
-        if (!output_.empty() && !send(std::exchange(output_, {}))) return -1;
-        if (!fill()) return input_.empty() ? 0 : -1;
-    }
-    const std::size_t count = std::min(size, input_.size() - input_at_);
-    std::copy_n(input_.data() + input_at_, count, data);
-    input_at_ += count;
-    if (!head_read_) {
-        head_.append(data, count);
-        if (head_.ends_with("\r\n\r\n") || head_.ends_with("\n\n")) inspect_head();
-    }
-    return ssize_t(count);
-}
-
-ssize_t Connection::write(const char* data, size_t size) {
-    output_.append(data, size);
-    return ssize_t(size);
-}
-
-bool Connection::send(std::string_view data) {
-    while (!data.empty()) {
-        if (tls_) ERR_clear_error();
-        const auto count = tls_ ? SSL_write(tls_.get(), data.data(), int(data.size()))
-                                : ::send(socket_.get(), data.data(), data.size(), MSG_NOSIGNAL);
-        if (count <= 0) return usable_ = false;
-        data.remove_prefix(std::size_t(count));
-    }
-    return true;
-}
-
-bool Connection::deliver() {
-    using Mode = Delivery::Mode;
-    const Delivery delivery = std::exchange(delivery_, {});
-    std::string output = std::exchange(output_, {});
-    if (!handled_) announce_close(output);
-    if (delivery.delay_ms > 0 && !pause(delivery.delay_ms)) return false;
-    const std::size_t head_end = output.find("\r\n\r\n");
-    // Past the head and into the body, so that the client has begun to believe in the answer.
-    const std::size_t half = head_end == std::string::npos
-                                 ? output.size() / 2
-                                 : head_end + 4 + (output.size() - head_end - 4) / 2;
-    switch (delivery.mode) {
-        case Mode::whole:
-            if (!send(output)) return false;
-            if (!handled_) drain();
-            return handled_;
-        case Mode::drop:
-            return usable_ = false;
-        case Mode::hang:
-            pause(-1);
-            return usable_ = false;
-        case Mode::cut:
-            send(std::string_view(output).substr(0, half));
-            return usable_ = false;
-        case Mode::reset:
-            send(std::string_view(output).substr(0, half));
-            // Give the client the first half before the reset overtakes it.
-            pause(50);
-            socket_.reset_on_close();
-            return usable_ = false;
-        case Mode::drip:
-            break;
-    }
-    for (std::size_t at = 0; at < output.size(); at += delivery.piece_bytes) {
-        if (at > 0 && !pause(delivery.interval_ms)) return usable_ = false;
-        if (!send(std::string_view(output).substr(at, delivery.piece_bytes))) return false;
-    }
-    return true;
-}
-
-void Connection::get_remote_ip_and_port(std::string& ip, int& port) const {
-    describe(socket_.get(), ::getpeername, ip, port);
-}
-
-void Connection::get_local_ip_and_port(std::string& ip, int& port) const {
-    describe(socket_.get(), ::getsockname, ip, port);
+awaitable<void> turn_away(asio::ip::tcp::socket socket, Premises premises) {
+    if (premises.tls != nullptr) co_return;
+    Link link(std::move(socket), nullptr);
+    link.expires_after(premises.limits.farewell);
+    Answer answer = answer_to({503, "too many connections; try again"});
+    answer.headers.emplace_back("Retry-After", "1");
+    const std::string text = answer_text(answer, {.keeps_open = false});
+    if (co_await link.write(text)) co_await link.finish();
 }
 
 }  // namespace tavrix::sandbox

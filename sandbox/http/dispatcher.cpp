@@ -6,6 +6,7 @@
 #include <chrono>
 
 #include "sandbox/basics/text.h"
+#include "sandbox/http/steering_guard.h"
 #include "sandbox/pages/page.h"
 #include "sandbox/service/allowed_ips.h"
 #include "sandbox/service/package_work.h"
@@ -176,12 +177,16 @@ void Dispatcher::check_rate(const Route& route, const Request& request) {
 }
 
 Answer Dispatcher::serve_own_page(Request& request, std::string_view raw_path) {
+    const bool controls = raw_path.starts_with("/sandbox/");
+    if (controls || (request.method != "GET" && request.method != "HEAD")) {
+        const std::string reason = refuse_steering(request, service_.options.bind_address);
+        if (!reason.empty()) return Answer::json(403, {{"error", reason}});
+    }
     Transaction transaction(*service_.store);
     settle(service_);
     ControlRoom control_room{service_, limiter_, log_};
     PageRoom page_room{service_, log_, is_step};
-    Answer answer = raw_path.starts_with("/sandbox/") ? control(control_room, request)
-                                                      : show_page(page_room, request);
+    Answer answer = controls ? control(control_room, request) : show_page(page_room, request);
     transaction.commit();
     return answer;
 }

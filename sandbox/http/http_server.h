@@ -1,7 +1,8 @@
 // The transport: HTTP or HTTPS on a TCP port, keep-alive connections, and answers sent the way a
-// fault wants them.
+// fault wants them. One thread serves every connection; one that waits costs its memory only.
 #pragma once
 
+#include <chrono>
 #include <memory>
 #include <string>
 
@@ -10,10 +11,25 @@
 
 namespace tavrix::sandbox {
 
+/// How long a client may take, and how many there may be.
+struct Limits {
+    /// Between two requests, or before the first.
+    std::chrono::milliseconds idle{60'000};
+    /// From a request's first byte to the end of its headers, and for a TLS handshake.
+    std::chrono::milliseconds head{10'000};
+    std::chrono::milliseconds body{60'000};
+    /// To take an answer, or one piece of it.
+    std::chrono::milliseconds answer{60'000};
+    /// To close its side once the server has closed its own.
+    std::chrono::milliseconds farewell{2'000};
+    /// Below the 1024 open files that systems give a program unless told otherwise.
+    unsigned connections = 800;
+};
+
 class HttpServer {
   public:
     /// \param identity certificate for HTTPS, null for HTTP; read during the call only.
-    HttpServer(Dispatcher& dispatcher, const KeyPair* identity);
+    explicit HttpServer(const KeyPair* identity, Limits limits = {});
     ~HttpServer();
     HttpServer(const HttpServer&) = delete;
     HttpServer& operator=(const HttpServer&) = delete;
@@ -21,9 +37,11 @@ class HttpServer {
     /// Takes a port, 0 for any free one, and returns it. Throws std::runtime_error when it cannot.
     int bind(const std::string& address, int port);
     /// Serves until stop(); connections in progress end then, hanging ones too.
-    void run();
-    /// May be called from any thread, more than once.
+    void run(Dispatcher& dispatcher);
+    /// May be called from any thread, more than once, also before run().
     void stop();
+    /// From now on SIGTERM and SIGINT are calls of stop().
+    void stop_on_signals();
 
   private:
     class Implementation;

@@ -1,5 +1,7 @@
 #include "sandbox/http/state_json.h"
 
+#include <algorithm>
+
 #include "sandbox/basics/crypto.h"
 
 namespace tavrix::sandbox {
@@ -57,30 +59,40 @@ Json authentication_json(const Service& service, const Authentication& it) {
 
 }  // namespace
 
-Json state_json(const ControlRoom& room) {
+Json state_json(const ControlRoom& room, const StatePage& page) {
     const Service& service = room.service;
     const State& state = service.state;
-    const auto all = [&](const auto& order, const auto& records, auto render) {
+    bool more = false;
+    const auto part = [&](const auto& all, auto render) {
+        const std::size_t begin = std::min(page.number * page.size, all.size());
+        const std::size_t end = std::min(begin + page.size, all.size());
+        more = more || end < all.size();
         Json list = Json::array();
-        for (const std::string& reference : order)
-            list.push_back(render(service, records.at(reference)));
+        for (std::size_t at = begin; at < end; ++at) list.push_back(render(all[at]));
         return list;
     };
-    Json requests = Json::array();
-    for (const LoggedRequest& entry : room.log.entries())
-        requests.push_back(to_json(entry, service.options.time));
-    return {{"now", service.time_text(service.now())},
-            {"authentications",
-             all(state.authentication_order, state.authentications, authentication_json)},
-            {"sessions", all(state.session_order, state.sessions, session_json)},
-            {"invoices", all(state.invoice_order, state.invoices, invoice_json)},
-            {"faults", service.faults.to_json()},
-            {"counters",
-             {{"requests", room.log.total()},
-              {"steps", room.log.counts()},
-              {"sessions", state.sessions.size()},
-              {"invoices", state.invoices.size()}}},
-            {"requests", requests}};
+    const auto records = [&](const auto& order, const auto& by_reference, auto render) {
+        return part(order, [&](const std::string& reference) {
+            return render(service, by_reference.at(reference));
+        });
+    };
+    Json json = {{"now", service.time_text(service.now())},
+                 {"authentications",
+                  records(state.authentication_order, state.authentications, authentication_json)},
+                 {"sessions", records(state.session_order, state.sessions, session_json)},
+                 {"invoices", records(state.invoice_order, state.invoices, invoice_json)},
+                 {"faults", service.faults.to_json()},
+                 {"counters",
+                  {{"requests", room.log.total()},
+                   {"steps", room.log.counts()},
+                   {"sessions", state.sessions.size()},
+                   {"invoices", state.invoices.size()}}},
+                 {"requests", part(room.log.entries(), [&](const LoggedRequest& entry) {
+                      return to_json(entry, service.options.time);
+                  })}};
+    json["page"] = page.number;
+    json["hasMore"] = more;
+    return json;
 }
 
 }  // namespace tavrix::sandbox

@@ -104,6 +104,10 @@ class SqliteStore : public Store {
 
   private:
     [[noreturn]] void fail(const std::string& what) {
+        if (sqlite3_errcode(database_.get()) == SQLITE_BUSY)
+            throw std::runtime_error(std::string(sqlite3_db_filename(database_.get(), "main")) +
+                                     " is in use by another sandbox; end that one, or give this "
+                                     "one a folder of its own");
         throw std::runtime_error("the database could not " + what + ": " +
                                  sqlite3_errmsg(database_.get()));
     }

@@ -1,5 +1,9 @@
 #include "tests/sandbox/client.h"
 
+#include <arpa/inet.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
 #include "base/text.h"
 #include "ports/portable/openssl_crypto.h"
 #include "sandbox/basics/crypto.h"
@@ -29,6 +33,25 @@ int Reply::exception_code() const {
 std::string Reply::header(const std::string& name) const {
     const auto found = headers.find(name);
     return found == headers.end() ? "" : found->second;
+}
+
+RawReply raw_exchange(int port, const std::string& bytes, bool last) {
+    const int socket = ::socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(static_cast<std::uint16_t>(port));
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    ::connect(socket, reinterpret_cast<sockaddr*>(&address), sizeof address);
+    ::send(socket, bytes.data(), bytes.size(), MSG_NOSIGNAL);
+    if (last) ::shutdown(socket, SHUT_WR);
+    RawReply reply;
+    char buffer[4096];
+    ssize_t count = 0;
+    while ((count = ::recv(socket, buffer, sizeof buffer, 0)) > 0)
+        reply.data.append(buffer, std::size_t(count));
+    if (count < 0) reply.error = errno;
+    ::close(socket);
+    return reply;
 }
 
 std::string token_of(const std::string& nip) {

@@ -25,6 +25,14 @@ struct Reply {
     std::string header(const std::string& name) const;
 };
 
+/// What a bare socket receives for some bytes until the connection ends, and how it ended.
+struct RawReply {
+    std::string data;
+    int error = 0;
+};
+/// \param last closes the sending side after the bytes, so that the server ends what it would keep.
+RawReply raw_exchange(int port, const std::string& bytes, bool last = false);
+
 std::string token_of(const std::string& nip);
 
 class Client {

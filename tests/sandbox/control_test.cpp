@@ -47,10 +47,46 @@ TEST_F(ControlTest, TheClockMovesForwardAndThePaceChanges) {
         EXPECT_EQ(client().invoice_status(reference).at("code"), code);
 }
 
+TEST_F(ControlTest, TheStateComesInPages) {
+    for (int i = 0; i < 3; ++i) client().post("/auth/challenge");
+    const auto page = [&](const char* query) {
+        return control().get(std::string("/sandbox/state?") + query).json();
+    };
+    const Json first = page("pageSize=2"), last = page("page=1&pageSize=2");
+    EXPECT_EQ(first.at("requests").size(), 2u);
+    EXPECT_EQ(first.at("hasMore"), true);
+    EXPECT_EQ(last.at("requests")[0].at("number"), 3);
+    EXPECT_EQ(last.at("hasMore"), false);
+    EXPECT_EQ(page("page=9").at("requests"), Json::array());
+    for (const char* wrong : {"pageSize=0", "pageSize=1001", "page=-1", "page="})
+        EXPECT_NE(page(wrong).value("error", ""), "") << wrong;
+}
+
 TEST_F(ControlTest, PagesOfOtherSitesCannotSteer) {
-    control().headers["Origin"] = "https://example.com";
-    EXPECT_EQ(control().post("/sandbox/reset").status, 403);
-    EXPECT_EQ(control().get("/sandbox/state").status, 403);
+    using Headers = std::map<std::string, std::string>;
+    const std::tuple<const char*, Headers, int> cases[] = {
+        {"127.0.0.1", {{"Host", "127.0.0.1"}}, 204},
+        {"127.0.0.1", {{"Host", "LOCALHOST:1"}}, 204},
+        {"127.0.0.1", {{"Host", "[::1]:8517"}}, 204},
+        {"127.0.0.1", {{"Host", "rebound.example.com:8517"}}, 403},
+        {"127.0.0.1", {{"Host", "buildserver"}}, 403},
+        {"0.0.0.0", {{"Host", "buildserver:8517"}}, 204},
+        {"0.0.0.0", {{"Host", "192.168.1.5"}}, 204},
+        {"0.0.0.0", {{"Host", "rebound.example.com"}}, 403},
+        {"test.example.com", {{"Host", "Test.example.com"}}, 204},
+        {"127.0.0.1", {{"Host", "localhost:1"}, {"Origin", "http://localhost:1"}}, 204},
+        {"127.0.0.1", {{"Origin", "https://example.com"}}, 403},
+        {"127.0.0.1", {{"Origin", "null"}}, 403},
+        {"127.0.0.1", {{"Sec-Fetch-Site", "cross-site"}}, 403},
+        {"127.0.0.1", {{"Sec-Fetch-Site", "same-origin"}}, 204},
+    };
+    for (const auto& [bound, headers, status] : cases) {
+        start([&, address = bound](Options& it) { it.bind_address = address; });
+        control().headers = headers;
+        EXPECT_EQ(control().post("/sandbox/reset").status, status) << bound << Json(headers);
+        EXPECT_EQ(control().get("/sandbox/state").status, status == 204 ? 200 : 403);
+        EXPECT_EQ(client().post("/auth/challenge").status, 200) << "the interface has any name";
+    }
 }
 
 TEST_F(ControlTest, RateLimitsAreCountedPerContextAndTellWhenToComeBack) {

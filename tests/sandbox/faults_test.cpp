@@ -1,37 +1,12 @@
 // Trouble on demand: each kind as a client meets it.
-#include <arpa/inet.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
 #include "tests/sandbox/fixture.h"
 
 namespace tavrix::sandbox::testing {
 namespace {
 
-/// What a bare socket receives for one request, and how the connection ended.
-struct RawReply {
-    std::string data;
-    int error = 0;
-};
-
 RawReply raw_challenge(int port) {
-    const std::string text =
-        "POST /v2/auth/challenge HTTP/1.1\r\nHost: x\r\nContent-Length: 2\r\n\r\n{}";
-    const int socket = ::socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(static_cast<std::uint16_t>(port));
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    ::connect(socket, reinterpret_cast<sockaddr*>(&address), sizeof address);
-    ::send(socket, text.data(), text.size(), MSG_NOSIGNAL);
-    RawReply reply;
-    char buffer[4096];
-    ssize_t count = 0;
-    while ((count = ::recv(socket, buffer, sizeof buffer, 0)) > 0)
-        reply.data.append(buffer, std::size_t(count));
-    if (count < 0) reply.error = errno;
-    ::close(socket);
-    return reply;
+    return raw_exchange(
+        port, "POST /v2/auth/challenge HTTP/1.1\r\nHost: x\r\nContent-Length: 2\r\n\r\n{}");
 }
 
 class FaultsTest : public SandboxTest {

@@ -39,13 +39,14 @@ class SharedKeys : public NoStore {
 class RunningSandbox {
   public:
     explicit RunningSandbox(Options options = {},
-                            std::unique_ptr<Store> store = std::make_unique<SharedKeys>()) {
+                            std::unique_ptr<Store> store = std::make_unique<SharedKeys>(),
+                            const Limits& limits = {}) {
         options.quiet = true;
         spdlog::set_level(spdlog::level::err);
         dispatcher_ = std::make_unique<Dispatcher>(options, clock_, std::move(store));
-        server_ = std::make_unique<HttpServer>(*dispatcher_, nullptr);
+        server_ = std::make_unique<HttpServer>(nullptr, limits);
         port_ = server_->bind("127.0.0.1", 0);
-        thread_ = std::thread([this] { server_->run(); });
+        thread_ = std::thread([this] { server_->run(*dispatcher_); });
     }
     ~RunningSandbox() {
         server_->stop();
@@ -87,7 +88,7 @@ class SandboxTest : public ::testing::Test {
         client();
         return *control_;
     }
-    Json state() { return control().get("/sandbox/state").json(); }
+    Json state() { return control().get("/sandbox/state?pageSize=1000").json(); }
     /// Another client, signed in.
     Client client_of(const std::string& nip) {
         Client other(sandbox().port());

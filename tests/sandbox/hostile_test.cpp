@@ -69,6 +69,106 @@ TEST_F(HostileTest, WhatTheTransportRefusesEndsTheConnection) {
         << "nothing unread became a request";
 }
 
+/// The statuses of all answers, in their order.
+std::string statuses_of(const RawReply& reply) {
+    std::string statuses;
+    for (std::size_t at = 0; (at = reply.data.find("HTTP/1.1 ", at)) != std::string::npos; at += 9)
+        statuses += (statuses.empty() ? "" : " ") + reply.data.substr(at + 9, 3);
+    return statuses;
+}
+
+/// Each case is followed by a second request: what is refused ends the connection before it, and
+/// what is accepted ends exactly where it begins.
+TEST_F(HostileTest, NothingHidesInTheFramingOfARequest) {
+    const std::string post = "POST /v2/auth/challenge HTTP/1.1\r\n", host = "Host: x\r\n";
+    const std::string start = post + host, chunked = start + "Transfer-Encoding: chunked\r\n\r\n";
+    const std::string inner = "GET /inner HTTP/1.1\r\nHost: x\r\n\r\n";
+    const std::pair<std::string, const char*> cases[] = {
+        {start + "Content-Length: 2\r\n\r\n{}", "200 404"},
+        {"\r\n" + start + "\r\n", "200 404"},
+        {"GET /v2/security/public-key-certificates HTTP/1.1\r\nHost: x\r\nContent-Length: " +
+             std::to_string(inner.size()) + "\r\n\r\n" + inner,
+         "200 404"},
+        {start + "Content-Length: 2\r\nContent-Length: 2\r\n\r\n{}", "400"},
+        {start + "Content-Length: 2, 2\r\n\r\n{}", "400"},
+        {start + "Content-Length: two\r\n\r\n{}", "400"},
+        {start + "Content-Length: +2\r\n\r\n{}", "400"},
+        {start + "Content-Length: -2\r\n\r\n{}", "400"},
+        {start + "Content-Length: 18446744073709551618\r\n\r\n{}", "400"},
+        {start + "Content-Length: 8388609\r\n\r\n", "413"},
+        {start + "Content-Length : 2\r\n\r\n{}", "400"},
+        {start + "Content-Length: 2\r\nTransfer-Encoding: chunked\r\n\r\n0\r\n\r\n", "400"},
+        {start + "Transfer-Encoding: chunked\r\nContent-Length: 2\r\n\r\n0\r\n\r\n", "400"},
+        {start + "Transfer-Encoding: gzip, chunked\r\n\r\n0\r\n\r\n", "501"},
+        {start + "Transfer-Encoding: identity\r\n\r\n", "501"},
+        {start + "Transfer-Encoding: x\r\nTransfer-Encoding: chunked\r\n\r\n0\r\n\r\n", "501"},
+        {"POST / HTTP/1.0\r\nTransfer-Encoding: chunked\r\n\r\n0\r\n\r\n", "400"},
+        {chunked + "2;a=b;c=\"d\"\r\n{}\r\n0\r\nX-Trailer: x\r\n\r\n", "200 404"},
+        {chunked + "2\r\n{}x\r\n0\r\n\r\n", "400"},
+        {chunked + "0x2\r\n{}\r\n0\r\n\r\n", "400"},
+        {chunked + "10000000000000002\r\n{}\r\n0\r\n\r\n", "400"},
+        {chunked + "2\n{}\r\n0\r\n\r\n", "400"},
+        {chunked + "2\r\n{}\r\n0\r\nContent-Length: 9\r\n\r\n", "400"},
+        {chunked + "800001\r\n", "413"},
+        {chunked + "2;" + std::string(80'000, 'x'), "431"},
+        {post + "\r\n", "400"},
+        {start + host + "\r\n", "400"},
+        {post + "Host: a/\"b\r\n\r\n", "400"},
+        {"POST /v2/auth/challenge HTTP/1.0\r\n\r\n", "200"},
+        {"POST http://other/v2/auth/challenge HTTP/1.1\r\nHost: x\r\n\r\n", "200 404"},
+        {start + "X-A: b\r\n c\r\n\r\n", "400"},
+        {start + "X-A: b\nX-C: d\r\n\r\n", "400"},
+        {start + "X-A: b\rX-C: d\r\n\r\n", "400"},
+        {std::string("\x16\x03\x01\x02\x00", 5), "400"},
+        {start + "Expect: 100-continue\r\nContent-Length: 0\r\n\r\n", "200 404"},
+        {start + "Expect: tea\r\n\r\n", "417"},
+        {start + "Connection: close\r\n\r\n", "200"},
+        {"GET /" + std::string(9'000, 'x'), "414"},
+        {start + "X-A: " + std::string(40'000, 'x'), "431"},
+    };
+    const std::string second = "HEAD /v2/second HTTP/1.1\r\nHost: x\r\n\r\n";
+    for (const auto& [bytes, statuses] : cases) {
+        const RawReply reply = raw_exchange(sandbox().port(), bytes + second, true);
+        EXPECT_EQ(statuses_of(reply), statuses) << bytes.substr(0, 200);
+        EXPECT_EQ(reply.error, 0) << bytes.substr(0, 200);
+    }
+    // Whoever expects it waits for the word before sending the body.
+    const RawReply waiting = raw_exchange(
+        sandbox().port(), start + "Expect: 100-continue\r\nContent-Length: 2\r\n\r\n", true);
+    EXPECT_EQ(waiting.data, "HTTP/1.1 100 Continue\r\n\r\n");
+    const RawReply head = raw_exchange(sandbox().port(), "HEAD / HTTP/1.0\r\n\r\n", true);
+    EXPECT_TRUE(head.data.ends_with("\r\n\r\n")) << head.data;
+    EXPECT_EQ(head.data.find("Content-Length: 0"), std::string::npos) << "of the page";
+}
+
+TEST_F(HostileTest, SlowAndSilentClientsAreLetGo) {
+    using namespace std::chrono_literals;
+    const RunningSandbox sandbox({}, std::make_unique<SharedKeys>(),
+                                 {.idle = 300ms, .head = 50ms, .body = 50ms, .connections = 3});
+    const auto begin = std::chrono::steady_clock::now();
+    for (const char* bytes :
+         {"", "GET / HT", "POST / HTTP/1.1\r\nHost: x\r\nContent-Length: 9\r\n\r\n{"})
+        EXPECT_EQ(raw_exchange(sandbox.port(), bytes).data, "") << bytes;
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, 5s);
+
+    std::vector<std::thread> idle;
+    for (int i = 0; i < 3; ++i) idle.emplace_back([&] { raw_exchange(sandbox.port(), ""); });
+    std::string refused;
+    while (refused.empty()) refused = statuses_of(raw_exchange(sandbox.port(), "", true));
+    EXPECT_EQ(refused, "503") << "the fourth";
+    for (std::thread& thread : idle) thread.join();
+    EXPECT_EQ(Client(sandbox.port()).post("/auth/challenge").status, 200);
+}
+
+TEST_F(HostileTest, IdleConnectionsKeepNobodyWaiting) {
+    std::vector<std::unique_ptr<Client>> idle;
+    for (int i = 0; i < 200; ++i) {
+        idle.push_back(std::make_unique<Client>(sandbox().port()));
+        EXPECT_EQ(idle.back()->post("/auth/challenge").status, 200) << i;
+    }
+    EXPECT_EQ(Client(sandbox().port()).post("/auth/challenge").status, 200);
+}
+
 TEST_F(HostileTest, TheRequestLogStaysBounded) {
     start([](Options& it) { it.log_size = 5; });
     open_as_seller();

@@ -120,6 +120,20 @@ TEST_F(ProgramTest, HttpsIsTrustedThroughTheAuthorityItWrites) {
     EXPECT_EQ(content("ca.pem"), authority) << "clients go on trusting it";
 }
 
+TEST_F(ProgramTest, TwoDoNotShareAFolder) {
+    const std::string arguments = "--data " + path("data");
+    ASSERT_NE(start(arguments), 0);
+    std::FILE* first = std::exchange(pipe_, nullptr);
+    const pid_t first_child = child_;
+    EXPECT_EQ(start(arguments), 0);
+    EXPECT_NE(greeting_.find("sandbox.sqlite is in use by another sandbox"), std::string::npos)
+        << greeting_;
+    EXPECT_EQ(end(0), 1);
+    pipe_ = first;
+    child_ = first_child;
+    EXPECT_EQ(end(SIGTERM), 0);
+}
+
 TEST_F(ProgramTest, MistakesAreNamed) {
     const std::pair<const char*, const char*> cases[] = {
         {"--prot 1", "--prot"},

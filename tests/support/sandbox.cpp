@@ -63,7 +63,17 @@ void Sandbox::advance(std::chrono::milliseconds duration) {
 }
 
 Json Sandbox::state() {
-    return Json::parse(call("GET", "/sandbox/state"));
+    Json state;
+    for (int page = 0; state.is_null() || state.at("hasMore"); ++page) {
+        Json next =
+            Json::parse(call("GET", "/sandbox/state?pageSize=1000&page=" + std::to_string(page)));
+        for (const char* list : {"authentications", "sessions", "invoices", "requests"}) {
+            if (state.is_null()) break;
+            next[list].insert(next[list].begin(), state[list].begin(), state[list].end());
+        }
+        state = std::move(next);
+    }
+    return state;
 }
 
 std::vector<Json> Sandbox::requests(const std::string& step) {
