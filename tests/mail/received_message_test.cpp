@@ -198,6 +198,33 @@ TEST(ReceivedMessages, OfAForeignCollectionGiveAResultAndStayInTheirFolder) {
     EXPECT_GE(count, 40);
 }
 
+// What a program that nobody here wrote makes of Polish names, in its two ways.
+TEST(ReceivedMessages, OfPythonComeOutAsItWasTold) {
+    const std::string script =
+        "import sys,email.policy as p\nfrom email.message import EmailMessage\n"
+        "m=EmailMessage(policy=p.SMTP)\nm['From']='Łukasz Żak <l@x.pl>'\nm['Subject']='Zażółć "
+        "gęślą jaźń '*9\n"
+        "m.set_content('Żółw\\n',charset='iso-8859-2')\nm.add_alternative('<b>Ż</"
+        "b>',subtype='html')\n"
+        "m.add_attachment(bytes(range(256))*9,maintype='a',subtype='b',filename='Zażółć \"gęślą\" "
+        "'*5+'.pdf')\n"
+        "m.add_attachment(EmailMessage(policy=p.SMTP))\nsys.stdout.buffer.write(m.as_bytes())\n";
+    FILE* pipe = popen(("PYTHONUTF8=1 python3 - <<'END'\n" + script + "END").c_str(), "r");
+    std::string bytes;
+    for (int c = fgetc(pipe); c != EOF; c = fgetc(pipe)) bytes += static_cast<char>(c);
+    ASSERT_EQ(pclose(pipe), 0);
+    test::ReadingBench bench;
+    std::string subject;
+    std::string name;
+    for (int i = 0; i < 9; ++i) subject += "Zażółć gęślą jaźń ";
+    for (int i = 0; i < 5; ++i) name += "Zażółć _gęślą_ ";
+    EXPECT_EQ(told(bench, bytes), "Łukasz Żak <l@x.pl>|" + subject.substr(0, subject.size() - 1) +
+                                      "|Żółw\r\n|;" + name + ".pdf;20261121123015.eml");
+    std::string content;
+    for (int i = 0; i < 9 * 256; ++i) content += static_cast<char>(i);
+    EXPECT_EQ(bench.files()["in/" + name + ".pdf"], content);
+}
+
 TEST(CMessages, AreFoundByPlaceAndByKey) {
     test::ReadingBench bench;
     CMessages messages;
