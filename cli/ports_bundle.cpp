@@ -40,7 +40,8 @@ PortsBundle::PortsBundle()
       crypto_(ports::make_openssl_crypto()),
       clock_(std::make_unique<TalkingClock>()),
       xml_(ports::make_native_xml()),
-      code_page_(ports::make_native_code_page()) {}
+      code_page_(ports::make_native_code_page()),
+      file_store_(ports::make_native_file_store("")) {}
 
 ksef::KsefPorts PortsBundle::for_ksef() {
     return {[this] { return ports::make_curl_http(settings_.connection); },
@@ -49,6 +50,11 @@ ksef::KsefPorts PortsBundle::for_ksef() {
             *xml_,
             *code_page_,
             settings_.ksef};
+}
+
+mail::MessagePorts PortsBundle::for_messages() {
+    return {*file_store_, *clock_, *code_page_,
+            no_trace_,    {},      [this] { return settings_.mail.profile; }};
 }
 
 base::Bytes read_file(const std::string& path) {
