@@ -1,5 +1,7 @@
 #include "ports/windows/adapters.h"
 
+#include "windows/automation.h"
+
 namespace tavrix::ports {
 
 SystemVersion windows_version() noexcept {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <random>
+#include <regex>
 
 #include "base/error.h"
 #include "mail/literal/crypto_base64.h"
@@ -77,11 +78,8 @@ TEST(DodajMail, ReadsPartsToTheLetterAndUnderTheOtherProfileForWhatTheyAre) {
             const std::string expected = classic ? row.classic : row.current;
             EXPECT_EQ(told(bench, row.lines, bench.folder()), expected);
             // Without a folder there are no files, and everything else is the same.
-            std::string without = expected;
-            if (const auto from = without.find('|') + 1; true) {
-                without.erase(from, without.find('|', from) - from);
-            }
-            EXPECT_EQ(told(bench, row.lines, u""), without);
+            const std::regex between("\\|.*?\\|");
+            EXPECT_EQ(told(bench, row.lines, u""), std::regex_replace(expected, between, "||"));
         }
     }
 }

@@ -22,7 +22,6 @@ TEST(FileNames, NeverLeaveTheirFolder) {
         Text expected;
     } cases[] = {
         {u"Faktura VAT 1..2 (żółta).pdf", u"Faktura VAT 1..2 (żółta).pdf"},
-        {u".gitignore", u".gitignore"},
         {u"..\\..\\x.exe", u"____x.exe"},
         {u"/etc/./passwd", u"_etc___passwd"},
         {u"C:\\x", u"C__x"},
@@ -45,11 +44,9 @@ TEST(FileNames, NeverLeaveTheirFolder) {
     };
     for (const auto& row : cases) EXPECT_EQ(harmless_file_name(row.given), row.expected);
     DistinctNames names(12);
-    for (const Text expected : {u"Faktura.pdf", u"FAKT (2).PDF", u"Fakt (3).pdf"}) {
-        Text given = u"Faktura.pdf";
-        if (expected.ends_with(u"PDF")) given = u"FAKTURA.PDF";
-        EXPECT_EQ(names.take(given), expected);
-    }
+    EXPECT_EQ(names.take(u"Faktura.pdf"), u"Faktura.pdf");
+    EXPECT_EQ(names.take(u"FAKTURA.PDF"), u"FAKT (2).PDF");
+    EXPECT_EQ(names.take(u"Faktura.pdf"), u"Fakt (3).pdf");
 }
 
 // "from|subject|text|files" of a message.
