@@ -20,6 +20,7 @@ echo
 "$bin/prepare_bench" "$work"
 "$bin/json_bench"
 "$bin/barcode_bench"
+"$bin/mail_bench"
 if [[ -x /usr/lib/wine/wine ]]; then
     start_sandbox "$bin/tavrix-sandbox" "$work"
     register_dlls 32 "$root/build/win32/bin" "$work/dll"
