@@ -41,6 +41,10 @@ TEST(SettingsFile, AProfileHoldsWhereNoKeyOfItsOwnSaysOtherwise) {
     const ksef::Settings classic =
         settings_of(R"({ "ksef": { "profile": "classic" }, "profile": "current" })");
     EXPECT_TRUE(classic.path_root.empty() && !classic.skip_unavailable);
+    const auto mail = [](const char* text) { return parse_settings(text, "f").mail.profile; };
+    EXPECT_EQ(mail(R"({ "profile": "current" })"), base::Profile::current);
+    EXPECT_EQ(mail(R"({ "mail": { "profile": "classic" }, "profile": "current" })"),
+              base::Profile::classic);
     // Before the profile and behind it.
     const ksef::Settings mixed = settings_of(
         R"({ "ksef": { "path_root": "", "reconcile_by": "position", "skip_unavailable": false },
@@ -67,6 +71,7 @@ TEST(SettingsFile, NamesFileLineAndKeyOfWhatItCannotTake) {
         {"{ \"profile\": \"modern\" }", "klucz \"profile\""},
         {"{ \"profile\": \"current\",\n\"ksef\": { \"profile\": \"\" } }",
          "wiersz 2: klucz \"ksef.profile"},
+        {"{ \"mail\": { \"x\": 1 } }", "klucz \"mail.x\": nieznany klucz"},
         {"{ \"http\": { \"profile\": \"current\" } }", "klucz \"http.profile\": nieznany klucz"},
         {"{ \"helpdesk\": { \"routes\": { \"1\": 2 } } }", "helpdesk.routes.1"},
     };
