@@ -13,6 +13,14 @@ enum class ErrorNumber : std::uint32_t {
     type_mismatch = 0x800A000D,     // run-time error 13
     subscript = 0x800A0009,         // run-time error 9
     component_failed = 0x80040200,  // first number of the object-error range
+    not_a_message = 0x80040265,
+    // CryptoBase64's own.
+    version_unknown = 0x8004E300,
+    not_windows_nt = 0x8004E301,
+    format_needs_xp = 0x8004E302,
+    format_needs_vista = 0x8004E303,
+    base64_not_decoded = 0x8004E304,
+    base64_not_encoded = 0x8004E305,
     // The numbers that hosts know from ADO.
     item_not_found = 0x800A0CC1,  // 3265: no field of that name
     no_current_row = 0x800A0BCD,  // 3021: before the first or behind the last row

@@ -82,7 +82,7 @@ Utf8 utf8_as(TextView text) {
 }
 
 template <typename Utf16>
-Utf16 utf16_as(std::string_view bytes) {
+Utf16 utf16_as(std::string_view bytes, bool& well_formed) {
     Utf16 out;
     out.reserve(bytes.size());
     std::size_t i = 0;
@@ -104,6 +104,7 @@ Utf16 utf16_as(std::string_view bytes) {
             ++i;
         }
         append_utf16(out, whole ? code : replacement);
+        well_formed = well_formed && whole;
     }
     return out;
 }
@@ -119,11 +120,19 @@ SecretUtf8 to_secret_utf8(TextView text) {
 }
 
 Text from_utf8(std::string_view bytes) {
-    return utf16_as<Text>(bytes);
+    bool well_formed = true;
+    return utf16_as<Text>(bytes, well_formed);
+}
+
+std::optional<Text> from_valid_utf8(std::string_view bytes) {
+    bool well_formed = true;
+    Text text = utf16_as<Text>(bytes, well_formed);
+    return well_formed ? std::optional(std::move(text)) : std::nullopt;
 }
 
 SecretText from_secret_utf8(std::string_view bytes) {
-    return utf16_as<SecretText>(bytes);
+    bool well_formed = true;
+    return utf16_as<SecretText>(bytes, well_formed);
 }
 
 char16_t upper(char16_t c) noexcept {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -19,6 +20,8 @@ std::string to_utf8(TextView text);
 /// UTF-16 of UTF-8 `bytes`. Every malformed sequence becomes one U+FFFD (Unicode 15, 3.9, "maximal
 /// subpart").
 Text from_utf8(std::string_view bytes);
+/// The same of well-formed UTF-8; nothing for anything else.
+std::optional<Text> from_valid_utf8(std::string_view bytes);
 
 /// One character in lower case; Latin-1 and Latin Extended-A letters, hence all Polish ones.
 constexpr char16_t lower(char16_t c) noexcept {

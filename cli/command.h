@@ -19,5 +19,6 @@ void add_token_command(CLI::App& app, int& exit_code);
 void add_link_commands(CLI::App& app, int& exit_code);
 void add_qr_command(CLI::App& app, int& exit_code);
 void add_barcode_command(CLI::App& app, int& exit_code);
+void add_mail_command(CLI::App& app, int& exit_code);
 
 }  // namespace tavrix::cli

@@ -50,7 +50,8 @@ PortsBundle::PortsBundle()
       locale_(ports::make_native_locale()),
       xml_(ports::make_native_xml()),
       code_page_(ports::make_native_code_page()),
-      files_(ports::make_native_files({})) {}
+      files_(ports::make_native_files({})),
+      file_store_(ports::make_native_file_store("")) {}
 
 ksef::KsefPorts PortsBundle::for_ksef() {
     return {[this] { return ports::make_curl_http(settings_.connection); },
@@ -63,6 +64,11 @@ ksef::KsefPorts PortsBundle::for_ksef() {
             settings_.ksef,
             {},
             folder_of_settings()};
+}
+
+mail::MessagePorts PortsBundle::for_messages() {
+    return {*file_store_, *clock_, *code_page_,
+            no_trace_,    {},      [this] { return settings_.mail.profile; }};
 }
 
 base::Bytes read_file(const std::string& path) {

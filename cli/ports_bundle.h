@@ -5,6 +5,7 @@
 
 #include "frame/settings.h"
 #include "ksef/ksef_comm.h"
+#include "mail/message_ports.h"
 
 namespace tavrix::cli {
 
@@ -15,6 +16,8 @@ class PortsBundle {
     PortsBundle();
     /// What KseF_comm needs; valid as long as this object.
     ksef::KsefPorts for_ksef();
+    /// What reading a message needs; as long valid.
+    mail::MessagePorts for_messages();
     ports::CodePage& code_page() { return *code_page_; }
     ports::Crypto& crypto() { return *crypto_; }
     ports::DataFiles& files() { return *files_; }
@@ -27,6 +30,8 @@ class PortsBundle {
     std::unique_ptr<ports::Xml> xml_;
     std::unique_ptr<ports::CodePage> code_page_;
     std::unique_ptr<ports::DataFiles> files_;
+    std::unique_ptr<ports::FileStore> file_store_;
+    ports::NoTrace no_trace_;
 };
 
 /// A file's bytes. Throws CLI::ValidationError when it cannot be read.

@@ -166,6 +166,7 @@ struct Room {
 
 constexpr std::array rooms = {
     Room{"ksef", [](Settings& s, base::Profile p) { s.ksef = ksef::settings_of(p); }},
+    Room{"mail", [](Settings& s, base::Profile p) { s.mail.profile = p; }},
 };
 
 constexpr const char* profile_key = "profile";
@@ -196,9 +197,10 @@ bool is_profile(const std::string& section, const std::string& name) {
 }
 
 bool is_section(const std::string& section) {
-    return std::ranges::any_of(keys, [&](const Key& key) {
-        return std::string_view(key.name).starts_with(section + ".");
-    });
+    return std::ranges::any_of(rooms, [&](const Room& room) { return section == room.section; }) ||
+           std::ranges::any_of(keys, [&](const Key& key) {
+               return std::string_view(key.name).starts_with(section + ".");
+           });
 }
 
 void take_key(Settings& settings, const Source& source, const std::string& key, const Json& value) {

@@ -1,14 +1,26 @@
 #include "mail/cmessage.h"
 
+#include "mail/literal/dodaj_mail.h"
+#include "mail/received_message.h"
+
 namespace tavrix::mail {
 
 std::int32_t CMessage::Size() const noexcept {
-    return static_cast<std::int32_t>(text<MessageProperty::MessageText>().size());
+    return static_cast<std::int32_t>(record_[MessageProperty::MessageText].size());
 }
 
-std::int32_t CMessage::DodajMail(const base::Text& /*strMessage*/, const base::Text& /*GM_Katalog*/,
-                                 bool /*GM_DoplikuTylkoZałączniki*/) noexcept {
-    return 0;
+std::int32_t CMessage::DodajMail(const base::Text& strMessage, const base::Text& GM_Katalog,
+                                 bool GM_DoplikuTylkoZałączniki) noexcept {
+    try {
+        DodajMailReader reader(record_, ports_, ports_.profile());
+        return reader.read(strMessage, GM_Katalog, GM_DoplikuTylkoZałączniki);
+    } catch (...) {
+        return 0;
+    }
+}
+
+bool CMessage::take(base::ByteView message, const base::Text& folder) {
+    return take_received_message(message, folder, ports_, record_);
 }
 
 }  // namespace tavrix::mail

@@ -1,62 +1,48 @@
 #pragma once
 
-#include <array>
-#include <cstdint>
-
-#include "base/text.h"
+#include "mail/message_ports.h"
+#include "mail/message_record.h"
 
 namespace tavrix::mail {
-
-/// The texts of a message that a host reads and sets, by the names it knows them under.
-enum class MessageProperty : std::size_t {
-    Headers,
-    MessageBody,
-    MessageText,
-    Encrypted,
-    Comments,
-    Keywords,
-    References,
-    InReplyTo,
-    BCC,
-    CC,
-    sender,
-    ReplyTo,
-    Subject,
-    From,
-    MessageTo,
-    MessageID,
-    SendDate,
-    Received,
-    ReturnPath,
-};
-inline constexpr std::size_t message_property_count = 19;
-static_assert(static_cast<std::size_t>(MessageProperty::ReturnPath) + 1 == message_property_count);
 
 /// The public class `CMessage`: one mail message. No method raises.
 class CMessage {
   public:
+    explicit CMessage(MessagePorts ports) : ports_(std::move(ports)) {}
+
     template <MessageProperty property>
     const base::Text& text() const noexcept {
-        return texts_[static_cast<std::size_t>(property)];
+        return record_[property];
     }
     template <MessageProperty property>
     void set_text(const base::Text& value) {
-        texts_[static_cast<std::size_t>(property)] = value;
+        record_[property] = value;
     }
 
     /// The paths of the saved attachments, each preceded by ";".
-    const base::Text& Files() const noexcept { return files_; }
+    const base::Text& Files() const noexcept { return record_.files; }
     /// The length of `MessageText` in characters.
     std::int32_t Size() const noexcept;
 
-    /// Reads the raw message `strMessage` and saves its attachments into the folder `GM_Katalog`.
-    /// Not built yet: 0, the answer to a message that is none.
+    /// Reads the raw message `strMessage`, whose lines end by CR LF, and saves its attachments into
+    /// the folder `GM_Katalog`, which ends with "\"; an empty one saves nothing. With
+    /// `GM_DoplikuTylkoZałączniki` False it saves the message too, as a file of the name of its
+    /// MessageID, and the attachments into a folder of that name. Gives 1 and the number of
+    /// attachments; 0, with nothing stored, for a text that has no empty line or beside a settings
+    /// file that cannot be read.
     std::int32_t DodajMail(const base::Text& strMessage, const base::Text& GM_Katalog,
                            bool GM_DoplikuTylkoZałączniki) noexcept;
 
+    /// Fills the message as it came from a server and saves its attachments into `folder`, with or
+    /// without "\" at its end; an empty one saves nothing. False for a message that cannot be taken
+    /// apart: that is saved as it is. When this returns, every file is on the disk; when one could
+    /// not be written it throws base::AutomationError, and the message must be kept where it came
+    /// from.
+    bool take(base::ByteView message, const base::Text& folder);
+
   private:
-    std::array<base::Text, message_property_count> texts_;
-    base::Text files_;
+    MessagePorts ports_;
+    MessageRecord record_;
 };
 
 }  // namespace tavrix::mail

@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "base/profile.h"
 #include "base/text.h"
 
 namespace tavrix::mail {
@@ -12,8 +13,9 @@ struct HelpdeskRoute {
     base::Text address;
 };
 
-/// Where messages for help go.
+/// Where messages for help go, and how mail is read.
 struct Settings {
+    base::Profile profile = base::Profile::classic;
     base::Text helpdesk_address = u"pomoc@tavrix.example";
     std::vector<HelpdeskRoute> helpdesk_routes;
 };

@@ -6,7 +6,7 @@
 
 namespace tavrix::ports {
 
-/// The system's ANSI code page, 1250 on a Polish system.
+/// The system's ANSI code page, 1250 on a Polish system, and the way in from others.
 class CodePage {
   public:
     virtual ~CodePage() = default;
@@ -19,6 +19,13 @@ class CodePage {
     virtual base::Text to_text(base::ByteView bytes) const = 0;
     /// False for code pages such as 932 or 65001, where a character may take several bytes.
     virtual bool is_single_byte() const { return true; }
+    /// The text of `bytes` in another code page, named by Windows' own number (28592 is
+    /// ISO-8859-2). What is no character there becomes the system's replacement. Nothing when the
+    /// system does not have that code page.
+    virtual std::optional<base::Text> decode(std::uint32_t /*code_page*/,
+                                             base::ByteView /*bytes*/) const {
+        return std::nullopt;
+    }
 };
 
 /// Gives back the bytes that a host read one per character. A character that the code page lacks

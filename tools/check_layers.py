@@ -10,7 +10,7 @@ import sys
 
 from tree import ROOT, files
 
-FEATURES = ["ksef", "barcode", "barcode/surface", "mail", "pdfsign", "dialogs"]
+FEATURES = ["ksef", "barcode", "barcode/surface", "mail", "mail/mime", "pdfsign", "dialogs"]
 ADAPTERS = ["ports/native", "ports/windows", "ports/portable"]
 
 # The sandbox reads the published interface a second time, so it shares nothing with the product: a mistake must not be
@@ -30,6 +30,9 @@ LAYERS = {
     "ports/native": ["base", "ports", "ports/portable", "fonts", "drawing"],
     "ports/windows": ["base", "ports", "ports/portable", "windows", "fonts", "drawing"],
     **{feature: ["base", "ports"] for feature in FEATURES},
+    # Any message as it is; its classes stand on it.
+    "mail/mime": ["base", "ports"],
+    "mail": ["base", "ports", "mail/mime"],
     # A symbol's bars are glyphs; encoders know no host.
     "barcode": ["base", "fonts", "drawing"],
     "barcode/surface": ["base", "ports", "fonts", "drawing", "barcode"],

@@ -1,4 +1,5 @@
 #include "com/classes/classes.h"
+#include "com/classes/compositions.h"
 
 #include "com/dispatch_object.h"
 #include "com/guid.h"
@@ -19,10 +20,10 @@ consteval auto text_property(DISPID id, base::TextView name, base::TextView help
 
 // DISPIDs are published: append only.
 constexpr auto cmessage_members = members(
-    pending(method<&CMessage::DodajMail>(
+    method<&CMessage::DodajMail>(
         1, u"DodajMail", u"Odczytuje wiadomość i zapisuje załączniki; zwraca liczbę części.",
         by_reference(u"strMessage"), by_reference(u"GM_Katalog"),
-        by_reference(u"GM_DoplikuTylkoZałączniki"))),
+        by_reference(u"GM_DoplikuTylkoZałączniki")),
     text_property<Name::Headers>(2, u"Headers", u"Cały nagłówek wiadomości."),
     text_property<Name::MessageBody>(3, u"MessageBody", u"Wszystko za nagłówkiem."),
     text_property<Name::MessageText>(4, u"MessageText", u"Odkodowana treść."),
@@ -56,7 +57,7 @@ constexpr ClassTable table = {
 
 }  // namespace
 
-constexpr CreatableClass cmessage_class = {
-    table, [] { return make_object(table, std::make_shared<CMessage>()); }};
+constexpr CreatableClass cmessage_class = {table,
+                                           [] { return make_object(table, compose_cmessage()); }};
 
 }  // namespace tavrix::com

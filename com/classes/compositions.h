@@ -5,9 +5,11 @@
 #include "barcode/surface/ean_cls.h"
 #include "barcode/surface/ean_cls128.h"
 #include "frame/cinfo.h"
+#include "frame/library_state.h"
 #include "frame/rejestr.h"
 #include "ksef/ksef_comm.h"
 #include "mail/cls_socket.h"
+#include "mail/cmessage.h"
 
 namespace tavrix::com {
 
@@ -15,12 +17,17 @@ namespace tavrix::com {
 // needs settings finds it: objects share nothing but the library's hand-over records, a change of
 // settings needs no restart of the host, and a file that cannot be taken fails that call alone.
 
+/// What they share.
+frame::LibraryState& library_state() noexcept;
+
 std::shared_ptr<frame::CInfo> compose_cinfo();
 std::shared_ptr<frame::Rejestr> compose_rejestr();
 
 std::shared_ptr<ksef::KseF_comm> compose_ksef_comm();
 /// Tells `events` what happens.
 std::shared_ptr<mail::clsSocket> compose_cls_socket(std::unique_ptr<mail::SocketEvents> events);
+/// Lives on its own: a message outlives the object that fetched it.
+std::shared_ptr<mail::CMessage> compose_cmessage();
 
 // These need no settings.
 std::shared_ptr<barcode::Drk_Wyd_Ean_cls> compose_ean_cls();

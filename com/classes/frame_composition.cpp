@@ -2,16 +2,10 @@
 #include "com/classes/compositions.h"
 #include "com/classes/installed_settings.h"
 #include "com/forms/forms.h"
-#include "frame/library_state.h"
 #include "ports/windows/adapters.h"
 
 namespace tavrix::com {
 namespace {
-
-frame::LibraryState& library_state() {
-    static frame::LibraryState state;
-    return state;
-}
 
 struct ComposedCInfo {
     std::unique_ptr<frame::AboutWindow> about_window = make_about_window();
@@ -38,6 +32,11 @@ struct ComposedRejestr {
 };
 
 }  // namespace
+
+frame::LibraryState& library_state() noexcept {
+    static frame::LibraryState state;
+    return state;
+}
 
 std::shared_ptr<frame::CInfo> compose_cinfo() {
     return compose<ComposedCInfo>();

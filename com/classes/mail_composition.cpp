@@ -45,10 +45,28 @@ struct ComposedSocket {
                             settings.get().connection, *events, [this] { settings.read(); }}};
 };
 
+struct ComposedMessage {
+    std::unique_ptr<ports::FileStore> store = ports::make_windows_file_store();
+    std::unique_ptr<ports::Files> files = ports::make_windows_files();
+    std::unique_ptr<ports::Clock> clock = ports::make_windows_clock();
+    std::unique_ptr<ports::Locale> locale = ports::make_windows_locale();
+    std::unique_ptr<ports::CodePage> code_page = ports::make_windows_code_page();
+    frame::TraceLog trace{library_state().trace_switch, {*files, *clock, *locale, *code_page}};
+    SettingsOnDemand settings;
+    mail::CMessage object{{*store, *clock, *code_page, trace, ports::windows_version(), [this] {
+                               settings.read();
+                               return settings.get().mail.profile;
+                           }}};
+};
+
 }  // namespace
 
 std::shared_ptr<mail::clsSocket> compose_cls_socket(std::unique_ptr<mail::SocketEvents> events) {
     return compose<ComposedSocket>(std::move(events));
+}
+
+std::shared_ptr<mail::CMessage> compose_cmessage() {
+    return compose<ComposedMessage>();
 }
 
 }  // namespace tavrix::com

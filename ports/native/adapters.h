@@ -5,6 +5,7 @@
 
 #include "ports/clock.h"
 #include "ports/code_page.h"
+#include "ports/file_store.h"
 #include "ports/files.h"
 #include "ports/locale.h"
 #include "ports/xml.h"
@@ -19,6 +20,8 @@ std::unique_ptr<CodePage> make_native_code_page();
 /// The file system. `drive_c` (UTF-8) is the folder that stands for "C:" in the paths of Windows;
 /// empty for none, and then no such file exists.
 std::unique_ptr<DataFiles> make_native_files(std::string drive_c);
+/// Where files go that came from outside, on the same drive.
+std::unique_ptr<FileStore> make_native_file_store(std::string drive_c);
 /// Dates as a Polish system writes them: 2026-11-14 21:49:05.
 std::unique_ptr<Locale> make_native_locale();
 /// Base64 as MSXML does it, line breaks included.

@@ -12,6 +12,7 @@
 
 #include "base/error.h"
 #include "ports/native/adapters.h"
+#include "ports/native/path.h"
 
 namespace tavrix::ports {
 namespace {
@@ -166,17 +167,7 @@ class NativeFiles final : public DataFiles {
     }
 
   private:
-    // The letter of the drive counts in either case, as on Windows; names below it do not.
-    std::string native(base::TextView path) const {
-        const bool on_drive_c = path.size() >= 2 && base::lower(path[0]) == u'c' && path[1] == u':';
-        std::string name = base::to_utf8(on_drive_c ? path.substr(2) : path);
-        for (char& c : name) {
-            if (c == '\\') c = '/';
-        }
-        // Without a folder that stands for it the drive is nowhere.
-        if (!on_drive_c) return name;
-        return drive_c_.empty() ? std::string() : drive_c_ + name;
-    }
+    std::string native(base::TextView path) const { return native_path(path, drive_c_); }
 
     std::string drive_c_;
 };

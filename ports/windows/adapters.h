@@ -4,11 +4,13 @@
 
 #include "ports/clock.h"
 #include "ports/code_page.h"
+#include "ports/file_store.h"
 #include "ports/files.h"
 #include "ports/locale.h"
 #include "ports/registry.h"
 #include "ports/shell.h"
 #include "ports/surface.h"
+#include "ports/system_version.h"
 #include "ports/xml.h"
 
 namespace tavrix::ports {
@@ -18,6 +20,7 @@ std::unique_ptr<Clock> make_windows_clock();
 /// The code page that the system is set to, whichever it is.
 std::unique_ptr<CodePage> make_windows_code_page();
 std::unique_ptr<DataFiles> make_windows_files();
+std::unique_ptr<FileStore> make_windows_file_store();
 /// What the user chose in the system's regional settings.
 std::unique_ptr<Locale> make_windows_locale();
 /// Drawings become enhanced metafiles; files are loaded by the system.
@@ -26,6 +29,8 @@ std::unique_ptr<Pictures> make_windows_pictures();
 std::unique_ptr<Registry> make_windows_registry();
 /// The user's desktop: Shell.Application, processes and message boxes.
 std::unique_ptr<Shell> make_windows_shell();
+/// The Windows that the host runs on.
+SystemVersion windows_version() noexcept;
 /// The XML documents of the platform, each created under its own name for each conversion.
 std::unique_ptr<Xml> make_windows_xml();
 

@@ -15,11 +15,23 @@ class AnsiCodePage final : public CodePage {
     base::Bytes to_bytes(base::TextView text) const override;
     base::Text to_text(base::ByteView bytes) const override;
     bool is_single_byte() const override { return single_byte_; }
+    std::optional<base::Text> decode(std::uint32_t code_page, base::ByteView bytes) const override;
 
   private:
     bool single_byte_ = true;
     std::unordered_map<char16_t, std::uint8_t> bytes_;
 };
+
+base::Text text_in(UINT code_page, base::ByteView bytes) {
+    if (bytes.empty()) return {};
+    const auto* narrow = reinterpret_cast<const char*>(bytes.data());
+    const auto length = static_cast<int>(bytes.size());
+    const int needed = MultiByteToWideChar(code_page, 0, narrow, length, nullptr, 0);
+    base::Text text(static_cast<std::size_t>(needed), u'\0');
+    MultiByteToWideChar(code_page, 0, narrow, length, reinterpret_cast<wchar_t*>(text.data()),
+                        needed);
+    return text;
+}
 
 // The way back is the inverse of the way in, because the system's own way back never says whether
 // it fitted a character to a similar one, and treats the bytes that a code page leaves undefined
@@ -57,13 +69,13 @@ base::Bytes AnsiCodePage::to_bytes(base::TextView text) const {
 }
 
 base::Text AnsiCodePage::to_text(base::ByteView bytes) const {
-    if (bytes.empty()) return {};
-    const auto* narrow = reinterpret_cast<const char*>(bytes.data());
-    const auto length = static_cast<int>(bytes.size());
-    const int needed = MultiByteToWideChar(CP_ACP, 0, narrow, length, nullptr, 0);
-    base::Text text(static_cast<std::size_t>(needed), u'\0');
-    MultiByteToWideChar(CP_ACP, 0, narrow, length, reinterpret_cast<wchar_t*>(text.data()), needed);
-    return text;
+    return text_in(CP_ACP, bytes);
+}
+
+std::optional<base::Text> AnsiCodePage::decode(std::uint32_t code_page,
+                                               base::ByteView bytes) const {
+    if (!IsValidCodePage(code_page)) return std::nullopt;
+    return text_in(code_page, bytes);
 }
 
 }  // namespace

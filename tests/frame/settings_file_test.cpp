@@ -38,6 +38,10 @@ TEST(SettingsFile, AProfileHoldsWhereNoKeyOfItsOwnSaysOtherwise) {
                     current.certificate_signature == ksef::CertificateSignature::base64url);
     }
     EXPECT_FALSE(read(R"({"ksef":{"profile":"classic"},"profile":"current"})").skip_unavailable);
+    const auto mail = [](const char* text) { return parse_settings(text, "f").mail.profile; };
+    EXPECT_EQ(mail(R"({ "profile": "current" })"), base::Profile::current);
+    EXPECT_EQ(mail(R"({ "mail": { "profile": "classic" }, "profile": "current" })"),
+              base::Profile::classic);
     // Before the profile and behind it.
     const ksef::Settings mixed = read(R"({"ksef":{"path_root":"","reconcile_by":"position"},
         "profile":"current","qr":{"certificate_signature":"base64"}})");
@@ -61,6 +65,7 @@ TEST(SettingsFile, NamesFileLineAndKeyOfWhatItCannotTake) {
         {"{ \"profile\": \"modern\" }", "klucz \"profile\""},
         {"{ \"profile\": \"current\",\n\"ksef\": { \"profile\": \"\" } }",
          "wiersz 2: klucz \"ksef.profile"},
+        {"{ \"mail\": { \"x\": 1 } }", "klucz \"mail.x\": nieznany klucz"},
         {"{ \"http\": { \"profile\": \"current\" } }", "klucz \"http.profile\": nieznany klucz"},
         {"{ \"helpdesk\": { \"routes\": { \"1\": 2 } } }", "helpdesk.routes.1"},
     };

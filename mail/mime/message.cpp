@@ -1,0 +1,225 @@
+#include "mail/mime/message.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "mail/mime/charset.h"
+#include "mail/mime/encoded_words.h"
+#include "mail/mime/parameters.h"
+
+namespace tavrix::mail::mime {
+namespace {
+
+// A multipart that the reader is inside of.
+struct Multipart {
+    std::string boundary;
+    bool alternative = false;
+    // Of an alternative: how many texts there were before it, and whether one of its own is plain.
+    std::size_t first_text = 0;
+    bool has_plain = false;
+};
+
+struct Delimiter {
+    std::size_t begin = 0;
+    std::size_t end = 0;
+    // The place of its multipart among those that are open.
+    std::size_t depth = 0;
+    bool closes = false;
+};
+
+class Reader {
+  public:
+    Reader(std::string_view bytes, const ports::CodePage& code_page)
+        : bytes_(bytes), code_page_(code_page) {}
+
+    std::optional<Message> read();
+
+  private:
+    // The delimiter that `line`, which begins with "--", is.
+    std::optional<Delimiter> delimiter(std::string_view line) const;
+    std::optional<Delimiter> next_delimiter(std::size_t at) const;
+    // Takes one part whose header begins at `at_`.
+    bool read_part(const Header& header);
+    bool enter(const ParameterizedValue& type);
+    void add(Part part, bool is_attachment);
+    void add_text(Part part);
+    // Moves to the next part's header; false behind the last part.
+    bool next_part(std::optional<Delimiter> found);
+
+    std::string_view bytes_;
+    const ports::CodePage& code_page_;
+    std::size_t at_ = 0;
+    std::vector<Multipart> open_;
+    Message message_;
+};
+
+std::optional<Delimiter> Reader::delimiter(std::string_view line) const {
+    const std::string_view full = trimmed(line.substr(2));
+    const std::string_view closed =
+        full.ends_with("--") ? full.substr(0, full.size() - 2) : std::string_view();
+    // The innermost of equal ones. A line that closes one boundary may be another, longer one.
+    for (std::size_t i = open_.size(); i-- > 0;) {
+        if (full == open_[i].boundary) return Delimiter{0, 0, i, false};
+        if (!closed.empty() && closed == open_[i].boundary) return Delimiter{0, 0, i, true};
+    }
+    return std::nullopt;
+}
+
+std::optional<Delimiter> Reader::next_delimiter(std::size_t at) const {
+    if (open_.empty()) return std::nullopt;
+    // Hyphens are rare in what is long: Base64 has none.
+    while (at < bytes_.size()) {
+        const void* const found = std::memchr(bytes_.data() + at, '-', bytes_.size() - at);
+        if (found == nullptr) return std::nullopt;
+        at = static_cast<std::size_t>(static_cast<const char*>(found) - bytes_.data());
+        const bool begins_line = at == 0 || bytes_[at - 1] == '\n';
+        if (!begins_line || !bytes_.substr(at).starts_with("--")) {
+            ++at;
+            continue;
+        }
+        std::size_t end = at;
+        const std::string_view line = take_line(bytes_, end);
+        if (auto delimiter = this->delimiter(line)) {
+            delimiter->begin = at;
+            delimiter->end = end;
+            return delimiter;
+        }
+        at = end;
+    }
+    return std::nullopt;
+}
+
+bool Reader::enter(const ParameterizedValue& type) {
+    const Parameter* const boundary = type.find("boundary");
+    if (!type.value.starts_with("multipart/") || boundary == nullptr || boundary->value.empty()) {
+        return false;
+    }
+    open_.push_back({std::string(trimmed(boundary->value)), type.value == "multipart/alternative",
+                     message_.texts.size(), false});
+    return true;
+}
+
+// The name of a parameter that may be in the words of RFC 2047 or in the character set of RFC 2231.
+base::Text name_in(const ParameterizedValue& value, std::string_view parameter,
+                   const ports::CodePage& code_page) {
+    const Parameter* const found = value.find(parameter);
+    if (found == nullptr) return {};
+    if (!found->charset.empty()) return decode_text(found->value, found->charset, code_page);
+    return decode_words(found->value, code_page);
+}
+
+bool Reader::read_part(const Header& header) {
+    const ParameterizedValue type =
+        parse_parameters(header.first("Content-Type").value_or(std::string()));
+    if (enter(type)) return true;
+    const std::size_t begin = at_;
+    const std::optional<Delimiter> found = next_delimiter(begin);
+    std::size_t end = found ? found->begin : bytes_.size();
+    // The line end before a boundary belongs to the boundary (RFC 2046, section 5.1.1).
+    if (found && end > begin) --end;
+    if (found && end > begin && bytes_[end - 1] == '\r') --end;
+
+    const ParameterizedValue disposition =
+        parse_parameters(header.first("Content-Disposition").value_or(std::string()));
+    Part part;
+    part.body = bytes_.substr(begin, end - begin);
+    part.encoding = transfer_encoding(
+        parse_parameters(header.first("Content-Transfer-Encoding").value_or(std::string())).value);
+    // A multipart without a boundary has no parts that could be told apart.
+    const bool says_type =
+        type.value.find('/') != std::string::npos && !type.value.starts_with("multipart/");
+    part.type = says_type ? type.value : "text/plain";
+    if (const Parameter* const charset = type.find("charset")) part.charset = charset->value;
+    const Parameter* const format = type.find("format");
+    part.space_stuffed = format != nullptr && same_name(format->value, "flowed");
+    part.file_name = name_in(disposition, "filename", code_page_);
+    if (part.file_name.empty()) part.file_name = name_in(type, "name", code_page_);
+    add(std::move(part), disposition.value == "attachment");
+    return next_part(found);
+}
+
+void Reader::add(Part part, bool is_attachment) {
+    const bool is_text = part.type == "text/plain" || part.type == "text/html";
+    if (is_text && !is_attachment && part.file_name.empty()) {
+        add_text(std::move(part));
+    } else {
+        message_.files.push_back(std::move(part));
+    }
+}
+
+void Reader::add_text(Part part) {
+    // Nothing between two boundaries, or the blank text that some programs put beside their HTML.
+    if (trimmed(part.body).empty()) return;
+    const bool plain = part.type == "text/plain";
+    for (Multipart& multipart : open_) {
+        if (!multipart.alternative) continue;
+        if (!plain && multipart.has_plain) return;
+        if (plain && !multipart.has_plain) {
+            // HTML that stood before it.
+            message_.texts.resize(std::min(multipart.first_text, message_.texts.size()));
+            multipart.has_plain = true;
+        }
+    }
+    message_.texts.push_back(std::move(part));
+}
+
+bool Reader::next_part(std::optional<Delimiter> found) {
+    while (found) {
+        at_ = found->end;
+        // What is further inside has ended without saying so.
+        open_.resize(found->depth + (found->closes ? 0 : 1));
+        if (!found->closes) return true;
+        found = next_delimiter(at_);
+    }
+    return false;
+}
+
+std::optional<Message> Reader::read() {
+    message_.header = read_header(bytes_, at_, [](std::string_view) { return false; });
+    if (message_.header.fields.empty()) return std::nullopt;
+    message_.body = bytes_.substr(at_);
+    message_.header_text = trimmed(bytes_.substr(0, at_));
+    Header header = message_.header;
+    for (;;) {
+        const std::size_t depth = open_.size();
+        if (!read_part(header)) break;
+        // Before the first boundary of a multipart stands a text for readers that know none.
+        if (open_.size() > depth && !next_part(next_delimiter(at_))) break;
+        const bool bearable = open_.size() <= deepest_nesting &&
+                              message_.texts.size() + message_.files.size() <= most_parts;
+        if (!bearable) return std::nullopt;
+        header = read_header(bytes_, at_,
+                             [this](std::string_view line) { return delimiter(line).has_value(); });
+    }
+    return std::move(message_);
+}
+
+void undo_space_stuffing(base::Text& text) {
+    base::Text out;
+    out.reserve(text.size());
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const bool stuffed = text[i] == u' ' && (i == 0 || text[i - 1] == u'\n');
+        if (!stuffed) out += text[i];
+    }
+    text = std::move(out);
+}
+
+}  // namespace
+
+std::optional<Message> parse_message(std::string_view bytes, const ports::CodePage& code_page) {
+    return Reader(bytes, code_page).read();
+}
+
+base::Text text_of(const Part& part, const ports::CodePage& code_page) {
+    base::Text text;
+    if (part.encoding == TransferEncoding::identity) {
+        text = decode_text(part.body, part.charset, code_page);
+    } else {
+        const base::Bytes bytes = decode_body(part.encoding, part.body);
+        text = decode_text(base::chars_of(bytes), part.charset, code_page);
+    }
+    if (part.space_stuffed) undo_space_stuffing(text);
+    return text;
+}
+
+}  // namespace tavrix::mail::mime
