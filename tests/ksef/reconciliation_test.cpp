@@ -35,6 +35,7 @@ std::string named_sessions(int code, const char* token = "") {
 std::string named(const char* key, const char* value, int code, const char* number = "") {
     return Json{{"referenceNumber", "R2"},
                 {key, value},
+                {"invoiceFileName", "h.xml"},
                 {"ksefNumber", number},
                 {"status", {{"code", code}, {"extensions", {{"originalKsefNumber", "O"}}}}}}
         .dump();
@@ -134,6 +135,8 @@ TEST_F(Reconciliation, ByNameEachInvoiceIsFoundAndJudgedByItself) {
         R"({"session":"S1","file":"f.xml","hash":"x","table":"dok_KFA","ddout_id":2001})"
         "\n"
         R"({"session":"S1","file":"g.xml","hash":"y","table":"setup --","ddout_id":1})"
+        "\n"
+        R"({"session":"S1","file":"h.xml","hash":"z","table":"","ddout_id":0})"
         "\n"
         R"({"session":"S9","file":"f.xml","hash":"x","table":"dok_fak","ddout_id":1})";
     files->append(folder + u"Tavrix.sent-packages.jsonl", base::bytes_of(noted));
