@@ -109,9 +109,8 @@ void add_parse_command(CLI::App& mail, int& exit_code) {
     auto options = std::make_shared<ParseOptions>();
     CLI::App* command = mail.add_subcommand("parse", "Odczytuje wiadomość zapisaną w pliku");
     command->add_option("file", options->file, "Plik wiadomości (.eml)")->required();
-    command->add_option(
-        "--folder", options->folder,
-        "Istniejący katalog, w którym zapisze załączniki; bez niego nic nie zapisuje");
+    command->add_option("--folder", options->folder,
+                        "Katalog, w którym zapisze załączniki; bez niego nic nie zapisuje");
     command->add_flag("--dodajmail", options->as_dodaj_mail,
                       "Czyta dosłownie tak jak CMessage.DodajMail, z profilem z pliku ustawień");
     command->add_flag("--json", options->json, "Wynik jako JSON (dla programów)");

@@ -64,10 +64,12 @@ class Saver {
     }
 
     void save(const base::Text& given, base::TextView extension, base::ByteView bytes) {
-        const base::Text name = harmless_file_name(
+        base::Text name = harmless_file_name(
             given.empty() ? name_of_moment(ports_.clock.now_local()) + base::Text(extension)
                           : given,
             longest_);
+        // Hosts take the list of files apart at it.
+        std::ranges::replace(name, u';', u'_');
         base::Text free = names_.take(name);
         if (!folder_.empty()) {
             while (!ports_.files.write_new(folder_ + free, bytes)) free = names_.take(name);
