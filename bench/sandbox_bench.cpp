@@ -53,6 +53,16 @@ class Program {
         return 0;
     }
 
+    /// Processor time so far; unlike the clock it does not suffer from what else the computer does.
+    double processor_us() const {
+        std::ifstream stat("/proc/" + std::to_string(pid_) + "/stat");
+        std::string word;
+        for (int field = 1; field < 14; ++field) stat >> word;
+        double user = 0, system = 0;
+        stat >> user >> system;
+        return (user + system) * 1e6 / double(sysconf(_SC_CLK_TCK));
+    }
+
   private:
     std::string read_line() {
         std::string line;
@@ -144,24 +154,27 @@ void first_answers(const std::string& program, bool keep_alive) {
         keep_alive ? "with" : "without", answered.load(), times[clients / 2], times.back());
 }
 
-/// Requests a second of four clients at once. \param request_of gives the n-th request.
+/// Requests of four clients at once. \param request_of gives the n-th request.
 template <typename RequestOf>
-double rate(int port, int requests, const RequestOf& request_of, int status) {
+void rate(const Program& sandbox, const char* what, int requests, int status,
+          const RequestOf& request_of) {
     std::atomic<int> next = 0, wrong = 0;
     std::vector<std::thread> threads;
+    const double processor_before = sandbox.processor_us();
     const auto begin = Time::now();
     for (int i = 0; i < 4; ++i)
         threads.emplace_back([&] {
-            Wire wire(port);
+            Wire wire(sandbox.port());
             for (int n = 0; (n = next++) < requests;)
                 if (wire.ask(request_of(n)) != status) ++wrong;
         });
     for (std::thread& thread : threads) thread.join();
-    if (wrong > 0) std::printf("  %d requests failed\n", wrong.load());
-    return requests / ms_since(begin) * 1000;
+    std::printf("  %.0f %s/s, %.0f us of processor time each, %d failed\n",
+                requests / ms_since(begin) * 1000, what,
+                (sandbox.processor_us() - processor_before) / requests, wrong.load());
 }
 
-void invoices(const std::string& program, const std::string& arguments, const char* where) {
+void invoices(const std::string& program, const std::string& arguments, const char* what) {
     const Program sandbox(program, arguments);
     Client client(sandbox.port());
     client.sign_in(seller_nip);
@@ -179,11 +192,10 @@ void invoices(const std::string& program, const std::string& arguments, const ch
                            "\r\n\r\n" + body);
     }
     const long before = sandbox.memory_kib("VmRSS:");
-    const double per_second = rate(
-        sandbox.port(), count,
-        [&](int n) -> const std::string& { return requests[std::size_t(n)]; }, 202);
-    std::printf("  %.0f invoices/s %s, %.1f KiB of memory each\n", per_second, where,
-                double(sandbox.memory_kib("VmRSS:") - before) / count);
+    rate(sandbox, what, count, 202,
+         [&](int n) -> const std::string& { return requests[std::size_t(n)]; });
+    std::printf("  %.1f KiB of memory for each of the %s\n",
+                double(sandbox.memory_kib("VmRSS:") - before) / count, what);
 }
 
 void endless_header(const std::string& program) {
@@ -212,15 +224,13 @@ int main(int count, char** arguments) {
         {
             const Program sandbox(program, "");
             const std::string request = certificates + "\r\n";
-            std::printf("  %.0f requests/s of the certificates\n",
-                        rate(
-                            sandbox.port(), 60'000,
-                            [&](int) -> const std::string& { return request; }, 200));
+            rate(sandbox, "certificates", 60'000, 200,
+                 [&](int) -> const std::string& { return request; });
         }
-        invoices(program, "", "in memory");
+        invoices(program, "", "invoices in memory");
         const std::filesystem::path folder =
             std::filesystem::temp_directory_path() / ("sandbox-bench-" + std::to_string(getpid()));
-        invoices(program, "--data " + folder.string(), "with --data");
+        invoices(program, "--data " + folder.string(), "invoices with --data");
         std::filesystem::remove_all(folder);
         endless_header(program);
     }

@@ -2,6 +2,11 @@
 // sending the answers the way a fault wants them.
 #pragma once
 
+// The next header needs it and does not say so.
+// clang-format off
+#include <utility>
+// clang-format on
+
 #include <boost/asio/awaitable.hpp>
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/ssl/context.hpp>

@@ -2,6 +2,11 @@
 // given to expires_after() has passed.
 #pragma once
 
+// The next header needs it and does not say so.
+// clang-format off
+#include <utility>
+// clang-format on
+
 #include <boost/asio/awaitable.hpp>
 #include <boost/asio/redirect_error.hpp>
 #include <boost/asio/ssl/context.hpp>
