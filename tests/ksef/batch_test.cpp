@@ -4,7 +4,6 @@
 
 #include <csignal>
 
-#include "ksef/batch_manifest.h"
 #include "tests/ksef/batch_fixture.h"
 #include "tests/support/failing.h"
 
@@ -132,24 +131,6 @@ TEST_F(Batch, WhateverFailsOnThisMachineIsATextAndNoHalfOutcome) {
         EXPECT_EQ(result.empty(), !failing.struck()) << call;
         EXPECT_EQ(rows(), failing.struck() ? 0u : 1u) << call << ' ' << result;
     });
-}
-
-TEST_F(Batch, NotesTheDocumentsOfAPackageThatHasAManifest) {
-    begin(1000);
-    std::vector<ManifestEntry> entries = {{"", "a.xml", "h1", u"dok_fak", 1001},
-                                          {"", "ż\"b.xml", "h2", u"", 0}};
-    std::ofstream(file + ".manifest.jsonl") << write_manifest(entries) << "{\"half";
-    KsefPorts with = ports();
-    with.settings_folder = base::from_utf8(folder.path().string() + "/");
-    ports::SqliteDatabase database(connection);
-    ASSERT_EQ(send_package(with, database), "");
-    const base::Bytes noted =
-        ports::read_whole(*files, with.settings_folder + base::Text(sent_packages), 1'000'000);
-    for (ManifestEntry& entry : entries) {
-        entry.session = base::to_utf8(ports::text_of(
-            connection->open_recordset(u"select RefNumber from Ksef_sesje")->field(u"RefNumber")));
-    }
-    EXPECT_EQ(read_manifest(base::chars_of(noted)), entries);
 }
 
 TEST_F(Batch, CutsAFileAtAHundredMillionBytesOrNotAtAll) {
