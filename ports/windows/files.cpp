@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <cstddef>
+#include <string>
 
 #include "windows/bstr.h"
 #include "windows/failure.h"
@@ -100,12 +102,33 @@ base::Text unfinished_name(const base::Text& path) {
            base::to_decimal(++count) + u".tmp";
 }
 
-// The owner's alone, and nothing from the folder: a protected list with one entry.
+struct LocalMemory {
+    void operator()(void* memory) const noexcept { LocalFree(memory); }
+};
+
+// Whose process this is, as security descriptors write it.
+std::wstring this_user() {
+    HANDLE opened = nullptr;
+    check(OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &opened), u"OpenProcessToken");
+    const KernelHandle token(opened);
+    alignas(TOKEN_USER) std::array<std::byte, sizeof(TOKEN_USER) + SECURITY_MAX_SID_SIZE> user{};
+    DWORD size = 0;
+    check(GetTokenInformation(token.get(), TokenUser, user.data(), user.size(), &size),
+          u"GetTokenInformation");
+    wchar_t* text = nullptr;
+    check(ConvertSidToStringSidW(reinterpret_cast<TOKEN_USER*>(user.data())->User.Sid, &text),
+          u"ConvertSidToStringSid");
+    const std::unique_ptr<wchar_t, LocalMemory> owned(text);
+    return text;
+}
+
+// The user's alone, and nothing from the folder: a protected list with one entry.
 class OwnerOnly {
   public:
     OwnerOnly() {
+        const std::wstring list = L"D:P(A;;FA;;;" + this_user() + L")";
         check(ConvertStringSecurityDescriptorToSecurityDescriptorW(
-                  L"D:P(A;;FA;;;OW)", SDDL_REVISION_1, &attributes_.lpSecurityDescriptor, nullptr),
+                  list.c_str(), SDDL_REVISION_1, &attributes_.lpSecurityDescriptor, nullptr),
               u"ConvertStringSecurityDescriptorToSecurityDescriptor");
     }
     ~OwnerOnly() { LocalFree(attributes_.lpSecurityDescriptor); }

