@@ -3,6 +3,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 
 #include "tests/support/host_database.h"
@@ -201,6 +202,49 @@ TEST_F(Cli, ANewTokenIsShownWhenItIsActive) {
     EXPECT_EQ(sandbox.requests("tokens/create").at(0).at("body").at("permissions"),
               Json({"InvoiceRead", "CredentialsRead"}));
     EXPECT_EQ(sandbox.requests("tokens/status").size(), 2u);
+}
+
+// From a folder to a session that the service, which unpacks every part, has done.
+TEST_F(Cli, PacksAndSendsAPackageInParts) {
+    test::Sandbox sandbox;
+    ready_to_send(sandbox);
+    const std::string invoices = folder_ + "faktury/";
+    std::filesystem::create_directory(invoices);
+    const std::string invoice = test::demonstration_invoice_file();
+    const std::size_t number = invoice.find("FV/2026/11/0147");
+    for (const char* name : {"dok_fak-1001", "dok_fak-1002", "FV-2026"}) {
+        std::string other = invoice;
+        write("faktury/" + std::string(name) + ".xml", other.replace(number, 2, name));
+    }
+    const auto pack = [&](const std::string& name) {
+        return run("pack '" + invoices + "' '" + folder_ + name + "'");
+    };
+    const auto content = [&](const std::string& name) {
+        std::ifstream file(folder_ + name, std::ios::binary);
+        return std::string(std::istreambuf_iterator<char>(file), {});
+    };
+    ASSERT_EQ(pack("a.zip").exit_code, 0);
+    ASSERT_EQ(pack("b.zip").exit_code, 0);
+    EXPECT_EQ(content("a.zip"), content("b.zip"));
+
+    const Outcome sent = run("batch --json --part-bytes 1000 --token-file '" + folder_ +
+                             "token.txt' '" + folder_ + "a.zip'");
+    ASSERT_EQ(sent.exit_code, 0) << sent.output;
+    const std::string session = Json::parse(sent.output).at("session");
+    EXPECT_GT(sandbox.requests("storage/batch-parts").size(), 2u);
+    EXPECT_FALSE(std::filesystem::exists(folder_ + "a.zip.upload-state"));
+    EXPECT_EQ(sandbox.state().at("invoices").size(), 3u) << sandbox.state().at("sessions").dump();
+    const std::string noted = content("Tavrix.sent-packages.jsonl");
+    for (const char* document :
+         {R"("table":"dok_fak","ddout_id":1002)", R"("table":"","ddout_id":0)"})
+        EXPECT_NE(noted.find(document), std::string::npos) << noted;
+    EXPECT_NE(noted.find(session), std::string::npos) << noted;
+
+    write("faktury/ż.xml", "<a/>");
+    EXPECT_EQ(pack("c.zip").exit_code, 2) << "no name for the service";
+    EXPECT_FALSE(std::filesystem::exists(folder_ + "c.zip"));
+    EXPECT_EQ(run("split '" + folder_ + "a.zip' '" + folder_ + "'").output,
+              folder_ + "/a.zip.001\n");
 }
 
 }  // namespace

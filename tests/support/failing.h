@@ -98,20 +98,6 @@ struct FailingDatabase final : Failing<ports::Database> {
     void execute(base::TextView sql) override { through().execute(sql); }
 };
 
-struct FailingSha256 final : FailingOwner<ports::Sha256> {
-    using FailingOwner::FailingOwner;
-    void add(base::ByteView data) override { through().add(data); }
-    base::Bytes finish() override { return through().finish(); }
-};
-
-struct FailingAesEncryption final : FailingOwner<ports::AesEncryption> {
-    using FailingOwner::FailingOwner;
-    std::size_t add(base::ByteView plain, std::span<std::uint8_t> cipher) override {
-        return through().add(plain, cipher);
-    }
-    std::size_t finish(std::span<std::uint8_t> cipher) override { return through().finish(cipher); }
-};
-
 struct FailingCrypto final : Failing<ports::Crypto> {
     using Failing::Failing;
     void fill_random(std::span<std::uint8_t> bytes) override { through().fill_random(bytes); }
@@ -120,13 +106,10 @@ struct FailingCrypto final : Failing<ports::Crypto> {
                                     base::ByteView plain) override {
         return through().aes_256_cbc_encrypt(key, iv, plain);
     }
-    std::unique_ptr<ports::Sha256> begin_sha256() override {
-        return std::make_unique<FailingSha256>(through().begin_sha256(), failing_);
-    }
+    std::unique_ptr<ports::Sha256> begin_sha256() override { return through().begin_sha256(); }
     std::unique_ptr<ports::AesEncryption> begin_aes_256_cbc(base::ByteView key,
                                                             base::ByteView iv) override {
-        return std::make_unique<FailingAesEncryption>(through().begin_aes_256_cbc(key, iv),
-                                                      failing_);
+        return through().begin_aes_256_cbc(key, iv);
     }
     std::unique_ptr<ports::PublicKey> key_of_certificate(std::string_view pem) override {
         return through().key_of_certificate(pem);
