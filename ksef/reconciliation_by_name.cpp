@@ -125,7 +125,10 @@ class ByName {
     // False when the service wants no more requests.
     bool reconcile(const Session& session) {
         files_.clear();
-        for (const ManifestEntry& entry : noted_[session.reference]) files_[entry.file] = &entry;
+        for (const ManifestEntry& entry : noted_[session.reference]) {
+            // Of some files nobody could say which document they were made of.
+            if (!entry.table.empty()) files_[entry.file] = &entry;
+        }
         const bool is_complete =
             for_each("/api/v2/sessions/" + path_segment(session.reference) + "/invoices?" +
                          std::string(page_size),

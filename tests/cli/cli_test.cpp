@@ -59,6 +59,31 @@ class Cli : public testing::Test {
     std::string folder_ = scratch_.path().string() + "/";
 };
 
+TEST_F(Cli, PullsInvoicesAndLooksForTheOutcomeOfPackages) {
+    test::Sandbox sandbox;
+    ASSERT_EQ(run(ready_to_send(sandbox)).exit_code, 0);
+    const std::string rest =
+        " --json --token-file '" + folder_ + "token.txt' --db '" + folder_ + "firma.db'";
+    const std::string pull = "pull --subject Subject1 --nip 5265877635" + rest;
+    for (const int recorded : {1, 0}) {
+        const Outcome pulled = run(pull);
+        EXPECT_EQ(pulled.exit_code, 0);
+        const Json expected{{"result", "kod bładu:200"},
+                            {"complete", true},
+                            {"recorded", recorded},
+                            {"fetched", recorded},
+                            {"missing", 0}};
+        EXPECT_EQ(Json::parse(pulled.output), expected);
+    }
+    for (const std::string by : {"name", "position"}) {
+        const Outcome reconciled = run("reconcile --by " + by + rest);
+        EXPECT_EQ(reconciled.exit_code, 0) << reconciled.output;
+        EXPECT_EQ(Json::parse(reconciled.output).at("documents").at("accepted"), 0);
+    }
+    sandbox.fault({{"step", "invoices/query/metadata"}, {"kind", "status"}, {"status", 500}});
+    EXPECT_EQ(run(pull).exit_code, 1);
+}
+
 TEST_F(Cli, SendsOverTlsOfAPrivateAuthorityAndTellsMachines) {
     test::Sandbox sandbox("--https --ca-file-out '" + folder_ + "ca.pem'");
     const std::string send = ready_to_send(sandbox);

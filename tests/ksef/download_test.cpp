@@ -65,7 +65,7 @@ TEST_F(Download, ARowHoldsWhatTheServiceListsInTheOrderOfItsMembers) {
     for (const char16_t* subject : {u"Subject2", u"SubjectAuthorized", u"Subject1"}) get(subject);
     const char16_t* const kinds = u"select dok_rodz_id,ZDJECIE_kierunek from DOK_ZDJECIA";
     EXPECT_EQ(rows(kinds), "20|ksef_IN 10|ksef_OWN");
-    begin("", entry("N1", "1", "PEF") + "," + entry("N1", "1", "FA_RR"));
+    begin("", entry("N1", "1", "PEF"));
     for (const char16_t* subject : {u"SubjectAuthorized", u"Subject1"}) get(subject);
     EXPECT_EQ(rows(kinds), "23|ksef_OWN 13|ksef_OWN");
 }
@@ -124,7 +124,6 @@ TEST_F(Download, FaultsHaveTheirTextAndLeaveTheOthers) {
         {n2, {400, gone}, true, gone, "N1 N3/N2", 0},
         {n2, {406, ""}, true, done, "N1 N3/N2", 0},
         {n2, {406, ""}, false, "kod bładu:406", "N1/N2 N3", 0},
-        {n2, {0, ""}, true, "kod bładu:0", "N1/N2 N3", 0},
     };
     for (const auto& [path, answer, skips, text, expected, slept] : faults) {
         begin("", entry("N1") + "," + entry("N2") + "," + entry("N3"));
