@@ -26,7 +26,7 @@ class TraceLogTest : public testing::Test {
     fs::path switch_file = folder / "debug-Info.quen";
     fs::path log_file = folder / "debug-info.dta.quen";
 
-    std::unique_ptr<ports::Files> files = ports::make_native_files(drive.path().string());
+    std::unique_ptr<ports::DataFiles> files = ports::make_native_files(drive.path().string());
     std::unique_ptr<ports::Locale> locale = ports::make_native_locale();
     std::unique_ptr<ports::CodePage> code_page = ports::make_native_code_page();
     test::FakeClock clock;
