@@ -65,6 +65,15 @@ CommandLine read_command_line(int count, char** arguments) {
            "token of that form is accepted")
         ->allow_extra_args(false)
         ->group("Contents");
+    app.add_option("--certificate", options.certificate_files,
+                   "file (PEM) with a KSeF certificate of a company, named by its subject; may be "
+                   "repeated")
+        ->allow_extra_args(false)
+        ->check(CLI::ExistingFile)
+        ->group("Contents");
+    app.add_flag("--strict", options.strict,
+                 "take only what is published, not what older clients send")
+        ->group("Contents");
     app.add_flag(
            "--refuse-attachments", options.refuse_attachments,
            "answer 415 to invoices with attachments, as for a company that has not declared them")
@@ -96,6 +105,13 @@ CommandLine read_command_line(int count, char** arguments) {
     app.add_flag("--list-steps", options.list_steps, "print the names of the steps and end")
         ->group("Trouble");
 
+    app.add_option_function<std::string>(
+           "--wire-order",
+           [&options](const std::string& order) { options.classic_order = order == "classic"; },
+           "order of members in lists of sessions and of their invoices: published, or classic for "
+           "clients that read them by position")
+        ->check(CLI::IsMember({"published", "classic"}))
+        ->group("Output");
     app.add_option("--fraction-digits", options.time.fraction_digits,
                    "digits after the second in times")
         ->capture_default_str()

@@ -10,7 +10,6 @@
 
 #include "sandbox/basics/crypto.h"
 #include "sandbox/basics/text.h"
-#include "sandbox/basics/xml.h"
 #include "sandbox/documents/verification.h"
 
 namespace tavrix::sandbox {
@@ -130,7 +129,7 @@ std::optional<ArchivedFile> ArchiveReader::next() {
 }
 
 void ArchiveReader::check_name(const std::string& name) {
-    if (name.empty() || leads_out(name) || has_control_character(name) || !is_utf8(name))
+    if (name.empty() || leads_out(name) || has_control_character(name))
         throw ArchiveError("Niedozwolona nazwa pliku w archiwum: " + name);
     if (character_count(name) > longest_name)
         throw ArchiveError("Nazwa pliku w archiwum jest dłuższa niż 128 znaków: " + name);
@@ -156,7 +155,7 @@ ArchivedFile ArchiveReader::read_file(std::string name) {
         if (file.size <= largest_invoice_file)
             file.content += piece;
         else
-            file.content.clear();
+            std::string().swap(file.content);  // its memory, too: there may be many of these
     }
     file.hash = hash.base64();
     return file;

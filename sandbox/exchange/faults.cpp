@@ -33,6 +33,7 @@ constexpr Kind kinds[] = {
     {FaultKind::json, "json", false},
     {FaultKind::remove, "remove", false},
     {FaultKind::header, "header", false},
+    {FaultKind::escape, "escape", false},
     {FaultKind::verdict, "verdict", false},
 };
 
@@ -48,7 +49,8 @@ FaultKind kind_named(const std::string& name) {
 }
 
 bool edits_answer(FaultKind kind) {
-    return kind == FaultKind::json || kind == FaultKind::remove || kind == FaultKind::header;
+    return kind == FaultKind::json || kind == FaultKind::remove || kind == FaultKind::header ||
+           kind == FaultKind::escape;
 }
 
 bool is_processing(std::string_view step) {
@@ -133,6 +135,12 @@ void edit(const Fault& fault, Answer& answer) {
     else
         remove_at_path(*body, fault.path);
     answer.body = dump(*body);
+}
+
+/// As some of the service's answers come.
+void escape(Answer& answer) {
+    if (const auto body = read_json(answer.body))
+        answer.body = body->dump(-1, ' ', true, Json::error_handler_t::replace);
 }
 
 constexpr const char* firewall_page =
@@ -234,13 +242,16 @@ Delivery apply_faults(const std::vector<Fault>& faults, const RefusalWriter& wri
                       Answer& answer) {
     Delivery delivery;
     for (const Fault& fault : faults)
-        if (edits_answer(fault.kind)) edit(fault, answer);
+        if (edits_answer(fault.kind) && fault.kind != FaultKind::escape) edit(fault, answer);
     for (const Fault& fault : faults) {
         if (edits_answer(fault.kind)) continue;
         replace(fault, write, answer);
         delivery = {entry_of(fault.kind).mode, fault.kind == FaultKind::delay ? fault.delay_ms : 0,
                     std::size_t(fault.bytes), fault.interval_ms};
     }
+    // Last: it is about how an answer is written, also one that a fault has put in place.
+    for (const Fault& fault : faults)
+        if (fault.kind == FaultKind::escape) escape(answer);
     return delivery;
 }
 

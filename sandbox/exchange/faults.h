@@ -29,6 +29,7 @@ enum class FaultKind {
     json,       // the proper answer with the value at `path` replaced
     remove,     // the proper answer without the member at `path`
     header,     // the proper answer with the header `name` set to `value`
+    escape,     // the JSON of whatever answer with \u escapes for all that is not ASCII
     verdict,    // at a processing step: the outcome is `code`
 };
 

@@ -131,7 +131,7 @@ Answer too_many_requests_answer(int limit, std::string_view window_name, int ret
     const std::string wait = std::to_string(retry_after_s);
     const std::string text = "Przekroczono limit " + std::to_string(limit) + " żądań na " +
                              std::string(window_name) + ". Spróbuj ponownie po " + wait +
-                             (retry_after_s == 1 ? " sekundzie." : " sekundach.");
+                             " sekundach.";
     Answer answer = Answer::json(429, {{"status",
                                         {{"code", 429},
                                          {"description", "Too Many Requests"},

@@ -3,11 +3,15 @@
 #include <algorithm>
 #include <stdexcept>
 
+#include "sandbox/basics/crypto.h"
+#include "sandbox/basics/ksef_number.h"
 #include "sandbox/basics/text.h"
 #include "sandbox/http/routes.h"
 #include "sandbox/http/state_json.h"
 #include "sandbox/pages/html.h"
+#include "sandbox/service/certificates.h"
 #include "sandbox/service/processing.h"
+#include "sandbox/service/purchases.h"
 
 namespace tavrix::sandbox {
 namespace {
@@ -122,6 +126,36 @@ Answer rotate_keys(ControlRoom& room, Request& request) {
     return Answer::json(200, service.keys.published(service.now(), service.options.time));
 }
 
+std::string text_or_nothing(const Json& body, const char* name) {
+    return body.contains(name) ? body[name].get<std::string>() : std::string();
+}
+
+/// `{"certificate": "-----BEGIN ...", "nip": "5265877635", "type": "Offline"}`
+Answer add_certificate(ControlRoom& room, Request& request) {
+    const Json body = body_of(request);
+    CertificateClaim claim{text_or_nothing(body, "certificate"), text_or_nothing(body, "nip"),
+                           text_or_nothing(body, "name"), text_or_nothing(body, "type")};
+    claim.revoked = body.value("revoked", false);
+    return Answer::json(200,
+                        certificate_json(room.service, register_certificate(room.service, claim)));
+}
+
+/// `{"xml": "..."}`, or `{"buyer": "7352765225", "seller": "5265877635", "count": 250}`
+Answer add_purchases(ControlRoom& room, Request& request) {
+    const Json body = body_of(request);
+    constexpr int most = 20'000;
+    Purchases purchases{text_or_nothing(body, "xml"), text_or_nothing(body, "seller"),
+                        text_or_nothing(body, "buyer"), text_or_nothing(body, "buyer_unit")};
+    purchases.count = body.value("count", 1);
+    if (purchases.count < 1 || purchases.count > most)
+        throw std::invalid_argument("count is from 1 to 20000");
+    if (!purchases.xml.empty() && purchases.count != 1)
+        throw std::invalid_argument("a document is accepted once");
+    if (purchases.xml.empty() && (!is_nip(purchases.buyer) || !is_nip(purchases.seller)))
+        throw std::invalid_argument("buyer and seller are tax numbers, or xml is a document");
+    return Answer::json(200, {{"ksefNumbers", add_purchases(room.service, purchases)}});
+}
+
 const Invoice& invoice_named(ControlRoom& room, const Request& request) {
     const Invoice* invoice = look_up(room.service.state.invoices, request.parameters.at(0));
     if (invoice == nullptr) throw std::invalid_argument("no such invoice");
@@ -154,6 +188,8 @@ constexpr ControlRoute table[] = {
     {"POST", "/sandbox/clock", move_clock},
     {"POST", "/sandbox/pace", set_pace},
     {"POST", "/sandbox/keys/rotate", rotate_keys},
+    {"POST", "/sandbox/certificates", add_certificate},
+    {"POST", "/sandbox/purchases", add_purchases},
     {"GET", "/sandbox/invoices/{}/xml", invoice_xml},
     {"GET", "/sandbox/invoices/{}/upo", invoice_upo_document},
 };

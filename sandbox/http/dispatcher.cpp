@@ -92,6 +92,10 @@ Dispatcher::Outcome Dispatcher::handle(Request& request) {
     const std::lock_guard lock(mutex_);
     const auto start = std::chrono::steady_clock::now();
 
+    // The published interface knows it as a header only.
+    if (service_.options.strict)
+        std::erase_if(request.query,
+                      [](const auto& it) { return it.first == "x-continuation-token"; });
     bool path_known = false;
     const Route* route = nullptr;
     const std::string_view inside = strip_root(raw_path);

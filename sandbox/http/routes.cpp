@@ -85,6 +85,8 @@ constexpr Route table[] = {
     {"GET", "tokens/{}", "tokens/status", G::other, signed_in, token_status},
     {"DELETE", "tokens/{}", "tokens/revoke", G::other, signed_in, revoke_token},
 
+    {"POST", "certificates/query", "certificates/query", G::other, signed_in, query_certificates},
+
     // Outside the versioned root, without a bearer token: see download_links.h.
     {"PUT", "storage/00/{}/batch-parts/{}", "storage/batch-parts", G::unlimited, anybody,
      upload_part},

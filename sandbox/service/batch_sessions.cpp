@@ -48,11 +48,17 @@ std::vector<PackagePart> read_parts(const Json& file) {
     return parts;
 }
 
-Package read_package(const Json& body, Instant now) {
+/// Older clients send an empty file as one of size 0.
+bool is_empty_file(const Json& file) {
+    const Json* size = given(file, "fileSize");
+    return size != nullptr && whole_number(*size) == 0;
+}
+
+Package read_package(const Json& body, Instant now, bool strict) {
     constexpr std::string_view compressions[] = {"Zip", "TarGz"};
     const Json& file = required_object(body, "batchFile");
     Package package;
-    package.size = required_count(file, "fileSize");
+    if (strict || !is_empty_file(file)) package.size = required_count(file, "fileSize");
     if (package.size > largest_package)
         throw invalid_input("'fileSize' must be less than or equal to '" +
                             std::to_string(largest_package) + "'.");
@@ -100,7 +106,7 @@ Answer storage_error(int status, const std::string& code, const std::string& mes
 
 Answer open_batch_session(Service& service, Request& request) {
     const Json body = read_body(request);
-    Package package = read_package(body, service.now());
+    Package package = read_package(body, service.now(), service.options.strict);
     Session session = read_new_session(service, request, body, SessionKind::batch);
     session.package = std::move(package);
     const Session& kept = service.state.add(std::move(session));

@@ -19,6 +19,9 @@ Json invoice_json(Service& service, const Request& request, Invoice& invoice) {
     const Status status = observe(service, invoice);
     const bool accepted = !invoice.ksef_number.empty();
     Json json = {{"ordinalNumber", invoice.ordinal}};
+    if (service.options.classic_order) json["referenceNumber"] = invoice.reference;
+    if (service.options.classic_order && accepted) json["ksefNumber"] = invoice.ksef_number;
+    // What stands there already keeps its place.
     if (accepted) {
         json["invoiceNumber"] = invoice.summary->invoice_number;
         json["ksefNumber"] = invoice.ksef_number;

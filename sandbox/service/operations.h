@@ -54,6 +54,9 @@ Operation list_tokens;
 Operation token_status;
 Operation revoke_token;
 
+// KSeF certificates: certificates.cpp
+Operation query_certificates;
+
 // Confirmations by signed address, without a bearer token: download_links.cpp
 Operation download_invoice_upo;
 Operation download_session_upo;

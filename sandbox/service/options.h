@@ -29,6 +29,12 @@ struct Options {
     std::string schema_folder;
     /// KSeF tokens to accept. With none named, every token of the right shape is accepted.
     std::vector<std::string> tokens;
+    /// Files (PEM) of KSeF certificates that companies have.
+    std::vector<std::string> certificate_files;
+    /// Nothing but what is published; otherwise what older clients send is taken as well.
+    bool strict = false;
+    /// Entries of lists in the order in which older clients read them by position.
+    bool classic_order = false;
     bool rate_limits = false;
     bool rotate_keys = false;
     bool refuse_attachments = false;

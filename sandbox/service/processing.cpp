@@ -33,6 +33,8 @@ std::string new_ksef_number(const Service& service, const Invoice& invoice) {
     return number;
 }
 
+}  // namespace
+
 void finish_invoice(Service& service, Session& session, Invoice& invoice, Instant when) {
     const Criteria criteria{service.state, service.schemas ? &*service.schemas : nullptr,
                             service.options.refuse_attachments};
@@ -55,6 +57,8 @@ void finish_invoice(Service& service, Session& session, Invoice& invoice, Instan
     service.save(invoice);
     service.save(session);
 }
+
+namespace {
 
 void advance(Service& service, Invoice& invoice, Instant now) {
     const Options& options = service.options;

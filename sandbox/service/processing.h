@@ -18,6 +18,9 @@ void settle_invoices(Service& service);
 Status observe(Service& service, Invoice& invoice);
 Status observe(Service& service, Session& session);
 
+/// Judges an invoice and notes what comes of it.
+void finish_invoice(Service& service, Session& session, Invoice& invoice, Instant when);
+
 /// What due verdicts of a step have ordered instead of the status found.
 void apply_verdicts(Service& service, std::string_view step, StatusOf what, Status& status);
 

@@ -1,11 +1,14 @@
 #include "sandbox/service/service.h"
 
 #include <algorithm>
+#include <fstream>
+#include <stdexcept>
 
 #include "sandbox/basics/crypto.h"
 #include "sandbox/basics/ksef_number.h"
 #include "sandbox/basics/text.h"
 #include "sandbox/exchange/body.h"
+#include "sandbox/service/certificates.h"
 #include "sandbox/service/package_work.h"
 #include "sandbox/service/tokens.h"
 
@@ -105,6 +108,15 @@ void Service::forget_packages_not_waiting() {
 }
 
 void Service::take_over_options() {
+    for (const std::string& file : options.certificate_files) {
+        std::ifstream stream(file, std::ios::binary);
+        const std::string pem{std::istreambuf_iterator<char>(stream), {}};
+        try {
+            register_certificate(*this, {pem, {}, {}, {}});
+        } catch (const std::invalid_argument& error) {
+            throw std::runtime_error(file + ": " + error.what());
+        }
+    }
     for (const std::string& token : options.tokens) register_token(*this, token);
     for (const Fault& fault : options.faults) faults.add(fault);
 }

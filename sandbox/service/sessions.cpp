@@ -83,6 +83,16 @@ SessionFilter read_filter(const Request& request) {
     return filter;
 }
 
+/// What older clients take for the number of a session's document: that of its first invoice whose
+/// number could be read.
+std::string first_invoice_number(const State& state, const Session& session) {
+    for (const std::string& reference : session.invoices)
+        if (const auto& summary = state.invoices.at(reference).summary;
+            summary && !summary->invoice_number.empty())
+            return summary->invoice_number;
+    return {};
+}
+
 }  // namespace
 
 Answer open_online_session(Service& service, Request& request) {
@@ -141,14 +151,17 @@ Answer list_sessions(Service& service, Request& request) {
             found.push_back(&session);
     }
     return list_answer(request, 1000, "sessions", found, [&](const Session* session) {
-        return Json{{"referenceNumber", session->reference},
-                    {"status", session->status},
-                    {"dateCreated", service.time_text(session->created)},
-                    {"dateUpdated", service.time_text(session->updated)},
-                    {"validUntil", service.time_text(session->valid_until)},
-                    {"totalInvoiceCount", session->invoices.size()},
-                    {"successfulInvoiceCount", session->successful},
-                    {"failedInvoiceCount", session->failed}};
+        Json entry = {{"referenceNumber", session->reference}};
+        if (service.options.classic_order)
+            entry["invoiceNumber"] = first_invoice_number(service.state, *session);
+        entry.update(Json{{"status", session->status},
+                          {"dateCreated", service.time_text(session->created)},
+                          {"dateUpdated", service.time_text(session->updated)},
+                          {"validUntil", service.time_text(session->valid_until)},
+                          {"totalInvoiceCount", session->invoices.size()},
+                          {"successfulInvoiceCount", session->successful},
+                          {"failedInvoiceCount", session->failed}});
+        return entry;
     });
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <sstream>
 #include <stdexcept>
 
 #include "sandbox/basics/crypto.h"
@@ -115,6 +116,16 @@ KsefToken& own_token(Service& service, Request& request) {
     return *token;
 }
 
+/// A list of names; older clients send one text with commas between them.
+std::vector<std::string> read_permissions(const Json& body, bool strict) {
+    const Json* value = given(body, "permissions");
+    if (strict || value == nullptr || !value->is_string()) return text_list(body, "permissions");
+    std::vector<std::string> names;
+    std::istringstream text(value->get<std::string>());
+    for (std::string name; std::getline(text, name, ',');) names.push_back(name);
+    return names;
+}
+
 }  // namespace
 
 TokenVerdict judge_token(Service& service, const std::string& token, const Context& context) {
@@ -162,7 +173,7 @@ Answer create_token(Service& service, Request& request) {
     const Json body = read_body(request);
     const Authentication& author = service.authentication_of(request);
     KsefToken token;
-    token.permissions = text_list(body, "permissions");
+    token.permissions = read_permissions(body, service.options.strict);
     if (token.permissions.empty())
         throw invalid_input("Wymagane jest co najmniej jedno uprawnienie.");
     for (const std::string& permission : token.permissions) {

@@ -44,6 +44,21 @@ struct KsefToken {
     bool revoked = false;
 };
 
+/// A KSeF certificate of a company, as somebody told the sandbox.
+struct Certificate {
+    /// 16 upper-case hexadecimal digits.
+    std::string serial;
+    std::string name;
+    /// `Authentication` or `Offline`.
+    std::string type;
+    std::string common_name;
+    std::string nip;
+    Instant valid_from;
+    Instant valid_to;
+    Instant requested;
+    bool revoked = false;
+};
+
 /// The first and the last IPv4 address of a range.
 using IpRange = std::pair<std::uint32_t, std::uint32_t>;
 using IpRanges = std::vector<IpRange>;
@@ -190,6 +205,8 @@ struct State {
     std::unordered_map<std::string, Session> sessions;
     std::unordered_map<std::string, Invoice> invoices;
     std::map<std::string, KsefToken> tokens;
+    /// By serial number.
+    std::map<std::string, Certificate> certificates;
     /// In the order of creation, oldest first.
     std::vector<std::string> authentication_order;
     std::vector<std::string> session_order;

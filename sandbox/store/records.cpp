@@ -40,6 +40,8 @@ NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(InvoiceSummary, invoice_number, 
                                                 self_invoicing, has_attachment)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(KsefToken, reference, hash, context, description,
                                                 permissions, created, last_used, revoked)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(Certificate, serial, name, type, common_name, nip,
+                                                valid_from, valid_to, requested, revoked)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(Authentication, reference, context, token_reference,
                                                 token_hash, permissions, allowed_ips, started,
                                                 outcome, polls, finished, redeemed, revoked,
@@ -60,14 +62,15 @@ NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(Invoice, reference, session_refe
 
 namespace {
 
-constexpr const char* record_kinds[] = {"token",   "authentication", "session", "session-upo",
-                                        "invoice", "encrypted",      "xml",     "upo"};
+constexpr const char* record_kinds[] = {"certificate", "token",       "authentication",
+                                        "session",     "session-upo", "invoice",
+                                        "encrypted",   "xml",         "upo"};
 
 template <typename Record>
-void write_record(Store& store, const char* kind, const Record& record) {
+void write_record(Store& store, const char* kind, const std::string& key, const Record& record) {
     using nlohmann::json;
     const std::string text = json(record).dump(-1, ' ', false, json::error_handler_t::replace);
-    store.write(kind, record.reference, text);
+    store.write(kind, key, text);
 }
 
 template <typename Record, typename Enter>
@@ -84,20 +87,24 @@ void write_text(Store& store, const char* kind, const std::string& key, const st
 }  // namespace
 
 void save(Store& store, const KsefToken& token) {
-    write_record(store, "token", token);
+    write_record(store, "token", token.reference, token);
+}
+
+void save(Store& store, const Certificate& certificate) {
+    write_record(store, "certificate", certificate.serial, certificate);
 }
 
 void save(Store& store, const Authentication& authentication) {
-    write_record(store, "authentication", authentication);
+    write_record(store, "authentication", authentication.reference, authentication);
 }
 
 void save(Store& store, const Session& session) {
-    write_record(store, "session", session);
+    write_record(store, "session", session.reference, session);
     write_text(store, "session-upo", session.reference, session.upo);
 }
 
 void save(Store& store, const Invoice& invoice) {
-    write_record(store, "invoice", invoice);
+    write_record(store, "invoice", invoice.reference, invoice);
     if (invoice.encrypted.empty()) store.forget("encrypted", invoice.reference);
     write_text(store, "encrypted", invoice.reference, invoice.encrypted);
     write_text(store, "xml", invoice.reference, invoice.xml);
@@ -110,6 +117,9 @@ void load(Store& store, State& state) {
     };
     each_record<KsefToken>(store, "token",
                            [&](KsefToken token) { state.tokens[token.reference] = token; });
+    each_record<Certificate>(store, "certificate", [&](Certificate certificate) {
+        state.certificates[certificate.serial] = certificate;
+    });
     each_record<Authentication>(store, "authentication", [&](Authentication authentication) {
         state.add(std::move(authentication));
     });

@@ -8,6 +8,7 @@
 namespace tavrix::sandbox {
 
 void save(Store& store, const KsefToken& token);
+void save(Store& store, const Certificate& certificate);
 void save(Store& store, const Authentication& authentication);
 void save(Store& store, const Session& session);
 void save(Store& store, const Invoice& invoice);

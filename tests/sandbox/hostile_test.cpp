@@ -54,8 +54,7 @@ TEST_F(HostileTest, StrangePathsFindNothing) {
     EXPECT_EQ(client().get("/auth/challenge%2Fx").status, 401)
         << "an encoded slash stays in its segment";
     EXPECT_EQ(client().remove("/sessions").status, 405);
-    for (const char* absent : {"/auth/xades-signature"})
-        EXPECT_EQ(client().post(absent).status, 404) << absent << " of a form that is known";
+    EXPECT_EQ(client().post("/auth/xades-signature").status, 404) << "of a form that is known";
 }
 
 TEST_F(HostileTest, WhatTheTransportRefusesEndsTheConnection) {

@@ -10,9 +10,8 @@ namespace tavrix::sandbox::testing {
 /// Names and contents.
 using Files = std::vector<std::pair<std::string, std::string>>;
 
-enum class Packing { zip, encrypted_zip, tar_gz, linked_tar_gz };
+enum class Packing { zip, encrypted_zip, tar_gz };
 
-/// \param packing of `linked_tar_gz` every file is a symbolic link.
 std::string packed(const Files& files, Packing packing = Packing::zip);
 
 }  // namespace tavrix::sandbox::testing

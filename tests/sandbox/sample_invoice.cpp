@@ -2,6 +2,20 @@
 
 namespace tavrix::sandbox::testing {
 
+const char* const offline_certificate =
+    "-----BEGIN CERTIFICATE-----\n"
+    "MIIBvzCCAWWgAwIBAgIIAfIKXTUq5ZAwCgYIKoZIzj0EAwIwMjEVMBMGA1UEAwwM\n"
+    "SmFuIEtvd2Fsc2tpMRkwFwYDVQRhDBBWQVRQTC01MjY1ODc3NjM1MCAXDTI2MTEy\n"
+    "MjA5NDI1MVoYDzIxMjYxMDI5MDk0MjUxWjAyMRUwEwYDVQQDDAxKYW4gS293YWxz\n"
+    "a2kxGTAXBgNVBGEMEFZBVFBMLTUyNjU4Nzc2MzUwWTATBgcqhkjOPQIBBggqhkjO\n"
+    "PQMBBwNCAASx5dOXL06VoUbMN0B53CbyOG2L2Wb7n36MQH+7ezqr+ZE9altT+ALu\n"
+    "jXiSWp8cVA4S0c52uv8MuMqB5X0s11rRo2MwYTAdBgNVHQ4EFgQUpuHHuV+ghDwk\n"
+    "jbOx9EyaY9EFSicwHwYDVR0jBBgwFoAUpuHHuV+ghDwkjbOx9EyaY9EFSicwDwYD\n"
+    "VR0TAQH/BAUwAwEB/zAOBgNVHQ8BAf8EBAMCBkAwCgYIKoZIzj0EAwIDSAAwRQIg\n"
+    "CU1RoQXmOpmFAywwiU2KMkgmd98YH9WB0XlFTUzalbACIQCwqzCYyUqQlLa6Hm/G\n"
+    "mljJ7ArEsSsvu3qe8ahw7MTxdA==\n"
+    "-----END CERTIFICATE-----\n";
+
 std::string SampleInvoice::xml() const {
     const auto element = [](const char* name, const std::string& text) {
         return "<" + std::string(name) + ">" + text + "</" + name + ">";

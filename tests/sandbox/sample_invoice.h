@@ -8,6 +8,10 @@ namespace tavrix::sandbox::testing {
 inline constexpr const char* seller_nip = "5265877635";
 inline constexpr const char* buyer_nip = "7352765225";
 
+/// Of the seller, serial number 01F20A5D352AE590, good for vouching for content; valid for a
+/// century.
+extern const char* const offline_certificate;
+
 struct SampleInvoice {
     std::string seller = seller_nip;
     std::string buyer = buyer_nip;
