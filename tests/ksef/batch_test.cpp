@@ -127,7 +127,8 @@ TEST_F(Batch, WhateverFailsOnThisMachineIsATextAndNoHalfOutcome) {
         ports::SqliteDatabase real(connection);
         test::FailingDatabase database(real, failing);
         const std::string result = send_package(
-            {make_http, crypto_port, clock, *xml, *code_page, files_port, settings}, database);
+            {make_http, crypto_port, clock, *locale, *xml, *code_page, files_port, settings},
+            database);
         EXPECT_EQ(result.empty(), !failing.struck()) << call;
         EXPECT_EQ(rows(), failing.struck() ? 0u : 1u) << call << ' ' << result;
     });
@@ -138,7 +139,7 @@ TEST_F(Batch, CutsAFileAtAHundredMillionBytesOrNotAtAll) {
     const std::string into = target.path().string();
     const auto cut = [&](ports::DataFiles& with) {
         return base::to_utf8(
-            KseF_comm({make_http, *crypto, clock, *xml, *code_page, with, settings})
+            KseF_comm({make_http, *crypto, clock, *locale, *xml, *code_page, with, settings})
                 .PodzielPlik(path, base::from_utf8(into)));
     };
     const std::string first = into + "\\paczka.zip.001";

@@ -6,6 +6,8 @@
 namespace tavrix::ksef {
 namespace {
 
+using test::Json;
+
 const std::string failed = "Nieznany błąd pobierania upo";
 const std::string list = "/api/v2/sessions?pageSize=1000&sessionType=Batch&statuses=";
 const std::string all = list + "Succeeded&statuses=Failed&statuses=Cancelled";

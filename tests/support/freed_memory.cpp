@@ -56,4 +56,10 @@ int found_in_freed_memory() {
     return blocks_found;
 }
 
+void forget_freed_memory() {
+    watching = false;
+    texts.clear();
+    blocks_found = 0;
+}
+
 }  // namespace tavrix::test

@@ -11,5 +11,7 @@ namespace tavrix::test {
 void look_for_in_freed_memory(std::string_view secret);
 /// How many blocks held one of the texts.
 int found_in_freed_memory();
+/// Ends the watch.
+void forget_freed_memory();
 
 }  // namespace tavrix::test
