@@ -29,10 +29,11 @@ start_sandbox() {
 # make_host_database FILE: a SQLite file with the demonstration's tables.
 make_host_database() { sed 's/(max)//g' "$root/demo/schema.sql" | sqlite3 "$1"; }
 
-# write_settings FILE [CA_FILE]
+# write_settings FILE [CA_FILE [PROFILE]]: every environment is the sandbox: a call meant for it must never leave this computer.
 write_settings() {
     local authority=${2:+"\"private_ca_file\": \"$2\", "}
-    printf '{\n  "ksef": { "test": "%s" },\n  "http": { %s"proxy": "direct" }\n}\n' "$origin" "$authority" >"$1"
+    printf '{\n  "profile": "%s",\n  "ksef": { "production": "%s", "demo": "%s", "test": "%s" },\n  "http": { %s"proxy": "direct" }\n}\n' \
+        "${3:-classic}" "$origin" "$origin" "$origin" "$authority" >"$1"
 }
 
 # A window system for Wine's sake is started per program and says when it goes; only what the program prints counts.
