@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# ./dev demo: a host sends invoices to the sandbox and fetches some. With --native the host is tavrix, otherwise Wine's script host
-# with a script that any Windows program could be; what comes behind the first invoices is tavrix's in both. What comes out stays in build/demo.
+# ./dev demo: a host sends invoices to the sandbox and fetches some. With --native the host is tavrix, otherwise Wine's script
+# host with scripts that any Windows program could be. What comes out stays in build/demo.
 set -euo pipefail
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
@@ -58,11 +58,14 @@ send_natively() { # table id invoice
         --xml "$demo/$3.xml" --db "$demo/firma.db" --table "$1" --id "$2"
 }
 
+# Whatever status it ends with; the caller looks at what it printed. The script host writes the console's code page.
+run_script_host() { # script [argument...]
+    { wine_program 32 cscript //nologo "Z:$sources/$1" "${@:2}" || true; } | tr -d '\r' | iconv -f CP852 -t UTF-8
+}
+
 send_through_com() { # table id invoice
-    wine_program 32 cscript //nologo "Z:$sources/send_invoice.vbs" "Z:$demo/firma.db" "$nip" "$token" \
-        "Z:$demo/$3.xml" "$1" "$2" 2 >"$demo/$3.cp852" || true
-    # The script host writes the console's code page.
-    tr -d '\r' <"$demo/$3.cp852" | iconv -f CP852 -t UTF-8 | tee "$demo/$3.txt" | sed -E 's/^/  /' | cut -c1-160
+    run_script_host send_invoice.vbs "Z:$demo/firma.db" "$nip" "$token" "Z:$demo/$3.xml" "$1" "$2" 2 >"$demo/$3.txt"
+    sed -E 's/^/  /' "$demo/$3.txt" | cut -c1-160
     grep -q '^KONIEC' "$demo/$3.txt" || fail "the script did not reach its end"
 }
 

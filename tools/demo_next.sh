@@ -1,9 +1,22 @@
 # What ./dev demo shows behind the first invoices: a package, what became of it, purchases, an invoice issued offline.
-# All of it by tavrix, whichever door sent the invoices. Sourced by tools/demo.sh, which has $demo, $bin, $nip and $token.
+# Sourced by tools/demo.sh, which has $demo, $sources, $bin, $door, $nip and $token.
 
-use_profile() { write_settings "$demo/Tavrix.json" "$demo/ca.pem" "$1"; } # classic|current
+# Both doors read settings anew with each call.
+use_profile() { # classic|current
+    if [[ $door == native ]]; then
+        write_settings "$demo/Tavrix.json" "$demo/ca.pem" "$1"
+    else
+        write_settings "$demo/dll/Tavrix.json" "Z:$demo/ca.pem" "$1"
+    fi
+}
 
 tavrix() { TAVRIX_SETTINGS=$demo/Tavrix.json TAVRIX_TOKEN=$token "$bin/tavrix" "$@"; }
+
+call_through_com() { # method [argument...]
+    run_script_host call_ksef.vbs "Z:$demo/firma.db" "$nip" "$token" "$@" >"$demo/call.txt"
+    grep -q '^KONIEC' "$demo/call.txt" || fail "$1 did not reach its end"
+    sed -n '/^KONIEC/!p' "$demo/call.txt" | cut -c1-160
+}
 
 query() { sqlite3 "$demo/firma.db" "$@"; }
 expect() { # SQL text
@@ -36,7 +49,11 @@ send_package() {
         write_invoice "$number" "$demo/paczka/dok_fak-$id.xml"
     done < <(query "select ddout_id, ddout_numer from dok_fak where ddout_id between 1003 and 1005")
     "$bin/tavrix" pack "$demo/paczka" "$demo/paczka.zip" | sed "s#$root/##"
-    tavrix batch "$demo/paczka.zip"
+    if [[ $door == native ]]; then
+        tavrix batch "$demo/paczka.zip"
+    else
+        call_through_com SendBach "Z:$demo/paczka.zip"
+    fi
     wait_for_package
 }
 
@@ -49,7 +66,7 @@ wait_for_package() {
 }
 
 reconcile() {
-    tavrix reconcile --db "$demo/firma.db"
+    if [[ $door == native ]]; then tavrix reconcile --db "$demo/firma.db"; else call_through_com GetUpo; fi
     show_package_rows
 }
 
@@ -78,7 +95,7 @@ fetch_purchases() {
     for seller in 7352765225 8567346215; do
         steer purchases --data "{\"buyer\": \"$nip\", \"seller\": \"$seller\"}" >"$demo/purchases-$seller.json"
     done
-    tavrix pull --nip "$nip" --db "$demo/firma.db"
+    if [[ $door == native ]]; then tavrix pull --nip "$nip" --db "$demo/firma.db"; else call_through_com GetFaktury; fi
     query -header -column "select ksefNumber, In_nip, coalesce(konh_nazwa, '(unknown)') as contractor, In_NEtto,
         length(dane) as xml_characters, coalesce(User_ids_do_podpisu, '') as approvers
         from DOK_ZDJECIA left join kontrahenci on konh_id = In_Konh_id order by countt"
@@ -115,10 +132,19 @@ PYTHON
 }
 
 issue_offline() {
-    local serial=01F20A5D352AE590 invoice=$demo/offline.xml link
+    local serial=01F20A5D352AE590 invoice=$demo/offline.xml link hash
     make_certificate
     write_invoice FV/2026/11/0151 "$invoice"
-    link=$(tavrix certlink --nip "$nip" --serial "$serial" --key "$demo/offline.key" --xml "$invoice")
+    if [[ $door == native ]]; then
+        link=$(tavrix certlink --nip "$nip" --serial "$serial" --key "$demo/offline.key" --xml "$invoice")
+    else
+        hash=$("$bin/tavrix" hash "$invoice" | cut -d' ' -f1)
+        query "update dok_fak set HashFaktury = '$hash' where ddout_id = 1006" \
+            "insert into uzytkownicy_setup values (7, 'usp607', cast(readfile('$demo/offline.key') as text))"
+        call_through_com GetQr2 "$serial" dok_fak 1006 >"$demo/qr2.txt"
+        link=$(query "select coalesce(ksef_qrcode2, '') from dok_fak where ddout_id = 1006")
+        [[ -n $link ]] || fail "no link in the row: $(cat "$demo/qr2.txt")"
+    fi
     say "$link"
     check_link "$link"
     "$bin/tavrix" qr --text "$link" --caption CERTYFIKAT --out "$demo/offline-qr.png"
