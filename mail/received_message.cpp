@@ -101,21 +101,20 @@ bool take_received_message(base::ByteView bytes, const base::Text& folder,
                            const MessagePorts& ports, MessageRecord& record) {
     const ports::CodePage& code_page = ports.code_page;
     Saver saver(folder, ports, record);
-    const auto message = mime::parse_message(base::chars_of(bytes), code_page);
-    if (!message) {
-        record[MessageProperty::MessageBody] = code_page.to_text(bytes);
+    const mime::Message message = mime::parse_message(base::chars_of(bytes), code_page);
+    record[MessageProperty::Headers] = code_page.to_text(base::bytes_of(message.header_text));
+    record[MessageProperty::MessageBody] = code_page.to_text(base::bytes_of(message.body));
+    take_header(message, code_page, record);
+    if (!message.is_taken_apart) {
         saver.save({}, extension_of("message/rfc822"), bytes);
         return false;
     }
-    record[MessageProperty::Headers] = code_page.to_text(base::bytes_of(message->header_text));
-    record[MessageProperty::MessageBody] = code_page.to_text(base::bytes_of(message->body));
-    take_header(*message, code_page, record);
     base::Text& text = record[MessageProperty::MessageText];
-    for (const mime::Part& part : message->texts) {
+    for (const mime::Part& part : message.texts) {
         text += mime::text_of(part, code_page);
         if (!text.ends_with(u'\n')) text += u"\r\n";
     }
-    for (const mime::Part& part : message->files) {
+    for (const mime::Part& part : message.files) {
         if (part.encoding == mime::TransferEncoding::identity) {
             saver.save(part.file_name, extension_of(part.type), base::bytes_of(part.body));
         } else {
