@@ -98,9 +98,10 @@ std::optional<Delimiter> Reader::next_delimiter(std::size_t at) const {
 
 bool Reader::enter(const ParameterizedValue& type) {
     const Parameter* const boundary = type.find("boundary");
-    if (boundary == nullptr || boundary->value.empty()) return false;
-    open_.push_back({std::string(trimmed(boundary->value)), type.value == "multipart/alternative",
-                     message_.texts.size(), false});
+    const std::string_view value = boundary == nullptr ? "" : trimmed(boundary->value);
+    if (value.empty()) return false;
+    open_.push_back(
+        {std::string(value), type.value == "multipart/alternative", message_.texts.size(), false});
     return true;
 }
 
@@ -169,7 +170,8 @@ void Reader::add(Part part, bool is_attachment) {
 
 void Reader::add_text(Part part) {
     // Nothing between two boundaries, or the blank text that some programs put beside their HTML.
-    if (trimmed(part.body).empty()) return;
+    constexpr base::TextView blanks = u" \t\r\n\u00A0";
+    if (text_of(part, code_page_).find_first_not_of(blanks) == base::Text::npos) return;
     const bool plain = part.type == "text/plain";
     for (Multipart& multipart : open_) {
         if (!multipart.alternative) continue;
