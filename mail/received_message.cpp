@@ -70,14 +70,32 @@ class Saver {
             longest_);
         // Hosts take the list of files apart at it.
         std::ranges::replace(name, u';', u'_');
-        base::Text free = names_.take(name);
-        if (!folder_.empty()) {
-            while (!ports_.files.write_new(folder_ + free, bytes)) free = names_.take(name);
-        }
-        record_.files += u";" + free;
+        record_.files += u";" + written(name, bytes);
     }
 
   private:
+    // The name under which there was room.
+    base::Text written(const base::Text& name, base::ByteView bytes) {
+        // Each try is a file that is opened, on a disk across a network perhaps.
+        constexpr int most_tries = 10'000;
+        base::Text free = names_.take(name);
+        if (folder_.empty()) return free;
+        try {
+            for (int tries = 1; !ports_.files.write_new(folder_ + free, bytes); ++tries) {
+                if (tries == most_tries) {
+                    throw base::AutomationError(base::ErrorNumber::component_failed,
+                                                u"CMessage.take",
+                                                u"Zbyt wiele plików ma taką nazwę");
+                }
+                free = names_.take(name);
+            }
+        } catch (const base::AutomationError& error) {
+            throw base::AutomationError(error.number(), error.source(),
+                                        error.description() + u": " + folder_ + free);
+        }
+        return free;
+    }
+
     base::Text folder_;
     const MessagePorts& ports_;
     MessageRecord& record_;
