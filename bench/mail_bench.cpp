@@ -49,13 +49,13 @@ std::size_t decode(const std::string& bytes) {
     static const auto code_page = ports::make_native_code_page();
     const auto message = mail::mime::parse_message(bytes, *code_page);
     std::size_t size = 0;
-    for (const auto& part : message->texts) {
+    for (const auto& part : message.texts) {
         size += base::to_utf8(mail::mime::text_of(part, *code_page)).size();
     }
-    for (const auto& part : message->files) {
+    for (const auto& part : message.files) {
         size += mail::mime::decode_body(part.encoding, part.body).size();
     }
-    if (mail::mime::decode_words(message->header.first("Subject").value(), *code_page).empty())
+    if (mail::mime::decode_words(message.header.first("Subject").value(), *code_page).empty())
         std::abort();
     return size;
 }

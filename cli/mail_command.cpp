@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <iostream>
 #include <memory>
 #include <nlohmann/json.hpp>
@@ -69,14 +70,27 @@ void print_json(const CMessage& message, std::int32_t result) {
     std::cout << answer.dump(2) << '\n';
 }
 
+// A stranger's text must not steer the terminal that shows it.
+std::string for_people(const base::Text& text) {
+    base::Text shown = base::replace_all(text, u"\r\n", u"\n");
+    std::ranges::replace_if(
+        shown,
+        [](char16_t c) {
+            const bool is_control = c < 0x20 || (c >= 0x7F && c <= 0x9F);
+            return is_control && c != u'\n' && c != u'\t';
+        },
+        u'\xFFFD');
+    return base::to_utf8(shown);
+}
+
 void print(const CMessage& message) {
     for (const Shown& property : shown) {
         const base::Text& text = (message.*property.text)();
         if (property.word == nullptr || text.empty()) continue;
-        std::cout << property.word << ": " << base::to_utf8(text) << '\n';
+        std::cout << property.word << ": " << for_people(text) << '\n';
     }
     for (const std::string& file : files_of(message)) std::cout << "Załącznik: " << file << '\n';
-    std::cout << '\n' << base::to_utf8(message.text<MessageProperty::MessageText>());
+    std::cout << '\n' << for_people(message.text<MessageProperty::MessageText>());
 }
 
 // As a server would send it: a file that was saved without CR has none at all.

@@ -28,8 +28,8 @@ class Watch final : public ports::FileStore {
   private:
     // `path` is the folder and as many names as `deepest`, each of them harmless.
     static void look(base::TextView path, std::size_t deepest) {
-        if (!path.starts_with(folder.substr(0, folder.size() - 1))) std::abort();
-        if (path.size() <= folder.size()) return;
+        if (path == folder.substr(0, folder.size() - 1)) return;
+        if (!path.starts_with(folder)) std::abort();
         std::size_t depth = 0;
         for (const base::Text& name : base::split(path.substr(folder.size()), u'\\')) {
             if (name.empty()) continue;

@@ -30,8 +30,9 @@ class CMessages {
     auto end() const noexcept { return messages_.end(); }
 
   private:
-    std::size_t place_of(std::int32_t index) const;
-    std::size_t place_of(base::TextView key) const;
+    // `method` asks; its name is in the error.
+    std::size_t place_of(std::int32_t index, base::TextView method) const;
+    std::size_t place_of(base::TextView key, base::TextView method) const;
 
     std::vector<Entry> messages_;
 };

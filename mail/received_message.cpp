@@ -70,14 +70,32 @@ class Saver {
             longest_);
         // Hosts take the list of files apart at it.
         std::ranges::replace(name, u';', u'_');
-        base::Text free = names_.take(name);
-        if (!folder_.empty()) {
-            while (!ports_.files.write_new(folder_ + free, bytes)) free = names_.take(name);
-        }
-        record_.files += u";" + free;
+        record_.files += u";" + written(name, bytes);
     }
 
   private:
+    // The name under which there was room.
+    base::Text written(const base::Text& name, base::ByteView bytes) {
+        // Each try is a file that is opened, on a disk across a network perhaps.
+        constexpr int most_tries = 10'000;
+        base::Text free = names_.take(name);
+        if (folder_.empty()) return free;
+        try {
+            for (int tries = 1; !ports_.files.write_new(folder_ + free, bytes); ++tries) {
+                if (tries == most_tries) {
+                    throw base::AutomationError(base::ErrorNumber::component_failed,
+                                                u"CMessage.take",
+                                                u"Zbyt wiele plików ma taką nazwę");
+                }
+                free = names_.take(name);
+            }
+        } catch (const base::AutomationError& error) {
+            throw base::AutomationError(error.number(), error.source(),
+                                        error.description() + u": " + folder_ + free);
+        }
+        return free;
+    }
+
     base::Text folder_;
     const MessagePorts& ports_;
     MessageRecord& record_;
@@ -101,21 +119,20 @@ bool take_received_message(base::ByteView bytes, const base::Text& folder,
                            const MessagePorts& ports, MessageRecord& record) {
     const ports::CodePage& code_page = ports.code_page;
     Saver saver(folder, ports, record);
-    const auto message = mime::parse_message(base::chars_of(bytes), code_page);
-    if (!message) {
-        record[MessageProperty::MessageBody] = code_page.to_text(bytes);
+    const mime::Message message = mime::parse_message(base::chars_of(bytes), code_page);
+    record[MessageProperty::Headers] = code_page.to_text(base::bytes_of(message.header_text));
+    record[MessageProperty::MessageBody] = code_page.to_text(base::bytes_of(message.body));
+    take_header(message, code_page, record);
+    if (!message.is_taken_apart) {
         saver.save({}, extension_of("message/rfc822"), bytes);
         return false;
     }
-    record[MessageProperty::Headers] = code_page.to_text(base::bytes_of(message->header_text));
-    record[MessageProperty::MessageBody] = code_page.to_text(base::bytes_of(message->body));
-    take_header(*message, code_page, record);
     base::Text& text = record[MessageProperty::MessageText];
-    for (const mime::Part& part : message->texts) {
+    for (const mime::Part& part : message.texts) {
         text += mime::text_of(part, code_page);
         if (!text.ends_with(u'\n')) text += u"\r\n";
     }
-    for (const mime::Part& part : message->files) {
+    for (const mime::Part& part : message.files) {
         if (part.encoding == mime::TransferEncoding::identity) {
             saver.save(part.file_name, extension_of(part.type), base::bytes_of(part.body));
         } else {

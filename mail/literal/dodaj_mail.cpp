@@ -18,12 +18,21 @@ constexpr base::TextView line_end = u"\r\n";
 constexpr base::TextView empty_line = u"\r\n\r\n";
 constexpr base::TextView message_extension = u".eml";
 
+// How long an id may be in `folder`: as a folder of its own, whose path Windows takes up to 247
+// characters long, a name of 40 and the backslashes around it have room behind it. In a folder that
+// is longer still the ids of two messages should differ all the same.
+std::size_t longest_id_in(base::TextView folder) {
+    constexpr std::size_t longest_path = 247 - 2 - 40;
+    constexpr std::size_t least = 40;
+    const std::size_t room =
+        folder.size() + least < longest_path ? longest_path - folder.size() : least;
+    return std::min<std::size_t>(room, 128);
+}
+
 // Hosts' paths have the id in the name of a file, and as a folder with a name behind it.
 base::Text id_of_message(const base::Text& message_id, base::TextView folder) {
     const base::Text id = base::remove_characters(message_id, u".<>");
-    if (id.empty()) return id;
-    return harmless_file_name(
-        id, std::min<std::size_t>(128, longest_name_in(folder) - message_extension.size()));
+    return id.empty() ? id : harmless_file_name(id, longest_id_in(folder));
 }
 
 // As bytes, one for each character where the host's code page allows it: the letters of UTF-8 come

@@ -15,6 +15,8 @@ constexpr std::uint32_t windows_1250 = 1250;
 constexpr std::uint32_t iso_8859_1 = 28591;
 constexpr std::uint32_t iso_8859_2 = 28592;
 constexpr std::uint32_t utf_8 = 65001;
+constexpr std::uint32_t utf_16le = 1200;
+constexpr std::uint32_t utf_16be = 1201;
 
 struct Name {
     std::string_view name;
@@ -25,6 +27,8 @@ struct Name {
 // what is more than ASCII has no set then.
 constexpr Name names[] = {
     {"utf8", utf_8},        {"unicode11utf8", utf_8},
+    {"utf16", utf_16be},    {"utf16be", utf_16be},
+    {"utf16le", utf_16le},  {"unicode", utf_16le},
     {"utf7", 65000},        {"latin1", iso_8859_1},
     {"l1", iso_8859_1},     {"latin2", iso_8859_2},
     {"l2", iso_8859_2},     {"latin9", 28605},
@@ -90,6 +94,33 @@ bool has_windows_bytes(std::string_view bytes) {
     });
 }
 
+// Nothing that is beyond ASCII but the letters of Polish in windows-1250.
+bool is_polish_1250(std::string_view bytes) {
+    constexpr std::string_view letters =
+        "\xA5\xC6\xCA\xA3\xD1\xD3\x8C\x8F\xAF\xB9\xE6\xEA\xB3\xF1\xF3\x9C\x9F\xBF";
+    return std::ranges::all_of(bytes, [&](char c) {
+        return (c & 0x80) == 0 || letters.find(c) != std::string_view::npos;
+    });
+}
+
+// What says it is UTF-16 and has no zero byte, as blanks and most letters have, is something else.
+bool may_be_utf_16(std::string_view bytes) {
+    return bytes.size() % 2 == 0 && bytes.find('\0') != std::string_view::npos;
+}
+
+base::Text decode_utf_16(std::string_view bytes, bool is_big_endian) {
+    const bool has_mark = bytes.starts_with("\xFE\xFF") || bytes.starts_with("\xFF\xFE");
+    if (has_mark) is_big_endian = bytes.front() == '\xFE';
+    base::Text text;
+    text.reserve(bytes.size() / 2);
+    for (std::size_t i = has_mark ? 2 : 0; i + 1 < bytes.size(); i += 2) {
+        const auto high = static_cast<std::uint8_t>(bytes[is_big_endian ? i : i + 1]);
+        const auto low = static_cast<std::uint8_t>(bytes[is_big_endian ? i + 1 : i]);
+        text += static_cast<char16_t>(high << 8 | low);
+    }
+    return text;
+}
+
 }  // namespace
 
 base::Text decode_text(std::string_view bytes, std::string_view charset,
@@ -99,11 +130,15 @@ base::Text decode_text(std::string_view bytes, std::string_view charset,
         if (auto text = code_page.decode(number, base::bytes_of(bytes))) return std::move(*text);
         number = 0;
     }
+    if (number == utf_16le || number == utf_16be) {
+        if (may_be_utf_16(bytes)) return decode_utf_16(bytes, number == utf_16be);
+        number = 0;
+    }
     if (is_ascii(bytes)) return {bytes.begin(), bytes.end()};
     if (auto text = base::from_valid_utf8(bytes)) return std::move(*text);
-    if (number == utf_8) return base::from_utf8(bytes);
-    const bool takes_1250 =
-        number == 0 || number == iso_8859_1 || (number == iso_8859_2 && has_windows_bytes(bytes));
+    if (number == utf_8 && !is_polish_1250(bytes)) return base::from_utf8(bytes);
+    const bool takes_1250 = number == 0 || number == utf_8 || number == iso_8859_1 ||
+                            (number == iso_8859_2 && has_windows_bytes(bytes));
     if (!takes_1250) {
         if (auto text = code_page.decode(number, base::bytes_of(bytes))) return std::move(*text);
     }

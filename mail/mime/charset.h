@@ -12,7 +12,7 @@ namespace tavrix::mail::mime {
 /// - what is UTF-8 beyond ASCII is UTF-8, unless the named set is one of several bytes itself;
 /// - bytes 80 to 9F, which ISO-8859-2 does not have, make it windows-1250;
 /// - whatever names no set that has Polish letters (none, US-ASCII, ISO-8859-1, unknown ones) is
-///   windows-1250.
+///   windows-1250, and so is damaged UTF-8 whose bytes make nothing but Polish letters there.
 base::Text decode_text(std::string_view bytes, std::string_view charset,
                        const ports::CodePage& code_page);
 

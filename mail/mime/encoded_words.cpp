@@ -47,6 +47,19 @@ std::string decode_q(std::string_view content) {
     return out;
 }
 
+// What a word hides in it must not begin a line or steer a terminal: control characters are blanks,
+// several in a row one.
+base::Text without_controls(base::TextView text) {
+    base::Text out;
+    bool after_control = false;
+    for (const char16_t c : text) {
+        const bool is_control = c < 0x20 || (c >= 0x7F && c <= 0x9F);
+        if (!is_control || !after_control) out += is_control ? u' ' : c;
+        after_control = is_control;
+    }
+    return out;
+}
+
 // Bytes of neighbouring words that are still to be decoded.
 class Pending {
   public:
@@ -65,7 +78,7 @@ class Pending {
         }
     }
     void flush() {
-        if (!bytes_.empty()) text_ += decode_text(bytes_, charset_, code_page_);
+        if (!bytes_.empty()) text_ += without_controls(decode_text(bytes_, charset_, code_page_));
         bytes_.clear();
     }
 

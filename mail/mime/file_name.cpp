@@ -140,7 +140,9 @@ base::Text DistinctNames::take(const base::Text& name) {
         return text;
     };
     if (taken_.insert(key(name)).second) return name;
-    int& number = last_number_.try_emplace(key(name), 1).first->second;
+    // Names that only the cut makes equal count together: each would try the others' numbers.
+    const base::Text cut_for_any_number = key(fitted(name, u" (00000)", longest_));
+    int& number = last_number_.try_emplace(cut_for_any_number, 1).first->second;
     for (;;) {
         ++number;
         base::Text numbered = fitted(name, u" (" + base::to_decimal(number) + u")", longest_);

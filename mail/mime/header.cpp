@@ -57,21 +57,22 @@ std::string lower_case(std::string_view text) {
     return result;
 }
 
-void add_header_line(Header& header, std::string_view line) {
+bool add_header_line(Header& header, std::string_view line) {
     if (is_blank(line.front())) {
-        if (header.fields.empty()) return;
+        if (header.fields.empty()) return false;
         std::string_view& value = header.fields.back().value;
         // Both are views into one message.
         const char* const end = line.data() + line.size();
         value = {value.data(), static_cast<std::size_t>(end - value.data())};
-        return;
+        return true;
     }
     const std::size_t colon = line.find(':');
-    if (colon == std::string_view::npos || colon == 0) return;
+    if (colon == std::string_view::npos || colon == 0) return false;
     const std::string_view name = trimmed(line.substr(0, colon));
     // A name is one word; "From somebody Sat Jan  1 00:00:00" is the first line of a mailbox file.
-    if (name.find_first_of(" \t") != std::string_view::npos) return;
+    if (name.find_first_of(" \t") != std::string_view::npos) return false;
     header.fields.push_back({name, line.substr(colon + 1)});
+    return true;
 }
 
 std::optional<std::string> Header::first(std::string_view name) const {

@@ -33,27 +33,29 @@ struct Header {
     std::optional<std::string> last(std::string_view name) const;
 };
 
-/// Reads the header that begins at `at` and moves behind the empty line that ends it. A line that
-/// is neither a field nor the continuation of one is left out. `ends` is asked about lines that
-/// begin with "--": the boundary of the part around it ends a header too.
-template <typename Ends>
-Header read_header(std::string_view bytes, std::size_t& at, Ends ends);
+/// What is made of a line in a header that is neither a field nor the continuation of one.
+enum class HeaderNoise { left_out, begins_body };
 
-/// A line of a header: adds its field, or to the last one.
-void add_header_line(Header& header, std::string_view line);
+/// Reads the header that begins at `at` and moves behind the empty line that ends it. `ends` is
+/// asked about lines that begin with "--": the boundary of the part around it ends a header too.
+template <typename Ends>
+Header read_header(std::string_view bytes, std::size_t& at, HeaderNoise noise, Ends ends);
+
+/// A line of a header: adds its field, or to the last one. False for one that is neither.
+bool add_header_line(Header& header, std::string_view line);
 
 template <typename Ends>
-Header read_header(std::string_view bytes, std::size_t& at, Ends ends) {
+Header read_header(std::string_view bytes, std::size_t& at, HeaderNoise noise, Ends ends) {
     Header header;
     while (at < bytes.size()) {
         const std::size_t begin = at;
         const std::string_view line = take_line(bytes, at);
         if (line.empty()) break;
-        if (line.starts_with("--") && ends(line)) {
+        const bool is_end = line.starts_with("--") && ends(line);
+        if (is_end || (!add_header_line(header, line) && noise == HeaderNoise::begins_body)) {
             at = begin;
             break;
         }
-        add_header_line(header, line);
     }
     return header;
 }

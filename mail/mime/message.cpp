@@ -27,20 +27,38 @@ struct Delimiter {
     bool closes = false;
 };
 
+// Moves to the next line that begins with "--", `at` itself where one does.
+bool find_hyphens(std::string_view bytes, std::size_t& at) {
+    // Hyphens are rare in what is long: Base64 has none.
+    for (; at < bytes.size(); ++at) {
+        const void* const found = std::memchr(bytes.data() + at, '-', bytes.size() - at);
+        if (found == nullptr) return false;
+        at = static_cast<std::size_t>(static_cast<const char*>(found) - bytes.data());
+        const bool begins_line = at == 0 || bytes[at - 1] == '\n';
+        if (begins_line && bytes.substr(at).starts_with("--")) return true;
+    }
+    return false;
+}
+
 class Reader {
   public:
     Reader(std::string_view bytes, const ports::CodePage& code_page)
         : bytes_(bytes), code_page_(code_page) {}
 
-    std::optional<Message> read();
+    Message read();
 
   private:
+    void read_header_of_message();
     // The delimiter that `line`, which begins with "--", is.
     std::optional<Delimiter> delimiter(std::string_view line) const;
     std::optional<Delimiter> next_delimiter(std::size_t at) const;
-    // Takes one part whose header begins at `at_`.
-    bool read_part(const Header& header);
+    // Takes one part whose body begins at `at_`, its header at `begin`; false behind the last part.
+    bool read_part(const Header& header, std::size_t begin);
+    bool read_multipart(const ParameterizedValue& type, std::size_t begin);
     bool enter(const ParameterizedValue& type);
+    // From `begin` to the delimiter, whose own the line end before it is (RFC 2046, section 5.1.1).
+    std::string_view bytes_before(const std::optional<Delimiter>& found, std::size_t begin) const;
+    void add_epilogue(std::string_view epilogue, std::string_view boundary);
     void add(Part part, bool is_attachment);
     void add_text(Part part);
     // Moves to the next part's header; false behind the last part.
@@ -67,35 +85,23 @@ std::optional<Delimiter> Reader::delimiter(std::string_view line) const {
 
 std::optional<Delimiter> Reader::next_delimiter(std::size_t at) const {
     if (open_.empty()) return std::nullopt;
-    // Hyphens are rare in what is long: Base64 has none.
-    while (at < bytes_.size()) {
-        const void* const found = std::memchr(bytes_.data() + at, '-', bytes_.size() - at);
-        if (found == nullptr) return std::nullopt;
-        at = static_cast<std::size_t>(static_cast<const char*>(found) - bytes_.data());
-        const bool begins_line = at == 0 || bytes_[at - 1] == '\n';
-        if (!begins_line || !bytes_.substr(at).starts_with("--")) {
-            ++at;
-            continue;
-        }
-        std::size_t end = at;
-        const std::string_view line = take_line(bytes_, end);
-        if (auto delimiter = this->delimiter(line)) {
-            delimiter->begin = at;
-            delimiter->end = end;
+    while (find_hyphens(bytes_, at)) {
+        const std::size_t begin = at;
+        if (auto delimiter = this->delimiter(take_line(bytes_, at))) {
+            delimiter->begin = begin;
+            delimiter->end = at;
             return delimiter;
         }
-        at = end;
     }
     return std::nullopt;
 }
 
 bool Reader::enter(const ParameterizedValue& type) {
     const Parameter* const boundary = type.find("boundary");
-    if (!type.value.starts_with("multipart/") || boundary == nullptr || boundary->value.empty()) {
-        return false;
-    }
-    open_.push_back({std::string(trimmed(boundary->value)), type.value == "multipart/alternative",
-                     message_.texts.size(), false});
+    const std::string_view value = boundary == nullptr ? "" : trimmed(boundary->value);
+    if (value.empty()) return false;
+    open_.push_back(
+        {std::string(value), type.value == "multipart/alternative", message_.texts.size(), false});
     return true;
 }
 
@@ -108,27 +114,42 @@ base::Text name_in(const ParameterizedValue& value, std::string_view parameter,
     return decode_words(found->value, code_page);
 }
 
-bool Reader::read_part(const Header& header) {
-    const ParameterizedValue type =
-        parse_parameters(header.first("Content-Type").value_or(std::string()));
-    if (enter(type)) return true;
-    const std::size_t begin = at_;
-    const std::optional<Delimiter> found = next_delimiter(begin);
+std::string_view Reader::bytes_before(const std::optional<Delimiter>& found,
+                                      std::size_t begin) const {
     std::size_t end = found ? found->begin : bytes_.size();
-    // The line end before a boundary belongs to the boundary (RFC 2046, section 5.1.1).
     if (found && end > begin) --end;
     if (found && end > begin && bytes_[end - 1] == '\r') --end;
+    return bytes_.substr(begin, end - begin);
+}
 
+bool Reader::read_multipart(const ParameterizedValue& type, std::size_t begin) {
+    if (enter(type)) {
+        // Before it stands a text for readers that know no multiparts.
+        const std::optional<Delimiter> first = next_delimiter(at_);
+        if (first && first->depth + 1 == open_.size() && !first->closes) return next_part(first);
+        open_.pop_back();
+    }
+    if (open_.empty()) {
+        message_.is_taken_apart = false;
+        return false;
+    }
+    const std::optional<Delimiter> found = next_delimiter(at_);
+    message_.files.push_back({bytes_before(found, begin), {}, "message/rfc822", {}, {}, false});
+    return next_part(found);
+}
+
+bool Reader::read_part(const Header& header, std::size_t begin) {
+    const ParameterizedValue type =
+        parse_parameters(header.first("Content-Type").value_or(std::string()));
+    if (type.value.starts_with("multipart/")) return read_multipart(type, begin);
+    const std::optional<Delimiter> found = next_delimiter(at_);
     const ParameterizedValue disposition =
         parse_parameters(header.first("Content-Disposition").value_or(std::string()));
     Part part;
-    part.body = bytes_.substr(begin, end - begin);
+    part.body = bytes_before(found, at_);
     part.encoding = transfer_encoding(
         parse_parameters(header.first("Content-Transfer-Encoding").value_or(std::string())).value);
-    // A multipart without a boundary has no parts that could be told apart.
-    const bool says_type =
-        type.value.find('/') != std::string::npos && !type.value.starts_with("multipart/");
-    part.type = says_type ? type.value : "text/plain";
+    part.type = type.value.find('/') != std::string::npos ? type.value : "text/plain";
     if (const Parameter* const charset = type.find("charset")) part.charset = charset->value;
     const Parameter* const format = type.find("format");
     part.space_stuffed = format != nullptr && same_name(format->value, "flowed");
@@ -149,7 +170,8 @@ void Reader::add(Part part, bool is_attachment) {
 
 void Reader::add_text(Part part) {
     // Nothing between two boundaries, or the blank text that some programs put beside their HTML.
-    if (trimmed(part.body).empty()) return;
+    constexpr base::TextView blanks = u" \t\r\n\u00A0";
+    if (text_of(part, code_page_).find_first_not_of(blanks) == base::Text::npos) return;
     const bool plain = part.type == "text/plain";
     for (Multipart& multipart : open_) {
         if (!multipart.alternative) continue;
@@ -163,33 +185,59 @@ void Reader::add_text(Part part) {
     message_.texts.push_back(std::move(part));
 }
 
+void Reader::add_epilogue(std::string_view epilogue, std::string_view boundary) {
+    for (std::size_t at = 0; find_hyphens(epilogue, at);) {
+        if (trimmed(take_line(epilogue, at).substr(2)) != boundary) continue;
+        message_.files.push_back({epilogue, {}, "text/plain", {}, {}, false});
+        return;
+    }
+}
+
 bool Reader::next_part(std::optional<Delimiter> found) {
     while (found) {
         at_ = found->end;
         // What is further inside has ended without saying so.
-        open_.resize(found->depth + (found->closes ? 0 : 1));
+        open_.resize(found->depth + 1);
         if (!found->closes) return true;
+        const std::string boundary = std::move(open_.back().boundary);
+        open_.pop_back();
         found = next_delimiter(at_);
+        add_epilogue(bytes_before(found, at_), boundary);
     }
     return false;
 }
 
-std::optional<Message> Reader::read() {
-    message_.header = read_header(bytes_, at_, [](std::string_view) { return false; });
-    if (message_.header.fields.empty()) return std::nullopt;
+void Reader::read_header_of_message() {
+    const auto read = [this](std::string_view end) {
+        at_ = 0;
+        message_.header = read_header(bytes_, at_, HeaderNoise::left_out,
+                                      [&](std::string_view line) { return line == end; });
+    };
+    read({});
+    // Without an empty line behind it, it goes as far as the first delimiter.
+    const ParameterizedValue type =
+        parse_parameters(message_.header.first("Content-Type").value_or(std::string()));
+    if (const Parameter* const boundary = type.find("boundary")) read("--" + boundary->value);
+    if (message_.header.fields.empty()) at_ = 0;
     message_.body = bytes_.substr(at_);
     message_.header_text = trimmed(bytes_.substr(0, at_));
+}
+
+Message Reader::read() {
+    read_header_of_message();
+    message_.is_taken_apart = !message_.header.fields.empty();
     Header header = message_.header;
-    for (;;) {
-        const std::size_t depth = open_.size();
-        if (!read_part(header)) break;
-        // Before the first boundary of a multipart stands a text for readers that know none.
-        if (open_.size() > depth && !next_part(next_delimiter(at_))) break;
-        const bool bearable = open_.size() <= deepest_nesting &&
-                              message_.texts.size() + message_.files.size() <= most_parts;
-        if (!bearable) return std::nullopt;
-        header = read_header(bytes_, at_,
+    std::size_t begin = 0;
+    while (message_.is_taken_apart && read_part(header, begin)) {
+        message_.is_taken_apart = open_.size() <= deepest_nesting &&
+                                  message_.texts.size() + message_.files.size() <= most_parts;
+        begin = at_;
+        header = read_header(bytes_, at_, HeaderNoise::begins_body,
                              [this](std::string_view line) { return delimiter(line).has_value(); });
+    }
+    if (!message_.is_taken_apart) {
+        message_.texts.clear();
+        message_.files.clear();
     }
     return std::move(message_);
 }
@@ -206,7 +254,7 @@ void undo_space_stuffing(base::Text& text) {
 
 }  // namespace
 
-std::optional<Message> parse_message(std::string_view bytes, const ports::CodePage& code_page) {
+Message parse_message(std::string_view bytes, const ports::CodePage& code_page) {
     return Reader(bytes, code_page).read();
 }
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -27,7 +26,9 @@ struct Part {
 };
 
 /// A message taken apart (RFC 2045, 2046). What it says of itself counts for little: a boundary
-/// that never comes ends with the message, an outer one ends what is inside.
+/// that never comes again ends with the message, an outer one ends what is inside. What cannot be
+/// read is kept as a file: a multipart inside whose first delimiter is missing with its header, and
+/// what stands behind the end of a multipart when it has delimiters of it.
 struct Message {
     Header header;
     std::string_view header_text;
@@ -37,15 +38,17 @@ struct Message {
     std::vector<Part> texts;
     /// Everything else, messages within the message among it, in the order in which it stands.
     std::vector<Part> files;
+    /// False for what has no header at all, more parts than are bearable or, a multipart, no first
+    /// delimiter: that is saved as it is, and there are neither texts nor files.
+    bool is_taken_apart = true;
 };
 
 /// Parts within parts, and parts in all, that a message may have.
 inline constexpr std::size_t deepest_nesting = 50;
 inline constexpr std::size_t most_parts = 10'000;
 
-/// Time and memory grow with `bytes`, which the result refers to. Nothing for what has no header at
-/// all or more parts than are bearable: that is saved as it is.
-std::optional<Message> parse_message(std::string_view bytes, const ports::CodePage& code_page);
+/// Time and memory grow with `bytes`, which the result refers to.
+Message parse_message(std::string_view bytes, const ports::CodePage& code_page);
 
 /// The text of one of the message's `texts`.
 base::Text text_of(const Part& part, const ports::CodePage& code_page);

@@ -21,7 +21,8 @@ struct Piece {
     std::string value;
 };
 
-// The pieces of one name. The plain form without a number is kept apart, because the others win.
+// The pieces of one name. The plain form without a number is kept apart, because the others win
+// unless they are empty or lack their beginning.
 struct Pieces {
     std::vector<Piece> numbered;
     std::vector<Piece> plain;
@@ -34,8 +35,9 @@ class Scanner {
 
     bool at_end() const { return at_ >= text_.size(); }
     // Moves behind the next of `stops` that stands outside quotation marks and comments; gives the
-    // text before it without comments, its quotation marks undone.
-    std::string take_until(std::string_view stops) {
+    // text before it without comments, its quotation marks undone. Without `has_comments` what is
+    // in parentheses belongs to the text.
+    std::string take_until(std::string_view stops, bool has_comments = true) {
         while (at_ < text_.size() && (text_[at_] == ' ' || text_[at_] == '\t')) ++at_;
         std::string taken;
         // How much of `taken` must not be trimmed, because it was quoted.
@@ -45,7 +47,8 @@ class Scanner {
             if (c == '"') {
                 take_quoted(taken);
                 kept = taken.size();
-            } else if (c == '(' && (taken.empty() || taken.back() == ' ' || taken.back() == '\t')) {
+            } else if (c == '(' && has_comments &&
+                       (taken.empty() || taken.back() == ' ' || taken.back() == '\t')) {
                 skip_comment();
             } else if (stops.find(c) != std::string_view::npos) {
                 stopped_at_ = c;
@@ -150,6 +153,8 @@ Parameter joined(const std::string& name, Pieces& pieces) {
         parameter.value += piece.extended ? without_percent_codes(value) : std::string(value);
         ++expected;
     }
+    const bool is_whole = pieces.numbered.front().number == 0 && !parameter.value.empty();
+    if (!is_whole && !pieces.plain.empty()) return {name, pieces.plain.front().value, {}};
     return parameter;
 }
 
@@ -169,7 +174,11 @@ ParameterizedValue parse_parameters(std::string_view text) {
     while (!scanner.at_end()) {
         const std::string name = scanner.take_until("=;");
         if (scanner.stopped_at() != '=') continue;
-        std::string first = add_piece(name, {0, false, scanner.take_until(";")}, all);
+        // "filename=FV (1).pdf", as programs write it that know no quotation marks.
+        const std::string lower = lower_case(name);
+        const bool names_file = lower.starts_with("name") || lower.starts_with("filename");
+        std::string value = scanner.take_until(";", !names_file);
+        std::string first = add_piece(name, {0, false, std::move(value)}, all);
         if (!first.empty()) order.push_back(std::move(first));
     }
     for (const std::string& name : order) result.parameters.push_back(joined(name, all[name]));

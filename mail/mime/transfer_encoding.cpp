@@ -24,6 +24,18 @@ void end_block(std::uint32_t letters, int count, std::uint8_t*& out) {
     if (count > 3) *out++ = static_cast<std::uint8_t>(letters);
 }
 
+// True where behind the padding a line follows that is no Base64: what a scanner on the way has
+// written there.
+bool begins_footer(std::string_view rest) {
+    // As much of the line as tells; each padding looks at it.
+    constexpr std::size_t telling = 100;
+    std::size_t at = rest.find_first_not_of("= \t\r\n");
+    if (at == std::string_view::npos) return false;
+    return std::ranges::any_of(trimmed(take_line(rest.substr(0, at + telling), at)), [](char c) {
+        return c != '=' && base::base64_value(static_cast<std::uint8_t>(c)) >= 64;
+    });
+}
+
 base::Bytes decode_base64(std::string_view body) {
     base::Bytes bytes(body.size() / 4 * 3 + 6);
     std::uint8_t* out = bytes.data();
@@ -41,9 +53,11 @@ base::Bytes decode_base64(std::string_view body) {
             ++count;
         }
         if (count == 4 || c == '=') {
+            const bool padded = c == '=' && count > 0;
             end_block(letters, count, out);
             letters = 0;
             count = 0;
+            if (padded && begins_footer(body.substr(at))) break;
         }
     }
     end_block(letters, count, out);
@@ -102,6 +116,7 @@ base::Bytes decode_uuencode(std::string_view body) {
         if (inside && !line.empty()) decode_uu_line(line, bytes);
         inside = inside || line.starts_with("begin ");
     }
+    if (!inside) append(bytes, body);
     return bytes;
 }
 

@@ -145,6 +145,7 @@ TEST_F(Cli, ExitCodesTellWhoseFaultItIs) {
         {"nonsense", 2},
         {send, 2},
         {with_token, 1},
+        {"mail parse '" + folder_ + "none.eml'", 2},
         {"qr --text x --out - --color pink", 2},
         {"barcode --text 590123412345 --out - --color CYAN", 0},
         {"barcode --as-class --text 590123412345 --out - --size 5", 0},
@@ -159,6 +160,12 @@ TEST_F(Cli, ExitCodesTellWhoseFaultItIs) {
     const Outcome settings = run(with_token);
     EXPECT_EQ(settings.exit_code, 4) << settings.output;
     EXPECT_NE(settings.output.find("wiersz 2"), std::string::npos) << settings.output;
+}
+
+TEST_F(Cli, AMailIsShownWithoutSteeringTheTerminal) {
+    write("a.eml", "Subject: \xC5\xBC\x1B]0;x\x07\n\na\x1B[2J\tb\r\nc\xC2\x9B\n");
+    EXPECT_EQ(run("mail parse '" + folder_ + "a.eml'").output,
+              "Temat: ż\uFFFD]0;x\uFFFD\n\na\uFFFD[2J\tb\nc\uFFFD\n");
 }
 
 TEST_F(Cli, TokenCheckSaysWhatIsWrongWithoutShowingTheSecret) {

@@ -67,6 +67,21 @@ TEST(DodajMail, ReadsPartsToTheLetterAndUnderTheOtherProfileForWhatTheyAre) {
         {"the boundaries of common programs count without any in the header",
          "Subject: x\n\n------=_Next\n" + text + "D\n--_----------=1\n" + text + "E\n--0__x\n",
          "1||D\r\nE\r\n", "1||D\r\nE\r\n"},
+        {"the boundary with its quotation mark", mixed + ("--abc\"\n" + text) + "A\n--abc\"\n",
+         "1||A\r\n", "1||A\r\n"},
+        {"the boundary within five hyphens, a hyphen behind it",
+         mixed + ("-----xabc-y\n" + text) + "A\n-----abc\n--abc\n", "1||A\r\n-----abc\r\n",
+         "1||A\r\n-----abc\r\n"},
+        {"another parameter behind the boundary",
+         "Content-Type: a/b; boundary=\"abc\"; type=\"x\"\n\n--abc\n" + text + "A\n--abc--\n",
+         "1||", "1||A\r\n"},
+        {"and behind one without quotation marks",
+         "Content-Type: a/b; boundary=abc; type=x\n\n--abc\n" + text + "A\n--abc--\n", "1||",
+         "1||A\r\n"},
+        {"the name of an attachment comes before any later one",
+         mixed + std::string("--abc\nContent-Disposition: attachment; filename=\"a\"\n"
+                             "Content-Type: application/soap+xml; name=\"b\"\n\nQUJD\n--abc\n"),
+         "2|;a|", "2|;a|"},
         {"an empty boundary is one", "Subject: x\n\n-----BEGIN PGP\n" + text + "F\n--\n",
          "1||F\r\n", "1||"},
     };
@@ -109,6 +124,30 @@ TEST(DodajMail, SavesTheMessageAndItsFilesInsideTheFolderWithTheOldEndOfLongerFi
     std::filesystem::create_directory(bench.below("a.pdf"));
     EXPECT_EQ(told(bench, mixed + ("--abc\n" + std::string(pdf)) + "QUJD\n--abc\n", bench.folder()),
               "1|;a.pdf|");
+}
+
+TEST(DodajMail, FillsEachPropertyFromItsOwnField) {
+    test::ReadingBench bench;
+    CMessage message = bench.message();
+    const Text headers = base::from_utf8(bench.sent(
+        "Return-Path: a\nReceived: b\nDate: c\nMessage-ID: d\nTo: e\nFrom: f\nSubject: g\n"
+        "Reply-To: h\nSender: i\nCC: j\nBCC: k\nIn-Reply-To: l\nReferences: m\nKeywords: n\n"
+        "Comments: o\nEncrypted: p"));
+    const Text body = u"--0__\r\nContent-Type: text/html\r\n\r\n<b>";
+    EXPECT_EQ(message.DodajMail(headers + u"\r\n\r\n" + body, u"", true), 1);
+    EXPECT_EQ(message.text<Name::ReturnPath>() + message.text<Name::Received>() +
+                  message.text<Name::SendDate>() + message.text<Name::MessageID>() +
+                  message.text<Name::MessageTo>() + message.text<Name::From>() +
+                  message.text<Name::Subject>() + message.text<Name::ReplyTo>() +
+                  message.text<Name::sender>() + message.text<Name::CC>() +
+                  message.text<Name::BCC>() + message.text<Name::InReplyTo>() +
+                  message.text<Name::References>() + message.text<Name::Keywords>() +
+                  message.text<Name::Comments>() + message.text<Name::Encrypted>(),
+              u"abcdefghijklmnop");
+    EXPECT_EQ(message.text<Name::Headers>(), headers);
+    EXPECT_EQ(message.text<Name::MessageBody>(), body);
+    EXPECT_EQ(message.text<Name::MessageText>(), u"<b>\r\n");
+    EXPECT_EQ(message.Size(), 5);
 }
 
 // The list as it once was: one replacement after the other, each over the whole text.
