@@ -42,6 +42,10 @@ TEST_F(HostileTest, DepthAndNonsenseAreRefused) {
     const std::string deep_json = "{\"a\":" + std::string(500'000, '[');
     for (const char* body : {"", "[]", "{\"invoiceHash\": \"\xFF\xFE\"}", deep_json.c_str()})
         EXPECT_EQ(client().post_text(path, body).exception_code(), 21405);
+    std::string wide_json = "{\"advance_ms\":0";
+    for (int i = 1; i < 128; ++i) wide_json += ",\"" + std::to_string(i) + "\":0";
+    EXPECT_EQ(control().post_text("/sandbox/clock", wide_json + "}").status, 200);
+    EXPECT_EQ(control().post_text("/sandbox/clock", wide_json + ",\"x\":0}").status, 400);
     EXPECT_EQ(control().get("/sandbox/state").status, 200) << "the log can still be shown";
 }
 
