@@ -59,12 +59,16 @@ TEST_F(HostileTest, StrangePathsFindNothing) {
         << "an encoded slash stays in its segment";
     EXPECT_EQ(client().remove("/sessions").status, 405);
     EXPECT_EQ(client().post("/auth/xades-signature").status, 404) << "of a form that is known";
+    EXPECT_NE(control().post("/auth/challenge").body.find("/v2"), std::string::npos);
+    EXPECT_EQ(state().at("requests").back().at("path"), "/auth/challenge");
 }
 
 TEST_F(HostileTest, WhatTheTransportRefusesEndsTheConnection) {
     std::string body(8 * 1024 * 1024, ' ');
     EXPECT_EQ(client().post_text("/auth/challenge", body).status, 200);
     EXPECT_EQ(client().post_text("/auth/challenge", body + ' ').status, 413);
+    EXPECT_EQ(control().put("http://x/storage/00/x/batch-parts/1", body + ' ').status, 413)
+        << "no address";
     const Reply too_long = client().get("/" + std::string(9000, 'x'));
     EXPECT_EQ(too_long.status, 414);
     EXPECT_EQ(too_long.header("Connection"), "close");

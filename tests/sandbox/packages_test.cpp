@@ -109,6 +109,9 @@ TEST_F(PackagesTest, WhatCannotBeUnpackedFailsAsAWholeAndListsNoInvoice) {
         EXPECT_FALSE(status.contains("invoiceCount")) << which;
         EXPECT_EQ(invoices().size(), 0u) << which;
     }
+    EXPECT_NE(control().get("/sesja/" + client().session).body.find("Nie przesłano faktur"),
+              std::string::npos)
+        << "the page says why";
     Json odd = client().package_body(good);
     client().parts = {std::string(17, 'x')};
     odd["batchFile"]["fileParts"][0]["fileSize"] = 17;
@@ -126,6 +129,7 @@ TEST_F(PackagesTest, StorageTakesAnythingFromWhoHasTheAddressInTime) {
                                         {"Authorization", "Bearer " + client().bearer}};
     EXPECT_EQ(client().put(url, "x", signed_in).status, 401);
     EXPECT_EQ(client().put(url, "x", {}).status, 400);
+    EXPECT_EQ(client().put(url, "x", {{"x-ms-blob-type", "PageBlob"}}).status, 400);
     EXPECT_EQ(client().put(other, "x").status, 403);
     for (const std::string& content : {std::string("anything"), client().parts[0]})
         EXPECT_EQ(client().put(url, content).status, 201);
