@@ -1,6 +1,9 @@
 #include "sandbox/command_line.h"
 
 #include <CLI/CLI.hpp>
+#include <stdexcept>
+
+#include "sandbox/http/routes.h"
 
 namespace tavrix::sandbox {
 namespace {
@@ -130,7 +133,11 @@ CommandLine read_command_line(int count, char** arguments) {
         options.time.trim_zeros = !keep_zeros;
         for (const std::string& text : fault_texts) {
             try {
-                options.faults.push_back(Fault::from_json(parse_fault_text(text)));
+                Fault fault = Fault::from_json(parse_fault_text(text));
+                if (!is_step(fault.step))
+                    throw std::invalid_argument("unknown step: " + fault.step +
+                                                "; --list-steps names them");
+                options.faults.push_back(std::move(fault));
             } catch (const std::exception& error) {
                 throw CLI::ValidationError("--fault", error.what());
             }

@@ -1,5 +1,6 @@
 #include "sandbox/basics/json.h"
 
+#include <array>
 #include <stdexcept>
 #include <vector>
 
@@ -8,10 +9,18 @@
 namespace tavrix::sandbox {
 namespace {
 
-constexpr int deepest_nesting = 64;
+constexpr std::size_t deepest_nesting = 64;
+/// Of one object: each new member is compared with those before it, because they keep their order.
+/// No request of the interface has as many.
+constexpr std::size_t most_members = 128;
 
-int nesting_depth(std::string_view text) {
-    int depth = 0, deepest = 0;
+/// Looks through a text before anything is made of it.
+void check_shape(std::string_view text) {
+    const auto refuse = [](const char* why) {
+        throw Json::parse_error::create(101, 0, why, nullptr);
+    };
+    std::array<std::size_t, deepest_nesting + 1> members{};
+    std::size_t depth = 0;
     bool in_string = false, escaped = false;
     for (const char c : text) {
         if (in_string) {
@@ -25,12 +34,14 @@ int nesting_depth(std::string_view text) {
         } else if (c == '"') {
             in_string = true;
         } else if (c == '[' || c == '{') {
-            deepest = std::max(deepest, ++depth);
-        } else if (c == ']' || c == '}') {
+            if (depth == deepest_nesting) refuse("nested too deeply");
+            members[++depth] = 0;
+        } else if (c == ':') {
+            if (++members[depth] > most_members) refuse("too many members");
+        } else if ((c == ']' || c == '}') && depth > 0) {
             --depth;
         }
     }
-    return deepest;
 }
 
 /// One step of a path: a member's name, an element's index, or every element.
@@ -115,8 +126,7 @@ std::string dump(const Json& value, int indent) {
 }
 
 Json parse_json(std::string_view text) {
-    if (nesting_depth(text) > deepest_nesting)
-        throw Json::parse_error::create(101, 0, "nested too deeply", nullptr);
+    check_shape(text);
     return Json::parse(text);
 }
 

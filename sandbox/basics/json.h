@@ -16,7 +16,8 @@ using Json = nlohmann::ordered_json;
 std::string dump(const Json& value, int indent = -1);
 
 /// Parses a text whose nesting stays below a fixed depth, so that hostile nesting cannot exhaust
-/// the stack of whoever walks the value later. Throws nlohmann::json::exception.
+/// the stack of whoever walks the value later, and whose objects have a bounded number of members,
+/// so that the time for it grows with its length only. Throws nlohmann::json::exception.
 Json parse_json(std::string_view text);
 /// The same; nothing instead of an exception.
 std::optional<Json> read_json(std::string_view text);

@@ -23,6 +23,8 @@ constexpr std::int64_t most_of_one_file = 100'000'000;
 constexpr std::int64_t most_of_a_directory = 32'000'000;
 // Source: `invoiceFileName` of the contract.
 constexpr std::size_t longest_name = 128;
+/// An invoice needs none; each costs time and a name to remember.
+constexpr std::size_t most_folders = 5'000;
 
 std::string name_of(archive_entry* entry) {
     const char* name = archive_entry_pathname_utf8(entry);
@@ -45,6 +47,25 @@ bool leads_out(std::string_view name) {
 bool has_control_character(std::string_view name) {
     return std::any_of(name.begin(), name.end(),
                        [](unsigned char c) { return c < 0x20 || c == 0x7f; });
+}
+
+/// For a message: a name may be as long as the archive.
+std::string beginning_of(std::string_view name) {
+    if (name.size() <= longest_name) return std::string(name);
+    std::size_t cut = longest_name;
+    while (cut > 0 && (name[cut] & 0xC0) == 0x80) --cut;
+    return std::string(name.substr(0, cut)) + "...";
+}
+
+/// Nothing but the record that ends a directory, with its comment. The library takes it for no
+/// archive.
+bool is_empty_zip(FILE* file) {
+    std::array<char, 22> end{};
+    const bool whole = std::fread(end.data(), 1, end.size(), file) == end.size();
+    fseeko(file, 0, SEEK_SET);
+    const std::string_view record(end.data(), 20);
+    return whole && record.starts_with("PK\5\6") &&
+           record.find_first_not_of('\0', 4) == std::string_view::npos;
 }
 
 }  // namespace
@@ -95,6 +116,8 @@ ArchiveReader::ArchiveReader(const std::filesystem::path& file, const std::strin
     }
     source_->file = std::fopen(file.c_str(), "rb");
     if (source_->file == nullptr) throw std::runtime_error("cannot open " + file.string());
+    empty_ = source_->limited && is_empty_zip(source_->file);
+    if (empty_) return;
     archive_read_set_callback_data(handle, source_.get());
     archive_read_set_read_callback(handle, Source::read);
     archive_read_set_seek_callback(handle, Source::seek);
@@ -110,35 +133,44 @@ void ArchiveReader::fail() const {
 }
 
 std::optional<ArchivedFile> ArchiveReader::next() {
-    for (;;) {
-        source_->read_since_file = 0;
-        archive_entry* entry = nullptr;
-        const int result = archive_read_next_header(archive_.get(), &entry);
-        if (result == ARCHIVE_EOF) return std::nullopt;
-        // A warning is about a name that this computer cannot show; it stays as its bytes.
-        if (result != ARCHIVE_OK && result != ARCHIVE_WARN) fail();
-        std::string name = name_of(entry);
-        if (archive_entry_is_encrypted(entry) != 0)
-            throw ArchiveError("Plik w archiwum jest zaszyfrowany: " + name);
-        check_name(name);
-        if (archive_entry_filetype(entry) == AE_IFDIR) continue;
-        if (archive_entry_filetype(entry) != AE_IFREG || archive_entry_hardlink(entry) != nullptr)
-            throw ArchiveError("Archiwum zawiera element, który nie jest plikiem: " + name);
-        return read_file(std::move(name));
+    if (empty_) return std::nullopt;
+    source_->read_since_file = 0;
+    archive_entry* entry = nullptr;
+    const int result = archive_read_next_header(archive_.get(), &entry);
+    if (result == ARCHIVE_EOF) return std::nullopt;
+    // A warning is about a name that this computer cannot show; it stays as its bytes.
+    if (result != ARCHIVE_OK && result != ARCHIVE_WARN) fail();
+    std::string name = name_of(entry);
+    if (archive_entry_is_encrypted(entry) != 0)
+        throw ArchiveError("Plik w archiwum jest zaszyfrowany: " + beginning_of(name));
+    check_name(name);
+    if (archive_entry_filetype(entry) == AE_IFDIR) {
+        if (++folders_ > most_folders)
+            throw ArchiveError("Archiwum zawiera więcej niż " + std::to_string(most_folders) +
+                               " folderów.");
+        ArchivedFile folder;
+        folder.name = std::move(name);
+        folder.is_folder = true;
+        return folder;
     }
+    if (archive_entry_filetype(entry) != AE_IFREG || archive_entry_hardlink(entry) != nullptr)
+        throw ArchiveError("Archiwum zawiera element, który nie jest plikiem: " + name);
+    return read_file(std::move(name));
 }
 
 void ArchiveReader::check_name(const std::string& name) {
     if (name.empty() || leads_out(name) || has_control_character(name))
-        throw ArchiveError("Niedozwolona nazwa pliku w archiwum: " + name);
+        throw ArchiveError("Niedozwolona nazwa pliku w archiwum: " + beginning_of(name));
     if (character_count(name) > longest_name)
-        throw ArchiveError("Nazwa pliku w archiwum jest dłuższa niż 128 znaków: " + name);
+        throw ArchiveError("Nazwa pliku w archiwum jest dłuższa niż 128 znaków: " +
+                           beginning_of(name));
     if (!names_.insert(name).second)
         throw ArchiveError("Nazwa pliku powtarza się w archiwum: " + name);
 }
 
 ArchivedFile ArchiveReader::read_file(std::string name) {
-    ArchivedFile file{std::move(name), 0, {}, {}};
+    ArchivedFile file;
+    file.name = std::move(name);
     Sha256Stream hash;
     std::array<char, 64 * 1024> buffer;
     for (;;) {

@@ -25,20 +25,22 @@ struct ArchivedFile {
     std::string hash;
     /// Empty when the file is larger than any invoice may be.
     std::string content;
+    /// A folder has a name only.
+    bool is_folder = false;
 };
 
 /// Reads the files of a `Zip` (ZIP64 included) or a `TarGz`, in their order, one at a time. Nothing
 /// is written anywhere, names are only names. Refused, because the service's own reading of them is
 /// not published and no client needs them: links, encrypted files, names that lead out of a folder,
 /// are longer than the interface can carry or come twice. However little an archive takes, what it
-/// unpacks to is bounded, and so is its directory.
+/// unpacks to is bounded, and so are its directory and its folders.
 class ArchiveReader {
   public:
     /// Throws ArchiveError for what is no archive.
     ArchiveReader(const std::filesystem::path& file, const std::string& compression);
     ~ArchiveReader();
 
-    /// The next file, or nothing after the last one; folders are passed over. Throws ArchiveError.
+    /// The next file or folder, or nothing after the last one. Throws ArchiveError.
     std::optional<ArchivedFile> next();
 
   private:
@@ -55,6 +57,8 @@ class ArchiveReader {
     std::unique_ptr<archive, Release> archive_;
     std::set<std::string> names_;
     std::int64_t unpacked_ = 0;
+    std::size_t folders_ = 0;
+    bool empty_ = false;
 };
 
 }  // namespace tavrix::sandbox

@@ -1,21 +1,39 @@
 #include "sandbox/exchange/request_log.h"
 
+#include <algorithm>
+
 namespace tavrix::sandbox {
 namespace {
 
 constexpr std::size_t longest_body = 64 * 1024;
-constexpr std::size_t longest_text_of_large_body = 256;
+constexpr std::size_t longest_text_of_large_body = 256, shown_of_it = 64;
 
 /// Texts inside a large body, above all the encrypted invoice, are shortened and their length
-/// noted.
-void shorten_texts(Json& value) {
-    if (value.is_string()) {
-        auto& text = value.get_ref<std::string&>();
-        if (text.size() > longest_text_of_large_body)
-            text = text.substr(0, 64) + "... (" + std::to_string(text.size()) + " characters)";
-    } else if (value.is_structured()) {
-        for (Json& item : value) shorten_texts(item);
+/// noted. Nothing is parsed: the body is anybody's, and everybody would wait.
+std::string with_short_texts(std::string_view body) {
+    std::string result;
+    while (!body.empty()) {
+        const std::size_t begin = std::min(body.find('"'), body.size() - 1) + 1;
+        result += body.substr(0, begin);
+        body.remove_prefix(begin);
+        std::size_t end = 0;
+        while (end < body.size() && body[end] != '"') end += body[end] == '\\' ? 2 : 1;
+        end = std::min(end, body.size());
+        const std::string_view text = body.substr(0, end);
+        if (end > longest_text_of_large_body) {
+            std::size_t cut = std::min(text.find('\\'), shown_of_it);
+            while (cut > 0 && (text[cut] & 0xC0) == 0x80) --cut;
+            result.append(text.substr(0, cut)) += "... (" + std::to_string(end) + " characters)";
+        } else {
+            result += text;
+        }
+        body.remove_prefix(end);
+        if (!body.empty()) {
+            result += '"';
+            body.remove_prefix(1);
+        }
     }
+    return result;
 }
 
 /// Bodies are parsed when somebody looks, not when they come: a client's time is not spent on it.
@@ -30,9 +48,7 @@ void RequestLog::add(LoggedRequest entry) {
     entry.number = ++total_;
     ++counts_[entry.step];
     if (entry.body.size() > longest_body) {
-        Json body = body_json(entry.body);
-        shorten_texts(body);
-        entry.body = body.is_string() ? body.get<std::string>() : dump(body);
+        entry.body = with_short_texts(entry.body);
         // A body of very many short texts is still large.
         if (entry.body.size() > longest_body) entry.body.resize(longest_body);
     }

@@ -4,11 +4,11 @@
 #include <boost/beast/core/flat_buffer.hpp>
 #include <boost/beast/http/parser.hpp>
 #include <boost/beast/http/string_body.hpp>
+#include <limits>
 #include <sstream>
 
 #include "sandbox/http/link.h"
 #include "sandbox/http/message.h"
-#include "sandbox/http/routes.h"
 #include "sandbox/http/strictness.h"
 
 namespace tavrix::sandbox {
@@ -31,11 +31,22 @@ TransportRefusal refusal_of(const error_code& error) {
     return {400, error.message()};
 }
 
-/// The second word of the request line.
-std::string_view target_of(std::string_view head) {
-    head.remove_prefix(std::min(head.find(' ') + 1, head.size()));
-    return head.substr(0, head.find(' '));
-}
+/// What one request takes of what all bodies together may.
+class BodyShare {
+  public:
+    explicit BodyShare(std::size_t& in_flight) : in_flight_(in_flight) {}
+    ~BodyShare() { in_flight_ -= taken_; }
+    BodyShare(const BodyShare&) = delete;
+    BodyShare& operator=(const BodyShare&) = delete;
+    void now(std::size_t size) {
+        in_flight_ += size - taken_;
+        taken_ = size;
+    }
+
+  private:
+    std::size_t& in_flight_;
+    std::size_t taken_ = 0;
+};
 
 Answer answer_to(const TransportRefusal& refusal) {
     return {refusal.status, "text/plain", refusal.why + "\n", {}};
@@ -60,7 +71,7 @@ class Connection {
     /// False when the connection ends with the answer.
     awaitable<bool> serve_request();
     awaitable<TransportRefusal> read_head(Parser& parser);
-    awaitable<TransportRefusal> read_body(Parser& parser, const Request& request);
+    awaitable<TransportRefusal> read_body(Parser& parser, Request& request, BodyShare& share);
     /// Reads more, or throws Gone.
     awaitable<void> fill();
     Request to_request(const Parser& parser) const;
@@ -83,6 +94,7 @@ class Connection {
 };
 
 awaitable<bool> Connection::serve_request() {
+    BodyShare share(premises_.body_bytes);
     Parser parser;
     parser.header_limit(longest_head);
     Request request;
@@ -91,7 +103,7 @@ awaitable<bool> Connection::serve_request() {
         request = to_request(parser);
         refusal = judge_framing(request, parser.get().version() == 11);
     }
-    if (refusal.status == 0) refusal = co_await read_body(parser, request);
+    if (refusal.status == 0) refusal = co_await read_body(parser, request, share);
     if (refusal.status != 0) {
         // The rest of the request is unread, and where the next one begins unknown.
         const std::string text = answer_text(answer_to(refusal), {.keeps_open = false});
@@ -121,15 +133,21 @@ awaitable<TransportRefusal> Connection::read_head(Parser& parser) {
     while ((progress = scanner.scan(received())) == HeadScanner::Progress::wanting) co_await fill();
     if (progress == HeadScanner::Progress::refused) co_return scanner.refusal();
     buffer_.consume(scanner.begin());
-    // Before the parser reads the length that the client announces.
-    parser.body_limit(largest_body(target_of(received())));
+    // How long the body may be depends on the head.
+    parser.body_limit(std::numeric_limits<std::uint64_t>::max());
     error_code error;
     buffer_.consume(parser.put(buffer_.data(), error));
     co_return refusal_of(error);
 }
 
-awaitable<TransportRefusal> Connection::read_body(Parser& parser, const Request& request) {
+awaitable<TransportRefusal> Connection::read_body(Parser& parser, Request& request,
+                                                  BodyShare& share) {
     link_.expires_after(premises_.limits.body);
+    const std::size_t largest = premises_.dispatcher.largest_body(request);
+    const auto announced = parser.content_length();
+    if (announced && *announced > largest) co_return refusal_of(http::error::body_limit);
+    // For chunks, which announce nothing.
+    parser.body_limit(largest);
     const bool awaited = !request.header("Expect").empty() && parser.get().version() == 11;
     if (awaited && !parser.is_done() && buffer_.size() == 0)
         co_await send("HTTP/1.1 100 Continue\r\n\r\n");
@@ -137,6 +155,9 @@ awaitable<TransportRefusal> Connection::read_body(Parser& parser, const Request&
     while (!parser.is_done()) {
         error_code error;
         buffer_.consume(parser.put(buffer_.data(), error));
+        share.now(parser.get().body().size());
+        if (premises_.body_bytes > premises_.limits.body_bytes)
+            co_return TransportRefusal{503, "too much is being uploaded at once; try again"};
         if (parser.is_done()) break;
         if (const TransportRefusal refusal = refusal_of(error); refusal.status != 0)
             co_return refusal;

@@ -22,6 +22,8 @@ struct Premises {
     /// Null for plain HTTP.
     boost::asio::ssl::context* tls;
     const Limits& limits;
+    /// Of all bodies that are being read or dealt with.
+    std::size_t& body_bytes;
 };
 
 /// \param number counts connections.

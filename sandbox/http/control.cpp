@@ -10,6 +10,7 @@
 #include "sandbox/http/state_json.h"
 #include "sandbox/pages/html.h"
 #include "sandbox/service/certificates.h"
+#include "sandbox/service/pace_limits.h"
 #include "sandbox/service/processing.h"
 #include "sandbox/service/purchases.h"
 
@@ -64,6 +65,7 @@ Answer clear_faults(ControlRoom& room, Request&) {
 }
 
 Answer reset(ControlRoom& room, Request&) {
+    room.service.options = room.started_with;
     room.service.reset();
     room.limiter.clear();
     room.log.clear();
@@ -85,28 +87,48 @@ Answer move_clock(ControlRoom& room, Request& request) {
     return Answer::json(200, {{"now", room.service.time_text(room.service.now())}});
 }
 
-/// `{"authentication": {"polls": 2}, "invoice": {"delay_ms": 50}}`; what is not named stays.
+struct NamedPace {
+    const char* name;
+    Pace Options::*pace;
+};
+
+constexpr NamedPace paces[] = {{"authentication", &Options::authentication},
+                               {"invoice", &Options::invoice_accepted},
+                               {"invoice_processing", &Options::invoice_processing},
+                               {"session", &Options::session_closing}};
+
+void read_pace(const std::string& name, const Json& given, Pace& pace) {
+    if (!given.is_object()) throw std::invalid_argument("a pace is a JSON object: " + name);
+    for (const auto& [member, value] : given.items()) {
+        const bool delay = member == "delay_ms";
+        if (!delay && member != "polls")
+            throw std::invalid_argument("a pace has delay_ms and polls, not " + member);
+        const int most = delay ? longest_delay_ms : most_polls;
+        if (!value.is_number_integer() || !is_within(value.get<std::int64_t>(), most))
+            throw std::invalid_argument(member + " is a whole number from 0 to " +
+                                        std::to_string(most));
+        (delay ? pace.delay_ms : pace.polls) = value.get<int>();
+    }
+}
+
+/// `{"authentication": {"polls": 2}, "invoice": {"delay_ms": 50}}`; what is not named stays. All
+/// of it or nothing.
 Answer set_pace(ControlRoom& room, Request& request) {
-    Options& options = room.service.options;
-    const std::pair<const char*, Pace*> paces[] = {
-        {"authentication", &options.authentication},
-        {"invoice", &options.invoice_accepted},
-        {"invoice_processing", &options.invoice_processing},
-        {"session", &options.session_closing}};
     const Json body = body_of(request);
-    if (!body.is_object()) throw std::invalid_argument("a pace is a JSON object");
+    if (!body.is_object()) throw std::invalid_argument("paces are a JSON object");
+    Options changed = room.service.options;
+    for (const auto& [name, given] : body.items()) {
+        const auto* known =
+            std::find_if(std::begin(paces), std::end(paces),
+                         [&wanted = name](const NamedPace& it) { return wanted == it.name; });
+        if (known == std::end(paces)) throw std::invalid_argument("no pace of that name: " + name);
+        read_pace(name, given, changed.*known->pace);
+    }
+    room.service.options = std::move(changed);
     Json answer = Json::object();
-    for (const auto& [name, given] : body.items())
-        if (std::none_of(std::begin(paces), std::end(paces),
-                         [&, wanted = name](auto& it) { return wanted == it.first; }) ||
-            !given.is_object())
-            throw std::invalid_argument("no pace of that name: " + name);
-    for (const auto& [name, pace] : paces) {
-        if (body.contains(name)) {
-            pace->delay_ms = body[name].value("delay_ms", pace->delay_ms);
-            pace->polls = body[name].value("polls", pace->polls);
-        }
-        answer[name] = {{"delay_ms", pace->delay_ms}, {"polls", pace->polls}};
+    for (const auto& [name, member] : paces) {
+        const Pace& pace = room.service.options.*member;
+        answer[name] = {{"delay_ms", pace.delay_ms}, {"polls", pace.polls}};
     }
     return Answer::json(200, answer);
 }

@@ -12,6 +12,8 @@ struct ControlRoom {
     Service& service;
     RateLimiter& limiter;
     RequestLog& log;
+    /// What the command line said, before anybody changed it.
+    const Options& started_with;
 };
 
 /// Answers a request under /sandbox/; 400 with `{"error": ...}` for one that makes no sense.

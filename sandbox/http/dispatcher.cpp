@@ -9,6 +9,7 @@
 #include "sandbox/http/steering_guard.h"
 #include "sandbox/pages/page.h"
 #include "sandbox/service/allowed_ips.h"
+#include "sandbox/service/download_links.h"
 #include "sandbox/service/package_work.h"
 #include "sandbox/service/processing.h"
 
@@ -20,6 +21,10 @@ std::string_view strip_root(std::string_view path) {
     for (const std::string_view root : {"/api/v2/", "/v2/"})
         if (path.starts_with(root)) return path.substr(root.size());
     return {};
+}
+
+std::string_view raw_path_of(const Request& request) {
+    return std::string_view(request.target).substr(0, request.target.find('?'));
 }
 
 bool suits(Need need, BearerKind kind) {
@@ -63,7 +68,8 @@ Answer internal_error(const std::exception& error) {
 }  // namespace
 
 Dispatcher::Dispatcher(Options options, Clock& clock, std::unique_ptr<Store> store)
-    : service_(std::move(options), clock, std::move(store)),
+    : started_with_(std::move(options)),
+      service_(started_with_, clock, std::move(store)),
       log_(std::size_t(service_.options.log_size)),
       worker_([this](const std::stop_token& stop) { work_between_requests(stop); }) {}
 
@@ -86,9 +92,20 @@ void Dispatcher::work_between_requests(const std::stop_token& stop) {
     }
 }
 
+std::size_t Dispatcher::largest_body(Request& request) {
+    // Three megabytes of invoice are four of Base64; the rest of a request is small.
+    constexpr std::size_t usual = 8 * 1024 * 1024;
+    const std::string_view raw_path = raw_path_of(request);
+    if (!raw_path.starts_with("/storage/")) return usual;
+    bool path_known = false;
+    const Route* route = find_route(interface_routes(), request, raw_path.substr(1), path_known);
+    if (route == nullptr || route->handler != upload_part) return usual;
+    const std::lock_guard lock(mutex_);
+    return awaited_part(service_, request) == nullptr ? usual : std::size_t(largest_part);
+}
+
 Dispatcher::Outcome Dispatcher::handle(Request& request) {
-    const std::string_view raw_path =
-        std::string_view(request.target).substr(0, request.target.find('?'));
+    const std::string_view raw_path = raw_path_of(request);
     const std::lock_guard lock(mutex_);
     const auto start = std::chrono::steady_clock::now();
 
@@ -102,16 +119,20 @@ Dispatcher::Outcome Dispatcher::handle(Request& request) {
     if (!inside.empty()) route = find_route(interface_routes(), request, inside, path_known);
     if (inside.empty() && raw_path.starts_with("/storage/"))
         route = find_route(interface_routes(), request, raw_path.substr(1), path_known);
-    if (route == nullptr && inside.empty()) {
-        try {
-            return {serve_own_page(request, raw_path), {}};
-        } catch (const std::exception& error) {
-            return {internal_error(error), {}};
-        }
-    }
-
     request.bearer = service_.bearer_tokens.read(request.header("Authorization"), service_.now());
     Outcome outcome;
+    if (route == nullptr && inside.empty()) {
+        try {
+            outcome.answer = serve_own_page(request, raw_path);
+        } catch (const std::exception& error) {
+            outcome.answer = internal_error(error);
+        }
+        // Most likely of a client with a wrong base address, whose author looks for it here.
+        if (outcome.answer.status >= 400 && !raw_path.starts_with("/sandbox/"))
+            log(request, nullptr, outcome, {}, ms_since(start));
+        return outcome;
+    }
+
     std::vector<Fault> faults;
     if (route == nullptr) {
         outcome.answer = Answer::empty(path_known ? 405 : 404);
@@ -182,13 +203,22 @@ void Dispatcher::check_rate(const Route& route, const Request& request) {
 
 Answer Dispatcher::serve_own_page(Request& request, std::string_view raw_path) {
     const bool controls = raw_path.starts_with("/sandbox/");
-    if (controls || (request.method != "GET" && request.method != "HEAD")) {
+    const bool reads = request.method == "GET" || request.method == "HEAD";
+    if (!controls && !reads && !raw_path.starts_with("/ustawienia/"))
+        return Answer::json(404, {{"error",
+                                   "the operations of KSeF stand under /v2 and /api/v2, for "
+                                   "example POST /v2/auth/challenge"}});
+    if (controls || !reads) {
         const std::string reason = refuse_steering(request, service_.options.bind_address);
         if (!reason.empty()) return Answer::json(403, {{"error", reason}});
     }
+    // What may be read here may be anybody's invoices.
+    if (const std::string reason = refuse_name(request, service_.options.bind_address);
+        !reason.empty())
+        return Answer::json(403, {{"error", reason}});
     Transaction transaction(*service_.store);
     settle(service_);
-    ControlRoom control_room{service_, limiter_, log_};
+    ControlRoom control_room{service_, limiter_, log_, started_with_};
     PageRoom page_room{service_, log_, is_step};
     Answer answer = controls ? control(control_room, request) : show_page(page_room, request);
     transaction.commit();

@@ -25,6 +25,8 @@ class Dispatcher {
     };
     /// Safe to call from any thread. Never throws: what escapes an operation is answered with 500.
     Outcome handle(Request& request);
+    /// The largest body that a request may have, from its head alone. Safe to call from any thread.
+    std::size_t largest_body(Request& request);
 
   private:
     Answer carry_out(const Route& route, Request& request);
@@ -37,6 +39,7 @@ class Dispatcher {
              const std::vector<Fault>& faults, double duration_ms);
 
     std::mutex mutex_;
+    const Options started_with_;
     Service service_;
     RateLimiter limiter_;
     RequestLog log_;

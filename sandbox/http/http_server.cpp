@@ -45,12 +45,14 @@ class HttpServer::Implementation {
             error = listen(entry.endpoint());
             if (!error) return acceptor_.local_endpoint().port();
         }
-        throw std::runtime_error("cannot listen on " + address + ":" + std::to_string(port) + ": " +
-                                 error.message() + "; the port may be taken by another program");
+        throw std::runtime_error(
+            "cannot listen on " + address + ":" + std::to_string(port) + ": " + error.message() +
+            (error == asio::error::address_in_use ? "; the port may be taken by another program"
+                                                  : ""));
     }
 
     void run(Dispatcher& dispatcher) {
-        asio::co_spawn(io_, accept({dispatcher, tls_ ? &*tls_ : nullptr, limits_}),
+        asio::co_spawn(io_, accept({dispatcher, tls_ ? &*tls_ : nullptr, limits_, body_bytes_}),
                        [](std::exception_ptr) {});
         io_.run();
     }
@@ -101,6 +103,8 @@ class HttpServer::Implementation {
 
     Limits limits_;
     std::optional<asio::ssl::context> tls_;
+    /// Before the context, with which the connections end.
+    std::size_t body_bytes_ = 0;
     /// One thread runs it: what is behind the dispatcher is done one request at a time anyway.
     asio::io_context io_{1};
     tcp::acceptor acceptor_{io_};

@@ -24,6 +24,8 @@ struct Limits {
     std::chrono::milliseconds farewell{2'000};
     /// Below the 1024 open files that systems give a program unless told otherwise.
     unsigned connections = 800;
+    /// Of all bodies together: five of the largest parts of packages, and what else there is.
+    std::size_t body_bytes = 512 * 1024 * 1024;
 };
 
 class HttpServer {

@@ -127,13 +127,6 @@ bool is_step(std::string_view name) {
                        [name](const Route& route) { return route.step == name; });
 }
 
-std::size_t largest_body(std::string_view raw_path) {
-    // A part of a package: a hundred million bytes, and what encrypting adds to them.
-    if (raw_path.starts_with("/storage/")) return 100'000'016;
-    // Three megabytes of invoice are four of Base64; the rest of a request is small.
-    return 8 * 1024 * 1024;
-}
-
 const Route* find_route(std::span<const Route> routes, Request& request, std::string_view raw_path,
                         bool& path_known) {
     path_known = false;

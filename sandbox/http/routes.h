@@ -44,9 +44,6 @@ std::span<const std::string_view> processing_steps();
 /// True for the name of an operation or of a processing step, and for `*`.
 bool is_step(std::string_view name);
 
-/// The largest body of a request to a path, undecoded and with its leading slash.
-std::size_t largest_body(std::string_view raw_path);
-
 /// Finds the operation of a request and fills its parameters. The undecoded path is matched, so an
 /// encoded slash stays inside its segment. Null when there is none; `path_known` tells whether
 /// another method would have found one.

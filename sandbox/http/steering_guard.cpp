@@ -35,9 +35,13 @@ std::string refuse_steering(const Request& request, const std::string& bind_addr
     if (!origin.empty() && origin != request.origin)
         return "a page of another site asks: " + std::string(origin);
     if (site == "cross-site" || site == "same-site") return "a page of another site asks";
-    if (const std::string host = host_of(request.origin); !is_own_name(host, bind_address))
-        return "the sandbox does not go by the name in Host: " + host;
-    return "";
+    return refuse_name(request, bind_address);
+}
+
+std::string refuse_name(const Request& request, const std::string& bind_address) {
+    const std::string host = host_of(request.origin);
+    return is_own_name(host, bind_address) ? ""
+                                           : "the sandbox does not go by the name in Host: " + host;
 }
 
 }  // namespace tavrix::sandbox

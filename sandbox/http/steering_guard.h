@@ -10,5 +10,7 @@ namespace tavrix::sandbox {
 /// rebinding) has neither, but its name stands in Host.
 /// \param bind_address what the sandbox was told to listen on.
 std::string refuse_steering(const Request& request, const std::string& bind_address);
+/// The part of it that is about Host, which keeps such a site from reading, too.
+std::string refuse_name(const Request& request, const std::string& bind_address);
 
 }  // namespace tavrix::sandbox

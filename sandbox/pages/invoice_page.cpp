@@ -46,9 +46,10 @@ std::string render_parties(const Element& root) {
     return html + render_party("Podmiot upoważniony", root.child("PodmiotUpowazniony")) + "</div>";
 }
 
-/// The first of two elements that is there.
-std::string either(const Element& parent, const char* first, const char* second) {
-    return parent.child(first) ? parent.text(first) : parent.text(second);
+/// The amount that is there; of the two only the unusual one says what it is.
+std::string net_or_gross(const Element& line, const char* net, const char* gross) {
+    if (line.child(net)) return amount_text(line.text(net));
+    return line.child(gross) ? amount_text(line.text(gross)) + " brutto" : "";
 }
 
 std::string rate_text(const std::string& rate) {
@@ -63,16 +64,20 @@ std::string render_lines(const Element& body) {
                             {"Nazwa towaru lub usługi"},
                             {"Jm."},
                             {"Ilość", true},
-                            {"Cena", true},
-                            {"Wartość", true},
+                            {"Cena netto", true},
+                            {"Wartość netto", true},
                             {"Stawka", true}});
     const std::size_t shown = std::min(lines.size(), most_lines);
     for (std::size_t i = 0; i < shown; ++i) {
         const Element& line = lines[i];
-        table.row({xml_escape(line.text("NrWierszaFa")), xml_escape(line.text("P_7")),
-                   xml_escape(line.text("P_8A")), xml_escape(quantity_text(line.text("P_8B"))),
-                   xml_escape(amount_text(either(line, "P_9A", "P_9B"))),
-                   xml_escape(amount_text(either(line, "P_11", "P_11A"))),
+        // A correction may show a line twice: as it was and as it is.
+        const std::string before =
+            line.text("StanPrzed") == "1" ? badge("wait", "przed korektą") : "";
+        table.row({xml_escape(line.text("NrWierszaFa")),
+                   xml_escape(line.text("P_7")) + " " + before, xml_escape(line.text("P_8A")),
+                   xml_escape(quantity_text(line.text("P_8B"))),
+                   xml_escape(net_or_gross(line, "P_9A", "P_9B")),
+                   xml_escape(net_or_gross(line, "P_11", "P_11A")),
                    xml_escape(rate_text(line.text("P_12")))});
     }
     return "<h3>Pozycje</h3>" + table.html() +

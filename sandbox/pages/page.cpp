@@ -16,7 +16,12 @@ namespace {
 
 // Of a list of its own, and of each list on the first page.
 constexpr std::size_t page_size = 50, newest_shown = 15;
-constexpr std::size_t longest_target = 300, longest_reason = 300, longest_number = 40;
+constexpr std::size_t longest_target = 300, longest_reason = 300, longest_number = 40,
+                      longest_buyer = 120;
+
+std::string size_text(std::int64_t bytes) {
+    return count_text(std::uint64_t(bytes)) + " B";
+}
 
 std::string span(const char* css_class, const std::string& text) {
     return std::string("<span class=\"") + css_class + "\">" + xml_escape(text) + "</span>";
@@ -54,8 +59,8 @@ std::vector<std::string> invoice_cells(const Invoice& invoice) {
     return {
         link(address_of("faktura", invoice.reference), shortened(heading.number, longest_number)) +
             (heading.attachment ? " " + badge("wait", "załącznik") : ""),
-        xml_escape(heading.buyer),
-        xml_escape(heading.amount),
+        xml_escape(shortened(heading.buyer, longest_buyer)),
+        xml_escape(shortened(heading.amount, longest_number)),
         invoice.ksef_number.empty() ? "" : span("mono keep", invoice.ksef_number),
         span("when", moment_text(invoice.received)),
         outcome};
@@ -168,6 +173,20 @@ std::string document_section(const std::string& title, const std::string& text,
                : section(title, "<p>" + link(address, "Pobierz plik") + "</p>" + excerpt(text));
 }
 
+std::string status_html(const Status& status) {
+    std::string html = "<p>" + badge(status) + "</p>";
+    for (const std::string& detail : status.details)
+        html += "<p class=\"reason\">" + detail_html(detail) + "</p>";
+    return html;
+}
+
+std::string package_facts(const Package& package) {
+    std::string rows = fact("Paczka", package.compression + ", " + size_text(package.size));
+    for (std::size_t i = 0; i < package.parts.size(); ++i)
+        rows += fact("Część " + std::to_string(i + 1), size_text(package.parts[i].size));
+    return rows;
+}
+
 Answer session_page(const State& state, const Session& session, const Request& request) {
     const std::string address = address_of("sesja", session.reference);
     List invoices = invoice_list(state, session.invoices);
@@ -175,39 +194,38 @@ Answer session_page(const State& state, const Session& session, const Request& r
     return page(
         "Sesja " + session.reference,
         section("Sesja " + session.reference,
-                "<p>" + badge(session.status) + "</p>" +
+                status_html(session.status) +
                     facts(fact("Rodzaj",
                                session.kind == SessionKind::online ? "interaktywna" : "wsadowa") +
                           fact("Kontekst", session.context.value) +
                           fact("Formularz", session.form_code.system_code) +
                           fact("Otwarta", moment_text(session.created)) +
-                          fact("Zamknięta", session.closed ? moment_text(*session.closed) : ""))) +
+                          fact("Zamknięta", session.closed ? moment_text(*session.closed) : "") +
+                          (session.package ? package_facts(*session.package) : ""))) +
             list_section(invoices, request) +
             document_section("UPO sesji", session.upo, address + "/upo"),
         {link("/", "Początek"), link("/sesje", "Sesje"), xml_escape(session.reference)});
 }
 
 std::string invoice_status_section(const Invoice& invoice) {
-    const Status status = status_of(invoice);
-    std::string html = "<p>" + badge(status) + "</p>";
-    for (const std::string& detail : status.details)
-        html += "<p class=\"reason\">" + detail_html(detail) + "</p>";
     const bool accepted = !invoice.ksef_number.empty();
     const std::string address = address_of("faktura", invoice.reference);
     std::string files = invoice.xml.empty() ? "" : link(address + "/xml", "Dokument XML");
     if (!invoice.upo.empty()) files += " · " + link(address + "/upo", "UPO");
     return section(
         "W systemie",
-        html + facts(fact("Numer KSeF", invoice.ksef_number) + fact_html("Pliki", files) +
-                     fact("Numer referencyjny", invoice.reference) +
-                     fact_html("Sesja", link(address_of("sesja", invoice.session_reference),
-                                             invoice.session_reference)) +
-                     fact("Przyjęta", moment_text(invoice.received)) +
-                     (accepted ? fact("Numer KSeF nadano", moment_text(invoice.acquired)) +
-                                     fact("Tryb", invoice.offline ? "offline" : "online")
-                               : "") +
-                     fact("Skrót SHA-256", invoice.invoice_hash) +
-                     fact("Korekta techniczna faktury o skrócie", invoice.hash_of_corrected)));
+        status_html(status_of(invoice)) +
+            facts(fact("Numer KSeF", invoice.ksef_number) + fact_html("Pliki", files) +
+                  fact("Plik w paczce", invoice.file_name) +
+                  fact("Numer referencyjny", invoice.reference) +
+                  fact_html("Sesja", link(address_of("sesja", invoice.session_reference),
+                                          invoice.session_reference)) +
+                  fact("Przyjęta", moment_text(invoice.received)) +
+                  (accepted ? fact("Numer KSeF nadano", moment_text(invoice.acquired)) +
+                                  fact("Tryb", invoice.offline ? "offline" : "online")
+                            : "") +
+                  fact("Skrót SHA-256", invoice.invoice_hash) +
+                  fact("Korekta techniczna faktury o skrócie", invoice.hash_of_corrected)));
 }
 
 std::string invoice_text_section(const Invoice& invoice) {

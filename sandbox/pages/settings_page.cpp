@@ -7,11 +7,10 @@
 #include "sandbox/basics/xml.h"
 #include "sandbox/pages/html.h"
 #include "sandbox/pages/polish.h"
+#include "sandbox/service/pace_limits.h"
 
 namespace tavrix::sandbox {
 namespace {
-
-constexpr int longest_delay_ms = 24 * 3600 * 1000, most_polls = 1'000'000;
 
 struct PaceRow {
     /// Begins the names of its two fields.
@@ -126,7 +125,7 @@ std::string field_of(const Request& request, std::string_view wanted) {
 
 int number_in(const Request& request, const std::string& field, int most) {
     const auto number = number_of<int>(field_of(request, field));
-    if (!number || *number < 0 || *number > most)
+    if (!number || !is_within(*number, most))
         throw std::invalid_argument("Liczba poza zakresem od 0 do " +
                                     count_text(std::uint64_t(most)) + ".");
     return *number;

@@ -8,6 +8,7 @@
 #include "sandbox/exchange/body.h"
 #include "sandbox/service/download_links.h"
 #include "sandbox/service/operations.h"
+#include "sandbox/service/package_work.h"
 #include "sandbox/service/processing.h"
 #include "sandbox/service/session_opening.h"
 #include "sandbox/store/statuses.h"
@@ -20,10 +21,11 @@ using namespace std::chrono_literals;
 // Source: BatchFileInfo of the contract.
 constexpr std::int64_t largest_package = 5'000'000'000;
 constexpr std::size_t most_parts = 50;
-// A hundred million bytes, and what encrypting adds to them.
-constexpr std::int64_t largest_part = 100'000'016;
 // Source: "Sesja wsadowa", time for the upload: so much for each part, for all of them.
 constexpr auto upload_time_per_part = 20min;
+
+/// Enough for packages as tests make them; larger ones are gone on with between requests.
+constexpr auto package_time_at_close = 250ms;
 
 std::vector<PackagePart> read_parts(const Json& file) {
     const Json* list = given(file, "fileParts");
@@ -130,24 +132,32 @@ Answer close_batch_session(Service& service, Request& request) {
     check_may_close(session, SessionKind::batch);
     check_uploads(service, session);
     close_session(service, session, service.now());
+    work_on_packages(service, package_time_at_close);
     return Answer::empty(204);
+}
+
+const Session* awaited_part(const Service& service, const Request& request) {
+    if (!link_is_good(service, request)) return nullptr;
+    const Session* session = look_up(service.state.sessions, upper(request.parameters.at(0)));
+    return session != nullptr && session->stage == SessionStage::open ? session : nullptr;
 }
 
 Answer upload_part(Service& service, Request& request) {
     if (!request.header("Authorization").empty())
         return storage_error(401, "InvalidAuthenticationInfo",
                              "Authentication information is not given in the correct format.");
-    const Session* session = look_up(service.state.sessions, upper(request.parameters.at(0)));
+    const Session* session = awaited_part(service, request);
     const auto ordinal = number_of<int>(request.parameters.at(1));
-    if (!link_is_good(service, request) || session == nullptr || !ordinal ||
-        session->stage != SessionStage::open)
-        return link_refused();
+    if (session == nullptr || !ordinal) return link_refused();
     if (!request.header("Transfer-Encoding").empty())
         return storage_error(400, "UnsupportedHeader",
                              "One of the HTTP headers specified in the request is not supported.");
     if (request.header("x-ms-blob-type").empty())
         return storage_error(400, "MissingRequiredHeader",
                              "An HTTP header that's mandatory for this request is not specified.");
+    if (request.header("x-ms-blob-type") != "BlockBlob")
+        return storage_error(400, "InvalidHeaderValue",
+                             "The value for one of the HTTP headers is not in the correct format.");
     service.packages.write_part(session->reference, *ordinal, request.body);
     Answer answer = Answer::empty(201);
     answer.headers = {{"ETag", "\"0x" + random_hex(15) + "\""},

@@ -21,6 +21,11 @@ StorageLink invoice_upo_link(const Service& service, const Request& request,
 StorageLink session_upo_link(const Service& service, const Request& request,
                              const Session& session);
 
+/// A hundred million bytes of a package, and what encrypting adds to them.
+inline constexpr std::int64_t largest_part = 100'000'016;
+/// The session to which a request may upload a part, by its address alone; otherwise null.
+const Session* awaited_part(const Service& service, const Request& request);
+
 /// Where a part of a package is to be put, until the time for its upload is over.
 std::string part_upload_url(const Service& service, const Request& request, const Session& session,
                             int ordinal);

@@ -109,7 +109,9 @@ void PackageWork::check_archive() {
 /// All files are read once before the first becomes an invoice: a package that turns out to be
 /// broken at its end has none.
 void PackageWork::survey_file() {
-    if (reader_->next() && ++files_ <= most_files_counted) return;
+    if (const auto file = reader_->next()) {
+        if (file->is_folder || ++files_ <= most_files_counted) return;
+    }
     if (files_ > most_invoices_per_session)
         throw PackageFailure{420,
                              {"Przekroczono dopuszczalną liczbę faktur w paczce: '" +
@@ -118,14 +120,18 @@ void PackageWork::survey_file() {
     if (files_ == 0) throw PackageFailure{440, {"Nie przesłano faktur"}};
     reader_ = std::make_unique<ArchiveReader>(service_.packages.archive(reference_),
                                               package().compression);
-    // After a restart, those that were taken before it.
-    for (std::size_t taken = session().invoices.size(); taken > 0; --taken) reader_->next();
+    taken_before_ = session().invoices.size();
     next_ = &PackageWork::take_invoice;
 }
 
 void PackageWork::take_invoice() {
     auto file = reader_->next();
     if (!file) return finish({});
+    if (file->is_folder) return;
+    if (taken_before_ > 0) {
+        --taken_before_;
+        return;
+    }
     Session& session = this->session();
     Invoice invoice;
     invoice.reference = service_.new_reference("EE");

@@ -48,6 +48,8 @@ class PackageWork {
     std::int64_t archive_size_ = 0;
     std::unique_ptr<ArchiveReader> reader_;
     std::size_t files_ = 0;
+    /// Files that became invoices before a restart and are still to be passed over.
+    std::size_t taken_before_ = 0;
 };
 
 /// True while the package of some closed session has not been unpacked.

@@ -6,14 +6,10 @@
 #include "sandbox/basics/ksef_number.h"
 #include "sandbox/documents/upo.h"
 #include "sandbox/documents/verification.h"
-#include "sandbox/service/package_work.h"
 #include "sandbox/store/statuses.h"
 
 namespace tavrix::sandbox {
 namespace {
-
-/// Enough for packages as tests make them; larger ones are gone on with between requests.
-constexpr std::chrono::milliseconds package_time{250};
 
 /// The moment a stage ends, or nothing while it lasts.
 std::optional<Instant> stage_end(const Pace& pace, int polls, Instant since, Instant now) {
@@ -176,7 +172,6 @@ void settle(Service& service) {
         }
         state.open_sessions.pop_front();
     }
-    work_on_packages(service, package_time);
     std::erase_if(state.closing_sessions, [&](const std::string& reference) {
         Session& session = state.sessions.at(reference);
         advance(service, session, now);

@@ -40,11 +40,16 @@ TEST_F(ControlTest, TheClockMovesForwardAndThePaceChanges) {
 
     const Json pace = {{"invoice", {{"polls", 2}}}, {"invoice_processing", {{"polls", 1}}}};
     EXPECT_EQ(control().post("/sandbox/pace", pace).status, 200);
-    EXPECT_EQ(control().post("/sandbox/pace", {{"invoices", {{"polls", 1}}}}).status, 400);
+    for (const Json& wrong : {Json{{"invoices", {{"polls", 1}}}}, Json{{"invoice", {{"poll", 1}}}},
+                              Json{{"invoice", {{"polls", 0}}}, {"session", {{"polls", -1}}}},
+                              Json{{"invoice", {{"delay_ms", 86'400'001}}}}})
+        EXPECT_EQ(control().post("/sandbox/pace", wrong).status, 400) << wrong;
     open_as_seller();
     const std::string reference = client().send(SampleInvoice().xml());
     for (int code : {100, 100, 150, 200})
         EXPECT_EQ(client().invoice_status(reference).at("code"), code);
+    control().post("/sandbox/reset");
+    EXPECT_EQ(control().post("/sandbox/pace").json().at("invoice").at("polls"), 0);
 }
 
 TEST_F(ControlTest, TheStateComesInPages) {
@@ -85,6 +90,8 @@ TEST_F(ControlTest, PagesOfOtherSitesCannotSteer) {
         control().headers = headers;
         EXPECT_EQ(control().post("/sandbox/reset").status, status) << bound << Json(headers);
         EXPECT_EQ(control().get("/sandbox/state").status, status == 204 ? 200 : 403);
+        const bool other_name = status == 403 && headers.contains("Host");
+        EXPECT_EQ(control().get("/").status, other_name ? 403 : 200) << Json(headers);
         EXPECT_EQ(client().post("/auth/challenge").status, 200) << "the interface has any name";
     }
 }

@@ -42,6 +42,10 @@ TEST_F(HostileTest, DepthAndNonsenseAreRefused) {
     const std::string deep_json = "{\"a\":" + std::string(500'000, '[');
     for (const char* body : {"", "[]", "{\"invoiceHash\": \"\xFF\xFE\"}", deep_json.c_str()})
         EXPECT_EQ(client().post_text(path, body).exception_code(), 21405);
+    std::string wide_json = "{\"advance_ms\":0";
+    for (int i = 1; i < 128; ++i) wide_json += ",\"" + std::to_string(i) + "\":0";
+    EXPECT_EQ(control().post_text("/sandbox/clock", wide_json + "}").status, 200);
+    EXPECT_EQ(control().post_text("/sandbox/clock", wide_json + ",\"x\":0}").status, 400);
     EXPECT_EQ(control().get("/sandbox/state").status, 200) << "the log can still be shown";
 }
 
@@ -55,12 +59,16 @@ TEST_F(HostileTest, StrangePathsFindNothing) {
         << "an encoded slash stays in its segment";
     EXPECT_EQ(client().remove("/sessions").status, 405);
     EXPECT_EQ(client().post("/auth/xades-signature").status, 404) << "of a form that is known";
+    EXPECT_NE(control().post("/auth/challenge").body.find("/v2"), std::string::npos);
+    EXPECT_EQ(state().at("requests").back().at("path"), "/auth/challenge");
 }
 
 TEST_F(HostileTest, WhatTheTransportRefusesEndsTheConnection) {
     std::string body(8 * 1024 * 1024, ' ');
     EXPECT_EQ(client().post_text("/auth/challenge", body).status, 200);
     EXPECT_EQ(client().post_text("/auth/challenge", body + ' ').status, 413);
+    EXPECT_EQ(control().put("http://x/storage/00/x/batch-parts/1", body + ' ').status, 413)
+        << "no address";
     const Reply too_long = client().get("/" + std::string(9000, 'x'));
     EXPECT_EQ(too_long.status, 414);
     EXPECT_EQ(too_long.header("Connection"), "close");

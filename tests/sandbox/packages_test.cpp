@@ -64,6 +64,8 @@ TEST_F(PackagesTest, EachInvoiceIsJudgedByItselfHoweverThePackageIsMade) {
 TEST_F(PackagesTest, WhatCannotBeUnpackedFailsAsAWholeAndListsNoInvoice) {
     Files many;
     for (int i = 0; i <= 10'000; ++i) many.emplace_back(std::to_string(i), "");
+    Files folders = {{"a.xml", numbered(1)}};
+    for (int i = 0; i <= 5'000; ++i) folders.emplace_back(std::to_string(i) + "/", "");
     const auto named = [](const std::string& name) { return packed({{name, numbered(1)}}); };
     const std::string good = named("a.xml");
     std::string bad_sum = good;
@@ -92,7 +94,9 @@ TEST_F(PackagesTest, WhatCannotBeUnpackedFailsAsAWholeAndListsNoInvoice) {
         {430, named(std::string(129, 'a'))},
         {430, packed({{"a.xml", numbered(1)}, {"a.xml", numbered(2)}})},
         {430, packed({{"bomb.xml", std::string(100'000'001, ' ')}})},
+        {430, packed(folders)},
         {420, packed(many)},
+        {440, packed({})},
         {440, packed({{"folder/", ""}})},
     };
     for (const Case& it : cases) {
@@ -105,6 +109,9 @@ TEST_F(PackagesTest, WhatCannotBeUnpackedFailsAsAWholeAndListsNoInvoice) {
         EXPECT_FALSE(status.contains("invoiceCount")) << which;
         EXPECT_EQ(invoices().size(), 0u) << which;
     }
+    EXPECT_NE(control().get("/sesja/" + client().session).body.find("Nie przesłano faktur"),
+              std::string::npos)
+        << "the page says why";
     Json odd = client().package_body(good);
     client().parts = {std::string(17, 'x')};
     odd["batchFile"]["fileParts"][0]["fileSize"] = 17;
@@ -122,6 +129,7 @@ TEST_F(PackagesTest, StorageTakesAnythingFromWhoHasTheAddressInTime) {
                                         {"Authorization", "Bearer " + client().bearer}};
     EXPECT_EQ(client().put(url, "x", signed_in).status, 401);
     EXPECT_EQ(client().put(url, "x", {}).status, 400);
+    EXPECT_EQ(client().put(url, "x", {{"x-ms-blob-type", "PageBlob"}}).status, 400);
     EXPECT_EQ(client().put(other, "x").status, 403);
     for (const std::string& content : {std::string("anything"), client().parts[0]})
         EXPECT_EQ(client().put(url, content).status, 201);

@@ -138,6 +138,7 @@ TEST_F(ProgramTest, MistakesAreNamed) {
     const std::pair<const char*, const char*> cases[] = {
         {"--prot 1", "--prot"},
         {"--fault 'step=auth/challenge kind=explode'", "explode"},
+        {"--fault 'step=auth/chalenge kind=drop'", "unknown step: auth/chalenge"},
         {"--token 'no bars'", "reference|nip-NNNNNNNNNN|secret"},
         {"--ca-file-out x", "--https"},
         {"--bind 256.0.0.1", "256.0.0.1"},
