@@ -10,12 +10,17 @@
 namespace tavrix::ksef {
 namespace {
 
+using test::Json;
+
 const base::Text serial = u"01F20A5D352AE590";
 const base::Text nip = u"5265877635";
 constexpr const char* published_hash = "UtQp9Gpc51y+u3xApZjIjgkpZ01js+J8KflSPW8WzIE=";
 constexpr const char* right_phrase = "hało, klucz";
 constexpr const char* offline =
     R"({"certificates":[{"certificateSerialNumber":"01F20A5D352AE590","type":"Offline"}]})";
+
+constexpr const char* revoked =
+    R"({"certificates":[{"certificateSerialNumber":"01F20A5D352AE590","type":"Offline","status":"Revoked"}]})";
 
 // What the service says to the question after certificates.
 struct Certificates {
@@ -136,6 +141,7 @@ TEST_F(OfflineLinks, EveryStepHasItsText) {
         {"locked", "", hash, {}, locked},
         {"locked", "halo", hash, {}, locked},
         {"p256", "", hash, {200, R"({"certificates":[]})"}, unlisted},
+        {"p256", "", hash, {200, revoked}, unlisted},
         // A service that does not answer is not needed.
         {"p256", "", hash, {403, ""}, "https://qr.*"},
         {"p256", right, hash, {200, "<html>"}, "https://qr.*"},
