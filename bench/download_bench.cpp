@@ -66,6 +66,7 @@ class CountingDatabase final : public ports::Database {
         return database_.open(sql);
     }
     void execute(base::TextView sql) override { database_.execute(sql); }
+    base::Text name() override { return database_.name(); }
     int statements = 0;
 
   private:

@@ -22,6 +22,7 @@ struct InvoiceOptions {
     std::string environment = "test";
     std::string xml_file;
     std::string hash;
+    bool as_send = false;
     bool json = false;
 };
 
@@ -68,8 +69,10 @@ std::string invoice_hash(std::string& value) {
 
 Text hash_of(PortsBundle& bundle, const InvoiceOptions& options) {
     if (!options.hash.empty()) return base::from_utf8(options.hash);
-    const Text content = bundle.code_page().to_text(read_file(options.xml_file));
-    const base::Bytes invoice = ksef::invoice_bytes(bundle.code_page(), content);
+    base::Bytes invoice = read_file(options.xml_file);
+    if (options.as_send) {
+        invoice = ksef::invoice_bytes(bundle.code_page(), bundle.code_page().to_text(invoice));
+    }
     return base::from_utf8(ksef::sha256_base64(bundle.crypto(), invoice));
 }
 
@@ -151,10 +154,15 @@ void add_invoice_options(CLI::App& command, InvoiceOptions& options) {
         ->required()
         ->transform(CLI::Validator(ten_digits, "NIP"));
     CLI::Option_group* invoice = command.add_option_group("faktura", "Jedno z dwojga");
-    invoice->add_option("--xml", options.xml_file, "Plik XML faktury (UTF-8)");
+    CLI::Option* file = invoice->add_option("--xml", options.xml_file,
+                                            "Plik XML faktury, liczony bajt po bajcie, jak jest");
     invoice->add_option("--hash", options.hash, "Skrót faktury, jak z tavrix hash")
         ->check(CLI::Validator(invoice_hash, "BASE64"));
     invoice->require_option(1);
+    command
+        .add_flag("--as-send", options.as_send,
+                  "Skrót tego, co wysłałby tavrix send: bez BOM, końce wierszy LF")
+        ->needs(file);
     add_environment_option(command, options.environment);
     command.add_flag("--json", options.json, "Wynik jako JSON (dla programów)");
 }

@@ -2,12 +2,14 @@
 
 #include <cstdio>
 #include <iostream>
+#include <map>
 #include <memory>
 #include <nlohmann/json.hpp>
 
 #include "cli/command.h"
 #include "cli/ksef_options.h"
 #include "cli/ports_bundle.h"
+#include "ksef/client.h"
 #include "ports/portable/sqlite_database.h"
 
 namespace tavrix::cli {
@@ -26,21 +28,33 @@ struct PullOptions {
     bool json = false;
 };
 
-/// Shows on stderr, where a person looks at it, how many pages and documents have come.
-class TalkingHttp final : public ports::Http {
+/// How the service answered.
+struct Answers {
+    int last_page = 0;                     ///< the status of the list's last page
+    std::map<std::string, int> documents;  ///< the last status of each, by its KSeF number
+};
+
+/// Notes the answers, and shows on stderr, where a person looks at it, how many pages and documents
+/// have come.
+class WatchingHttp final : public ports::Http {
   public:
-    explicit TalkingHttp(std::unique_ptr<ports::Http> http) : http_(std::move(http)) {}
-    ~TalkingHttp() override {
-        if (pages_ > 0) std::fputc('\n', stderr);
+    WatchingHttp(std::unique_ptr<ports::Http> http, Answers& answers, bool talks)
+        : http_(std::move(http)), answers_(answers), talks_(talks) {}
+    ~WatchingHttp() override {
+        if (talks_ && pages_ > 0) std::fputc('\n', stderr);
     }
     ports::HttpReply send(const ports::HttpRequest& request) override {
         ports::HttpReply reply = http_->send(request);
         const std::string_view url = request.url.view();
-        if (url.find("/invoices/query/metadata") != std::string_view::npos) ++pages_;
-        if (url.find("/invoices/ksef/") != std::string_view::npos && reply.status == 200) {
-            ++documents_;
+        if (url.find("/invoices/query/metadata") != std::string_view::npos) {
+            ++pages_;
+            answers_.last_page = reply.status;
         }
-        if (pages_ > 0) {
+        if (url.find("/invoices/ksef/") != std::string_view::npos) {
+            if (reply.status == 200) ++documents_;
+            answers_.documents[std::string(url.substr(url.rfind('/') + 1))] = reply.status;
+        }
+        if (talks_ && pages_ > 0) {
             std::fprintf(stderr, "\rStrony listy: %d, pobrane faktury: %d", pages_, documents_);
         }
         return reply;
@@ -49,6 +63,8 @@ class TalkingHttp final : public ports::Http {
 
   private:
     std::unique_ptr<ports::Http> http_;
+    Answers& answers_;
+    bool talks_;
     int pages_ = 0;
     int documents_ = 0;
 };
@@ -57,6 +73,22 @@ std::int64_t count(ports::Database& database, const char16_t* condition) {
     const auto rows =
         database.open(u"select count(*) as n from DOK_ZDJECIA where " + Text(condition));
     return std::stoll(base::to_utf8(ports::text_of(rows->field(u"n"))));
+}
+
+// Whether each invoice without a document was asked for, and is one that the service does not give
+// out: the walk has come to its end, and the next one will find no more.
+bool only_unavailable_missing(ports::Database& database, const Answers& answers,
+                              const Text& result) {
+    if (answers.last_page != 200 || result.starts_with(u"Nieznany błąd")) return false;
+    const auto rows = database.open(
+        u"select ksefNumber from DOK_ZDJECIA where ksefNumber<>'' and (dane is null or dane='')");
+    for (; !rows->at_end(); rows->move_next()) {
+        const std::string number = base::to_utf8(ports::text_of(rows->field(u"ksefNumber")));
+        const auto answer = answers.documents.find(ksef::path_segment(number));
+        if (answer == answers.documents.end()) return false;
+        if (answer->second != 400 && answer->second != 406) return false;
+    }
+    return true;
 }
 
 void report(const Text& result, bool is_done, const Json& counts, bool as_json) {
@@ -77,11 +109,11 @@ ExitCode run(const PullOptions& options) {
     const base::SecretText token = token_from(options.token);
     ports::SqliteDatabase database(ports::SqliteConnection::open(options.database_file));
     ksef::KsefPorts ports = bundle.for_ksef();
-    if (!options.json && isatty(STDERR_FILENO) != 0) {
-        ports.make_http = [make = ports.make_http] {
-            return std::make_unique<TalkingHttp>(make());
-        };
-    }
+    Answers answers;
+    const bool talks = !options.json && isatty(STDERR_FILENO) != 0;
+    ports.make_http = [make = ports.make_http, &answers, talks] {
+        return std::make_unique<WatchingHttp>(make(), answers, talks);
+    };
     constexpr const char16_t* with_document = u"dane<>''";
     const std::int64_t recorded = count(database, u"1=1");
     const std::int64_t fetched = count(database, with_document);
@@ -94,8 +126,10 @@ ExitCode run(const PullOptions& options) {
     }
     const std::int64_t recorded_now = count(database, u"1=1");
     const std::int64_t fetched_now = count(database, with_document);
-    // What the library says when everything was answered.
-    const bool is_done = result == u"kod bładu:200";
+    // The first is what the library says when everything was answered.
+    const bool is_done =
+        result == u"kod bładu:200" ||
+        (ports.settings.skip_unavailable && only_unavailable_missing(database, answers, result));
     report(result, is_done,
            {{"recorded", recorded_now - recorded},
             {"fetched", fetched_now - fetched},

@@ -2,6 +2,7 @@
 #include <memory>
 #include <nlohmann/json.hpp>
 
+#include "base/error.h"
 #include "cli/command.h"
 #include "cli/ksef_options.h"
 #include "cli/ports_bundle.h"
@@ -37,7 +38,7 @@ Text reconcile(ksef::KsefPorts& ports, ports::Database& database, const Reconcil
     if (Text failure = log_in(); !failure.empty()) return failure;
     const bool by_name = options.by.empty() ? ports.settings.reconcile_by == ksef::ReconcileBy::name
                                             : options.by == "name";
-    if (by_name) return ksef::reconcile_by_name(ports, client, database, check.tax_number, log_in);
+    if (by_name) return ksef::reconcile_by_name(ports, client, database, check, log_in);
     ksef::reconcile_by_position(ports, client, database);
     return {};
 }
@@ -62,7 +63,13 @@ ExitCode run(const ReconcileOptions& options) {
     PortsBundle bundle;
     ksef::KsefPorts ports = bundle.for_ksef();
     ports::SqliteDatabase database(ports::SqliteConnection::open(options.database_file));
-    const Text failure = reconcile(ports, database, options);
+    Text failure;
+    try {
+        failure = reconcile(ports, database, options);
+    } catch (const base::AutomationError& error) {
+        // What was written before stands, and is counted.
+        failure = error.description();
+    }
     const Json counts = outcomes(database);
     if (options.json) {
         std::cout << Json{{"result", base::to_utf8(failure)},
@@ -92,7 +99,8 @@ void add_reconcile_command(CLI::App& app, int& exit_code) {
     command
         ->add_option(
             "--by", options->by,
-            "Jak czytać odpowiedzi KSeF: position albo name; bez tej opcji według ustawień")
+            "Jak czytać odpowiedzi KSeF: position (pyta o listę sesji bez końca, dopóki KSeF nie "
+            "odpowie 200) albo name; bez tej opcji według ustawień")
         ->check(CLI::IsMember({"position", "name"}));
     command->add_flag("--json", options->json, "Wynik jako JSON (dla programów)");
     command->callback([options, &exit_code] { exit_code = run(*options); });

@@ -1,6 +1,7 @@
 #include "ksef/batch_manifest.h"
 
 #include <algorithm>
+#include <limits>
 
 #include "ksef/json.h"
 
@@ -29,6 +30,11 @@ std::vector<ManifestEntry> read_manifest(std::string_view text) {
         text.remove_prefix(std::min(end + 1, text.size()));
         const Json& id = json_at(line, "ddout_id");
         if (!line.is_object() || !id.is_number_integer()) continue;
+        using Id = std::numeric_limits<std::int32_t>;
+        const bool fits = id.is_number_unsigned()
+                              ? id.get<std::uint64_t>() <= std::uint64_t{Id::max()}
+                              : id.get<std::int64_t>() >= Id::min();
+        if (!fits) continue;
         entries.push_back({utf8_at(line, "session"), utf8_at(line, "file"), utf8_at(line, "hash"),
                            text_at(line, "table"), id.get<std::int32_t>()});
     }

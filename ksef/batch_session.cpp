@@ -6,6 +6,7 @@
 #include "ksef/batch_manifest.h"
 #include "ksef/batch_package.h"
 #include "ksef/exchange.h"
+#include "ksef/reconciliation_memory.h"
 
 namespace tavrix::ksef {
 namespace {
@@ -105,12 +106,11 @@ void record_batch_session(KsefPorts& ports, ports::Database& database, const Tex
 void note_sent_package(KsefPorts& ports, const Text& path, const std::string& reference) {
     try {
         const Text manifest = path + Text(manifest_suffix);
-        if (ports.settings_folder.empty() || !ports.files.is_file(manifest)) return;
+        if (!ports.files.is_file(manifest)) return;
         std::vector<ManifestEntry> entries = read_manifest(
             base::chars_of(ports::read_whole(ports.files, manifest, longest_manifest_bytes)));
         for (ManifestEntry& entry : entries) entry.session = reference;
-        ports.files.append(ports.settings_folder + Text(sent_packages),
-                           base::bytes_of(write_manifest(entries)));
+        note_packages(ports, entries);
     } catch (const base::AutomationError&) {
         // The package is sent, which counts for more.
     }

@@ -4,10 +4,12 @@
 #include <array>
 
 #include "base/error.h"
+#include "ksef/encoding.h"
 #include "ksef/exchange.h"
 #include "ksef/rows/approvals.h"
 #include "ksef/rows/host_setup.h"
 #include "ksef/rows/missing_invoices.h"
+#include "ksef/verification_links.h"
 
 namespace tavrix::ksef {
 namespace {
@@ -41,7 +43,7 @@ base::TextView internal_identifier(base::TextView xml) {
     if (begin == base::TextView::npos) return {};
     begin += plain.size();
     const std::size_t end = xml.find(u"</IDWew>", begin);
-    return end == base::TextView::npos ? base::TextView() : xml.substr(begin, end - begin);
+    return xml.substr(begin, end == base::TextView::npos ? end : end - begin);
 }
 
 // The service writes letters as escapes at times.
@@ -60,6 +62,11 @@ bool is_unavailable(const HttpReply& reply, const Json& answer) {
                const std::string code = utf8_at(detail, "exceptionCode");
                return std::ranges::find(unavailable, code) != unavailable.end();
            });
+}
+
+[[noreturn]] void refuse_document() {
+    throw base::AutomationError(base::ErrorNumber::component_failed, u"KseF_comm",
+                                u"Odpowiedź KSeF nie jest fakturą");
 }
 
 class Fetching : Exchange {
@@ -90,6 +97,7 @@ class Fetching : Exchange {
                                             path_segment(base::to_utf8(invoices.ksef_number())));
         if (!answered(reply, 200)) return goes_on_after(reply);
         try {
+            if (!is_the_invoice(reply, invoices.hash())) refuse_document();
             store(invoices, base::from_utf8(reply.body.view()));
         } catch (const base::AutomationError&) {
             one_failed_ = true;
@@ -107,11 +115,33 @@ class Fetching : Exchange {
         return ports_.settings.skip_unavailable && is_unavailable(reply, answer);
     }
 
-    // The document first: an approval that cannot be entered does not cost it.
+    // A gateway on the way may answer 200 with a page of its own. Where neither the list nor the
+    // answer names a hash, anything but nothing is taken.
+    bool is_the_invoice(const HttpReply& reply, const Text& listed) const {
+        if (reply.body.empty()) return false;
+        std::vector<Text> known{listed};
+        for (const auto& [name, value] : reply.headers) {
+            if (base::equal_case_blind(base::from_utf8(name), u"x-ms-meta-hash")) {
+                known.push_back(base::from_utf8(value));
+            }
+        }
+        std::erase_if(known, [](const Text& hash) { return !is_invoice_hash(hash); });
+        const Text own =
+            base::from_utf8(sha256_base64(ports_.crypto, base::bytes_of(reply.body.view())));
+        return known.empty() || std::ranges::find(known, own) != known.end();
+    }
+
+    // The document first: an approval that cannot be entered does not cost it. The rows of later
+    // calls are those without a document, so nobody would enter it then; hence the second try.
     void store(MissingInvoices& invoices, const Text& xml) {
         const Text found(internal_identifier(xml));
-        invoices.store(xml, found, judge(found));
-        Approvals(database_).enter(invoices.id(), invoices.what_rules_ask());
+        const ApprovalQuestion question = invoices.store(xml, found, judge(found));
+        Approvals approvals(database_);
+        try {
+            approvals.enter(invoices.id(), question);
+        } catch (const base::AutomationError&) {
+            approvals.enter(invoices.id(), question);
+        }
     }
 
     std::int64_t judge(const Text& found) const {

@@ -154,7 +154,7 @@ Text KseF_comm::GetUpo(ports::Database& dbb, const Text& nip, const base::Secret
     try {
         if (Text failure = log_in(environment, nip, Token); !failure.empty()) return failure;
         if (ports_.settings.reconcile_by == ReconcileBy::name) {
-            return reconcile_by_name(ports_, *client_, dbb, nip,
+            return reconcile_by_name(ports_, *client_, dbb, read_token(Token),
                                      [&] { return log_in(environment, nip, Token); });
         }
         reconcile_by_position(ports_, *client_, dbb);

@@ -122,7 +122,9 @@ class OfflineLink : Exchange {
             if (base::equal_case_blind(text_at(certificate, "certificateSerialNumber"),
                                        document_.certificate_serial) &&
                 utf8_at(certificate, "type") == type) {
-                return true;
+                // One that was revoked or has expired proves nothing any more.
+                const std::string status = utf8_at(certificate, "status");
+                if (status.empty() || status == "Active") return true;
             }
         }
         return fail(u"err:Brak cert " + document_.certificate_serial + u" typ " +
@@ -141,7 +143,12 @@ class OfflineLink : Exchange {
     }
 
     void store(DocumentRow& row) {
-        row.record_certificate_link(link_, ports_.clock.now_local());
+        try {
+            row.record_certificate_link(link_, ports_.clock.now_local());
+        } catch (const base::AutomationError& error) {
+            result_ = u"err:" + error.description();
+            return;
+        }
         result_ = std::move(link_);
     }
 

@@ -30,6 +30,8 @@ struct KsefPorts {
     /// Where the settings file stands, with a separator at the end: what has to be known by a later
     /// call is kept beside it. Empty where nothing is to be kept.
     base::Text settings_folder{};
+    /// The same for the user alone, where that folder cannot be written to; empty for none.
+    base::Text user_folder{};
 };
 
 }  // namespace tavrix::ksef

@@ -14,30 +14,39 @@ namespace {
 using base::Text;
 using ports::HttpReply;
 
-constexpr std::string_view page_size = "pageSize=1000";
+// A page that is too long to be read is asked for again with half as many entries; the service
+// gives out no shorter ones than the smallest.
+constexpr int largest_page = 1000;
+constexpr int smallest_page = 10;
+// So many requests in a row without an answer, and the service is taken for gone.
+constexpr int most_unanswered = 3;
 
-// Codes of a session and of an invoice in it.
-constexpr std::string_view session_succeeded = "200";
-constexpr std::string_view session_cancelled = "440";
-constexpr std::string_view invoice_accepted = "200";
-constexpr std::string_view invoice_duplicate = "440";
-constexpr std::string_view invoice_in_progress[] = {"100", "150"};
-
-struct Session {
-    std::string reference;
-    std::string code;
-    std::string changed;
-};
+// Codes of a session and of an invoice in it; what failed has this one or a higher one.
+constexpr int lowest_failure = 400;
+constexpr int session_cancelled = 440;
+constexpr int invoice_accepted = 200;
+constexpr int invoice_duplicate = 440;
 
 struct ListedInvoice {
     Text hash;
     std::string file;
     Text number;
     Text reference;
+    Text ksef_number;
 };
 
 [[noreturn]] void fail(Text what) {
     throw base::AutomationError(base::ErrorNumber::component_failed, u"KseF_comm", std::move(what));
+}
+
+int code_of(const Json& entry) {
+    const Json& code = json_at(entry, "status.code");
+    return code.is_number_integer() ? code.get<int>() : 0;
+}
+
+std::string whose(const Client& client, const TokenCheck& token, ports::Database& database) {
+    return base::to_utf8(client.base_url + u' ' + token.tax_number + u' ' + token.reference + u' ' +
+                         database.name());
 }
 
 PackageDocument document_of(const ManifestEntry& entry) {
@@ -46,28 +55,36 @@ PackageDocument document_of(const ManifestEntry& entry) {
 
 class ByName {
   public:
-    ByName(KsefPorts& ports, Client& client, ports::Database& database, const Text& tax_number,
+    ByName(KsefPorts& ports, Client& client, ports::Database& database, const TokenCheck& token,
            const std::function<Text()>& log_in)
         : ports_(ports),
           client_(client),
           log_in_(log_in),
           documents_(database),
-          memory_(ports, client, tax_number) {}
+          memory_(ports, whose(client, token, database)) {}
 
     Text run() {
         client_.honour_retry_after();
         if (!list_sessions()) return failure_;
         std::vector<std::string> references;
-        for (const Session& session : sessions_) references.push_back(session.reference);
+        for (const FinishedSession& session : sessions_) references.push_back(session.reference);
         noted_ = noted_of(ports_, references);
-        for (const Session& session : sessions_) {
-            if (!reconcile(session)) break;
+        for (const FinishedSession& session : sessions_) {
+            const Progress progress = reconcile(session);
+            if (progress == Progress::stopped) break;
+            // What was noted and cannot be read would be missed for good.
+            if (!noted_.is_whole) continue;
+            progress == Progress::done ? memory_.done(session) : memory_.left_out(session);
         }
-        if (failure_.empty()) memory_.keep();
+        if (!noted_.is_whole) failure_ = unknown_reconciliation_failure;
+        memory_.keep();
         return failure_;
     }
 
   private:
+    enum class Progress { done, left_out, stopped };
+    enum class Walk { whole, refused, too_long };
+
     // One new login where the token has run out; the failure's text stays behind when the answer is
     // none.
     HttpReply ask(const std::string& path, const std::string& token) {
@@ -83,85 +100,117 @@ class ByName {
             client_.honour_retry_after();
             reply = client_.get(path, headers);
         }
+        unanswered_ = reply.completed ? 0 : unanswered_ + 1;
         if (!reply.completed) fail(u"KSeF nie odpowiedział: " + base::from_utf8(reply.error));
         if (reply.status != 200) failure_ = failure_text(reply, u"sessions:STATUS:");
         return reply;
     }
 
-    // Calls `visit` with each element of the list `name` on all pages. False when a page was
-    // refused.
+    // Calls `visit` with each element of the list `name` on all pages, with some of them again when
+    // a page was too long. False when a page was refused.
     template <typename Visit>
-    bool for_each(const std::string& path, const char* name, Visit visit) {
+    bool for_each(const std::string& path, const std::string& filter, const char* name,
+                  Visit visit) {
+        for (int size = largest_page;; size = std::max(size / 2, smallest_page)) {
+            const Walk walked =
+                walk(path + "?pageSize=" + std::to_string(size) + filter, name, visit);
+            if (walked != Walk::too_long) return walked == Walk::whole;
+            if (size == smallest_page) fail(u"Odpowiedź KSeF jest za długa");
+        }
+    }
+
+    template <typename Visit>
+    Walk walk(const std::string& path, const char* name, Visit visit) {
         std::set<std::string> tokens;
         for (std::string token;;) {
             HttpReply reply = ask(path, token);
             refused_with_ = reply.status;
-            if (!answered(reply, 200)) return false;
+            if (!answered(reply, 200)) return Walk::refused;
+            if (!may_be_parsed(reply.body.view())) return Walk::too_long;
             const Json page = parse_json(reply.body.view());
             const Json& list = json_at(page, name);
             if (!list.is_array()) fail(u"Brak listy w odpowiedzi KSeF");
             for (const Json& element : list) visit(element);
             token = utf8_at(page, "continuationToken");
             // A token that comes back leads round in a circle.
-            if (token.empty() || !tokens.insert(token).second) return true;
+            if (token.empty() || !tokens.insert(token).second) return Walk::whole;
         }
     }
 
     bool list_sessions() {
-        std::string path = "/api/v2/sessions?" + std::string(page_size) +
-                           "&sessionType=Batch&statuses=Succeeded&statuses=Failed"
-                           "&statuses=Cancelled";
+        std::string filter =
+            "&sessionType=Batch&statuses=Succeeded&statuses=Failed&statuses=Cancelled";
         if (const std::string from = memory_.changed_from(); !from.empty()) {
-            path += "&dateModifiedFrom=" + path_segment(from);
+            filter += "&dateModifiedFrom=" + path_segment(from);
         }
-        return for_each(path, "sessions", [&](const Json& entry) {
-            Session session{utf8_at(entry, "referenceNumber"), utf8_at(entry, "status.code"),
-                            utf8_at(entry, "dateUpdated")};
-            memory_.saw(session.changed);
-            if (!session.reference.empty()) sessions_.push_back(std::move(session));
-        });
+        std::set<std::string> listed;
+        const bool is_whole =
+            for_each("/api/v2/sessions", filter, "sessions", [&](const Json& entry) {
+                FinishedSession session{utf8_at(entry, "referenceNumber"), code_of(entry),
+                                        utf8_at(entry, "dateUpdated")};
+                if (session.reference.empty() || !listed.insert(session.reference).second) return;
+                if (!memory_.is_done(session)) sessions_.push_back(std::move(session));
+            });
+        std::ranges::stable_sort(sessions_, {}, &FinishedSession::changed);
+        // Those behind all others: whoever refuses them every time costs these nothing.
+        for (const auto& [reference, session] : memory_.left_out()) {
+            if (!listed.contains(reference)) sessions_.push_back(session);
+        }
+        return is_whole;
     }
 
-    // False when the service wants no more requests.
-    bool reconcile(const Session& session) {
+    Progress reconcile(const FinishedSession& session) {
         files_.clear();
-        for (const ManifestEntry& entry : noted_[session.reference]) {
+        for (const NotedInvoice& invoice : noted_.by_session[session.reference]) {
             // Of some files nobody could say which document they were made of.
-            if (!entry.table.empty()) files_[entry.file] = &entry;
+            if (!invoice.entry.table.empty()) files_[invoice.entry.file] = &invoice.entry;
         }
-        const bool is_complete =
-            for_each("/api/v2/sessions/" + path_segment(session.reference) + "/invoices?" +
-                         std::string(page_size),
-                     "invoices", [&](const Json& entry) { alone([&] { record(entry); }); });
-        if (!is_complete) return refused_with_ != 401 && refused_with_ != 429;
-        if (session.code != session_succeeded) alone([&] { mark_noted(session); });
-        return true;
+        is_left_out_ = false;
+        bool is_answered = false;
+        alone([&] {
+            is_answered =
+                for_each("/api/v2/sessions/" + path_segment(session.reference) + "/invoices", "",
+                         "invoices", [&](const Json& entry) { alone([&] { record(entry); }); });
+            // The service wants no more requests.
+            is_stopped_ = !is_answered && (refused_with_ == 401 || refused_with_ == 429);
+        });
+        if (is_stopped_ || unanswered_ >= most_unanswered) return Progress::stopped;
+        if (!is_answered) return Progress::left_out;
+        if (session.code >= lowest_failure) alone([&] { mark_noted(session); });
+        return is_left_out_ ? Progress::left_out : Progress::done;
     }
 
-    // An invoice that cannot be written does not keep the next ones from it.
+    // What fails does not keep the next ones from theirs.
     template <typename Write>
     void alone(Write write) {
         try {
             write();
         } catch (const base::AutomationError&) {
             failure_ = unknown_reconciliation_failure;
+            is_left_out_ = true;
         }
     }
 
     void record(const Json& entry) {
-        const std::string code = utf8_at(entry, "status.code");
-        if (std::ranges::find(invoice_in_progress, code) != std::end(invoice_in_progress)) return;
+        const int code = code_of(entry);
         Text ksef_number;
         if (code == invoice_accepted) ksef_number = text_at(entry, "ksefNumber");
         if (code == invoice_duplicate) {
             ksef_number = text_at(entry, "status.extensions.originalKsefNumber");
         }
+        const bool is_accepted = code == invoice_accepted || code == invoice_duplicate;
+        if (is_accepted && ksef_number.empty()) fail(u"Brak numeru KSeF przyjętej faktury");
+        if (!is_accepted && code < lowest_failure) {
+            // Nothing was decided yet.
+            is_left_out_ = true;
+            return;
+        }
         const ListedInvoice invoice{
             text_at(entry, "invoiceHash"), utf8_at(entry, "invoiceFileName"),
-            text_at(entry, "invoiceNumber"), text_at(entry, "referenceNumber")};
+            text_at(entry, "invoiceNumber"), text_at(entry, "referenceNumber"), ksef_number};
         if (const auto document = find(invoice)) {
             documents_.record(*document, ksef_number,
-                              ksef_number.empty() ? package_failed : package_accepted,
+                              is_accepted ? package_accepted : package_failed,
                               ports_.clock.now_local());
         }
     }
@@ -171,14 +220,17 @@ class ByName {
         if (const auto noted = files_.find(invoice.file); noted != files_.end()) {
             return document_of(*noted->second);
         }
-        return documents_.find_by_number(invoice.number, invoice.reference);
+        return documents_.find_by_number(invoice.number, invoice.reference, invoice.hash,
+                                         invoice.ksef_number);
     }
 
     // A package that failed lists few of its invoices, or none.
-    void mark_noted(const Session& session) {
+    void mark_noted(const FinishedSession& session) {
         const bool is_cancelled = session.code == session_cancelled;
-        for (const ManifestEntry& entry : noted_[session.reference]) {
-            documents_.record(document_of(entry), {},
+        for (const NotedInvoice& invoice : noted_.by_session[session.reference]) {
+            // Of the later package's outcome this one knows nothing.
+            if (invoice.was_sent_again) continue;
+            documents_.record(document_of(invoice.entry), {},
                               is_cancelled ? package_cancelled : package_failed,
                               ports_.clock.now_local());
         }
@@ -189,18 +241,21 @@ class ByName {
     const std::function<Text()>& log_in_;
     PackageDocuments documents_;
     ReconciliationMemory memory_;
-    std::vector<Session> sessions_;
-    std::map<std::string, std::vector<ManifestEntry>> noted_;
+    std::vector<FinishedSession> sessions_;
+    NotedPackages noted_;
     std::map<std::string, const ManifestEntry*> files_;  // of the session, by their names in it
     Text failure_;
     int refused_with_ = 0;
+    int unanswered_ = 0;        // requests in a row
+    bool is_left_out_ = false;  // something of the session
+    bool is_stopped_ = false;
 };
 
 }  // namespace
 
 Text reconcile_by_name(KsefPorts& ports, Client& client, ports::Database& database,
-                       const Text& tax_number, const std::function<Text()>& log_in) {
-    return ByName(ports, client, database, tax_number, log_in).run();
+                       const TokenCheck& token, const std::function<Text()>& log_in) {
+    return ByName(ports, client, database, token, log_in).run();
 }
 
 }  // namespace tavrix::ksef

@@ -3,6 +3,7 @@
 #include <functional>
 
 #include "ksef/client.h"
+#include "ksef/token.h"
 #include "ports/database.h"
 
 namespace tavrix::ksef {
@@ -11,14 +12,14 @@ namespace tavrix::ksef {
 /// status. An invoice is found by its hash, then by its name in the package that was noted when it
 /// was sent, then by its number. What was noted of a package that failed as a whole is marked too.
 ///
-/// Asks for the sessions that changed since the last complete run. A `Retry-After` of up to a
-/// minute is waited out; `log_in` is called when the token has run out, and gives the empty text or
-/// that of the failure. Returns the empty text when nothing was left out, otherwise that of the
-/// last failure: a session that is refused does not keep the others from theirs, nor an invoice
-/// that cannot be written. Throws base::AutomationError for an answer that does not arrive or is no
-/// list.
+/// Asks for the sessions that changed since the last run, the oldest change first, and for those
+/// that were left out then: a run that the service ends early is where the next one begins. A
+/// `Retry-After` of up to a minute is waited out; `log_in` is called when the token has run out,
+/// and gives the empty text or that of the failure. Returns the empty text when nothing was left
+/// out, otherwise that of the last failure: a session that is refused or oddly answered does not
+/// keep the others from theirs, nor an invoice that cannot be written. Throws base::AutomationError
+/// when the list of sessions does not arrive or is none.
 base::Text reconcile_by_name(KsefPorts& ports, Client& client, ports::Database& database,
-                             const base::Text& tax_number,
-                             const std::function<base::Text()>& log_in);
+                             const TokenCheck& token, const std::function<base::Text()>& log_in);
 
 }  // namespace tavrix::ksef

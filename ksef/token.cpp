@@ -21,7 +21,7 @@ base::TextView up_to(base::TextView text, char16_t separator) {
 
 TokenCheck read_token(const base::SecretText& token) {
     const base::TextView whole = token.view();
-    if (whole.find(u'|') == npos) return {u"Błędny token :" + base::Text(whole), {}};
+    if (whole.find(u'|') == npos) return {u"Błędny token :" + base::Text(whole), {}, {}};
     const base::TextView second = up_to(behind(whole, u'|'), u'|');
     // In "internalid-NIP-NUMBER" the third piece is a unit of the company; the number stands second
     // all the same.
@@ -29,7 +29,7 @@ TokenCheck read_token(const base::SecretText& token) {
         throw base::AutomationError(base::ErrorNumber::subscript, u"KseF_comm",
                                     u"Token nie zawiera numeru NIP");
     }
-    return {{}, base::Text(up_to(behind(second, u'-'), u'-'))};
+    return {{}, base::Text(up_to(behind(second, u'-'), u'-')), base::Text(up_to(whole, u'|'))};
 }
 
 TokenCheck check_token(const base::SecretText& token, const base::Text& nip) {

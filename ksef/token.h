@@ -11,6 +11,8 @@ struct TokenCheck {
     base::Text failure;
     /// The tax number in the token's second part.
     base::Text tax_number;
+    /// The first part, which is no secret.
+    base::Text reference;
 };
 
 /// Reads the tax number out of `token`. Without a "|" the failure is "Błędny token :" and the

@@ -55,6 +55,8 @@ class Database {
     virtual ~Database() = default;
     virtual std::unique_ptr<Recordset> open(base::TextView sql) = 0;
     virtual void execute(base::TextView sql) = 0;
+    /// Tells this database apart from others, as far as the connection says; "" when it does not.
+    virtual base::Text name() = 0;
 };
 
 }  // namespace tavrix::ports

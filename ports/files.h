@@ -53,6 +53,8 @@ class DataFiles : public Files {
   public:
     /// Refuses folders.
     virtual std::unique_ptr<FileReader> open(base::TextView path) = 0;
+    /// The same for a file that others may append to meanwhile.
+    virtual std::unique_ptr<FileReader> open_growing(base::TextView path) = 0;
     /// Makes no folder. `readers` says who besides the system's administrators may read the file.
     virtual std::unique_ptr<FileWriter> create(base::TextView path, Readers readers) = 0;
     virtual void remove(base::TextView path) = 0;

@@ -6,6 +6,9 @@ namespace tavrix::com {
 
 /// Where the DLL stands, with a backslash at the end.
 base::Text installed_folder();
+/// Where the user's own programs keep what they need, with a backslash at the end; "" when nobody
+/// knows. An installed DLL's folder is often the administrator's alone.
+base::Text user_folder();
 
 /// The settings file beside the DLL, wherever that stands and whatever it was renamed to, as it is
 /// now: a change needs no restart of the host. Throws base::AutomationError when the file cannot be

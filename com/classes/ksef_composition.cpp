@@ -18,7 +18,7 @@ struct ComposedKsef {
     std::unique_ptr<ports::DataFiles> files = ports::make_windows_files();
     ksef::KseF_comm object{{[this] { return ports::make_curl_http(settings.get().connection); },
                             *crypto, *clock, *locale, *xml, *code_page, *files, settings.get().ksef,
-                            [this] { settings.read(); }, installed_folder()}};
+                            [this] { settings.read(); }, installed_folder(), user_folder()}};
 };
 
 }  // namespace

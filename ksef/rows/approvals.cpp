@@ -1,6 +1,7 @@
 #include "ksef/rows/approvals.h"
 
 #include <charconv>
+#include <exception>
 
 #include "base/error.h"
 #include "ksef/rows/fields.h"
@@ -10,11 +11,12 @@ namespace {
 
 constexpr std::int64_t first_stage = 0;
 
-std::int64_t user_number(base::TextView text) {
+std::int32_t user_number(base::TextView text) {
     const std::string digits = base::to_utf8(text);
-    std::int64_t number = 0;
+    std::int32_t number = 0;
     const char* const end = digits.data() + digits.size();
-    if (std::from_chars(digits.data(), end, number).ptr == end) return number;
+    const auto [stop, error] = std::from_chars(digits.data(), end, number);
+    if (error == std::errc() && stop == end) return number;
     throw base::AutomationError(base::ErrorNumber::component_failed, u"KseF_comm",
                                 u"Reguła podpisów nie wskazuje użytkownika: " + base::Text(text));
 }
@@ -47,17 +49,24 @@ void Approvals::enter(const base::Text& id, const ApprovalQuestion& question) {
     const base::TextView column = u"User_ids_do_podpisu";
     const auto invoice = database_.open(u"select top 1 " + base::Text(column) +
                                         u" from DOK_ZDJECIA where countt=" + id);
+    std::exception_ptr failure;
     base::Text list = ports::text_of(invoice->field(column));
     for (const base::Text& piece : base::split(users, u',')) {
         const base::TextView user = base::trim(piece);
         if (user.empty()) continue;
-        enter_user(id, user_number(user));
+        try {
+            enter_user(id, user_number(user));
+        } catch (const base::AutomationError&) {
+            failure = std::current_exception();
+            continue;
+        }
         if (names(list, base::Text(user))) continue;
         if (!list.empty()) list += u',';
         list += user;
         invoice->set_field(column, list);
         invoice->update_batch();
     }
+    if (failure) std::rethrow_exception(failure);
 }
 
 void Approvals::enter_user(const base::Text& id, std::int64_t user) {

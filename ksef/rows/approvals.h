@@ -20,6 +20,8 @@ class Approvals {
 
     /// Enters the users whom the first rule that fits names for the invoice `id`, and appends them
     /// to its list. Whoever is entered already stays so.
+    /// One who cannot be entered does not keep the others out: it throws base::AutomationError at
+    /// the end.
     void enter(const base::Text& id, const ApprovalQuestion& question);
 
   private:

@@ -16,14 +16,20 @@ class MissingInvoices {
     base::Text ksef_number() { return text(u"ksefNumber"); }
     /// countt, the row's key.
     base::Text id() { return text(u"countt"); }
-    ApprovalQuestion what_rules_ask();
+    /// The document's hash as the list of invoices told it.
+    base::Text hash();
     /// Writes the document, the buyer's internal identifier as far as its column takes it, and what
-    /// was found out about it.
-    void store(const base::Text& xml, base::TextView identifier, std::int64_t verdict);
+    /// was found out about it; returns what the approval rules ask. The row is written by its key
+    /// alone: a walk's own row could not be told from others where the table has none. A failure
+    /// that is reported although the document stands there is none.
+    ApprovalQuestion store(const base::Text& xml, base::TextView identifier, std::int64_t verdict);
 
   private:
     base::Text text(base::TextView column) { return ports::text_of(rows_->field(column)); }
 
+    std::unique_ptr<ports::Recordset> own_row(base::TextView columns);
+
+    ports::Database& database_;
     std::unique_ptr<ports::Recordset> rows_;
 };
 

@@ -39,27 +39,19 @@ bool PackageDocuments::record(const base::Text& document_number, const base::Tex
     return true;
 }
 
-std::optional<PackageDocument> PackageDocuments::find_by_hash(const base::Text& hash,
-                                                              const base::Text& reference) {
-    return find(column_of(Field::hash).name, hash, reference, true);
-}
-
-std::optional<PackageDocument> PackageDocuments::find_by_number(const base::Text& number,
-                                                                const base::Text& reference) {
-    return find(u"ddout_numer", number, reference, false);
-}
-
+template <typename Fits>
 std::optional<PackageDocument> PackageDocuments::find(base::TextView column,
                                                       const base::Text& value,
-                                                      const base::Text& reference,
-                                                      bool are_copies) {
+                                                      const base::Text& reference, bool are_copies,
+                                                      Fits fits) {
     if (value.empty()) return std::nullopt;
-    const auto rows = database_.open(u"select " + base::Text(key_column) + u",NumerRef_ksef from " +
-                                     base::Text(tables[0]) + u" where " + base::Text(column) +
-                                     u"=" + quoted(value));
+    const auto rows = database_.open(
+        u"select " + base::Text(key_column) + u",NumerRef_ksef,numer_ksef,HashFaktury from " +
+        base::Text(tables[0]) + u" where " + base::Text(column) + u"=" + quoted(value));
     std::optional<PackageDocument> first;
     bool is_only_one = true;
     for (; !rows->at_end(); rows->move_next()) {
+        if (!fits(*rows)) continue;
         const PackageDocument document{base::Text(tables[0]),
                                        ports::text_of(rows->field(key_column))};
         if (!reference.empty() && text_in(*rows, Field::reference) == reference) return document;
@@ -67,6 +59,24 @@ std::optional<PackageDocument> PackageDocuments::find(base::TextView column,
         if (!first) first = document;
     }
     return are_copies || is_only_one ? first : std::nullopt;
+}
+
+std::optional<PackageDocument> PackageDocuments::find_by_hash(const base::Text& hash,
+                                                              const base::Text& reference) {
+    return find(column_of(Field::hash).name, hash, reference, true,
+                [](ports::Recordset&) { return true; });
+}
+
+std::optional<PackageDocument> PackageDocuments::find_by_number(const base::Text& number,
+                                                                const base::Text& reference,
+                                                                const base::Text& hash,
+                                                                const base::Text& ksef_number) {
+    return find(u"ddout_numer", number, reference, false, [&](ports::Recordset& row) {
+        const base::Text known_number = text_in(row, Field::ksef_number);
+        const base::Text known_hash = text_in(row, Field::hash);
+        return (known_number.empty() || known_number == ksef_number) &&
+               (known_hash.empty() || hash.empty() || known_hash == hash);
+    });
 }
 
 void PackageDocuments::record(const PackageDocument& document, const base::Text& ksef_number,

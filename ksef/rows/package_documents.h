@@ -39,9 +39,13 @@ class PackageDocuments {
     /// The invoice with that hash. Several are copies of one; that with the reference comes first.
     std::optional<PackageDocument> find_by_hash(const base::Text& hash,
                                                 const base::Text& reference);
-    /// The invoice with that number. Of several it is the one with the reference, or none.
+    /// The invoice with that number. Of several it is the one with the reference, or none. One that
+    /// has another KSeF number or hash is another invoice: numbers tell documents of one kind
+    /// apart.
     std::optional<PackageDocument> find_by_number(const base::Text& number,
-                                                  const base::Text& reference);
+                                                  const base::Text& reference,
+                                                  const base::Text& hash,
+                                                  const base::Text& ksef_number);
     /// Writes the outcome and the number into one row. An invoice that has a KSeF number keeps it:
     /// a package that failed says nothing of the one that was sent after it. What stands there
     /// already is not written again. A row that is not there, or in a table that holds no
@@ -50,8 +54,9 @@ class PackageDocuments {
                 const PackageOutcome& outcome, const base::DateTime& now);
 
   private:
+    template <typename Fits>
     std::optional<PackageDocument> find(base::TextView column, const base::Text& value,
-                                        const base::Text& reference, bool are_copies);
+                                        const base::Text& reference, bool are_copies, Fits fits);
 
     ports::Database& database_;
 };

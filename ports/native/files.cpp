@@ -83,21 +83,27 @@ class NativeReader final : public FileReader {
     Descriptor file_;
 };
 
-// A name beside `name` that nobody else writes to.
-std::string unfinished_name(const std::string& name) {
+// Makes a file beside `name` that nobody else writes to, and puts its own name in the place of
+// `name`. A process that had the same number may have left one behind.
+int make_unfinished(std::string& name, mode_t mode) {
     static std::atomic<unsigned> count = 0;
-    return name + "." + std::to_string(getpid()) + "-" + std::to_string(++count) + ".tmp";
+    for (;;) {
+        const std::string unfinished =
+            name + "." + std::to_string(getpid()) + "-" + std::to_string(++count) + ".tmp";
+        const int file = open(unfinished.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
+        if (file < 0 && errno == EEXIST) continue;
+        if (file < 0) fail(u"open", errno);
+        name = unfinished;
+        return file;
+    }
 }
 
 class NativeWriter final : public FileWriter {
   public:
     NativeWriter(std::string name, Readers readers)
         : name_(std::move(name)),
-          unfinished_(unfinished_name(name_)),
-          file_(open(unfinished_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC,
-                     readers == Readers::owner ? 0600 : 0666)) {
-        if (file_.number() < 0) fail(u"open", errno);
-    }
+          unfinished_(name_),
+          file_(make_unfinished(unfinished_, readers == Readers::owner ? 0600 : 0666)) {}
     ~NativeWriter() override {
         if (!unfinished_.empty()) unlink(unfinished_.c_str());
     }
@@ -137,7 +143,10 @@ class NativeFiles final : public DataFiles {
         const Descriptor file(
             ::open(native(path).c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0666));
         if (file.number() < 0) fail(u"open", errno);
-        const ssize_t written = write(file.number(), bytes.data(), bytes.size());
+        ssize_t written;
+        do {
+            written = write(file.number(), bytes.data(), bytes.size());
+        } while (written < 0 && errno == EINTR);
         if (written < 0) fail(u"write", errno);
         if (static_cast<std::size_t>(written) < bytes.size()) fail(u"write", ENOSPC);
     }
@@ -145,6 +154,7 @@ class NativeFiles final : public DataFiles {
     std::unique_ptr<FileReader> open(base::TextView path) override {
         return std::make_unique<NativeReader>(native(path));
     }
+    std::unique_ptr<FileReader> open_growing(base::TextView path) override { return open(path); }
     std::unique_ptr<FileWriter> create(base::TextView path, Readers readers) override {
         return std::make_unique<NativeWriter>(native(path), readers);
     }

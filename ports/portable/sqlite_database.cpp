@@ -291,4 +291,9 @@ void SqliteRecordset::insert_row(Row& row) {
     row.id = sqlite3_last_insert_rowid(connection_->handle());
 }
 
+base::Text SqliteDatabase::name() {
+    const char* const file = sqlite3_db_filename(connection_->handle(), "main");
+    return file == nullptr ? base::Text() : base::from_utf8(file);
+}
+
 }  // namespace tavrix::ports

@@ -125,6 +125,8 @@ class SqliteDatabase final : public Database {
         return connection_->open_recordset(sql);
     }
     void execute(base::TextView sql) override { connection_->execute(sql); }
+    /// The file's full path; "" in memory.
+    base::Text name() override;
 
   private:
     std::shared_ptr<SqliteConnection> connection_;

@@ -225,4 +225,19 @@ void AdoDatabase::execute(base::TextView sql) {
     connection_.call(u"Execute", sql, Variant::missing(), command_text | no_records);
 }
 
+base::Text AdoDatabase::name() {
+    // Not every provider says either.
+    const auto told = [](const auto& read) {
+        try {
+            return ports::text_of(value_of(read().get()));
+        } catch (const base::AutomationError&) {
+            return base::Text();
+        }
+    };
+    const base::Text source = told([&] {
+        return connection_.object(u"Properties").object(u"Item", u"Data Source").get(u"Value");
+    });
+    return source + u' ' + told([&] { return connection_.get(u"DefaultDatabase"); });
+}
+
 }  // namespace tavrix::windows

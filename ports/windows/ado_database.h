@@ -13,6 +13,7 @@ class AdoDatabase final : public ports::Database {
     explicit AdoDatabase(ComPointer<IDispatch> connection) : connection_(std::move(connection)) {}
     std::unique_ptr<ports::Recordset> open(base::TextView sql) override;
     void execute(base::TextView sql) override;
+    base::Text name() override;
 
   private:
     LateBound connection_;

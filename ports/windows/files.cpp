@@ -49,6 +49,22 @@ KernelHandle open_file(const base::Text& path, DWORD access, DWORD share, DWORD 
     return KernelHandle(opened);
 }
 
+constexpr DWORD share_all = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+
+// A backup or a virus scanner may have the file to itself for a moment.
+KernelHandle open_to_append(const base::Text& path) {
+    constexpr DWORD pause_ms = 50;
+    for (int attempts = 10;; --attempts) {
+        HANDLE opened = CreateFileW(wide(path), FILE_APPEND_DATA, share_all, nullptr, OPEN_ALWAYS,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr);
+        if (opened != INVALID_HANDLE_VALUE) return KernelHandle(opened);
+        if (GetLastError() != ERROR_SHARING_VIOLATION || attempts == 1) {
+            throw_last_error(u"CreateFile");
+        }
+        Sleep(pause_ms);
+    }
+}
+
 // In pieces that every file system takes at once.
 void write_all(HANDLE file, base::ByteView bytes) {
     while (!bytes.empty()) {
@@ -68,8 +84,8 @@ std::uint64_t size_of(HANDLE file) {
 
 class WindowsReader final : public FileReader {
   public:
-    explicit WindowsReader(const base::Text& path)
-        : file_(open_file(path, GENERIC_READ, FILE_SHARE_READ, OPEN_EXISTING)) {}
+    WindowsReader(const base::Text& path, DWORD share)
+        : file_(open_file(path, GENERIC_READ, share, OPEN_EXISTING)) {}
 
     std::uint64_t size() override { return size_of(file_.get()); }
     void seek(std::uint64_t position) override {
@@ -178,7 +194,10 @@ class WindowsFiles final : public DataFiles {
     void copy(base::TextView from, base::TextView to) override;
     void append(base::TextView path, base::ByteView bytes) override;
     std::unique_ptr<FileReader> open(base::TextView path) override {
-        return std::make_unique<WindowsReader>(long_path(path));
+        return std::make_unique<WindowsReader>(long_path(path), FILE_SHARE_READ);
+    }
+    std::unique_ptr<FileReader> open_growing(base::TextView path) override {
+        return std::make_unique<WindowsReader>(long_path(path), share_all);
     }
     std::unique_ptr<FileWriter> create(base::TextView path, Readers readers) override {
         return std::make_unique<WindowsWriter>(path, readers);
@@ -200,9 +219,7 @@ void WindowsFiles::copy(base::TextView from, base::TextView to) {
 
 void WindowsFiles::append(base::TextView path, base::ByteView bytes) {
     // With the right to append and no other, Windows itself finds the end for each write.
-    const KernelHandle file =
-        open_file(long_path(path), FILE_APPEND_DATA,
-                  FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, OPEN_ALWAYS);
+    const KernelHandle file = open_to_append(long_path(path));
     DWORD written = 0;
     check(WriteFile(file.get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr),
           u"WriteFile");

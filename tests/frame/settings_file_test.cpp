@@ -9,13 +9,15 @@ namespace {
 
 TEST(SettingsFile, TakesEveryKeyAndLeavesTheRestAtItsDefault) {
     const Settings settings = parse_settings(R"({
-      "ksef": { "test": "https://localhost:8443", "path_root": "/v2", "retry_after_limit_s": 900 },
+      "ksef": { "test": "https://localhost:8443", "production": "https://p", "demo": "https://d",
+                "path_root": "/v2", "retry_after_limit_s": 900 },
       "http": { "connect_timeout_ms": 1500, "proxy": "direct", "private_ca_file": "/ca.pem" },
       "helpdesk": { "address": "bok@firma.example", "routes": { "526-587-76-35": "dwa@firma.example" } },
       "trace": { "root": "/srv/c" }
     })",
                                              "Tavrix.json");
     EXPECT_EQ(settings.ksef.service.test, u"https://localhost:8443");
+    EXPECT_EQ(settings.ksef.service.production + settings.ksef.service.demo, u"https://phttps://d");
     EXPECT_EQ(settings.ksef.path_root, u"/v2");
     EXPECT_EQ(settings.ksef.retry_after_limit.count(), 900);
     EXPECT_EQ(ksef::Settings().retry_after_limit.count(), 0);

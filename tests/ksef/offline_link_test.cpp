@@ -19,6 +19,9 @@ constexpr const char* right_phrase = "hało, klucz";
 constexpr const char* offline =
     R"({"certificates":[{"certificateSerialNumber":"01F20A5D352AE590","type":"Offline"}]})";
 
+constexpr const char* revoked =
+    R"({"certificates":[{"certificateSerialNumber":"01F20A5D352AE590","type":"Offline","status":"Revoked"}]})";
+
 // What the service says to the question after certificates.
 struct Certificates {
     int status = 200;
@@ -138,6 +141,7 @@ TEST_F(OfflineLinks, EveryStepHasItsText) {
         {"locked", "", hash, {}, locked},
         {"locked", "halo", hash, {}, locked},
         {"p256", "", hash, {200, R"({"certificates":[]})"}, unlisted},
+        {"p256", "", hash, {200, revoked}, unlisted},
         // A service that does not answer is not needed.
         {"p256", "", hash, {403, ""}, "https://qr.*"},
         {"p256", right, hash, {200, "<html>"}, "https://qr.*"},

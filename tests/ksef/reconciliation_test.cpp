@@ -64,9 +64,10 @@ class Reconciliation : public ScriptedExchange {
                   {of_s2 + paged, {{200, page("invoices", "")}}}};
         asked.clear();
     }
-    std::string get_upo(const base::Text& folder = u"") {
+    std::string get_upo(const base::Text& folder = u"", const base::Text& user_folder = u"") {
         KsefPorts ports = this->ports();
         ports.settings_folder = folder;
+        ports.user_folder = user_folder;
         KseF_comm client(ports);
         ports::SqliteDatabase host(connection);
         return base::to_utf8(client.GetUpo(host, u"5265877635", base::SecretText(token), false));
@@ -140,6 +141,8 @@ TEST_F(Reconciliation, ByNameEachInvoiceIsFoundAndJudgedByItself) {
         "\n"
         R"({"session":"S1","file":"h.xml","hash":"z","table":"","ddout_id":0})"
         "\n"
+        R"({"session":"S1","file":"i.xml","hash":"x","table":"dok_fak","ddout_id":1})"
+        "\n"
         R"({"session":"S9","file":"f.xml","hash":"x","table":"dok_fak","ddout_id":1})";
     files->append(folder + u"Tavrix.sent-packages.jsonl", base::bytes_of(noted));
     const std::string none = "|| || old||";
@@ -148,7 +151,10 @@ TEST_F(Reconciliation, ByNameEachInvoiceIsFoundAndJudgedByItself) {
         {named("invoiceHash", "H1", 440), 200, "O|201|OK. || old||", "||"},
         {named("invoiceHash", "H1", 450), 200, "|500|Failed || old||", "||"},
         {named("invoiceNumber", "A", 200, "K"), 200, "|| K|201|OK. old||", "||"},
-        {named("invoiceNumber", "B'1", 200, "K"), 200, "|| || K|201|OK.", "||"},
+        {named("invoiceNumber", "B'1", 200, "K"), 200, none, "||"},
+        {named("invoiceNumber", "B'1", 200, "old"), 200, "|| || old|201|OK.", "||"},
+        {named("invoiceHash", "H1", 100), 200, none, "||"},
+        {R"({"invoiceHash":"H1"})", 0, none, "||"},
         {named("invoiceNumber", "B'1", 450), 200, none, "||"},
         {named("invoiceFileName", "f.xml", 200, "K"), 200, none, "K|201|OK."},
         {"7,null,{}", 445, none, "|500|Failed"},
@@ -169,7 +175,9 @@ TEST_F(Reconciliation, ByNameEachInvoiceIsFoundAndJudgedByItself) {
     EXPECT_EQ(get_upo(folder), "");
     EXPECT_EQ(asked.at(2), all + "T");
     begin(ReconcileBy::name);
-    script[all + "&dateModifiedFrom=2026-02-28T00%3A00%3A00Z"] = {{200, named_sessions(200)}};
+    std::string later = named_sessions(200);
+    later.replace(later.find("03-01"), 5, "03-02");
+    script[all + "&dateModifiedFrom=2026-02-28T00%3A00%3A00Z"] = {{200, later}};
     script[of_s1 + paged] = {{500, "zapora"}};
     script[of_s2 + paged] = {{200, page("invoices", named("invoiceHash", "H1", 200, "K"))}};
     EXPECT_EQ(get_upo(folder), "zapora") << "one session costs the others nothing";
@@ -179,6 +187,44 @@ TEST_F(Reconciliation, ByNameEachInvoiceIsFoundAndJudgedByItself) {
         begin(ReconcileBy::name);
         script[all] = {answer};
         EXPECT_EQ(get_upo(), text);
+    }
+}
+
+// What is answered at which path, the text, and which invoices the first run and the next ask for.
+TEST_F(Reconciliation, ByNameARunBeginsWhereTheLastOneEnded) {
+    const std::string both =
+        page("sessions",
+             R"({"referenceNumber":"S2","status":{"code":200},"dateUpdated":"2026-03-02T"},)"
+             R"({"referenceNumber":"S1","status":{"code":200},"dateUpdated":"2026-03-01T"})");
+    const std::string one = of_s1 + paged;
+    const std::string two = of_s2 + paged;
+    const std::string half = of_s1 + "?pageSize=500";
+    using Paths = std::vector<std::string>;
+    const std::tuple<std::string, Answer, std::string, Paths, Paths> runs[] = {
+        {two, {429, "limit"}, "limit", {one, two}, {two}},
+        {one, {403, "e"}, "e", {one, two}, {one}},
+        {one, {0, ""}, failed, {one, two}, {one}},
+        {one, {200, page("invoices", named("invoiceHash", "H1", 200))}, failed, {one, two}, {one}},
+        {one, {200, std::string(5 << 20, ' ')}, "", {one, half, two}, {}},
+    };
+    for (const auto& [path, answer, text, asked_first, asked_next] : runs) {
+        const test::ScratchFolder scratch;
+        for (const bool is_first : {true, false}) {
+            begin(ReconcileBy::name);
+            for (const char* from : {"", "&dateModifiedFrom=2026-02-28T00%3A00%3A00Z"}) {
+                script[all + from] = {{200, both}};
+            }
+            script[all + "&dateModifiedFrom=2026-03-01T00%3A00%3A00Z"] = {
+                {200, page("sessions", "")}};
+            script[half] = {{200, page("invoices", "")}};
+            if (is_first) script[path] = {answer};
+            // The folder of the settings refuses, the user's own does not.
+            EXPECT_EQ(get_upo(u"/no/such/", base::from_utf8(scratch.path().string() + "/")),
+                      is_first ? text : "");
+            EXPECT_EQ(Paths(asked.begin() + 1, asked.end()), is_first ? asked_first : asked_next)
+                << answer.status;
+            EXPECT_EQ(documents(), "|| || old||") << answer.status;
+        }
     }
 }
 

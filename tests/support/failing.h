@@ -96,6 +96,7 @@ struct FailingDatabase final : Failing<ports::Database> {
         return std::make_unique<FailingRecordset>(through().open(sql), failing_);
     }
     void execute(base::TextView sql) override { through().execute(sql); }
+    base::Text name() override { return through().name(); }
 };
 
 struct FailingCrypto final : Failing<ports::Crypto> {
@@ -155,6 +156,9 @@ struct FailingFiles final : Failing<ports::DataFiles> {
     }
     std::unique_ptr<ports::FileReader> open(base::TextView path) override {
         return std::make_unique<FailingReader>(through().open(path), failing_);
+    }
+    std::unique_ptr<ports::FileReader> open_growing(base::TextView path) override {
+        return std::make_unique<FailingReader>(through().open_growing(path), failing_);
     }
     std::unique_ptr<ports::FileWriter> create(base::TextView path,
                                               ports::Readers readers) override {
