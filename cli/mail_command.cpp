@@ -72,15 +72,15 @@ void print_json(const CMessage& message, std::int32_t result) {
 
 // A stranger's text must not steer the terminal that shows it.
 std::string for_people(const base::Text& text) {
-    base::Text shown = base::replace_all(text, u"\r\n", u"\n");
+    base::Text clean = base::replace_all(text, u"\r\n", u"\n");
     std::ranges::replace_if(
-        shown,
+        clean,
         [](char16_t c) {
             const bool is_control = c < 0x20 || (c >= 0x7F && c <= 0x9F);
             return is_control && c != u'\n' && c != u'\t';
         },
         u'\xFFFD');
-    return base::to_utf8(shown);
+    return base::to_utf8(clean);
 }
 
 void print(const CMessage& message) {

@@ -106,7 +106,8 @@ void record_batch_session(KsefPorts& ports, ports::Database& database, const Tex
 void note_sent_package(KsefPorts& ports, const Text& path, const std::string& reference) {
     try {
         const Text manifest = path + Text(manifest_suffix);
-        if (!ports.files.is_file(manifest)) return;
+        const bool nowhere = ports.settings_folder.empty() && ports.user_folder.empty();
+        if (nowhere || !ports.files.is_file(manifest)) return;
         std::vector<ManifestEntry> entries = read_manifest(
             base::chars_of(ports::read_whole(ports.files, manifest, longest_manifest_bytes)));
         for (ManifestEntry& entry : entries) entry.session = reference;
