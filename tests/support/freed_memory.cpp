@@ -25,6 +25,16 @@ void* operator new(std::size_t size) {
     return block;
 }
 
+// The library's sorts ask this way. Every way of asking and giving back stands here: a sanitizer's own beside one of
+// these would be taken for a mismatch.
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    try {
+        return operator new(size);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
 void operator delete(void* block) noexcept {
     if (watching && block != nullptr) {
         const std::size_t size = malloc_usable_size(block);
@@ -36,6 +46,10 @@ void operator delete(void* block) noexcept {
 }
 
 void operator delete(void* block, std::size_t) noexcept {
+    operator delete(block);
+}
+
+void operator delete(void* block, const std::nothrow_t&) noexcept {
     operator delete(block);
 }
 
