@@ -25,8 +25,8 @@ void* operator new(std::size_t size) {
     return block;
 }
 
-// The library's sorts ask this way. Every way of asking and giving back stands here: a sanitizer's own beside one of
-// these would be taken for a mismatch.
+// The library's sorts ask this way. Every way of asking and giving back stands here: a sanitizer's
+// own beside one of these would be taken for a mismatch.
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
     try {
         return operator new(size);

@@ -17,9 +17,13 @@ std::string read_line(std::FILE* pipe) {
 }  // namespace
 
 Sandbox::Sandbox(const std::string& arguments) {
-    // The program takes the shell's place, and with it the number that the shell says.
+    // The program takes the shell's place, and with it the number that the shell says. It ends with
+    // the test also when that dies: whoever reads the test's output would wait for it otherwise.
     pipe_ = popen(
-        ("echo $$; exec " TAVRIX_SANDBOX_PROGRAM " --port 0 --quiet " + arguments).c_str(), "r");
+        ("echo $$; exec setpriv --pdeathsig TERM " TAVRIX_SANDBOX_PROGRAM " --port 0 --quiet " +
+         arguments)
+            .c_str(),
+        "r");
     if (pipe_ == nullptr) throw std::runtime_error("popen");
     pid_ = std::stoi(read_line(pipe_));
     const std::string line = read_line(pipe_);
