@@ -23,10 +23,12 @@ constexpr Pass passes[] = {
 };
 
 // The places of what is read of a session and of one of its invoices.
+namespace position {
 constexpr std::size_t session_reference = 0;
 constexpr std::size_t document_number = 1;
 constexpr std::size_t invoice_reference = 1;
 constexpr std::size_t ksef_number = 2;
+}  // namespace position
 
 [[noreturn]] void fail(base::TextView what) {
     throw base::AutomationError(base::ErrorNumber::component_failed, u"KseF_comm", Text(what));
@@ -92,19 +94,23 @@ class Reconciliation {
 
     // Only the first invoice that is found is written.
     void reconcile_session(const std::vector<JsonPiece>& session, const Pass& pass) {
-        if (!has(session, document_number)) return;
+        if (!has(session, position::document_number)) return;
         client_.renew_time();
-        const HttpReply reply = client_.get(
-            "/api/v2/sessions/" + path_segment(session[session_reference].utf8()) + "/invoices");
+        const HttpReply reply =
+            client_.get("/api/v2/sessions/" +
+                        path_segment(session[position::session_reference].utf8()) + "/invoices");
         require_answer(reply);
         if (reply.status != 200) return;
         for (const JsonPiece& entry : list_in(document_of(reply), "invoices")) {
             const std::vector<JsonPiece> invoice = entry.values();
             // A member that is missing must not find the documents that have nothing there.
-            if (!has(invoice, pass.has_ksef_numbers ? ksef_number : invoice_reference)) continue;
-            const Text number = pass.has_ksef_numbers ? invoice[ksef_number].text() : Text();
-            if (documents_.record(session[document_number].text(),
-                                  invoice[invoice_reference].text(), number, pass.outcome,
+            if (!has(invoice,
+                     pass.has_ksef_numbers ? position::ksef_number : position::invoice_reference))
+                continue;
+            const Text number =
+                pass.has_ksef_numbers ? invoice[position::ksef_number].text() : Text();
+            if (documents_.record(session[position::document_number].text(),
+                                  invoice[position::invoice_reference].text(), number, pass.outcome,
                                   ports_.clock.now_local())) {
                 return;
             }

@@ -35,7 +35,7 @@ struct ListedInvoice {
     Text ksef_number;
 };
 
-[[noreturn]] void fail(Text what) {
+[[noreturn]] void give_up(Text what) {
     throw base::AutomationError(base::ErrorNumber::component_failed, u"KseF_comm", std::move(what));
 }
 
@@ -101,7 +101,7 @@ class ByName {
             reply = client_.get(path, headers);
         }
         unanswered_ = reply.completed ? 0 : unanswered_ + 1;
-        if (!reply.completed) fail(u"KSeF nie odpowiedział: " + base::from_utf8(reply.error));
+        if (!reply.completed) give_up(u"KSeF nie odpowiedział: " + base::from_utf8(reply.error));
         if (reply.status != 200) failure_ = failure_text(reply, u"sessions:STATUS:");
         return reply;
     }
@@ -115,7 +115,7 @@ class ByName {
             const Walk walked =
                 walk(path + "?pageSize=" + std::to_string(size) + filter, name, visit);
             if (walked != Walk::too_long) return walked == Walk::whole;
-            if (size == smallest_page) fail(u"Odpowiedź KSeF jest za długa");
+            if (size == smallest_page) give_up(u"Odpowiedź KSeF jest za długa");
         }
     }
 
@@ -129,7 +129,7 @@ class ByName {
             if (!may_be_parsed(reply.body.view())) return Walk::too_long;
             const Json page = parse_json(reply.body.view());
             const Json& list = json_at(page, name);
-            if (!list.is_array()) fail(u"Brak listy w odpowiedzi KSeF");
+            if (!list.is_array()) give_up(u"Brak listy w odpowiedzi KSeF");
             for (const Json& element : list) visit(element);
             token = utf8_at(page, "continuationToken");
             // A token that comes back leads round in a circle.
@@ -199,7 +199,7 @@ class ByName {
             ksef_number = text_at(entry, "status.extensions.originalKsefNumber");
         }
         const bool is_accepted = code == invoice_accepted || code == invoice_duplicate;
-        if (is_accepted && ksef_number.empty()) fail(u"Brak numeru KSeF przyjętej faktury");
+        if (is_accepted && ksef_number.empty()) give_up(u"Brak numeru KSeF przyjętej faktury");
         if (!is_accepted && code < lowest_failure) {
             // Nothing was decided yet.
             is_left_out_ = true;

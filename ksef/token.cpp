@@ -5,12 +5,10 @@
 namespace tavrix::ksef {
 namespace {
 
-constexpr auto npos = base::TextView::npos;
-
 // What follows the first separator; nothing when there is none.
 base::TextView behind(base::TextView text, char16_t separator) {
     const std::size_t found = text.find(separator);
-    return found == npos ? base::TextView() : text.substr(found + 1);
+    return found == base::TextView::npos ? base::TextView() : text.substr(found + 1);
 }
 
 base::TextView up_to(base::TextView text, char16_t separator) {
@@ -21,11 +19,11 @@ base::TextView up_to(base::TextView text, char16_t separator) {
 
 TokenCheck read_token(const base::SecretText& token) {
     const base::TextView whole = token.view();
-    if (whole.find(u'|') == npos) return {u"Błędny token :" + base::Text(whole), {}, {}};
+    if (whole.find(u'|') == base::TextView::npos) return {u"Błędny token :" + base::Text(whole), {}, {}};
     const base::TextView second = up_to(behind(whole, u'|'), u'|');
     // In "internalid-NIP-NUMBER" the third piece is a unit of the company; the number stands second
     // all the same.
-    if (second.find(u'-') == npos) {
+    if (second.find(u'-') == base::TextView::npos) {
         throw base::AutomationError(base::ErrorNumber::subscript, u"KseF_comm",
                                     u"Token nie zawiera numeru NIP");
     }

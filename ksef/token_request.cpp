@@ -6,8 +6,8 @@ namespace {
 using namespace std::chrono_literals;
 
 // The service takes 30 such questions a minute.
-constexpr auto status_poll_pause = 2000ms;
-constexpr int most_status_polls = 30;
+constexpr auto token_poll_pause = 2000ms;
+constexpr int most_token_polls = 30;
 
 }  // namespace
 
@@ -26,8 +26,8 @@ IssuedToken request_token(Client& client, const TokenRequest& request) {
 
 std::string wait_until_active(Client& client, ports::Clock& clock, const std::string& reference) {
     std::string status;
-    for (int round = 0; round < most_status_polls; ++round) {
-        if (round > 0) clock.sleep(status_poll_pause);
+    for (int round = 0; round < most_token_polls; ++round) {
+        if (round > 0) clock.sleep(token_poll_pause);
         const ports::HttpReply reply = client.get("/api/v2/tokens/" + path_segment(reference));
         if (!answered(reply, 200)) continue;
         status = utf8_at(parse_json(reply.body.view()), "status");

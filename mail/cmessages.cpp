@@ -5,7 +5,7 @@
 namespace tavrix::mail {
 namespace {
 
-[[noreturn]] void fail(base::TextView method) {
+[[noreturn]] void refuse(base::TextView method) {
     throw base::AutomationError(base::ErrorNumber::subscript, u"CMessages." + base::Text(method),
                                 u"Nie ma takiej wiadomości");
 }
@@ -17,7 +17,7 @@ void CMessages::Add(std::shared_ptr<CMessage> message, base::Text key) {
 }
 
 std::size_t CMessages::place_of(std::int32_t index, base::TextView method) const {
-    if (index < 1 || index > Count()) fail(method);
+    if (index < 1 || index > Count()) refuse(method);
     return static_cast<std::size_t>(index) - 1;
 }
 
@@ -25,7 +25,7 @@ std::size_t CMessages::place_of(base::TextView key, base::TextView method) const
     for (std::size_t place = messages_.size(); place-- > 0 && !key.empty();) {
         if (base::equal_case_blind(messages_[place].key, key)) return place;
     }
-    fail(method);
+    refuse(method);
 }
 
 const std::shared_ptr<CMessage>& CMessages::Item(std::int32_t index) const {

@@ -35,11 +35,11 @@ base::Text Approvals::users(const ApprovalQuestion& question) {
         u"and not Set_User_id_podpisuStr is null) "
         u" and (JESLI_KONH_ID=0 or JESLI_KONH_ID=" +
         contractor + u") and (JESLI_IDWEW='' or JESLI_IDWEW=" +
-        quoted(question.internal_identifier) + u") and (JESLI_ROLAINNA='' or JESLI_ROLAINNA=" +
-        quoted(question.other_role) + u") and (JESLI_podmiot3zawiera='' or charindex(" +
-        quoted(question.third_party) +
+        sql_literal(question.internal_identifier) + u") and (JESLI_ROLAINNA='' or JESLI_ROLAINNA=" +
+        sql_literal(question.other_role) + u") and (JESLI_podmiot3zawiera='' or charindex(" +
+        sql_literal(question.third_party) +
         u",JESLI_podmiot3zawiera)>0) and (JESLI_TEXT_W_NUMERZE_DOK='' or charindex(" +
-        quoted(question.number) + u",JESLI_TEXT_W_NUMERZE_DOK)>0)");
+        sql_literal(question.number) + u",JESLI_TEXT_W_NUMERZE_DOK)>0)");
     return rows->at_end() ? base::Text() : ports::text_of(rows->field(u"Set_User_id_podpisuStr"));
 }
 

@@ -21,7 +21,7 @@ base::Text statement(const Register& from, const base::Text& tax_number) {
            u"Kontrahenci_parametry.konh_id=kontrahenci.konh_id and czy_eksf<>0) as czy_eksf from "
            u"kontrahenci where substring(kartotekakh,1,2)='" +
            base::Text(from.letters) + u"' " + base::Text(from.condition) +
-           u"and replace(replace(konh_nip,'-',''),' ','')=" + quoted(tax_number);
+           u"and replace(replace(konh_nip,'-',''),' ','')=" + sql_literal(tax_number);
 }
 
 }  // namespace

@@ -10,7 +10,7 @@ base::TextView fitting(ports::Recordset& rows, base::TextView column, base::Text
     return text.substr(0, splits_pair ? capacity - 1 : capacity);
 }
 
-base::Text quoted(base::TextView text) {
+base::Text sql_literal(base::TextView text) {
     return u'\'' + base::replace_all(text, u"'", u"''") + u'\'';
 }
 

@@ -10,6 +10,6 @@ base::TextView fitting(ports::Recordset& rows, base::TextView column, base::Text
 
 /// A text as a literal of a statement: in quotation marks, those inside doubled, so that a value
 /// from outside stays a value.
-base::Text quoted(base::TextView text);
+base::Text sql_literal(base::TextView text);
 
 }  // namespace tavrix::ksef

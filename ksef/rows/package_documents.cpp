@@ -47,7 +47,7 @@ std::optional<PackageDocument> PackageDocuments::find(base::TextView column,
     if (value.empty()) return std::nullopt;
     const auto rows = database_.open(
         u"select " + base::Text(key_column) + u",NumerRef_ksef,numer_ksef,HashFaktury from " +
-        base::Text(tables[0]) + u" where " + base::Text(column) + u"=" + quoted(value));
+        base::Text(tables[0]) + u" where " + base::Text(column) + u"=" + sql_literal(value));
     std::optional<PackageDocument> first;
     bool is_only_one = true;
     for (; !rows->at_end(); rows->move_next()) {

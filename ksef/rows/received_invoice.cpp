@@ -17,8 +17,9 @@ struct Cell {
 
 bool ReceivedInvoices::has(const base::Text& ksef_number, std::int32_t document_kind) {
     return !database_
-                .open(u"select top 1 * from DOK_ZDJECIA where ksefNumber=" + quoted(ksef_number) +
-                      u" and dok_rodz_id=" + base::to_decimal(document_kind))
+                .open(u"select top 1 * from DOK_ZDJECIA where ksefNumber=" +
+                      sql_literal(ksef_number) + u" and dok_rodz_id=" +
+                      base::to_decimal(document_kind))
                 ->at_end();
 }
 

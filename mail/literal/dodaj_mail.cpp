@@ -14,7 +14,7 @@
 namespace tavrix::mail {
 namespace {
 
-constexpr base::TextView line_end = u"\r\n";
+constexpr base::TextView crlf = u"\r\n";
 constexpr base::TextView empty_line = u"\r\n\r\n";
 constexpr base::TextView message_extension = u".eml";
 
@@ -46,7 +46,7 @@ std::string bytes_of_content(base::TextView content, const ports::CodePage& code
 }
 
 base::TextView without_line_end(base::TextView content) {
-    return content.ends_with(line_end) ? content.substr(0, content.size() - 2) : content;
+    return content.ends_with(crlf) ? content.substr(0, content.size() - 2) : content;
 }
 
 }  // namespace
@@ -156,7 +156,7 @@ std::optional<BoundaryLine> DodajMailReader::read_part(base::TextView body, Line
     } else {
         // The last line of the message ends without its CR LF.
         const bool ends_open = !boundary && !lines.at_end();
-        add_text(header, content, ends_open ? line_end : base::TextView());
+        add_text(header, content, ends_open ? crlf : base::TextView());
     }
     trace.mark(dodaj_mail_marks[u"67"]);
     return boundary;
@@ -171,7 +171,7 @@ void DodajMailReader::add_text(const PartHeader& header, base::TextView content,
         return;
     }
     text += decoded_text(header, content);
-    if (!text.ends_with(line_end)) text += line_end;
+    if (!text.ends_with(crlf)) text += crlf;
 }
 
 void DodajMailReader::save_file(const PartHeader& header, base::TextView content) {

@@ -7,17 +7,12 @@
 #include <cstring>
 #include <fstream>
 
-#include "base/error.h"
 #include "ports/native/adapters.h"
+#include "ports/native/failure.h"
 #include "ports/native/path.h"
 
 namespace tavrix::ports {
 namespace {
-
-[[noreturn]] void fail(base::TextView source, int code) {
-    throw base::AutomationError(base::ErrorNumber::component_failed, base::Text(source),
-                                base::from_utf8(std::strerror(code)));
-}
 
 class OpenFile {
   public:

@@ -201,7 +201,7 @@ struct ControlRoute {
     Answer (*handler)(ControlRoom&, Request&);
 };
 
-constexpr ControlRoute table[] = {
+constexpr ControlRoute control_routes[] = {
     {"GET", "/sandbox/state", get_state},
     {"GET", "/sandbox/faults", get_faults},
     {"POST", "/sandbox/faults", add_faults},
@@ -220,7 +220,7 @@ constexpr ControlRoute table[] = {
 
 Answer control(ControlRoom& room, Request& request) {
     bool path_known = false;
-    for (const ControlRoute& route : table) {
+    for (const ControlRoute& route : control_routes) {
         if (!match_path(route.pattern, request.path, request.parameters)) continue;
         path_known = true;
         if (route.method != request.method) continue;

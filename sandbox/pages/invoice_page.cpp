@@ -136,7 +136,7 @@ std::string name_of(const std::string& code, const Names<count>& names) {
 }
 
 // Source: TRodzajFaktury of the FA (3) schema.
-constexpr Names<7> kinds = {{
+constexpr Names<7> invoice_kinds = {{
     {"VAT", "Faktura VAT"},
     {"KOR", "Faktura korygująca"},
     {"ZAL", "Faktura zaliczkowa"},
@@ -243,7 +243,7 @@ std::string render_invoice(const std::string& xml) {
                                    ? date_text(body.child("OkresFa").text("P_6_Od")) + " – " +
                                          date_text(body.child("OkresFa").text("P_6_Do"))
                                    : date_text(body.text("P_6"));
-    return "<h2>" + xml_escape(name_of(body.text("RodzajFaktury"), kinds)) + " " +
+    return "<h2>" + xml_escape(name_of(body.text("RodzajFaktury"), invoice_kinds)) + " " +
            xml_escape(body.text("P_2")) + "</h2>" +
            facts(fact("Data wystawienia", date_text(body.text("P_1"))) +
                  fact("Miejsce wystawienia", body.text("P_1M")) +

@@ -18,7 +18,7 @@ constexpr std::string_view types[] = {"Authentication", "Offline"};
 constexpr std::string_view statuses[] = {"Active", "Blocked", "Revoked", "Expired"};
 // Source: CertificateListItem of the contract.
 constexpr std::size_t serial_digits = 16;
-constexpr std::size_t longest_name = 100;
+constexpr std::size_t longest_certificate_name = 100;
 
 bool is_serial(std::string_view text) {
     return text.size() == serial_digits &&
@@ -65,7 +65,7 @@ const char* status_of(const Certificate& certificate, Instant now) {
 }
 
 /// The filters of a query; empty texts admit everything.
-struct Filter {
+struct CertificateFilter {
     std::string serial, name, type, status;
     std::optional<Instant> expires_after;
 
@@ -78,8 +78,8 @@ struct Filter {
     }
 };
 
-Filter read_filter(const Request& request) {
-    Filter filter;
+CertificateFilter read_certificate_filter(const Request& request) {
+    CertificateFilter filter;
     if (request.body.empty()) return filter;
     const Json body = read_body(request);
     filter.serial = optional_text(body, "certificateSerialNumber");
@@ -109,7 +109,7 @@ const Certificate& register_certificate(Service& service, const CertificateClaim
     certificate.serial = serial_of(handle.get());
     certificate.common_name = subject_text(handle.get(), NID_commonName);
     certificate.name = claim.name.empty() ? certificate.common_name : claim.name;
-    if (character_count(certificate.name) > longest_name)
+    if (character_count(certificate.name) > longest_certificate_name)
         throw std::invalid_argument("the name has more than 100 characters");
     certificate.nip = claim.nip.empty() ? company_of(handle.get()) : claim.nip;
     if (!is_nip(certificate.nip))
@@ -140,7 +140,7 @@ Json certificate_json(const Service& service, const Certificate& it) {
 }
 
 Answer query_certificates(Service& service, Request& request) {
-    const Filter filter = read_filter(request);
+    const CertificateFilter filter = read_certificate_filter(request);
     const std::size_t size = page_size(request, 50);
     const auto offset = number_of<std::uint32_t>(request.parameter("pageOffset").value_or("0"));
     if (!offset) throw invalid_input("Parametr 'pageOffset' ma nieprawidłową wartość.");
