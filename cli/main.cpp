@@ -44,6 +44,8 @@ int main(int argc, char** argv) {
     cli::add_link_commands(app, exit_code);
     cli::add_qr_command(app, exit_code);
     cli::add_barcode_command(app, exit_code);
+    cli::add_validate_command(app, exit_code);
+    cli::add_render_command(app, exit_code);
     cli::add_mail_command(app, exit_code);
     try {
         app.parse(argc, argv);

@@ -51,6 +51,8 @@ PortsBundle::PortsBundle()
       xml_(ports::make_native_xml()),
       code_page_(ports::make_native_code_page()),
       files_(ports::make_native_files({})),
+      text_files_(ports::make_native_text_files({})),
+      xml_documents_(ports::make_native_xml_documents()),
       file_store_(ports::make_native_file_store("")) {}
 
 ksef::KsefPorts PortsBundle::for_ksef() {
@@ -61,9 +63,13 @@ ksef::KsefPorts PortsBundle::for_ksef() {
             *xml_,
             *code_page_,
             *files_,
+            *text_files_,
+            *xml_documents_,
             settings_.ksef,
             {},
-            folder_of_settings()};
+            folder_of_settings(),
+            {},
+            [](base::TextView text) { std::cerr << base::to_utf8(text) << '\n'; }};
 }
 
 mail::MessagePorts PortsBundle::for_messages() {

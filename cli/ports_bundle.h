@@ -21,6 +21,7 @@ class PortsBundle {
     ports::CodePage& code_page() { return *code_page_; }
     ports::Crypto& crypto() { return *crypto_; }
     ports::DataFiles& files() { return *files_; }
+    ports::XmlDocuments& xml_documents() { return *xml_documents_; }
 
   private:
     frame::Settings settings_;
@@ -30,6 +31,8 @@ class PortsBundle {
     std::unique_ptr<ports::Xml> xml_;
     std::unique_ptr<ports::CodePage> code_page_;
     std::unique_ptr<ports::DataFiles> files_;
+    std::unique_ptr<ports::TextFiles> text_files_;
+    std::unique_ptr<ports::XmlDocuments> xml_documents_;
     std::unique_ptr<ports::FileStore> file_store_;
     ports::NoTrace no_trace_;
 };

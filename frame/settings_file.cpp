@@ -167,6 +167,11 @@ struct Room {
 constexpr std::array rooms = {
     Room{"ksef", [](Settings& s, base::Profile p) { s.ksef = ksef::settings_of(p); }},
     Room{"mail", [](Settings& s, base::Profile p) { s.mail.profile = p; }},
+    Room{"xml",
+         [](Settings& s, base::Profile p) {
+             s.ksef.schema_namespace = p == base::Profile::current ? ports::SchemaNamespace::its_own
+                                                                   : ports::SchemaNamespace::empty;
+         }},
 };
 
 constexpr const char* profile_key = "profile";

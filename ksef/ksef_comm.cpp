@@ -6,6 +6,7 @@
 #include "ksef/batch_session.h"
 #include "ksef/client.h"
 #include "ksef/encoding.h"
+#include "ksef/invoice_documents.h"
 #include "ksef/invoice_download.h"
 #include "ksef/invoice_download_xml.h"
 #include "ksef/offline_link.h"
@@ -102,6 +103,21 @@ Text KseF_comm::Base64Encode(const Bytes& bytData) const {
 
 Text KseF_comm::Base64DecodeSS(const Text& base64Str) const {
     return ansi_of_base64(ports_.xml, ports_.code_page, base64Str);
+}
+
+Text KseF_comm::LoadXMLFromFile(const Text& FilePath) {
+    return load_invoice(ports_.text_files, FilePath);
+}
+
+Text KseF_comm::SprawdzXMLzXSD(const Text& strXML, const Text& strXSD) {
+    const Text wrong_settings = settings_failure(ports_);
+    if (!wrong_settings.empty()) return u"Błąd walidacji: " + wrong_settings;
+    return check_invoice(ports_.xml_documents, strXML, strXSD, ports_.settings.schema_namespace,
+                         ports_.show_message);
+}
+
+Text KseF_comm::XMLdoHTML(const Text& strXML, const Text& strXSL, const Text& Plik) {
+    return write_html(ports_.xml_documents, ports_.code_page, ports_.files, strXML, strXSL, Plik);
 }
 
 Text KseF_comm::Sha256XmlSimpleb(const Bytes& xml) const {

@@ -64,14 +64,14 @@ class KseF_comm {
     /// be made.
     base::Text PodzielPlik(const base::Text& sciezkaZrodlowa, const base::Text& folderDocelowy);
 
-    // Not built yet. Each answers with its own failure, so that a host that calls it goes the way
-    // it goes when KSeF cannot be reached.
-
-    /// Raises base::AutomationError, as for a file that cannot be read.
+    /// The file's text in the system's code page. Raises base::AutomationError for one that cannot
+    /// be read.
     base::Text LoadXMLFromFile(const base::Text& FilePath);
-    /// "Błąd walidacji: " and why; the empty text would call the document valid.
+    /// The empty text for a document that is valid before the schema at the path `strXSD`, and for
+    /// a schema that cannot be taken; otherwise "Błąd walidacji: " with reason, line and column.
     base::Text SprawdzXMLzXSD(const base::Text& strXML, const base::Text& strXSD);
-    /// "Błąd transformacji: " and why
+    /// Writes `strXML`, as the stylesheet `strXSL` shows it, to the file `Plik`. The empty text, or
+    /// "Błąd XSL: " or "Błąd transformacji: " with why.
     base::Text XMLdoHTML(const base::Text& strXML, const base::Text& strXSL,
                          const base::Text& Plik);
 

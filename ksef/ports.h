@@ -9,7 +9,9 @@
 #include "ports/files.h"
 #include "ports/http.h"
 #include "ports/locale.h"
+#include "ports/text_files.h"
 #include "ports/xml.h"
+#include "ports/xml_documents.h"
 
 namespace tavrix::ksef {
 
@@ -23,6 +25,8 @@ struct KsefPorts {
     ports::Xml& xml;
     ports::CodePage& code_page;
     ports::DataFiles& files;
+    ports::TextFiles& text_files;
+    ports::XmlDocuments& xml_documents;
     const Settings& settings;
     /// Called before a call needs `settings` or `make_http`; throws base::AutomationError with what
     /// is wrong with the settings file. Empty where the settings are there from the start.
@@ -32,6 +36,8 @@ struct KsefPorts {
     base::Text settings_folder{};
     /// The same for the user alone, where that folder cannot be written to; empty for none.
     base::Text user_folder{};
+    /// Shows the user a message; empty where nobody sits.
+    std::function<void(base::TextView)> show_message{};
 };
 
 }  // namespace tavrix::ksef

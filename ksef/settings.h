@@ -4,6 +4,7 @@
 
 #include "base/profile.h"
 #include "base/text.h"
+#include "ports/xml_documents.h"
 
 namespace tavrix::ksef {
 
@@ -40,6 +41,8 @@ struct Settings {
     Origins qr{u"https://qr.ksef.mf.gov.pl", u"https://qr-demo.ksef.mf.gov.pl",
                u"https://qr-test.ksef.mf.gov.pl"};
     CertificateSignature certificate_signature = CertificateSignature::base64;
+    /// How a schema is put before invoices.
+    ports::SchemaNamespace schema_namespace = ports::SchemaNamespace::empty;
 };
 
 /// The settings of an installation that says no more than its profile.

@@ -19,7 +19,8 @@ base::TextView up_to(base::TextView text, char16_t separator) {
 
 TokenCheck read_token(const base::SecretText& token) {
     const base::TextView whole = token.view();
-    if (whole.find(u'|') == base::TextView::npos) return {u"Błędny token :" + base::Text(whole), {}, {}};
+    if (whole.find(u'|') == base::TextView::npos)
+        return {u"Błędny token :" + base::Text(whole), {}, {}};
     const base::TextView second = up_to(behind(whole, u'|'), u'|');
     // In "internalid-NIP-NUMBER" the third piece is a unit of the company; the number stands second
     // all the same.

@@ -11,6 +11,8 @@ class CodePage {
   public:
     virtual ~CodePage() = default;
 
+    /// Windows' own number of it.
+    virtual std::uint32_t number() const { return 1250; }
     /// The byte of exactly this character, or nothing when the code page has none.
     virtual std::optional<std::uint8_t> byte_of(char16_t character) const = 0;
     /// Bytes of a text; a character outside the code page becomes the system's replacement ("?", or

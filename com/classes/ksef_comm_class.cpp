@@ -74,15 +74,15 @@ constexpr auto ksef_comm_members = members(
                                u"Podpisany odnośnik certyfikatu dla faktury wystawionej offline.",
                                by_reference(u"dbb"), by_value(u"NumSerCertyfikatu"),
                                by_reference(u"Tablica"), by_value(u"Tablica_id"), by_value(u"nip")),
-    pending(method<&KseF_comm::LoadXMLFromFile>(
-        20, u"LoadXMLFromFile", u"Tekst pliku w stronie kodowej systemu.", by_value(u"FilePath"))),
-    pending(method<&KseF_comm::SprawdzXMLzXSD>(
+    method<&KseF_comm::LoadXMLFromFile>(
+        20, u"LoadXMLFromFile", u"Tekst pliku w stronie kodowej systemu.", by_value(u"FilePath")),
+    method<&KseF_comm::SprawdzXMLzXSD>(
         21, u"SprawdzXMLzXSD",
         u"Sprawdza XML ze schematem; pusty tekst, gdy dokument jest poprawny.", by_value(u"strXML"),
-        by_value(u"strXSD"))),
-    pending(method<&KseF_comm::XMLdoHTML>(
-        22, u"XMLdoHTML", u"Zapisuje XML przekształcony arkuszem XSL do pliku HTML.",
-        by_value(u"strXML"), by_value(u"strXSL"), by_value(u"Plik"))));
+        by_value(u"strXSD")),
+    method<&KseF_comm::XMLdoHTML>(22, u"XMLdoHTML",
+                                  u"Zapisuje XML przekształcony arkuszem XSL do pliku HTML.",
+                                  by_value(u"strXML"), by_value(u"strXSL"), by_value(u"Plik")));
 
 constexpr ClassTable table = {
     .class_id = guid("D422C633-A288-42AD-9710-6414035C1877"),

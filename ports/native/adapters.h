@@ -8,7 +8,9 @@
 #include "ports/file_store.h"
 #include "ports/files.h"
 #include "ports/locale.h"
+#include "ports/text_files.h"
 #include "ports/xml.h"
+#include "ports/xml_documents.h"
 
 namespace tavrix::ports {
 
@@ -24,7 +26,11 @@ std::unique_ptr<DataFiles> make_native_files(std::string drive_c);
 std::unique_ptr<FileStore> make_native_file_store(std::string drive_c);
 /// Dates as a Polish system writes them: 2026-11-14 21:49:05.
 std::unique_ptr<Locale> make_native_locale();
+/// Text files in code page 1250, on the same drive.
+std::unique_ptr<TextFiles> make_native_text_files(std::string drive_c);
 /// Base64 as MSXML does it, line breaks included.
 std::unique_ptr<Xml> make_native_xml();
+/// libxml2 and libxslt. Their errors name lines and columns as those of the other component do.
+std::unique_ptr<XmlDocuments> make_native_xml_documents();
 
 }  // namespace tavrix::ports

@@ -11,7 +11,9 @@
 #include "ports/shell.h"
 #include "ports/surface.h"
 #include "ports/system_version.h"
+#include "ports/text_files.h"
 #include "ports/xml.h"
+#include "ports/xml_documents.h"
 
 namespace tavrix::ports {
 
@@ -29,9 +31,13 @@ std::unique_ptr<Pictures> make_windows_pictures();
 std::unique_ptr<Registry> make_windows_registry();
 /// The user's desktop: Shell.Application, processes and message boxes.
 std::unique_ptr<Shell> make_windows_shell();
+/// The scripting runtime's file system object, made for each file.
+std::unique_ptr<TextFiles> make_windows_text_files();
 /// The Windows that the host runs on.
 SystemVersion windows_version() noexcept;
 /// The XML documents of the platform, each created under its own name for each conversion.
 std::unique_ptr<Xml> make_windows_xml();
+/// MSXML 6.0, its objects made for each document.
+std::unique_ptr<XmlDocuments> make_windows_xml_documents();
 
 }  // namespace tavrix::ports

@@ -11,6 +11,7 @@ namespace {
 class AnsiCodePage final : public CodePage {
   public:
     AnsiCodePage();
+    std::uint32_t number() const override { return GetACP(); }
     std::optional<std::uint8_t> byte_of(char16_t character) const override;
     base::Bytes to_bytes(base::TextView text) const override;
     base::Text to_text(base::ByteView bytes) const override;

@@ -39,7 +39,8 @@ class SendFixture : public testing::Test {
     }
 
     KsefPorts ports() {
-        return {make_http, *crypto, clock, *locale, *xml, *code_page, *files, settings};
+        return {make_http,  *crypto, clock,       *locale,        *xml,
+                *code_page, *files,  *text_files, *xml_documents, settings};
     }
 
     std::string send() {
@@ -106,6 +107,8 @@ class SendFixture : public testing::Test {
     std::unique_ptr<ports::Xml> xml = ports::make_native_xml();
     std::unique_ptr<ports::CodePage> code_page = ports::make_native_code_page();
     std::unique_ptr<ports::DataFiles> files = ports::make_native_files({});
+    std::unique_ptr<ports::TextFiles> text_files = ports::make_native_text_files({});
+    std::unique_ptr<ports::XmlDocuments> xml_documents = ports::make_native_xml_documents();
     std::shared_ptr<ports::SqliteConnection> connection;
     base::Text token = u"20261121-EC-0000000001-0000000002-AB|nip-5265877635|0123456789abcdef";
     base::Text invoice = test::demonstration_invoice();

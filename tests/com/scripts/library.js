@@ -37,4 +37,29 @@ expect("number of a closed recordset", numberOf(function () { rows.MoveNext(); }
 var returned = ksef.SendInvoiceToKSeF(connection, "1", "a|nip-2|c", "<x/>", "FA (3)", "1-0E", "FA", 2, "dok_fak", 1);
 expect("a token of another company ends with its number", returned.substr(returned.length - 2), ":2");
 connection.Close();
+
+// Documents, through the system's own XML component.
+var disk = new ActiveXObject("Scripting.FileSystemObject");
+var folder = disk.GetSpecialFolder(2) + "\\";
+function fileOf(name, text) {
+    var file = disk.CreateTextFile(folder + name, true);
+    file.Write(text);
+    file.Close();
+    return folder + name;
+}
+var html = folder + "tavrix.html";
+var page = "<xsl:stylesheet version='1.0' xmlns:xsl='http://www.w3.org/1999/XSL/Transform'><xsl:output method='html'/>" +
+    "<xsl:template match='/'><html><head><title>x</title></head><body><xsl:value-of select='.'/></body></html>" +
+    "</xsl:template></xsl:stylesheet>";
+expect("XMLdoHTML", ksef.XMLdoHTML("<f>\u0141\u00F3d\u017A \u20AC \u4E2D</f>", page, html), "");
+var written = ksef.LoadXMLFromFile(html);
+expect("the page's text", written.indexOf("\u0141\u00F3d\u017A \u20AC &#20013;") > 0, true);
+expect("the page's encoding", written.indexOf("charset=windows-1250") > 0, true);
+expect("a broken stylesheet", ksef.XMLdoHTML("<f/>", "<xsl:", html).substr(0, 9), "B\u0142\u0105d XSL:");
+expect("a broken document", ksef.XMLdoHTML("<f>", page, html).substr(0, 19), "B\u0142\u0105d transformacji:");
+expect("a missing file", numberOf(function () { ksef.LoadXMLFromFile(folder + "brak.xml"); }), -2146828235);
+var schema = fileOf("tavrix.xsd", "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:element name='f' type='xs:int'/></xs:schema>");
+expect("a valid document", ksef.SprawdzXMLzXSD("<f>1</f>", schema), "");
+expect("an invalid one", /^B\u0142\u0105d walidacji: [\s\S]*\r\nLinia: 2, Kolumna: \d+$/.test(ksef.SprawdzXMLzXSD("\r\n<f>a</g>", schema)), true);
+expect("a schema that is not there", ksef.SprawdzXMLzXSD("<f/>", folder + "brak.xsd"), "");
 WScript.Echo("KONIEC");

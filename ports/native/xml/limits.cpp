@@ -1,0 +1,137 @@
+#include "ports/native/xml/limits.h"
+
+#include <libxml/parser.h>
+#include <libxml/parserInternals.h>
+#include <libxslt/security.h>
+#include <malloc.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <iterator>
+#include <mutex>
+
+namespace tavrix::ports {
+namespace {
+
+struct Allowance {
+    bool is_limited = false;
+    bool was_refused = false;
+    std::size_t memory_bytes = 0;
+    std::string folder;
+};
+thread_local Allowance allowance;
+
+// Schemas of one folder import each other; none is as long.
+constexpr std::streamoff longest_schema_bytes = 20'000'000;
+
+bool refuses(std::size_t bytes) {
+    if (!allowance.is_limited || bytes <= allowance.memory_bytes) return false;
+    allowance.was_refused = true;
+    return true;
+}
+
+// What the system made of what was asked for; it comes back with the block.
+void* charged(void* block) {
+    if (allowance.is_limited && block != nullptr)
+        allowance.memory_bytes -= std::min(allowance.memory_bytes, malloc_usable_size(block));
+    return block;
+}
+
+std::size_t size_of(void* block) {
+    return block == nullptr ? 0 : malloc_usable_size(block);
+}
+
+void* allocate(std::size_t bytes) {
+    return refuses(bytes) ? nullptr : charged(std::malloc(bytes));
+}
+
+void release(void* block) {
+    if (allowance.is_limited) allowance.memory_bytes += size_of(block);
+    std::free(block);
+}
+
+void* reallocate(void* block, std::size_t bytes) {
+    const std::size_t before = size_of(block);
+    if (bytes > before && refuses(bytes - before)) return nullptr;
+    void* const moved = std::realloc(block, bytes);
+    if (moved == nullptr) return nullptr;
+    if (allowance.is_limited) allowance.memory_bytes += before;
+    return charged(moved);
+}
+
+char* duplicate(const char* text) {
+    const std::size_t bytes = std::strlen(text) + 1;
+    void* const copy = allocate(bytes);
+    return copy == nullptr ? nullptr : static_cast<char*>(std::memcpy(copy, text, bytes));
+}
+
+xmlExternalEntityLoader usual_loader = nullptr;
+
+xmlParserInputPtr load(const char* address, const char* id, xmlParserCtxtPtr parser) {
+    if (!allowance.is_limited) return usual_loader(address, id, parser);
+    if (allowance.folder.empty() || address == nullptr) return nullptr;
+    std::string name(address);
+    name.erase(0, name.find_last_of("/\\") + 1);
+    if (name.empty() || name == "..") return nullptr;
+    std::ifstream file(allowance.folder + name, std::ios::binary | std::ios::ate);
+    if (!file || file.tellg() > longest_schema_bytes) return nullptr;
+    file.seekg(0);
+    const std::string text{std::istreambuf_iterator<char>(file), {}};
+    // Its entities would be expanded.
+    if (text.find("<!DOCTYPE") != std::string::npos) return nullptr;
+    xmlParserInputBufferPtr buffer = xmlParserInputBufferCreateMem(
+        text.data(), static_cast<int>(text.size()), XML_CHAR_ENCODING_NONE);
+    if (buffer == nullptr) return nullptr;
+    xmlParserInputPtr input = xmlNewIOInputStream(parser, buffer, XML_CHAR_ENCODING_NONE);
+    if (input == nullptr) {
+        xmlFreeParserInputBuffer(buffer);
+        return nullptr;
+    }
+    // Where relative names begin, and what errors name; the library frees it.
+    input->filename = reinterpret_cast<char*>(
+        xmlStrdup(reinterpret_cast<const xmlChar*>((allowance.folder + name).c_str())));
+    return input;
+}
+
+// Sheets are other people's as well: they read no files and write none. Including and importing
+// ask what holds by default, so it is forbidden for every sheet of the process.
+void forbid_everything_to_stylesheets() {
+    static xsltSecurityPrefsPtr const nothing = [] {
+        xsltSecurityPrefsPtr preferences = xsltNewSecurityPrefs();
+        for (const xsltSecurityOption option :
+             {XSLT_SECPREF_READ_FILE, XSLT_SECPREF_WRITE_FILE, XSLT_SECPREF_CREATE_DIRECTORY,
+              XSLT_SECPREF_READ_NETWORK, XSLT_SECPREF_WRITE_NETWORK}) {
+            xsltSetSecurityPrefs(preferences, option, xsltSecurityForbid);
+        }
+        return preferences;
+    }();
+    xsltSetDefaultSecurityPrefs(nothing);
+}
+
+std::once_flag installed;
+
+}  // namespace
+
+XmlLimits::XmlLimits(std::string folder) {
+    std::call_once(installed, [] {
+        // They end in malloc and free like the library's own, so what it holds already stays right.
+        xmlMemSetup(release, allocate, reallocate, duplicate);
+        xmlInitParser();
+        usual_loader = xmlGetExternalEntityLoader();
+        xmlSetExternalEntityLoader(load);
+        forbid_everything_to_stylesheets();
+    });
+    allowance = {true, false, most_memory_bytes, std::move(folder)};
+}
+
+XmlLimits::~XmlLimits() {
+    allowance = {};
+}
+
+bool XmlLimits::ran_out_of_memory() const noexcept {
+    return allowance.was_refused;
+}
+
+}  // namespace tavrix::ports
