@@ -158,14 +158,18 @@
   </xsl:template>
 
   <xsl:template match="f:Adres | f:AdresPrzewoznika">
-    <div class="address"><xsl:apply-templates select="." mode="value"/></div>
+    <div class="address">
+      <xsl:for-each select="f:AdresL1"><div><xsl:value-of select="."/></div></xsl:for-each>
+      <div><xsl:value-of select="f:AdresL2"/><xsl:for-each select="f:KodKraju"> (<xsl:value-of select="."/>)</xsl:for-each></div>
+      <xsl:apply-templates select="f:GLN" mode="field"/>
+    </div>
   </xsl:template>
 
-  <xsl:template mode="value" match="f:Adres | f:AdresKoresp | f:AdresPrzewoznika | f:WysylkaZ | f:WysylkaPrzez | f:WysylkaDo">
+  <xsl:template mode="value" match="f:AdresKoresp | f:WysylkaZ | f:WysylkaPrzez | f:WysylkaDo">
     <xsl:value-of select="f:AdresL1"/>
-    <xsl:if test="f:AdresL2"><br/><xsl:value-of select="f:AdresL2"/></xsl:if>
+    <xsl:for-each select="f:AdresL2">, <xsl:value-of select="."/></xsl:for-each>
     <xsl:for-each select="f:KodKraju"> (<xsl:value-of select="."/>)</xsl:for-each>
-    <xsl:for-each select="f:GLN"><br/><span class="label">GLN</span><xsl:value-of select="."/></xsl:for-each>
+    <xsl:for-each select="f:GLN">, GLN <xsl:value-of select="."/></xsl:for-each>
   </xsl:template>
 
   <!-- The invoice itself -->
@@ -178,11 +182,6 @@
         <xsl:call-template name="lines"><xsl:with-param name="lines" select="f:FaWiersz"/></xsl:call-template>
       </section>
     </xsl:if>
-    <xsl:call-template name="totals"/>
-    <xsl:call-template name="advances"/>
-    <xsl:apply-templates select="f:Rozliczenie"/>
-    <xsl:apply-templates select="f:Platnosc"/>
-    <xsl:call-template name="annotations"/>
     <xsl:for-each select="f:Zamowienie">
       <section>
         <h2>Zamówienie lub umowa</h2>
@@ -190,6 +189,11 @@
         <xsl:apply-templates select="f:WartoscZamowienia" mode="sum"/>
       </section>
     </xsl:for-each>
+    <xsl:call-template name="totals"/>
+    <xsl:call-template name="advances"/>
+    <xsl:apply-templates select="f:Rozliczenie"/>
+    <xsl:apply-templates select="f:Platnosc"/>
+    <xsl:call-template name="annotations"/>
     <xsl:if test="f:DodatkowyOpis">
       <section>
         <h2>Dodatkowe informacje</h2>
@@ -255,6 +259,8 @@
       <xsl:if test="$lines/f:P_11A"> gross_value </xsl:if>
     </xsl:variable>
     <table class="lines">
+      <!-- Amounts do not wrap unless they are too long for a page that has many of them. -->
+      <xsl:if test="$lines/*[starts-with(local-name(), 'P_9') or starts-with(local-name(), 'P_1')][string-length(.) &gt; 13]"><xsl:attribute name="class">lines long</xsl:attribute></xsl:if>
       <thead>
         <tr>
           <th>Lp.</th><th>Nazwa towaru lub usługi</th>
@@ -346,10 +352,18 @@
             <xsl:call-template name="rate"><xsl:with-param name="name" select="'odwrotne obciążenie'"/><xsl:with-param name="net" select="f:P_13_10"/><xsl:with-param name="with_pln" select="$tax_pln"/></xsl:call-template>
             <xsl:call-template name="rate"><xsl:with-param name="name" select="'procedura marży'"/><xsl:with-param name="net" select="f:P_13_11"/><xsl:with-param name="with_pln" select="$tax_pln"/></xsl:call-template>
           </tbody>
-          <tbody class="sum">
-            <xsl:call-template name="rate"><xsl:with-param name="name" select="'Razem'"/><xsl:with-param name="sum" select="true()"/>
-              <xsl:with-param name="net" select="$net"/><xsl:with-param name="tax" select="$tax"/><xsl:with-param name="pln" select="$tax_pln"/><xsl:with-param name="with_pln" select="$tax_pln"/></xsl:call-template>
-          </tbody>
+          <xsl:variable name="total"><xsl:call-template name="sum"><xsl:with-param name="amounts" select="$net | $tax"/></xsl:call-template></xsl:variable>
+          <xsl:if test="string($total) != ''">
+            <tbody class="sum">
+              <tr>
+                <th>Razem</th>
+                <td class="n" data-label="Netto"><xsl:call-template name="sum"><xsl:with-param name="amounts" select="$net"/></xsl:call-template></td>
+                <td class="n" data-label="VAT"><xsl:call-template name="sum"><xsl:with-param name="amounts" select="$tax"/></xsl:call-template></td>
+                <td class="n" data-label="Brutto"><xsl:value-of select="$total"/></td>
+                <xsl:if test="$tax_pln"><td class="n" data-label="VAT w PLN"><xsl:call-template name="sum"><xsl:with-param name="amounts" select="$tax_pln"/></xsl:call-template></td></xsl:if>
+              </tr>
+            </tbody>
+          </xsl:if>
         </table>
       </xsl:if>
       <xsl:apply-templates select="f:P_15" mode="sum"/>
@@ -368,10 +382,9 @@
     </xsl:choose>
   </xsl:template>
 
-  <!-- Given amounts as they stand; where there are several, and for gross, a sum. -->
+  <!-- Given amounts as they stand, and gross, which is a sum. -->
   <xsl:template name="rate">
     <xsl:param name="name"/>
-    <xsl:param name="sum" select="false()"/>
     <xsl:param name="net" select="/.."/>
     <xsl:param name="tax" select="/.."/>
     <xsl:param name="pln" select="/.."/>
@@ -379,25 +392,10 @@
     <xsl:if test="$net | $tax | $pln">
       <tr>
         <th><xsl:value-of select="$name"/></th>
-        <xsl:choose>
-          <xsl:when test="$sum">
-            <td class="n" data-label="Netto"><xsl:call-template name="sum"><xsl:with-param name="amounts" select="$net"/></xsl:call-template></td>
-            <td class="n" data-label="VAT"><xsl:call-template name="sum"><xsl:with-param name="amounts" select="$tax"/></xsl:call-template></td>
-          </xsl:when>
-          <xsl:otherwise>
-            <td class="n" data-label="Netto"><xsl:apply-templates select="$net" mode="value"/></td>
-            <td class="n" data-label="VAT"><xsl:apply-templates select="$tax" mode="value"/></td>
-          </xsl:otherwise>
-        </xsl:choose>
+        <td class="n" data-label="Netto"><xsl:apply-templates select="$net" mode="value"/></td>
+        <td class="n" data-label="VAT"><xsl:apply-templates select="$tax" mode="value"/></td>
         <td class="n" data-label="Brutto"><xsl:call-template name="sum"><xsl:with-param name="amounts" select="$net | $tax"/></xsl:call-template></td>
-        <xsl:if test="$with_pln">
-          <td class="n" data-label="VAT w PLN">
-            <xsl:choose>
-              <xsl:when test="$sum"><xsl:call-template name="sum"><xsl:with-param name="amounts" select="$pln"/></xsl:call-template></xsl:when>
-              <xsl:otherwise><xsl:apply-templates select="$pln" mode="value"/></xsl:otherwise>
-            </xsl:choose>
-          </td>
-        </xsl:if>
+        <xsl:if test="$with_pln"><td class="n" data-label="VAT w PLN"><xsl:apply-templates select="$pln" mode="value"/></td></xsl:if>
       </tr>
     </xsl:if>
   </xsl:template>
@@ -1123,7 +1121,7 @@
 
   <xsl:template name="style">
     <style>
-      body { margin: 0; background: #fff; color: #000; font: 14px/1.4 "Segoe UI", "DejaVu Sans", Arial, sans-serif; overflow-wrap: anywhere; }
+      body { margin: 0; background: #fff; color: #000; font: 14px/1.4 "Segoe UI", "DejaVu Sans", Arial, sans-serif; overflow-wrap: break-word; }
       main { max-width: 64em; margin: 0 auto; padding: 1.5em; }
       h1 { font-size: 1.7em; line-height: 1.2; margin: 0; }
       h2 { font-size: 1.05em; margin: 0 0 .4em; }
@@ -1133,21 +1131,23 @@
       .label { color: #444; font-weight: normal; } .label:after { content: ": "; }
       .top { display: flex; gap: 2em; justify-content: space-between; border-bottom: 2px solid #000; padding-bottom: 1em; }
       .number { font-size: 1.3em; margin-bottom: .6em; }
-      .ksef { flex: 0 1 26em; font-size: .85em; } .ksef .label { display: block; } .ksef img { display: block; width: 10em; height: auto; margin-bottom: .4em; }
+      .ksef { overflow-wrap: anywhere; flex: 0 1 26em; font-size: .85em; } .ksef .label { display: block; } .ksef img { display: block; width: 10em; height: auto; margin-bottom: .4em; }
       .ksef a { color: #000; }
       .parties { display: flex; flex-wrap: wrap; gap: 1em; margin: 1.2em 0; }
-      .party { flex: 1 1 40%; border: 1px solid #999; padding: .7em .9em; box-sizing: border-box; }
+      .party { overflow-wrap: anywhere; flex: 1 1 40%; border: 1px solid #999; padding: .7em .9em; box-sizing: border-box; }
       .party h2 { font-size: .85em; text-transform: uppercase; letter-spacing: .05em; color: #444; }
       .name { font-weight: bold; } .address { margin: .2em 0; } .inner { margin-left: 1.2em; }
       .block { border-left: 3px solid #999; padding-left: .8em; margin: .6em 0; }
       .words { font-weight: bold; }
       table { border-collapse: collapse; width: 100%; margin: .4em 0; }
       th, td { padding: .3em .45em; vertical-align: top; text-align: left; border-bottom: 1px solid #bbb; }
+      td, .pairs th { overflow-wrap: anywhere; } thead th { overflow-wrap: normal; } tbody th { overflow-wrap: break-word; }
       thead th { border-bottom: 2px solid #000; font-size: .88em; vertical-align: bottom; }
       tbody th { font-weight: normal; }
       .sum th, .sum td { font-weight: bold; border-bottom: 0; } .sum tr:first-child th, .sum tr:first-child td { border-top: 2px solid #000; }
       .n { text-align: right; } td.n { white-space: nowrap; font-variant-numeric: tabular-nums; }
-      .lines td.text { min-width: 12em; }
+      .lines td.text { min-width: 12em; } .lines td:first-child { white-space: nowrap; }
+      .long { font-size: .85em; } .long td.n, .attachment td.n { white-space: normal; }
       .pairs th { width: 35%; color: #444; }
       .before td { background: #f2f2f2; }
       .state { font-size: .85em; font-style: italic; }
