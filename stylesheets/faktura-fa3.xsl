@@ -949,11 +949,19 @@
       <xsl:choose>
         <xsl:when test="namespace-uri() != namespace-uri(/f:Faktura)"><xsl:apply-templates select="." mode="all"/></xsl:when>
         <xsl:when test="contains($inside, $name)"><xsl:apply-templates select="." mode="rest"/></xsl:when>
-        <xsl:when test="contains($shown, $name) and not(*)"/>
+        <!-- A section takes the first of a name, and all of those that may be repeated. -->
+        <xsl:when test="contains($shown, $name) and not(*) and (contains(' WZ NrPartiiTowaru Akapit WKom SKom ', $name) or not(preceding-sibling::*[local-name() = local-name(current())]))">
+          <xsl:call-template name="attributes_left"/>
+        </xsl:when>
         <xsl:otherwise><xsl:apply-templates select="." mode="all"/></xsl:otherwise>
       </xsl:choose>
     </xsl:for-each>
+    <xsl:call-template name="attributes_left"/>
     <xsl:for-each select="text()[normalize-space(.) != '']"><xsl:call-template name="left"/></xsl:for-each>
+  </xsl:template>
+
+  <xsl:template name="attributes_left">
+    <xsl:for-each select="@*[namespace-uri() = '' and not(contains(' kodSystemowy wersjaSchemy Typ ', concat(' ', local-name(), ' ')))]"><xsl:call-template name="left"/></xsl:for-each>
   </xsl:template>
 
   <xsl:template match="*" mode="all">
@@ -1131,7 +1139,8 @@
       .label { color: #444; font-weight: normal; } .label:after { content: ": "; }
       .top { display: flex; gap: 2em; justify-content: space-between; border-bottom: 2px solid #000; padding-bottom: 1em; }
       .number { font-size: 1.3em; margin-bottom: .6em; }
-      .ksef { overflow-wrap: anywhere; flex: 0 1 26em; font-size: .85em; } .ksef .label { display: block; } .ksef img { display: block; width: 10em; height: auto; margin-bottom: .4em; }
+      .ksef { display: flex; gap: 1em; flex: 0 1 38em; font-size: .85em; overflow-wrap: anywhere; } .ksef .label { display: block; }
+      .ksef img { flex: none; width: 10em; height: auto; align-self: flex-start; }
       .ksef a { color: #000; }
       .parties { display: flex; flex-wrap: wrap; gap: 1em; margin: 1.2em 0; }
       .party { overflow-wrap: anywhere; flex: 1 1 40%; border: 1px solid #999; padding: .7em .9em; box-sizing: border-box; }
@@ -1158,7 +1167,7 @@
       .form { color: #444; border-top: 1px solid #bbb; padding-top: .6em; margin-top: 2em; }
       @media screen and (max-width: 640px) {
         main { padding: 1em; }
-        .top { display: block; } .ksef { margin-top: 1em; } .party { flex-basis: 100%; }
+        .top { display: block; } .ksef { flex-wrap: wrap; margin-top: 1em; } .party { flex-basis: 100%; }
         thead { display: none; } table, tbody, tr, td, tbody th { display: block; width: auto; }
         tr { border-bottom: 1px solid #000; padding: .4em 0; } th, td, .pairs th { border: 0; padding: .1em 0; width: auto; }
         td.n { text-align: left; white-space: normal; } td[data-label]:before { content: attr(data-label) ": "; color: #444; } td:empty { display: none; }
@@ -1167,7 +1176,7 @@
         .totals h2, .due { text-align: left; } .totals table { min-width: 0; } .totals tbody th { font-weight: bold; }
       }
       @media print {
-        body { font-size: 9.5pt; } main { max-width: none; padding: 0; }
+        body { font-size: 9pt; } main { max-width: none; padding: 0; } section, .parties { margin: 1em 0; } .form { margin-top: 1em; }
         thead { display: table-header-group; } tr, .party, .block, .due, .totals { break-inside: avoid; page-break-inside: avoid; }
         h2, h3 { break-after: avoid; page-break-after: avoid; }
         a { text-decoration: none; }

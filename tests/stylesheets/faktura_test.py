@@ -125,9 +125,12 @@ def judge_documents_from_schema():
                     wrong += [f"{flag.tag} is not told"] * (squeezed(Page(root).text) == squeezed(page.text))
                     parent.insert(place, flag)
     for number, parent in enumerate([it for it in root.iter() if len(it)]):  # what no schema knows, in every place
-        etree.SubElement(parent, INVOICE + "Nowe").text = f"n{number}n"
-        etree.SubElement(parent, "P_15").text = f"o{number}o"
-    return wrong + ["unknown " + it for it in Page(root).lost(root, maker.words)]
+        for name in (INVOICE + "Nowe", "P_15", next((it.tag for it in parent if len(it) == 0), "Nowe")):
+            etree.SubElement(parent, name).text = f"{name[-1]}{number}."
+        parent.set("nowy", f"@{number}.")
+    page = Page(root)
+    attributes = [it.get("nowy") for it in root.iter() if it.get("nowy")]
+    return wrong + ["unknown " + it for it in page.lost(root, maker.words) + [it for it in attributes if it not in page.text]]
 
 
 def main():
