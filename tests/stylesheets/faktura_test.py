@@ -127,7 +127,8 @@ def judge_documents_from_schema():
     for number, parent in enumerate([it for it in root.iter() if len(it)]):  # what no schema knows, in every place
         for name in (INVOICE + "Nowe", "P_15", next((it.tag for it in parent if len(it) == 0), "Nowe")):
             etree.SubElement(parent, name).text = f"{name[-1]}{number}."
-        parent.set("nowy", f"@{number}.")
+    for number, element in enumerate(root.iter()):
+        element.set("nowy", f"@{number}.")
     page = Page(root)
     attributes = [it.get("nowy") for it in root.iter() if it.get("nowy")]
     return wrong + ["unknown " + it for it in page.lost(root, maker.words) + [it for it in attributes if it not in page.text]]
