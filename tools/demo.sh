@@ -80,11 +80,12 @@ check_document() { # table id
 write_views() { # table id invoice
     local number hash link
     number=$(column "$1" numer_ksef "$2")
-    xsltproc --nonet --stringparam ksef_number "$number" "$sources/faktura.xsl" "$demo/$3.xml" >"$demo/$3.html"
     hash=$(column "$1" HashFaktury "$2" | tr '+/' '-_' | tr -d '=')
     link=https://qr-test.ksef.mf.gov.pl/invoice/$nip/$(date +%d-%m-%Y)/$hash
     "$bin/tavrix" qr --text "$link" --caption "$number" --out "$demo/$3-qr.png"
     "$bin/tavrix" qr --text "$link" --caption "$number" --out "$demo/$3-qr.svg"
+    xsltproc --nonet --stringparam ksef_number "$number" --stringparam verification_link "$link" \
+        --stringparam qr_image "$3-qr.svg" "$root/stylesheets/faktura-fa3.xsl" "$demo/$3.xml" >"$demo/$3.html"
     say "page: build/demo/$3.html; QR label: build/demo/$3-qr.png and .svg ($link)"
     check_label "$demo/$3-qr.png" "$link"
 }

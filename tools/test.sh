@@ -67,6 +67,7 @@ check_the_tree() {
     check_tree tools python3 "$root/tools/test_tools.py"
     check_tree layers python3 "$root/tools/check_layers.py"
     check_tree format python3 "$root/tools/check_format.py" --cache "$tavrix_cache/formatted"
+    check_tree stylesheets python3 "$root/tests/stylesheets/faktura_test.py"
     for door in "$@"; do
         case $door in
             native) check_tree headers-native python3 "$root/tools/check_headers.py" native -j "$jobs" ;;
