@@ -84,8 +84,8 @@ write_views() { # table id invoice
     link=https://qr-test.ksef.mf.gov.pl/invoice/$nip/$(date +%d-%m-%Y)/$hash
     "$bin/tavrix" qr --text "$link" --caption "$number" --out "$demo/$3-qr.png"
     "$bin/tavrix" qr --text "$link" --caption "$number" --out "$demo/$3-qr.svg"
-    xsltproc --nonet --stringparam ksef_number "$number" --stringparam verification_link "$link" \
-        --stringparam qr_image "$3-qr.svg" "$root/stylesheets/faktura-fa3.xsl" "$demo/$3.xml" >"$demo/$3.html"
+    "$bin/tavrix" render "$demo/$3.xml" --xsl "$root/stylesheets/faktura-fa3.xsl" -o "$demo/$3.html" \
+        --param ksef_number="$number" --param verification_link="$link" --param qr_image="$3-qr.svg"
     say "page: build/demo/$3.html; QR label: build/demo/$3-qr.png and .svg ($link)"
     check_label "$demo/$3-qr.png" "$link"
 }
