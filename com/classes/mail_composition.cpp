@@ -12,9 +12,9 @@ class StreamOnDemand final : public ports::Stream {
   public:
     explicit StreamOnDemand(const SettingsOnDemand& settings) : settings_(settings) {}
 
-    void connect(const ports::StreamAddress& address, bool tls) override {
+    void connect(const ports::StreamAddress& address, ports::Security security) override {
         if (!stream_) stream_ = ports::make_curl_stream(settings_.get().connection);
-        stream_->connect(address, tls);
+        stream_->connect(address, security);
     }
     bool connected_within(std::chrono::milliseconds slice) override {
         return stream_->connected_within(slice);
