@@ -9,6 +9,7 @@
 #include "frame/settings_file.h"
 #include "ports/native/adapters.h"
 #include "ports/portable/curl_http.h"
+#include "ports/portable/curl_stream.h"
 #include "ports/portable/openssl_crypto.h"
 
 namespace tavrix::cli {
@@ -69,6 +70,17 @@ ksef::KsefPorts PortsBundle::for_ksef() {
 mail::MessagePorts PortsBundle::for_messages() {
     return {*file_store_, *clock_, *code_page_,
             no_trace_,    {},      [this] { return settings_.mail.profile; }};
+}
+
+mail::RetrievalPorts PortsBundle::for_retrieval() {
+    // Who reads a terminal or a log has the failure in front of him.
+    constexpr std::chrono::milliseconds failure_shown_for{0};
+    return {ports::make_curl_mail_stream(settings_.connection),
+            *clock_,
+            no_trace_,
+            *code_page_,
+            [this] { return std::make_shared<mail::CMessage>(for_messages()); },
+            failure_shown_for};
 }
 
 base::Bytes read_file(const std::string& path) {

@@ -5,7 +5,7 @@
 
 #include "frame/settings.h"
 #include "ksef/ksef_comm.h"
-#include "mail/message_ports.h"
+#include "mail/pop3/retrieval.h"
 
 namespace tavrix::cli {
 
@@ -18,6 +18,8 @@ class PortsBundle {
     ksef::KsefPorts for_ksef();
     /// What reading a message needs; as long valid.
     mail::MessagePorts for_messages();
+    /// What one retrieval of mail needs; as long valid.
+    mail::RetrievalPorts for_retrieval();
     ports::CodePage& code_page() { return *code_page_; }
     ports::Crypto& crypto() { return *crypto_; }
     ports::DataFiles& files() { return *files_; }
