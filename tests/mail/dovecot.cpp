@@ -2,6 +2,7 @@
 
 #include <arpa/inet.h>
 #include <signal.h>
+#include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -60,6 +61,8 @@ Dovecot::Dovecot() : port_(free_port()), tls_port_(free_port()) {
     deliver();
     pid_ = fork();
     if (pid_ == 0) {
+        // Also when the test is killed.
+        prctl(PR_SET_PDEATHSIG, SIGTERM);
         execl(program, program, "-F", "-c", below("dovecot.conf").c_str(), nullptr);
         _exit(127);
     }
