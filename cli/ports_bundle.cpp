@@ -9,6 +9,7 @@
 #include "frame/settings_file.h"
 #include "ports/native/adapters.h"
 #include "ports/portable/curl_http.h"
+#include "ports/portable/curl_stream.h"
 #include "ports/portable/openssl_crypto.h"
 
 namespace tavrix::cli {
@@ -53,7 +54,9 @@ PortsBundle::PortsBundle()
       files_(ports::make_native_files({})),
       text_files_(ports::make_native_text_files({})),
       xml_documents_(ports::make_native_xml_documents()),
-      file_store_(ports::make_native_file_store("")) {}
+      file_store_(ports::make_native_file_store("")),
+      traced_drive_(ports::make_native_files(settings_.trace_root)),
+      trace_(trace_switch_, {*traced_drive_, *clock_, *locale_, *code_page_}) {}
 
 ksef::KsefPorts PortsBundle::for_ksef() {
     return {[this] { return ports::make_curl_http(settings_.connection); },
@@ -74,7 +77,18 @@ ksef::KsefPorts PortsBundle::for_ksef() {
 
 mail::MessagePorts PortsBundle::for_messages() {
     return {*file_store_, *clock_, *code_page_,
-            no_trace_,    {},      [this] { return settings_.mail.profile; }};
+            trace_,       {},      [this] { return settings_.mail.profile; }};
+}
+
+mail::RetrievalPorts PortsBundle::for_retrieval() {
+    // Who reads a terminal or a log has the failure in front of him.
+    constexpr std::chrono::milliseconds failure_shown_for{0};
+    return {ports::make_curl_mail_stream(settings_.connection),
+            *clock_,
+            trace_,
+            *code_page_,
+            [this] { return std::make_shared<mail::CMessage>(for_messages()); },
+            failure_shown_for};
 }
 
 base::Bytes read_file(const std::string& path) {

@@ -4,8 +4,9 @@
 #include <string>
 
 #include "frame/settings.h"
+#include "frame/trace_log.h"
 #include "ksef/ksef_comm.h"
-#include "mail/message_ports.h"
+#include "mail/pop3/retrieval.h"
 
 namespace tavrix::cli {
 
@@ -18,6 +19,8 @@ class PortsBundle {
     ksef::KsefPorts for_ksef();
     /// What reading a message needs; as long valid.
     mail::MessagePorts for_messages();
+    /// What one retrieval of mail needs; as long valid.
+    mail::RetrievalPorts for_retrieval();
     ports::CodePage& code_page() { return *code_page_; }
     ports::Crypto& crypto() { return *crypto_; }
     ports::DataFiles& files() { return *files_; }
@@ -34,7 +37,9 @@ class PortsBundle {
     std::unique_ptr<ports::TextFiles> text_files_;
     std::unique_ptr<ports::XmlDocuments> xml_documents_;
     std::unique_ptr<ports::FileStore> file_store_;
-    ports::NoTrace no_trace_;
+    std::unique_ptr<ports::DataFiles> traced_drive_;
+    frame::TraceSwitch trace_switch_ = false;
+    frame::TraceLog trace_;
 };
 
 /// A file's bytes. Throws CLI::ValidationError when it cannot be read.

@@ -5,6 +5,7 @@
 #include "dialogs/informator.h"
 #include "frame/trace_log.h"
 #include "mail/message_form.h"
+#include "mail/pop3/retrieval.h"
 
 namespace tavrix::frame {
 
@@ -17,6 +18,7 @@ struct HandOver {
     dialogs::InformatorRecord informator;
     dialogs::OrderInformatorRecord order_informator;
     dialogs::BrowserRecord browser;
+    mail::RetrievalSettings retrieval;
 };
 
 /// Everything that outlives a call: there is one of it for as long as the library stays loaded.

@@ -164,7 +164,7 @@ void clsSocket::connect(bool tls, const base::Text& address) {
     const ports::StreamAddress far_end = address_of(address);
     if (!closed_by_host_) tell(socket_progress::connecting, address);
     if (closed_by_host_) fail(interrupted);
-    ports_.stream->connect(far_end, tls);
+    ports_.stream->connect(far_end, tls ? ports::Security::tls : ports::Security::none);
     milliseconds left = connect_timeout_;
     for (;;) {
         const milliseconds slice = std::min(check_every, left);

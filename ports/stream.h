@@ -3,6 +3,7 @@
 #include <chrono>
 #include <string>
 
+#include "base/error.h"
 #include "base/text.h"
 
 namespace tavrix::ports {
@@ -11,6 +12,33 @@ namespace tavrix::ports {
 struct StreamAddress {
     std::string host;  ///< name or address, UTF-8; an IPv6 address stands without brackets
     std::uint16_t port = 0;
+};
+
+/// From where on a stream goes through TLS.
+enum class Security {
+    none,
+    tls,  ///< from the first byte
+    /// From the protocol's own command on. Greeting, offer and command are over when the connection
+    /// stands, and what the server says next answers the caller's first command. A server that does
+    /// not offer TLS is no far end: nothing of the caller's is said to it.
+    tls_after_stls,      ///< POP3
+    tls_after_starttls,  ///< SMTP; the greeting EHLO has to be said again by whoever needs its
+                         ///< answer
+};
+
+/// Why a stream failed.
+class StreamError : public base::AutomationError {
+  public:
+    StreamError(std::int32_t socket_number, base::Text description)
+        : AutomationError(base::ErrorNumber::component_failed, u"Stream", std::move(description)),
+          socket_number_(socket_number) {}
+
+    /// As Windows' sockets count failures, on every system: 10060 for one that timed out, 11001 for
+    /// an unknown host; 10053 for what is no socket's failure, such as a certificate.
+    std::int32_t socket_number() const noexcept { return socket_number_; }
+
+  private:
+    std::int32_t socket_number_;
 };
 
 /// What one look at the stream found.
@@ -46,7 +74,7 @@ struct Sent {
 /// of a name that is under way. Its thread must not outlive the code that it runs, which may be
 /// unloaded as soon as the stream is gone.
 ///
-/// Every function but close throws base::AutomationError with the transport's own words when the
+/// Every function but close throws StreamError with the transport's own words when the
 /// connection cannot be made, breaks or is not open (any more); the stream is then closed.
 class Stream {
   public:
@@ -55,7 +83,7 @@ class Stream {
     /// Closes what was open and begins to connect. Throws for an address that cannot be one. Waits
     /// for nothing but the system's word on the proxy, which takes seconds where a configuration
     /// script is searched for and not found.
-    virtual void connect(const StreamAddress& address, bool tls) = 0;
+    virtual void connect(const StreamAddress& address, Security security) = 0;
     /// Goes on connecting, TLS included. True as soon as the connection stands, false when the
     /// whole slice passed before.
     virtual bool connected_within(std::chrono::milliseconds slice) = 0;

@@ -1,6 +1,7 @@
 #include "com/classes/compose.h"
 #include "com/classes/compositions.h"
 #include "com/classes/installed_settings.h"
+#include "com/forms/forms.h"
 #include "ports/portable/curl_stream.h"
 #include "ports/windows/adapters.h"
 
@@ -12,9 +13,9 @@ class StreamOnDemand final : public ports::Stream {
   public:
     explicit StreamOnDemand(const SettingsOnDemand& settings) : settings_(settings) {}
 
-    void connect(const ports::StreamAddress& address, bool tls) override {
+    void connect(const ports::StreamAddress& address, ports::Security security) override {
         if (!stream_) stream_ = ports::make_curl_stream(settings_.get().connection);
-        stream_->connect(address, tls);
+        stream_->connect(address, security);
     }
     bool connected_within(std::chrono::milliseconds slice) override {
         return stream_->connected_within(slice);
@@ -59,6 +60,27 @@ struct ComposedMessage {
                            }}};
 };
 
+struct ComposedGetMail {
+    mail::RetrievalPorts for_retrieval(mail::RetrievalForm form) {
+        // The socket form needs nothing that could not be read.
+        const bool manager = form == mail::RetrievalForm::manager;
+        return {ports::make_curl_mail_stream(manager ? load_installed_settings().connection
+                                                     : ports::ConnectionSettings{}),
+                *clock, trace, *code_page, &compose_cmessage};
+    }
+
+    std::unique_ptr<mail::RetrievalWindow> window = make_retrieval_window();
+    std::unique_ptr<ports::FileStore> store = ports::make_windows_file_store();
+    std::unique_ptr<ports::Files> files = ports::make_windows_files();
+    std::unique_ptr<ports::Clock> clock = ports::make_windows_clock();
+    std::unique_ptr<ports::Locale> locale = ports::make_windows_locale();
+    std::unique_ptr<ports::CodePage> code_page = ports::make_windows_code_page();
+    frame::TraceLog trace{library_state().trace_switch, {*files, *clock, *locale, *code_page}};
+    mail::ClsGetMail object{{*window, *store, trace,
+                             [this](mail::RetrievalForm form) { return for_retrieval(form); },
+                             library_state().hand_over.retrieval}};
+};
+
 }  // namespace
 
 std::shared_ptr<mail::clsSocket> compose_cls_socket(std::unique_ptr<mail::SocketEvents> events) {
@@ -67,6 +89,10 @@ std::shared_ptr<mail::clsSocket> compose_cls_socket(std::unique_ptr<mail::Socket
 
 std::shared_ptr<mail::CMessage> compose_cmessage() {
     return compose<ComposedMessage>();
+}
+
+std::shared_ptr<mail::ClsGetMail> compose_cls_get_mail() {
+    return compose<ComposedGetMail>();
 }
 
 }  // namespace tavrix::com

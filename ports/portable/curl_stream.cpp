@@ -4,9 +4,9 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <new>
 
-#include "base/error.h"
 #include "ports/portable/curl_connection.h"
 
 namespace tavrix::ports {
@@ -27,8 +27,63 @@ struct MultiDeleter {
     void operator()(CURLM* handle) const noexcept { curl_multi_cleanup(handle); }
 };
 
-[[noreturn]] void fail(base::TextView words) {
-    throw base::AutomationError(base::ErrorNumber::component_failed, u"Stream", base::Text(words));
+// Windows' own numbers (winsock2.h).
+constexpr std::int32_t address_not_available = 10049;
+constexpr std::int32_t network_unreachable = 10051;
+constexpr std::int32_t connection_aborted = 10053;
+constexpr std::int32_t connection_reset = 10054;
+constexpr std::int32_t not_connected = 10057;
+constexpr std::int32_t timed_out = 10060;
+constexpr std::int32_t connection_refused = 10061;
+constexpr std::int32_t host_unreachable = 10065;
+constexpr std::int32_t host_not_found = 11001;
+
+[[noreturn]] void fail(std::int32_t number, base::TextView words) {
+    throw StreamError(number, base::Text(words));
+}
+
+// `system_number` is errno's, or on Windows the socket's own already. 0 for what has no number.
+std::int32_t socket_number_of(long system_number) {
+    constexpr long first_of_windows = 10'000;
+    if (system_number >= first_of_windows) return static_cast<std::int32_t>(system_number);
+    switch (system_number) {
+        case ECONNREFUSED:
+            return connection_refused;
+        case ETIMEDOUT:
+            return timed_out;
+        case ENETUNREACH:
+            return network_unreachable;
+        case EHOSTUNREACH:
+            return host_unreachable;
+        case EADDRNOTAVAIL:
+            return address_not_available;
+        case ECONNABORTED:
+            return connection_aborted;
+        case ECONNRESET:
+        case EPIPE:
+            return connection_reset;
+        default:
+            return 0;
+    }
+}
+
+std::int32_t socket_number_of(CURLcode code, long system_number) {
+    const std::int32_t known = socket_number_of(system_number);
+    switch (code) {
+        case CURLE_COULDNT_RESOLVE_HOST:
+        case CURLE_COULDNT_RESOLVE_PROXY:
+            return host_not_found;
+        case CURLE_COULDNT_CONNECT:
+            return known != 0 ? known : connection_refused;
+        case CURLE_OPERATION_TIMEDOUT:
+            return timed_out;
+        case CURLE_SEND_ERROR:
+        case CURLE_RECV_ERROR:
+        case CURLE_GOT_NOTHING:
+            return known != 0 ? known : connection_reset;
+        default:
+            return connection_aborted;
+    }
 }
 
 // Nothing that could mean something else in a URL.
@@ -43,12 +98,29 @@ bool is_host(std::string_view host) {
     });
 }
 
-// libcurl's connections have an HTTP address, whatever is said on them.
-std::string url_of(const StreamAddress& address, bool tls) {
-    if (!is_host(address.host) || address.port == 0) fail(u"Nieprawidłowy adres serwera.");
+// libcurl's connections have an HTTP address, whatever is said on them, unless TLS begins with a
+// protocol's own command: that one it must know.
+std::string_view scheme_of(Security security) {
+    switch (security) {
+        case Security::none:
+            return "http://";
+        case Security::tls:
+            return "https://";
+        case Security::tls_after_stls:
+            return "pop3://";
+        case Security::tls_after_starttls:
+            return "smtp://";
+    }
+    return {};
+}
+
+std::string url_of(const StreamAddress& address, Security security) {
+    if (!is_host(address.host) || address.port == 0) {
+        fail(address_not_available, u"Nieprawidłowy adres serwera.");
+    }
     const bool is_ipv6 = address.host.find(':') != std::string::npos;
-    return std::string(tls ? "https://" : "http://") +
-           (is_ipv6 ? "[" + address.host + "]" : address.host) + ":" + std::to_string(address.port);
+    return std::string(scheme_of(security)) + (is_ipv6 ? "[" + address.host + "]" : address.host) +
+           ":" + std::to_string(address.port);
 }
 
 class CurlStream final : public Stream {
@@ -56,20 +128,27 @@ class CurlStream final : public Stream {
     explicit CurlStream(const ConnectionSettings& settings) : settings_(settings) {}
     ~CurlStream() override { close(); }
 
-    void connect(const StreamAddress& address, bool tls) override {
+    void connect(const StreamAddress& address, Security security) override {
         close();
-        tls_ = tls;
-        const std::string url = url_of(address, tls);
+        tls_ = security != Security::none;
+        const std::string url = url_of(address, security);
         easy_ = make_curl_easy();
         multi_.reset(curl_multi_init());
         if (!multi_) throw std::bad_alloc();
         set_connection_options(easy_.get(), settings_, url);
         set(CURLOPT_URL, url.c_str());
+        set(CURLOPT_PROTOCOLS_STR, "http,https,pop3,smtp");
+        // A server that does not offer TLS is left before anything is said to it.
+        set(CURLOPT_USE_SSL, static_cast<long>(CURLUSESSL_ALL));
         set(CURLOPT_CONNECT_ONLY, 1L);
         set(CURLOPT_HTTPPROXYTUNNEL, 1L);
         // What will be spoken is not HTTP.
         set(CURLOPT_SSL_ENABLE_ALPN, 0L);
         set(CURLOPT_CONNECTTIMEOUT_MS, connect_timeout_ms);
+        // What a server says until TLS has begun.
+        server_line_.clear();
+        set(CURLOPT_HEADERFUNCTION, &CurlStream::keep_line);
+        set(CURLOPT_HEADERDATA, this);
         // libcurl reads what a proxy says to the end, without a look at the clock.
         set(CURLOPT_NOPROGRESS, 0L);
         set(CURLOPT_XFERINFOFUNCTION, &CurlStream::stop_what_never_ends);
@@ -148,30 +227,38 @@ class CurlStream final : public Stream {
     }
 
     void require_begun() const {
-        if (!multi_) fail(u"Połączenie nie jest otwarte.");
+        if (!multi_) fail(not_connected, u"Połączenie nie jest otwarte.");
     }
     void require_connected() const {
-        if (!connected_) fail(u"Połączenie nie jest otwarte.");
+        if (!connected_) fail(not_connected, u"Połączenie nie jest otwarte.");
     }
 
     // libcurl takes the bare end of the TCP connection for an end too. Anyone on the path can bring
     // that about, and so cut a text where it suits him.
     void require_orderly_end() {
         if (!tls_) return;
+        const SSL* const session = tls_session();
+        if (session != nullptr && (SSL_get_shutdown(session) & SSL_RECEIVED_SHUTDOWN) != 0) return;
+        close();
+        fail(connection_aborted, u"Połączenie TLS zostało przerwane.");
+    }
+
+    const SSL* tls_session() const {
         const curl_tlssessioninfo* session = nullptr;
         curl_easy_getinfo(easy_.get(), CURLINFO_TLS_SSL_PTR, &session);
-        if (session != nullptr && session->backend == CURLSSLBACKEND_OPENSSL &&
-            session->internals != nullptr &&
-            (SSL_get_shutdown(static_cast<const SSL*>(session->internals)) &
-             SSL_RECEIVED_SHUTDOWN) != 0) {
-            return;
-        }
-        close();
-        fail(u"Połączenie TLS zostało przerwane.");
+        if (session == nullptr || session->backend != CURLSSLBACKEND_OPENSSL) return nullptr;
+        return static_cast<const SSL*>(session->internals);
     }
 
     static int stop_what_never_ends(void* stream, curl_off_t, curl_off_t, curl_off_t, curl_off_t) {
         return SteadyClock::now() >= static_cast<CurlStream*>(stream)->never_ending_at_ ? 1 : 0;
+    }
+
+    static std::size_t keep_line(const char* bytes, std::size_t size, std::size_t count,
+                                 void* stream) {
+        // A proxy's answer comes here too, in as many lines as it likes: the last one counts.
+        static_cast<CurlStream*>(stream)->server_line_.assign(bytes, size * count);
+        return size * count;
     }
 
     void look_for_outcome() {
@@ -186,11 +273,29 @@ class CurlStream final : public Stream {
     [[noreturn]] void give_up(CURLcode code) {
         if (code == CURLE_ABORTED_BY_CALLBACK) {
             close();
-            fail(u"Odpowiedź serwera pośredniczącego nie ma końca.");
+            fail(connection_aborted, u"Odpowiedź serwera pośredniczącego nie ma końca.");
         }
-        const std::string words = words_[0] != '\0' ? words_.data() : curl_easy_strerror(code);
+        const std::int32_t number = socket_number_of(code, system_number());
+        base::Text words = words_of(code);
         close();
-        fail(base::from_utf8(words));
+        fail(number, words);
+    }
+
+    long system_number() const {
+        long number = 0;
+        curl_easy_getinfo(easy_.get(), CURLINFO_OS_ERRNO, &number);
+        return number;
+    }
+
+    base::Text words_of(CURLcode code) const {
+        // libcurl tells only that a server refused, not how.
+        if (code == CURLE_WEIRD_SERVER_REPLY && !server_line_.empty()) {
+            return u"Serwer odmówił: " +
+                   base::from_utf8(server_line_.substr(0, server_line_.find_first_of("\r\n")));
+        }
+        if (code == CURLE_USE_SSL_FAILED)
+            return u"Serwer nie oferuje szyfrowania TLS na tym porcie.";
+        return base::from_utf8(words_[0] != '\0' ? words_.data() : curl_easy_strerror(code));
     }
 
     static std::chrono::microseconds since(SteadyClock::time_point start) {
@@ -219,6 +324,7 @@ class CurlStream final : public Stream {
 
     ConnectionSettings settings_;
     std::array<char, CURL_ERROR_SIZE> words_{};
+    std::string server_line_;
     CurlEasy easy_;
     std::unique_ptr<CURLM, MultiDeleter> multi_;
     SteadyClock::time_point never_ending_at_;
@@ -229,6 +335,11 @@ class CurlStream final : public Stream {
 }  // namespace
 
 std::unique_ptr<Stream> make_curl_stream(const ConnectionSettings& settings) {
+    return std::make_unique<CurlStream>(settings);
+}
+
+std::unique_ptr<Stream> make_curl_mail_stream(ConnectionSettings settings) {
+    settings.proxy = "direct";
     return std::make_unique<CurlStream>(settings);
 }
 

@@ -11,4 +11,8 @@ namespace tavrix::ports {
 /// `settings` once; time-outs are the caller's.
 std::unique_ptr<Stream> make_curl_stream(const ConnectionSettings& settings);
 
+/// The same for mail, which goes to its servers directly: the proxies of the web refuse their
+/// ports.
+std::unique_ptr<Stream> make_curl_mail_stream(ConnectionSettings settings);
+
 }  // namespace tavrix::ports

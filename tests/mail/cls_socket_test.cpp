@@ -190,5 +190,97 @@ TEST(SocketTls, ACutConnectionIsNoOrderlyEnd) {
     }
 }
 
+// -- the streams of mail --------------------------------------------------------------------------
+
+using ports::Security;
+
+std::string line_from(SSL* tls) {
+    std::string line;
+    for (char c = 0; !line.ends_with('\n') && SSL_read(tls, &c, 1) > 0;) line += c;
+    return line;
+}
+
+/// What came of connecting and of one command.
+std::string said_by(Security security, const LoopbackServer& server, const std::string& ca_file) {
+    const auto stream = ports::make_curl_mail_stream(settings_with(ca_file));
+    try {
+        stream->connect({"127.0.0.1", server.port()}, security);
+        while (!stream->connected_within(std::chrono::milliseconds(5000))) {
+        }
+        stream->send(base::bytes_of("NOOP\r\n"), std::chrono::milliseconds(5000));
+        return std::string(base::chars_of(stream->receive(std::chrono::milliseconds(5000)).bytes));
+    } catch (const ports::StreamError& error) {
+        return std::to_string(error.socket_number()) + " " + base::to_utf8(error.description());
+    }
+}
+
+TEST(MailStream, BeginsTlsWithTheProtocolsOwnCommandAndNotWithoutIt) {
+    const TlsIdentity identity;
+    const std::string no_offer = "10053 Serwer nie oferuje szyfrowania TLS na tym porcie.";
+    struct {
+        Security security;
+        const char* greeting;
+        const char* offer;
+        const char* begin;
+        const char* offer_in_tls;
+        std::string outcome;
+    } const cases[] = {
+        {Security::tls_after_stls, "+OK", "+OK\r\nSTLS\r\n.", "+OK", "+OK\r\n.", "NOOP\r\n"},
+        {Security::tls_after_starttls, "220 x", "250-x\r\n250 STARTTLS", "220", "250 x",
+         "NOOP\r\n"},
+        {Security::tls_after_stls, "+OK", "+OK\r\nUSER\r\n.", "", "", no_offer},
+        {Security::tls_after_stls, "+OK", "-ERR", "", "", no_offer},
+        {Security::tls_after_starttls, "220 x", "250 x", "", "", no_offer},
+        {Security::tls_after_starttls, "554 zajęty", "", "", "",
+         "10053 Serwer odmówił: 554 zajęty"},
+        // Words of somebody on the path, before TLS protects from him.
+        {Security::tls_after_stls, "+OK", "+OK\r\nSTLS\r\n.", "+OK\r\n+OK obcy", "",
+         "10053 Serwer odmówił: +OK"},
+    };
+    for (const auto& c : cases) {
+        const LoopbackServer server([&](Peer& peer) {
+            peer.write(std::string(c.greeting) + "\r\n");
+            for (const char* answer : {c.offer, c.begin}) {
+                if (peer.read_until("\r\n").empty()) return;
+                if (*answer != '\0') peer.write(std::string(answer) + "\r\n");
+            }
+            const Tls tls = identity.accept(peer);
+            if (!tls) return;
+            line_from(tls.get());
+            const std::string offer = std::string(c.offer_in_tls) + "\r\n";
+            SSL_write(tls.get(), offer.data(), static_cast<int>(offer.size()));
+            const std::string command = line_from(tls.get());
+            SSL_write(tls.get(), command.data(), static_cast<int>(command.size()));
+            wait_for_the_client_to_leave(peer);
+        });
+        EXPECT_EQ(said_by(c.security, server, identity.certificate()), c.outcome) << c.offer;
+        if (c.outcome.starts_with("NOOP")) {
+            EXPECT_TRUE(said_by(c.security, server, "").starts_with("10053 SSL certificate"));
+        }
+    }
+}
+
+TEST(MailStream, FailsWithTheSocketsNumber) {
+    const LoopbackServer resetting([](Peer& peer) {
+        peer.read_some();
+        peer.reset();
+    });
+    EXPECT_TRUE(said_by(Security::none, resetting, "").starts_with("10054 "));
+    auto gone = std::make_unique<LoopbackServer>([](Peer&) {});
+    const std::uint16_t port = gone->port();
+    gone.reset();
+    const auto stream = ports::make_curl_mail_stream(settings_with("", "http://127.0.0.1:1"));
+    for (const auto& [host, number] : {std::pair("127.0.0.1", 10061), {"nie.ma.invalid", 11001}}) {
+        try {
+            stream->connect({host, port}, Security::none);
+            while (!stream->connected_within(std::chrono::milliseconds(5000))) {
+            }
+            FAIL() << host;
+        } catch (const ports::StreamError& error) {
+            EXPECT_EQ(error.socket_number(), number) << host;
+        }
+    }
+}
+
 }  // namespace
 }  // namespace tavrix::test

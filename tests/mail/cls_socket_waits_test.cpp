@@ -37,7 +37,7 @@ class ScriptedStream final : public ports::Stream {
   public:
     explicit ScriptedStream(Script& script) : script_(script) {}
 
-    void connect(const ports::StreamAddress&, bool) override {
+    void connect(const ports::StreamAddress&, ports::Security) override {
         script_.failing.count();
         script_.open = true;
     }
