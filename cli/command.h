@@ -20,5 +20,7 @@ void add_link_commands(CLI::App& app, int& exit_code);
 void add_qr_command(CLI::App& app, int& exit_code);
 void add_barcode_command(CLI::App& app, int& exit_code);
 void add_mail_command(CLI::App& app, int& exit_code);
+/// Of `mail`.
+void add_mail_send_command(CLI::App& mail, int& exit_code);
 
 }  // namespace tavrix::cli

@@ -9,7 +9,9 @@
 #include "frame/settings_file.h"
 #include "ports/native/adapters.h"
 #include "ports/portable/curl_http.h"
+#include "ports/portable/curl_stream.h"
 #include "ports/portable/openssl_crypto.h"
+#include "ports/portable/time_zone.h"
 
 namespace tavrix::cli {
 namespace {
@@ -69,6 +71,12 @@ ksef::KsefPorts PortsBundle::for_ksef() {
 mail::MessagePorts PortsBundle::for_messages() {
     return {*file_store_, *clock_, *code_page_,
             no_trace_,    {},      [this] { return settings_.mail.profile; }};
+}
+
+mail::DeliveryPorts PortsBundle::for_delivery() {
+    return {{*files_, *crypto_, *clock_, &ports::utc_offset_at},
+            &ports::make_curl_mail_stream,
+            [this] { return settings_.connection; }};
 }
 
 base::Bytes read_file(const std::string& path) {

@@ -5,6 +5,7 @@
 
 #include "frame/settings.h"
 #include "ksef/ksef_comm.h"
+#include "mail/delivery.h"
 #include "mail/message_ports.h"
 
 namespace tavrix::cli {
@@ -18,6 +19,8 @@ class PortsBundle {
     ksef::KsefPorts for_ksef();
     /// What reading a message needs; as long valid.
     mail::MessagePorts for_messages();
+    /// What sending one needs; as long valid.
+    mail::DeliveryPorts for_delivery();
     ports::CodePage& code_page() { return *code_page_; }
     ports::Crypto& crypto() { return *crypto_; }
     ports::DataFiles& files() { return *files_; }
