@@ -20,7 +20,8 @@ void add_link_commands(CLI::App& app, int& exit_code);
 void add_qr_command(CLI::App& app, int& exit_code);
 void add_barcode_command(CLI::App& app, int& exit_code);
 void add_mail_command(CLI::App& app, int& exit_code);
-/// Of `mail`.
+/// To `mail`, the command of everything about mail.
+void add_mail_fetch_command(CLI::App& mail, int& exit_code);
 void add_mail_send_command(CLI::App& mail, int& exit_code);
 
 }  // namespace tavrix::cli

@@ -1,9 +1,9 @@
-#include <algorithm>
 #include <iostream>
 #include <memory>
 #include <nlohmann/json.hpp>
 
 #include "cli/command.h"
+#include "cli/mail_output.h"
 #include "cli/ports_bundle.h"
 #include "mail/cmessage.h"
 
@@ -51,14 +51,6 @@ constexpr Shown shown[] = {
     {"MessageText", &CMessage::text<MessageProperty::MessageText>},
 };
 
-std::vector<std::string> files_of(const CMessage& message) {
-    std::vector<std::string> files;
-    for (const base::Text& file : base::split(message.Files(), u';')) {
-        if (!file.empty()) files.push_back(base::to_utf8(file));
-    }
-    return files;
-}
-
 void print_json(const CMessage& message, std::int32_t result) {
     Json answer;
     answer["result"] = result;
@@ -68,19 +60,6 @@ void print_json(const CMessage& message, std::int32_t result) {
     answer["Files"] = files_of(message);
     answer["Size"] = message.Size();
     std::cout << answer.dump(2) << '\n';
-}
-
-// A stranger's text must not steer the terminal that shows it.
-std::string for_people(const base::Text& text) {
-    base::Text clean = base::replace_all(text, u"\r\n", u"\n");
-    std::ranges::replace_if(
-        clean,
-        [](char16_t c) {
-            const bool is_control = c < 0x20 || (c >= 0x7F && c <= 0x9F);
-            return is_control && c != u'\n' && c != u'\t';
-        },
-        u'\xFFFD');
-    return base::to_utf8(clean);
 }
 
 void print(const CMessage& message) {
@@ -137,6 +116,7 @@ void add_mail_command(CLI::App& app, int& exit_code) {
     CLI::App* mail = app.add_subcommand("mail", "Poczta");
     mail->require_subcommand(1);
     add_parse_command(*mail, exit_code);
+    add_mail_fetch_command(*mail, exit_code);
     add_mail_send_command(*mail, exit_code);
 }
 

@@ -79,6 +79,17 @@ mail::DeliveryPorts PortsBundle::for_delivery() {
             [this] { return settings_.connection; }};
 }
 
+mail::RetrievalPorts PortsBundle::for_retrieval() {
+    // Who reads a terminal or a log has the failure in front of him.
+    constexpr std::chrono::milliseconds failure_shown_for{0};
+    return {ports::make_curl_mail_stream(settings_.connection),
+            *clock_,
+            no_trace_,
+            *code_page_,
+            [this] { return std::make_shared<mail::CMessage>(for_messages()); },
+            failure_shown_for};
+}
+
 base::Bytes read_file(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
     base::Bytes bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};

@@ -6,7 +6,7 @@
 #include "frame/settings.h"
 #include "ksef/ksef_comm.h"
 #include "mail/delivery.h"
-#include "mail/message_ports.h"
+#include "mail/pop3/retrieval.h"
 
 namespace tavrix::cli {
 
@@ -21,6 +21,8 @@ class PortsBundle {
     mail::MessagePorts for_messages();
     /// What sending one needs; as long valid.
     mail::DeliveryPorts for_delivery();
+    /// What one retrieval of mail needs; as long valid.
+    mail::RetrievalPorts for_retrieval();
     ports::CodePage& code_page() { return *code_page_; }
     ports::Crypto& crypto() { return *crypto_; }
     ports::DataFiles& files() { return *files_; }

@@ -5,6 +5,7 @@
 #include "dialogs/informator.h"
 #include "frame/trace_log.h"
 #include "mail/message_form.h"
+#include "mail/pop3/retrieval.h"
 
 namespace tavrix::frame {
 
@@ -13,6 +14,7 @@ namespace tavrix::frame {
 /// that comes in while a dialog is open.
 struct HandOver {
     mail::MailRecord mail;
+    mail::RetrievalSettings retrieval;
     dialogs::ChartRecord chart;
     dialogs::InformatorRecord informator;
     dialogs::OrderInformatorRecord order_informator;

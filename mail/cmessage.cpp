@@ -13,7 +13,9 @@ std::int32_t CMessage::DodajMail(const base::Text& strMessage, const base::Text&
                                  bool GM_DoplikuTylkoZałączniki) noexcept {
     try {
         DodajMailReader reader(record_, ports_, ports_.profile());
-        return reader.read(strMessage, GM_Katalog, GM_DoplikuTylkoZałączniki);
+        const std::int32_t result = reader.read(strMessage, GM_Katalog, GM_DoplikuTylkoZałączniki);
+        was_read_to_its_end_ = reader.was_read_to_its_end();
+        return result;
     } catch (...) {
         return 0;
     }

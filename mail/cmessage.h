@@ -33,6 +33,11 @@ class CMessage {
     std::int32_t DodajMail(const base::Text& strMessage, const base::Text& GM_Katalog,
                            bool GM_DoplikuTylkoZałączniki) noexcept;
 
+    /// False when DodajMail was ended early by a part that could not be decoded or a file that
+    /// could not be written. Hosts are told only how many there were; whoever deletes the message
+    /// where it came from has to know.
+    bool was_read_to_its_end() const noexcept { return was_read_to_its_end_; }
+
     /// Fills the message as it came from a server and saves its attachments into `folder`, with or
     /// without "\" at its end; an empty one saves nothing. False for a message that cannot be taken
     /// apart: that is saved as it is. When this returns, every file is on the disk; when one could
@@ -43,6 +48,7 @@ class CMessage {
   private:
     MessagePorts ports_;
     MessageRecord record_;
+    bool was_read_to_its_end_ = false;
 };
 
 }  // namespace tavrix::mail

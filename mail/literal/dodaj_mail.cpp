@@ -65,6 +65,7 @@ std::int32_t DodajMailReader::read(base::TextView message, base::TextView folder
         folder_ = folder;
         only_attachments_ = only_attachments;
         read_message(message);
+        was_read_to_its_end_ = true;
     } catch (...) {
         // No error reaches the host.
     }

@@ -23,6 +23,9 @@ class DodajMailReader {
     std::int32_t read(base::TextView message, base::TextView folder,
                       bool only_attachments) noexcept;
 
+    /// False when something ended the reading early: a file that could not be decoded or written.
+    bool was_read_to_its_end() const noexcept { return was_read_to_its_end_; }
+
   private:
     void read_message(base::TextView message);
     void read_header_line(base::TextView line);
@@ -46,6 +49,7 @@ class DodajMailReader {
     /// Of the message: what its own file and folder are called.
     base::Text id_;
     std::int32_t result_ = 0;
+    bool was_read_to_its_end_ = false;
 };
 
 }  // namespace tavrix::mail

@@ -5,6 +5,7 @@
 #include "base/error.h"
 #include "ports/crypto.h"
 #include "ports/database.h"
+#include "ports/file_store.h"
 #include "ports/files.h"
 
 namespace tavrix::test {
@@ -166,6 +167,18 @@ struct FailingFiles final : Failing<ports::DataFiles> {
     }
     void remove(base::TextView path) override { through().remove(path); }
     void wipe(base::TextView path) override { through().wipe(path); }
+};
+
+struct FailingFileStore final : Failing<ports::FileStore> {
+    using Failing::Failing;
+    void make_folder(base::TextView path) override { through().make_folder(path); }
+    void write(base::TextView path, base::ByteView bytes) override { through().write(path, bytes); }
+    void overwrite(base::TextView path, base::ByteView bytes) override {
+        through().overwrite(path, bytes);
+    }
+    bool write_new(base::TextView path, base::ByteView bytes) override {
+        return through().write_new(path, bytes);
+    }
 };
 
 }  // namespace tavrix::test
