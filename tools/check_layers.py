@@ -47,6 +47,7 @@ LAYERS = {
     "cli": ["base", "ports", *FEATURES, "frame", "fonts", "drawing", "ports/native", "ports/portable"],
     # What a development machine lacks, on the product's own plumbing; never part of the product.
     "stand_ins": ["base", "ports", "windows", "com", "ports/windows", "ports/portable"],
+    "stand_ins/cdo": ["base", "ports", "windows", "com", "ports/windows", "ports/portable", "mail"],
     "sandbox": [f"sandbox/{room}" for room in SANDBOX],
     **{f"sandbox/{room}": [f"sandbox/{below}" for below in SANDBOX[:place]] for place, room in enumerate(SANDBOX)},
 }

@@ -1,5 +1,6 @@
 #include "com/classes/compose.h"
 #include "com/classes/compositions.h"
+#include "com/classes/delivery_composition.h"
 #include "com/classes/installed_settings.h"
 #include "ports/portable/curl_stream.h"
 #include "ports/windows/adapters.h"
@@ -59,7 +60,16 @@ struct ComposedMessage {
                            }}};
 };
 
+struct ComposedSendMail {
+    ComposedDelivery delivery;
+    mail::ClsSendMail object{delivery.ports()};
+};
+
 }  // namespace
+
+std::shared_ptr<mail::ClsSendMail> compose_cls_send_mail() {
+    return compose<ComposedSendMail>();
+}
 
 std::shared_ptr<mail::clsSocket> compose_cls_socket(std::unique_ptr<mail::SocketEvents> events) {
     return compose<ComposedSocket>(std::move(events));

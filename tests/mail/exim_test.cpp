@@ -3,14 +3,41 @@
 #include <gtest/gtest.h>
 
 #include "mail/cls_send_mail.h"
+#include "mail/pop3/retrieval.h"
 #include "mail/smtp_mailer.h"
 #include "tests/mail/delivery_bench.h"
+#include "tests/mail/dovecot.h"
+#include "tests/mail/reading_bench.h"
 #include "tests/support/exim.h"
 
 namespace tavrix::mail {
 namespace {
 
 using base::Text;
+
+// What our own retrieval makes of it: the subject and the file.
+std::string fetched(const std::string& message) {
+    test::Dovecot dovecot;
+    std::filesystem::copy(message, dovecot.new_mail() + "/1");
+    dovecot.deliver();
+    test::ReadingBench reading;
+    test::DeliveryBench bench;
+    ports::NoTrace trace;
+    RetrievalSettings settings;
+    settings.host = u"127.0.0.1";
+    settings.port = dovecot.port();
+    settings.user = u"jan";
+    settings.password = base::SecretText(u"tajne");
+    settings.folder = reading.folder();
+    Retrieval retrieval(RetrievalForm::manager, settings,
+                        {ports::make_curl_mail_stream({}), bench.clock, trace, *reading.code_page,
+                         [&] { return std::make_shared<CMessage>(reading.message()); },
+                         std::chrono::milliseconds(0)});
+    while (retrieval.go_on(std::chrono::milliseconds(100))) {
+    }
+    return base::to_utf8(retrieval.message()->text<MessageProperty::Subject>()) + "|" +
+           reading.files()["in/Łąka.pdf"];
+}
 
 TEST(Exim, DeliversWhatWasSent) {
     if (!test::Exim::is_installed()) GTEST_SKIP() << "exim4-daemon-light is not installed";
@@ -35,8 +62,11 @@ TEST(Exim, DeliversWhatWasSent) {
         "text/plain  'Treść\\n.\\n..x'\ntext/html  '<b>Treść</b>'\napplication/pdf Łąka.pdf "
         "30a2252d\n";
     const std::string fields = "envelope-to to cc bcc subject x-priority";
-    EXPECT_EQ(bench.judged(exim.delivered_to("jan"), fields),
-              "envelope-to: jan@localhost\n" + expected);
+    const std::string delivered = exim.delivered_to("jan");
+    EXPECT_EQ(bench.judged(delivered, fields), "envelope-to: jan@localhost\n" + expected);
+    if (test::Dovecot::is_installed()) {
+        EXPECT_EQ(fetched(delivered), "Zażółć|" + std::string(3'000'000, '\xFE'));
+    }
     EXPECT_EQ(bench.judged(exim.delivered_to("ola"), fields),
               "envelope-to: ola@localhost\n" + expected);
 
