@@ -53,7 +53,9 @@ PortsBundle::PortsBundle()
       xml_(ports::make_native_xml()),
       code_page_(ports::make_native_code_page()),
       files_(ports::make_native_files({})),
-      file_store_(ports::make_native_file_store("")) {}
+      file_store_(ports::make_native_file_store("")),
+      traced_drive_(ports::make_native_files(settings_.trace_root)),
+      trace_(trace_switch_, {*traced_drive_, *clock_, *locale_, *code_page_}) {}
 
 ksef::KsefPorts PortsBundle::for_ksef() {
     return {[this] { return ports::make_curl_http(settings_.connection); },
@@ -70,7 +72,7 @@ ksef::KsefPorts PortsBundle::for_ksef() {
 
 mail::MessagePorts PortsBundle::for_messages() {
     return {*file_store_, *clock_, *code_page_,
-            no_trace_,    {},      [this] { return settings_.mail.profile; }};
+            trace_,       {},      [this] { return settings_.mail.profile; }};
 }
 
 mail::DeliveryPorts PortsBundle::for_delivery() {
@@ -84,7 +86,7 @@ mail::RetrievalPorts PortsBundle::for_retrieval() {
     constexpr std::chrono::milliseconds failure_shown_for{0};
     return {ports::make_curl_mail_stream(settings_.connection),
             *clock_,
-            no_trace_,
+            trace_,
             *code_page_,
             [this] { return std::make_shared<mail::CMessage>(for_messages()); },
             failure_shown_for};

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "frame/settings.h"
+#include "frame/trace_log.h"
 #include "ksef/ksef_comm.h"
 #include "mail/delivery.h"
 #include "mail/pop3/retrieval.h"
@@ -36,7 +37,9 @@ class PortsBundle {
     std::unique_ptr<ports::CodePage> code_page_;
     std::unique_ptr<ports::DataFiles> files_;
     std::unique_ptr<ports::FileStore> file_store_;
-    ports::NoTrace no_trace_;
+    std::unique_ptr<ports::DataFiles> traced_drive_;
+    frame::TraceSwitch trace_switch_ = false;
+    frame::TraceLog trace_;
 };
 
 /// A file's bytes. Throws CLI::ValidationError when it cannot be read.

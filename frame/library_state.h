@@ -14,11 +14,11 @@ namespace tavrix::frame {
 /// that comes in while a dialog is open.
 struct HandOver {
     mail::MailRecord mail;
-    mail::RetrievalSettings retrieval;
     dialogs::ChartRecord chart;
     dialogs::InformatorRecord informator;
     dialogs::OrderInformatorRecord order_informator;
     dialogs::BrowserRecord browser;
+    mail::RetrievalSettings retrieval;
 };
 
 /// Everything that outlives a call: there is one of it for as long as the library stays loaded.

@@ -1,5 +1,6 @@
 #include "com/classes/classes.h"
 
+#include "com/classes/compositions.h"
 #include "com/dispatch_object.h"
 #include "com/guid.h"
 #include "com/signature.h"
@@ -24,15 +25,15 @@ using mail::ClsGetMail;
 
 // DISPIDs are published: append only.
 constexpr auto cls_get_mail_members = members(
-    pending(method<&ClsGetMail::cmdGetMail>(
+    method<&ClsGetMail::cmdGetMail>(
         1, u"cmdGetMail", u"Pobiera całą pocztę POP3, zapisuje załączniki w katalogu.",
         by_reference(u"host"), by_reference(u"port"), by_reference(u"user"), by_reference(u"Pass"),
         by_reference(u"Delete"), by_reference(u"opis"), by_reference(u"temat"),
-        by_reference(u"Katalog"))),
-    pending(method<&ClsGetMail::cmdGetMailM>(
+        by_reference(u"Katalog")),
+    method<&ClsGetMail::cmdGetMailM>(
         2, u"cmdGetMailM", u"Pobiera pierwszą wiadomość POP3; Nothing, gdy jej nie ma.",
         by_reference(u"host"), by_reference(u"port"), by_reference(u"user"), by_reference(u"Pass"),
-        by_reference(u"Delete"), by_reference(u"Katalog"), by_reference(u"czyssl"))));
+        by_reference(u"Delete"), by_reference(u"Katalog"), by_reference(u"czyssl")));
 
 constexpr ClassTable table = {
     .class_id = guid("1584D392-6775-4897-B6E5-1837BC7AAC79"),
@@ -45,6 +46,6 @@ constexpr ClassTable table = {
 }  // namespace
 
 constexpr CreatableClass cls_get_mail_class = {
-    table, [] { return make_object(table, std::make_shared<ClsGetMail>()); }};
+    table, [] { return make_object(table, compose_cls_get_mail()); }};
 
 }  // namespace tavrix::com

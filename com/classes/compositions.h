@@ -8,6 +8,7 @@
 #include "frame/library_state.h"
 #include "frame/rejestr.h"
 #include "ksef/ksef_comm.h"
+#include "mail/cls_get_mail.h"
 #include "mail/cls_send_mail.h"
 #include "mail/cls_socket.h"
 #include "mail/cmessage.h"
@@ -30,6 +31,8 @@ std::shared_ptr<mail::ClsSendMail> compose_cls_send_mail();
 std::shared_ptr<mail::clsSocket> compose_cls_socket(std::unique_ptr<mail::SocketEvents> events);
 /// Lives on its own: a message outlives the object that fetched it.
 std::shared_ptr<mail::CMessage> compose_cmessage();
+
+std::shared_ptr<mail::ClsGetMail> compose_cls_get_mail();
 
 // These need no settings.
 std::shared_ptr<barcode::Drk_Wyd_Ean_cls> compose_ean_cls();

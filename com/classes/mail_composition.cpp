@@ -2,6 +2,7 @@
 #include "com/classes/compositions.h"
 #include "com/classes/delivery_composition.h"
 #include "com/classes/installed_settings.h"
+#include "com/forms/forms.h"
 #include "ports/portable/curl_stream.h"
 #include "ports/windows/adapters.h"
 
@@ -65,6 +66,27 @@ struct ComposedSendMail {
     mail::ClsSendMail object{delivery.ports()};
 };
 
+struct ComposedGetMail {
+    mail::RetrievalPorts for_retrieval(mail::RetrievalForm form) {
+        // The socket form needs nothing that could not be read.
+        const bool manager = form == mail::RetrievalForm::manager;
+        return {ports::make_curl_mail_stream(manager ? load_installed_settings().connection
+                                                     : ports::ConnectionSettings{}),
+                *clock, trace, *code_page, &compose_cmessage};
+    }
+
+    std::unique_ptr<mail::RetrievalWindow> window = make_retrieval_window();
+    std::unique_ptr<ports::FileStore> store = ports::make_windows_file_store();
+    std::unique_ptr<ports::Files> files = ports::make_windows_files();
+    std::unique_ptr<ports::Clock> clock = ports::make_windows_clock();
+    std::unique_ptr<ports::Locale> locale = ports::make_windows_locale();
+    std::unique_ptr<ports::CodePage> code_page = ports::make_windows_code_page();
+    frame::TraceLog trace{library_state().trace_switch, {*files, *clock, *locale, *code_page}};
+    mail::ClsGetMail object{{*window, *store, trace,
+                             [this](mail::RetrievalForm form) { return for_retrieval(form); },
+                             library_state().hand_over.retrieval}};
+};
+
 }  // namespace
 
 std::shared_ptr<mail::ClsSendMail> compose_cls_send_mail() {
@@ -77,6 +99,10 @@ std::shared_ptr<mail::clsSocket> compose_cls_socket(std::unique_ptr<mail::Socket
 
 std::shared_ptr<mail::CMessage> compose_cmessage() {
     return compose<ComposedMessage>();
+}
+
+std::shared_ptr<mail::ClsGetMail> compose_cls_get_mail() {
+    return compose<ComposedGetMail>();
 }
 
 }  // namespace tavrix::com

@@ -4,6 +4,7 @@
 
 #include "frame/about_box.h"
 #include "mail/message_form.h"
+#include "mail/retrieval_form.h"
 
 namespace tavrix::com {
 
@@ -12,5 +13,7 @@ namespace tavrix::com {
 
 std::unique_ptr<frame::AboutWindow> make_about_window();
 std::unique_ptr<mail::MessageWindow> make_message_window();
+/// Both retrieval forms; of them too only one at a time.
+std::unique_ptr<mail::RetrievalWindow> make_retrieval_window();
 
 }  // namespace tavrix::com

@@ -80,11 +80,6 @@ TEST(Classes, AnswerTheirHosts) {
         {u"KseF_comm", u"HexStringToBytes", {u"ż"}, "byte[] 197 188"},
         {u"Drk_Wyd_Ean_cls", u"SyncShell", {u"cmd.exe /c exit 3", 1, true, true}, "bool -1"},
         {u"Drk_Wyd_Ean_cls", u"SyncShell", {u"none.exe", 0, false, true}, "bool 0"},
-        // Nothing listens there.
-        {u"ClsGetMail",
-         u"cmdGetMail",
-         {u"127.0.0.1", 1, u"u", u"p", true, u"", u"", none},
-         "bool 0"},
         {u"CMessage", u"DodajMail", {u"x", none, false}, "long 0"},
         {u"ClsSendMail", u"NullStr", {Variant::null()}, "text "},
         {u"ClsSendMail", u"NullStr", {1.5}, "text 1,5"},  // as the user writes it

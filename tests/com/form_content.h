@@ -2,8 +2,29 @@
 
 #include "frame/about_box.h"
 #include "mail/message_form.h"
+#include "mail/retrieval_form.h"
 
 namespace tavrix::test {
+
+/// Retrieves for as long as somebody looks.
+struct ShownRetrieval final : mail::RetrievalWork {
+    explicit ShownRetrieval(mail::RetrievalForm its_form) : which(its_form) {}
+    mail::RetrievalForm form() const noexcept override { return which; }
+    bool go_on(std::chrono::milliseconds) noexcept override { return --pieces_left > 0; }
+    void cancel() noexcept override { cancelled = pieces_left > 0; }
+    const mail::RetrievalLabels& labels() const noexcept override { return shown; }
+
+    mail::RetrievalForm which;
+    mail::RetrievalLabels shown{.connection = u"poczta.firma.example:995",
+                                .status = u"ODBIERAM",
+                                .time = u"2026-11-14 21:49:05",
+                                .from = u"From: Małgorzata Śliwińska <biuro@firma.example>",
+                                .subject = u"Subject: Faktura FV/118/11/2026 & załączniki",
+                                .received_bytes = 700,
+                                .expected_bytes = 1000};
+    int pieces_left = 1'000'000;
+    bool cancelled = false;
+};
 
 /// What hosts fill the forms with.
 struct FormContent {
@@ -27,6 +48,8 @@ struct FormContent {
         .mode = 2};
     mail::MessageForm message{record, u"14.11.2026",
                               [](mail::smtp::SendingListener&) { return base::Text(); }};
+    ShownRetrieval manager{mail::RetrievalForm::manager};
+    ShownRetrieval socket{mail::RetrievalForm::socket};
 };
 
 }  // namespace tavrix::test

@@ -16,6 +16,8 @@
 #include "tests/com/gdi_objects.h"
 #include "tests/com/late_host.h"
 #include "windows/gdi.h"
+// Needs what they include.
+#include <commctrl.h>
 
 namespace tavrix::test {
 namespace {
@@ -25,6 +27,7 @@ class Forms : public testing::Test {
     FormUser user;
     const std::unique_ptr<frame::AboutWindow> about_window = com::make_about_window();
     const std::unique_ptr<mail::MessageWindow> message_window = com::make_message_window();
+    const std::unique_ptr<mail::RetrievalWindow> retrieval_window = com::make_retrieval_window();
     FormContent content;
     const std::function<void()> about = [this] { about_window->show(content.about); };
     const std::function<void()> message_form = [this] { message_window->show(content.message); };
@@ -205,6 +208,26 @@ TEST_F(Forms, EndWithTheProgramAndWithTheHostsWindow) {
     user.use(message_form, {[&](HWND) { DestroyWindow(user.host_window()); }});
 }
 
+TEST_F(Forms, RetrievalShowsItsWorkAndEndsWithIt) {
+    const auto look = [](HWND form) {
+        expect_texts(form, {{TAVRIX_RETRIEVAL_CONNECTION, u"poczta.firma.example:995"},
+                            {TAVRIX_RETRIEVAL_STATUS, u"ODBIERAM"}});
+        EXPECT_EQ(SendDlgItemMessageW(form, TAVRIX_RETRIEVAL_PROGRESS, PBM_GETPOS, 0, 0), 700);
+    };
+    const auto show = [&](ShownRetrieval& work) { return [&] { retrieval_window->show(work); }; };
+    for (const Step& close : {press(VK_ESCAPE), click_cross(), click(IDCANCEL)}) {
+        for (ShownRetrieval* work : {&content.manager, &content.socket}) {
+            work->cancelled = false;
+            user.use(show(*work), {look, close});
+            EXPECT_TRUE(work->cancelled);
+        }
+    }
+    content.manager.pieces_left = 5;
+    retrieval_window->show(content.manager);
+    EXPECT_FALSE(content.manager.cancelled) << "it was over";
+    EXPECT_TRUE(open_forms().empty());
+}
+
 const char* const expected_scale = "TAVRIX_TEST_DOTS_PER_INCH";
 
 TEST_F(Forms, AreReadable) {
@@ -222,6 +245,10 @@ TEST_F(Forms, AreReadable) {
         }
         user.use(about, {expect_readable_layout, press(VK_ESCAPE)});
         user.use(message_form, {expect_readable_layout, press(VK_ESCAPE)});
+        for (ShownRetrieval* work : {&content.manager, &content.socket}) {
+            user.use([&] { retrieval_window->show(*work); },
+                     {expect_readable_layout, press(VK_ESCAPE)});
+        }
     }
 }
 

@@ -1,6 +1,9 @@
 #include "tests/mail/dovecot.h"
 
+#include <arpa/inet.h>
 #include <signal.h>
+#include <sys/prctl.h>
+#include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -9,7 +12,6 @@
 #include <thread>
 
 #include "ports/portable/curl_stream.h"
-#include "tests/ports/loopback_server.h"
 
 namespace tavrix::test {
 namespace {
@@ -20,8 +22,17 @@ void run(const std::string& command) {
     if (std::system(command.c_str()) != 0) throw std::runtime_error(command);
 }
 
+// One that nobody was connected to: the server does not take a port that still waits.
 std::uint16_t free_port() {
-    return LoopbackServer([](Peer&) {}).port();
+    sockaddr_in address{};
+    socklen_t size = sizeof address;
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    const int socket = ::socket(AF_INET, SOCK_STREAM, 0);
+    bind(socket, reinterpret_cast<sockaddr*>(&address), size);
+    getsockname(socket, reinterpret_cast<sockaddr*>(&address), &size);
+    ::close(socket);
+    return ntohs(address.sin_port);
 }
 
 // Root may not own a mailbox there; somebody else can start no other users' processes.
@@ -50,6 +61,8 @@ Dovecot::Dovecot() : port_(free_port()), tls_port_(free_port()) {
     deliver();
     pid_ = fork();
     if (pid_ == 0) {
+        // Also when the test is killed.
+        prctl(PR_SET_PDEATHSIG, SIGTERM);
         execl(program, program, "-F", "-c", below("dovecot.conf").c_str(), nullptr);
         _exit(127);
     }

@@ -65,10 +65,8 @@ Json described(const mail::CMessage& message, const ReadingBench& reading) {
     for (const auto& [name, content] : reading.files()) {
         files[name.substr(3)] = base::base64_encode(base::bytes_of(content));
     }
-    const base::Text text =
-        base::replace_all(message.text<mail::MessageProperty::MessageText>(), u"\r\n", u"\n");
     return {{"subject", base::to_utf8(message.text<mail::MessageProperty::Subject>())},
-            {"text", base::to_utf8(text)},
+            {"text", base::to_utf8(message.text<mail::MessageProperty::MessageText>())},
             {"files", files}};
 }
 

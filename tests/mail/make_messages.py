@@ -13,7 +13,7 @@ def with_polish_letters():
     message["From"] = "Łukasz Żak <lukasz@firma.example>"
     message["Subject"] = "Zażółć gęślą jaźń: faktura za październik, druga już tego miesiąca, proszę o zapłatę"
     message.set_content("Dzień dobry\n.kropka\n..dwie\n\nŁukasz\n")
-    message.add_attachment(bytes(range(256)) * 300, maintype="application", subtype="pdf", filename="Zażółć gęślą.pdf")
+    message.add_attachment(bytes(range(256)) * 30, maintype="application", subtype="pdf", filename="Zażółć gęślą.pdf")
     return message
 
 
@@ -48,7 +48,8 @@ def described(data):
         name = part.get_filename()
         taken[name] = taken.get(name, 0) + 1
         if taken[name] > 1:
-            name = f" ({taken[name]})".join(pathlib.PurePath(name).stem.split("\0") + [""]) + pathlib.PurePath(name).suffix
+            path = pathlib.PurePath(name)
+            name = f"{path.stem} ({taken[name]}){path.suffix}"
         files[name] = base64.b64encode(content_of(part)).decode()
     text = message.get_body(("plain",)).get_content()
     return {"subject": message["Subject"], "text": text, "files": files}

@@ -64,6 +64,9 @@ int main(int argument_count, char** arguments) {
     test::FormContent content;
     const std::unique_ptr<frame::AboutWindow> about_window = com::make_about_window();
     const std::unique_ptr<mail::MessageWindow> message_window = com::make_message_window();
+    const std::unique_ptr<mail::RetrievalWindow> retrieval = com::make_retrieval_window();
+    take(user, folder / "retrieval-form.bmp", [&] { retrieval->show(content.manager); });
+    take(user, folder / "socket-form.bmp", [&] { retrieval->show(content.socket); });
     take(user, folder / "about.bmp", [&] { about_window->show(content.about); });
     take(user, folder / "message-form.bmp", [&] { message_window->show(content.message); });
     return 0;
