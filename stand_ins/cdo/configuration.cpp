@@ -12,8 +12,8 @@ constexpr auto field_members =
     com::members(com::property<&Field::value, &Field::set_value>(0, u"Value", u"Wartość."));
 
 constexpr auto fields_members = com::members(
-    com::method<&Fields::Update>(1, u"Update", u"Zatwierdza ustawione pola."),
-    com::read_only<&Fields::item>(0, u"Item", u"Pole o podanej nazwie.", com::by_value(u"Index")));
+    com::read_only<&Fields::item>(0, u"Item", u"Pole o podanej nazwie.", com::by_value(u"Index")),
+    com::method<&Fields::Update>(1, u"Update", u"Zatwierdza ustawione pola."));
 
 constexpr auto configuration_members =
     com::members(com::read_only<&Configuration::fields>(0, u"Fields", u"Pola."));

@@ -37,7 +37,7 @@ std::string send_cdo(TakingServer& server, const char16_t* body, base::Text to =
                        u"127.0.0.1", u"",       u"",       beside_program(u"probe.txt")};
     auto port = static_cast<std::int16_t>(server.server.port());
     VARIANT_BOOL ssl = VARIANT_FALSE;
-    std::ofstream(std::u16string(beside_program(u"probe.txt"))) << "abc";
+    std::ofstream(std::filesystem::path(beside_program(u"probe.txt"))) << "abc";
     return answer(create(u"Tavrix.CInfo"), u"SendMailCDO",
                   {by_reference(texts[0]), by_reference(texts[1]), by_reference(texts[2]),
                    by_reference(texts[3]), by_reference(texts[4]), by_reference(&port, VT_I2),
@@ -94,7 +94,7 @@ TEST(SendMail, NeedsNoPlatformsObjects) {
 }
 
 TEST(SendMail, TheFormSendsFromTheAccountOfTheSettings) {
-    const std::u16string settings = beside_program(u"Tavrix.json");
+    const std::filesystem::path settings(beside_program(u"Tavrix.json"));
     TakingServer server;
     std::ofstream(settings)
         << R"({"mail":{"smtp_server":"127.0.0.1","smtp_port":)" << server.server.port()
