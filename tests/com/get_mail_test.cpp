@@ -2,8 +2,6 @@
 // in this program.
 
 #include <filesystem>
-#include <fstream>
-#include <mutex>
 
 #include "tests/com/form_user.h"
 #include "tests/com/late_host.h"
@@ -19,34 +17,37 @@ class GetMail : public testing::Test {
 
     // A server that says nothing to `silent_at`.
     void serve(Peer& peer) {
-        bool deleted = false;
         peer.write("+OK witaj\r\n");
-        for (std::string line; !(line = peer.read_until("\r\n")).empty();) {
-            if (line.starts_with(silent_at)) continue;
-            std::string answer = "+OK\r\n";
-            if (line == "STAT\r\n") answer = "+OK " + std::to_string(messages.size()) + " 200\r\n";
-            if (line == "RETR 1\r\n") answer += messages[0] + ".\r\n";
-            deleted = deleted || line == "DELE 1\r\n";
-            if (line == "QUIT\r\n" && deleted) messages.erase(messages.begin());
-            said += line;
-            peer.write(answer);
+        bool deleted = false;
+        std::string lines;
+        for (std::string some; !(some = peer.read_some()).empty();) {
+            lines += some;
+            for (std::size_t end; (end = lines.find('\n')) != std::string::npos;) {
+                peer.write(answer_to(lines.substr(0, end - 1), deleted));
+                lines.erase(0, end + 1);
+            }
         }
+    }
+    std::string answer_to(const std::string& line, bool& deleted) {
+        if (line.starts_with(silent_at)) return "";
+        deleted = deleted || line == "DELE 1";
+        if (line == "QUIT" && deleted) messages.erase(messages.begin());
+        if (line == "STAT") return "+OK " + std::to_string(messages.size()) + " 200\r\n";
+        return line == "RETR 1" ? "+OK\r\n" + messages[0] + ".\r\n" : "+OK\r\n";
     }
     static std::string message(const std::string& name) {
         return "Subject: =?utf-8?Q?za=C5=BC=C3=B3=C5=82=C4=87?=\r\nContent-Type: text/xml; name=" +
                name + "\r\n\r\n<x/>\r\n";
     }
     std::string fetch_all() {
-        return answer(mail, u"cmdGetMail",
-                      {u"127.0.0.1", static_cast<LONG>(server.port()), u"jan", u"tajne", true, u"",
-                       u"", folder});
+        return answer(
+            mail, u"cmdGetMail",
+            {u"127.0.0.1", std::int32_t{server.port()}, u"jan", u"tajne", true, u"", u"", folder});
     }
 
     const base::Text folder = beside_program(u"odebrane\\");
     std::vector<std::string> messages;
-    std::string said;
     std::string silent_at = "never";
-    FormUser user;
     const LoopbackServer server{[this](Peer& peer) { serve(peer); }};
     const ComPointer<IDispatch> mail = create(u"Tavrix.ClsGetMail");
 };
@@ -71,13 +72,14 @@ TEST_F(GetMail, EmptiesTheBoxAndGivesMessages) {
     EXPECT_EQ(fetch_all(), "bool -1");
     EXPECT_TRUE(messages.empty());
     for (const char16_t* name : {u"a.xml", u"b.xml"}) {
-        EXPECT_EQ(std::filesystem::file_size(std::u16string(folder + name)), 4u);
+        EXPECT_EQ(std::filesystem::file_size(std::u16string(folder + name)), 6u);
     }
 }
 
 TEST_F(GetMail, CancelsAServerThatFallsSilent) {
     messages = {message("a.xml")};
     silent_at = "PASS";
+    FormUser user;
     const auto second = [&](HWND form) {
         EXPECT_EQ(fetch_all(), "bool 0") << "the form that is open comes to the front";
         EXPECT_EQ(open_forms(), std::vector<HWND>{form});
