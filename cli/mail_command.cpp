@@ -117,6 +117,7 @@ void add_mail_command(CLI::App& app, int& exit_code) {
     mail->require_subcommand(1);
     add_parse_command(*mail, exit_code);
     add_mail_fetch_command(*mail, exit_code);
+    add_mail_send_command(*mail, exit_code);
 }
 
 }  // namespace tavrix::cli

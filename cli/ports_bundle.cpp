@@ -11,6 +11,7 @@
 #include "ports/portable/curl_http.h"
 #include "ports/portable/curl_stream.h"
 #include "ports/portable/openssl_crypto.h"
+#include "ports/portable/time_zone.h"
 
 namespace tavrix::cli {
 namespace {
@@ -78,6 +79,12 @@ ksef::KsefPorts PortsBundle::for_ksef() {
 mail::MessagePorts PortsBundle::for_messages() {
     return {*file_store_, *clock_, *code_page_,
             trace_,       {},      [this] { return settings_.mail.profile; }};
+}
+
+mail::DeliveryPorts PortsBundle::for_delivery() {
+    return {{*files_, *crypto_, *clock_, &ports::utc_offset_at},
+            &ports::make_curl_mail_stream,
+            [this] { return settings_.connection; }};
 }
 
 mail::RetrievalPorts PortsBundle::for_retrieval() {

@@ -6,6 +6,7 @@
 #include "frame/settings.h"
 #include "frame/trace_log.h"
 #include "ksef/ksef_comm.h"
+#include "mail/delivery.h"
 #include "mail/pop3/retrieval.h"
 
 namespace tavrix::cli {
@@ -19,6 +20,8 @@ class PortsBundle {
     ksef::KsefPorts for_ksef();
     /// What reading a message needs; as long valid.
     mail::MessagePorts for_messages();
+    /// What sending one needs; as long valid.
+    mail::DeliveryPorts for_delivery();
     /// What one retrieval of mail needs; as long valid.
     mail::RetrievalPorts for_retrieval();
     ports::CodePage& code_page() { return *code_page_; }

@@ -1,5 +1,7 @@
 #include "frame/cinfo.h"
 
+#include <algorithm>
+
 #include "base/error.h"
 #include "frame/version_text.h"
 
@@ -37,6 +39,14 @@ Text helpdesk_recipients(const mail::Settings& settings, const Text& tax_number)
     return recipients;
 }
 
+// What the hosts' own HTML is known by.
+bool is_html(const Text& body) {
+    constexpr base::TextView signs[] = {u"<span style", u"</td>", u"</span"};
+    return std::ranges::any_of(signs, [&](base::TextView sign) {
+        return base::find_case_blind(body, sign) != Text::npos;
+    });
+}
+
 }  // namespace
 
 Text CInfo::VersjaLib() const {
@@ -66,7 +76,7 @@ std::int32_t CInfo::sendmail(const Text& Par_Source, const Text& Par_nip, const 
         record.body = {txt1, txt2, txt3};
         record.attachments = Pliki;
         record.mode = helpdesk_mode;
-        return show_message_form();
+        return show_message_form(mail::Origin::told);
     });
 }
 
@@ -83,18 +93,27 @@ std::int32_t CInfo::SendMail_dowolny(const Text& MailOD, const Text& MailDo, con
         record.body = {txt1, txt2, txt3};
         record.attachments = Plik;
         record.mode = Auto;
-        return show_message_form();
+        return show_message_form(mail::Origin::withheld);
     });
 }
 
-std::int32_t CInfo::show_message_form() {
+std::int32_t CInfo::show_message_form(mail::Origin origin) {
     mail::MailRecord& record = ports_.hand_over.mail;
     record.result = 0;
     base::DateTime today = ports_.clock.now_local();
     today.hour = today.minute = today.second = 0;
-    ports_.message_window.show({record, ports_.locale.general_date(today),
-                                u"Wysyłanie poczty nie jest jeszcze dostępne w tej wersji.",
-                                false});
+    const auto send = [&, origin](mail::smtp::SendingListener& listener) -> Text {
+        try {
+            Text failure =
+                mail::deliver_record(ports_.delivery, ports_.load_settings().mail.form_account,
+                                     record, origin, listener);
+            record.result = failure.empty() ? 1 : 0;
+            return failure;
+        } catch (const base::AutomationError& error) {
+            return error.description();
+        }
+    };
+    ports_.message_window.show({record, ports_.locale.general_date(today), send});
     return record.result;
 }
 
@@ -185,11 +204,28 @@ bool CInfo::Browse(std::int32_t Ile_baz, std::vector<Text>& Bazy, Text& Connecti
            }) != 0;
 }
 
-Text CInfo::SendMailCDO(const Text& /*sTo*/, const Text& /*sSubject*/, const Text& /*sFrom*/,
-                        const Text& /*sBody*/, const Text& /*sSmtpServer*/,
-                        std::int16_t /*iSmtpPort*/, const Text& /*sSmtpUser*/,
-                        const base::SecretText& /*sSmtpPword*/, const Text& /*sFilePath*/,
-                        bool /*bSmtpSSL*/) const {
+Text CInfo::SendMailCDO(const Text& sTo, const Text& sSubject, const Text& sFrom, const Text& sBody,
+                        const Text& sSmtpServer, std::int16_t iSmtpPort, const Text& sSmtpUser,
+                        const base::SecretText& sSmtpPword, const Text& sFilePath,
+                        bool bSmtpSSL) const noexcept {
+    try {
+        ports_.mailer.send({.to = sTo,
+                            .subject = sSubject,
+                            .from = sFrom,
+                            .body = sBody,
+                            .body_is_html = is_html(sBody),
+                            .file = base::trim(sFilePath).empty() ? Text() : sFilePath,
+                            .server = sSmtpServer,
+                            .port = iSmtpPort,
+                            .user = sSmtpUser,
+                            .password = sSmtpPword.copy(),
+                            .ssl = bSmtpSSL});
+        return {};
+    } catch (const base::AutomationError& error) {
+        if (!error.description().empty()) return error.description();
+    } catch (...) {
+        // Out of memory: no description is known.
+    }
     return u"nieznany błąd";
 }
 

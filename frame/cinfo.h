@@ -9,8 +9,10 @@
 #include "frame/library_state.h"
 #include "frame/settings.h"
 #include "frame/system_information.h"
+#include "mail/form_delivery.h"
 #include "ports/clock.h"
 #include "ports/host_object.h"
+#include "ports/instant_mail.h"
 #include "ports/locale.h"
 
 namespace tavrix::frame {
@@ -23,6 +25,10 @@ struct FramePorts {
     ports::Locale& locale;
     SystemInformationPorts system_information;
     HandOver& hand_over;
+    /// What SendMailCDO sends with.
+    ports::InstantMailer& mailer;
+    /// What the message form does.
+    mail::DeliveryPorts delivery;
     /// Reads the settings file; throws when it cannot be taken as it stands.
     std::function<Settings()> load_settings;
 };
@@ -41,8 +47,8 @@ class CInfo {
 
     /// Sends a message to the helpdesk through the message form: to the helpdesk's address, to the
     /// second one that the settings give for the tax number `Par_nip` (compared without "-"), and
-    /// to `MailDO2`, which brings its own "; ". `Pliki` are paths separated by ";". Returns what
-    /// the form left, 0 when nothing was sent.
+    /// to `MailDO2`, which brings its own "; ". `Pliki` are paths separated by ";". The account
+    /// that it goes out from is that of the settings. Returns 1 when the message was sent, else 0.
     std::int32_t sendmail(const base::Text& Par_Source, const base::Text& Par_nip,
                           const base::Text& Par_Wersja, const base::Text& txt1,
                           const base::Text& txt2, const base::Text& txt3, const base::Text& Pliki,
@@ -86,15 +92,17 @@ class CInfo {
     bool Browse(std::int32_t Ile_baz, std::vector<base::Text>& Bazy, base::Text& ConnectionStr1,
                 base::Text& ConnectionStr2, base::Text& Server) noexcept;
 
-    /// Sends one message without a window. Not built yet: "nieznany błąd".
+    /// Sends one message without a window. Gives "" when it went, otherwise the reason, and
+    /// "nieznany błąd" for one without words. A body with "<span style", "</td>" or "</span" in it
+    /// is HTML. `sFilePath` is one file; blank for none.
     base::Text SendMailCDO(const base::Text& sTo, const base::Text& sSubject,
                            const base::Text& sFrom, const base::Text& sBody,
                            const base::Text& sSmtpServer, std::int16_t iSmtpPort,
                            const base::Text& sSmtpUser, const base::SecretText& sSmtpPword,
-                           const base::Text& sFilePath, bool bSmtpSSL) const;
+                           const base::Text& sFilePath, bool bSmtpSSL) const noexcept;
 
   private:
-    std::int32_t show_message_form();
+    std::int32_t show_message_form(mail::Origin origin);
     /// What `action` gives; 0 when it throws, after the user was told why.
     template <typename Action>
     std::int32_t guarded(Action action) noexcept;

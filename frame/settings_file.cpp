@@ -70,6 +70,11 @@ struct Reader {
     base::Profile profile() const {
         return choice<base::Profile>(std::array{"classic", "current"});
     }
+    std::int32_t port() const {
+        return static_cast<std::int32_t>(whole_number(1, 65'535, "portu"));
+    }
+    // What the JSON document holds of it is not wiped: it stands on the disk as well.
+    base::SecretText secret() const { return base::from_secret_utf8(text()); }
     base::Text wide_text() const { return base::from_utf8(text()); }
     base::Text origin() const {
         const std::string origin = text();
@@ -154,6 +159,17 @@ constexpr std::array keys = {
         [](Settings& s, const Reader& r) { s.mail.helpdesk_address = r.wide_text(); }},
     Key{"helpdesk.routes",
         [](Settings& s, const Reader& r) { s.mail.helpdesk_routes = r.helpdesk_routes(); }},
+    Key{"mail.smtp_server",
+        [](Settings& s, const Reader& r) { s.mail.form_account.server = r.wide_text(); }},
+    Key{"mail.smtp_port",
+        [](Settings& s, const Reader& r) { s.mail.form_account.port = r.port(); }},
+    Key{"mail.smtp_ssl", [](Settings& s, const Reader& r) { s.mail.form_account.ssl = r.flag(); }},
+    Key{"mail.smtp_user",
+        [](Settings& s, const Reader& r) { s.mail.form_account.user = r.wide_text(); }},
+    Key{"mail.smtp_password",
+        [](Settings& s, const Reader& r) { s.mail.form_account.password = r.secret(); }},
+    Key{"mail.sender",
+        [](Settings& s, const Reader& r) { s.mail.form_account.sender = r.wide_text(); }},
     Key{"trace.root", [](Settings& s, const Reader& r) { s.trace_root = r.text(); }},
 };
 

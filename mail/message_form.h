@@ -2,8 +2,10 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 
 #include "base/text.h"
+#include "mail/smtp/sender.h"
 
 namespace tavrix::mail {
 
@@ -30,11 +32,13 @@ struct MessageForm {
     MailRecord& record;
     /// Today in the user's own format.
     base::Text date;
-    /// The status line's first text.
-    base::Text status;
-    /// False leaves the user nothing but to close the form.
-    bool can_send = false;
+    /// Sends the message and leaves in the record that it went. Gives the empty text then,
+    /// otherwise the reason; sending again is possible.
+    std::function<base::Text(smtp::SendingListener&)> send;
 };
+
+/// What the form says while a stage lasts.
+base::TextView words_of(smtp::Stage stage) noexcept;
 
 /// The window of the message form: modal over the host's active window. Returns when the form was
 /// closed, in whichever way. The messages of the caller's thread go on being delivered meanwhile,

@@ -10,7 +10,7 @@ import sys
 
 from tree import ROOT, files
 
-FEATURES = ["ksef", "barcode", "barcode/surface", "mail", "mail/mime", "pdfsign", "dialogs"]
+FEATURES = ["ksef", "barcode", "barcode/surface", "mail", "mail/mime", "mail/outgoing", "mail/smtp", "pdfsign", "dialogs"]
 ADAPTERS = ["ports/native", "ports/windows", "ports/portable"]
 
 # The sandbox reads the published interface a second time, so it shares nothing with the product: a mistake must not be
@@ -32,7 +32,9 @@ LAYERS = {
     **{feature: ["base", "ports"] for feature in FEATURES},
     # Any message as it is; its classes stand on it.
     "mail/mime": ["base", "ports"],
-    "mail": ["base", "ports", "mail/mime"],
+    # A message as it goes out; the dialogue that hands it to a server.
+    "mail/smtp": ["base", "ports", "mail/outgoing"],
+    "mail": ["base", "ports", "mail/mime", "mail/outgoing", "mail/smtp"],
     # A symbol's bars are glyphs; encoders know no host.
     "barcode": ["base", "fonts", "drawing"],
     "barcode/surface": ["base", "ports", "fonts", "drawing", "barcode"],
@@ -45,6 +47,7 @@ LAYERS = {
     "cli": ["base", "ports", *FEATURES, "frame", "fonts", "drawing", "ports/native", "ports/portable"],
     # What a development machine lacks, on the product's own plumbing; never part of the product.
     "stand_ins": ["base", "ports", "windows", "com", "ports/windows", "ports/portable"],
+    "stand_ins/cdo": ["base", "ports", "windows", "com", "ports/windows", "ports/portable", "mail"],
     "sandbox": [f"sandbox/{room}" for room in SANDBOX],
     **{f"sandbox/{room}": [f"sandbox/{below}" for below in SANDBOX[:place]] for place, room in enumerate(SANDBOX)},
 }

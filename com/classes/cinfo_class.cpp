@@ -15,17 +15,17 @@ using frame::CInfo;
 constexpr auto cinfo_members = members(
     method<&CInfo::VersjaLib>(1, u"VersjaLib", u"Wersja i nazwa biblioteki: 10.0.36.Tavrix."),
     method<&CInfo::OProgramie>(2, u"OProgramie", u"Pokazuje okno informacji o bibliotece."),
-    pending(method<&CInfo::sendmail>(
+    method<&CInfo::sendmail>(
         3, u"sendmail",
-        u"Pokazuje formularz wiadomości do pomocy technicznej; na razie jej nie wysyła, wynik 0.",
+        u"Pokazuje formularz wiadomości do pomocy technicznej; wynik 1, gdy poszła.",
         by_value(u"Par_Source"), by_value(u"Par_nip"), by_value(u"Par_Wersja"), by_value(u"txt1"),
-        by_value(u"txt2"), by_value(u"txt3"), by_reference(u"Pliki"), by_reference(u"MailDO2"))),
-    pending(method<&CInfo::SendMail_dowolny>(
+        by_value(u"txt2"), by_value(u"txt3"), by_reference(u"Pliki"), by_reference(u"MailDO2")),
+    method<&CInfo::SendMail_dowolny>(
         4, u"SendMail_dowolny",
-        u"Pokazuje formularz wiadomości do dowolnych adresatów; na razie jej nie wysyła, wynik 0.",
+        u"Pokazuje formularz wiadomości do dowolnych adresatów; wynik 1, gdy poszła.",
         by_reference(u"MailOD"), by_reference(u"MailDo"), by_reference(u"MailTemat"),
         by_value(u"txt1"), by_value(u"txt2"), by_value(u"txt3"), by_reference(u"Plik"),
-        by_reference(u"Par_nip"), by_reference(u"Auto"))),
+        by_reference(u"Par_nip"), by_reference(u"Auto")),
     pending(method<&CInfo::Wykres>(
         5, u"Wykres", u"Pokazuje okno wykresu.", by_reference(u"Par_Czy_Pełny_Ekran"),
         by_reference(u"Par_I_wykresy_Flex"), by_reference(u"Par_I_wykresy_Col"),
@@ -51,12 +51,12 @@ constexpr auto cinfo_members = members(
                                    by_value(u"Ile_baz"), by_reference(u"Bazy"),
                                    by_reference(u"ConnectionStr1"), by_reference(u"ConnectionStr2"),
                                    by_reference(u"Server"))),
-    pending(method<&CInfo::SendMailCDO>(
+    method<&CInfo::SendMailCDO>(
         9, u"SendMailCDO", u"Wysyła wiadomość bez okna; pusty tekst, gdy poszła.",
         by_reference(u"sTo"), by_reference(u"sSubject"), by_reference(u"sFrom"),
         by_reference(u"sBody"), by_reference(u"sSmtpServer"), by_reference(u"iSmtpPort"),
         by_reference(u"sSmtpUser"), by_reference(u"sSmtpPword"), by_reference(u"sFilePath"),
-        by_reference(u"bSmtpSSL"))));
+        by_reference(u"bSmtpSSL")));
 
 constexpr ClassTable table = {
     .class_id = guid("853BF860-8D1B-4BDE-95D8-6C8CDCE7156A"),

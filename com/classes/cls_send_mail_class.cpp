@@ -1,9 +1,9 @@
 #include "com/classes/classes.h"
 
+#include "com/classes/compositions.h"
 #include "com/dispatch_object.h"
 #include "com/guid.h"
 #include "com/signature.h"
-#include "mail/cls_send_mail.h"
 
 namespace tavrix::com {
 
@@ -29,13 +29,13 @@ using mail::ClsSendMail;
 constexpr auto cls_send_mail_members = members(
     method<&ClsSendMail::NullStr>(1, u"NullStr", u"Tekst wartości; pusty dla Null i Empty.",
                                   by_value(u"ds")),
-    pending(method<&ClsSendMail::sendmail>(
+    method<&ClsSendMail::sendmail>(
         2, u"sendmail", u"Wysyła wiadomość przez SMTP; pusty tekst, gdy poszła.",
         by_value(u"dokogo"), by_value(u"temat"), by_value(u"odkogo"), by_value(u"Body"),
         by_value(u"smtphost"), by_value(u"smtpport"), by_value(u"smtpuser"), by_value(u"smtppass"),
         by_value(u"Plik"), by_value(u"ssl"), by_value(u"maildw"), by_value(u"htmlBody"),
         by_value(u"mailudw"), by_value(u"DeliveryNotificationOptions"), by_value(u"Priority"),
-        by_value(u"ReplyTo"), by_value(u"sender"))));
+        by_value(u"ReplyTo"), by_value(u"sender")));
 
 constexpr ClassTable table = {
     .class_id = guid("FC59A353-9821-45CC-A467-2EACCF089608"),
@@ -48,6 +48,6 @@ constexpr ClassTable table = {
 }  // namespace
 
 constexpr CreatableClass cls_send_mail_class = {
-    table, [] { return make_object(table, std::make_shared<ClsSendMail>()); }};
+    table, [] { return make_object(table, compose_cls_send_mail()); }};
 
 }  // namespace tavrix::com

@@ -9,6 +9,7 @@
 #include "frame/rejestr.h"
 #include "ksef/ksef_comm.h"
 #include "mail/cls_get_mail.h"
+#include "mail/cls_send_mail.h"
 #include "mail/cls_socket.h"
 #include "mail/cmessage.h"
 
@@ -25,6 +26,7 @@ std::shared_ptr<frame::CInfo> compose_cinfo();
 std::shared_ptr<frame::Rejestr> compose_rejestr();
 
 std::shared_ptr<ksef::KseF_comm> compose_ksef_comm();
+std::shared_ptr<mail::ClsSendMail> compose_cls_send_mail();
 /// Tells `events` what happens.
 std::shared_ptr<mail::clsSocket> compose_cls_socket(std::unique_ptr<mail::SocketEvents> events);
 /// Lives on its own: a message outlives the object that fetched it.

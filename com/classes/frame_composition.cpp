@@ -1,11 +1,18 @@
 #include "com/classes/compose.h"
 #include "com/classes/compositions.h"
+#include "com/classes/delivery_composition.h"
 #include "com/classes/installed_settings.h"
 #include "com/forms/forms.h"
+#include "mail/smtp_mailer.h"
 #include "ports/windows/adapters.h"
 
 namespace tavrix::com {
 namespace {
+
+std::unique_ptr<ports::InstantMailer> make_mailer(const mail::DeliveryPorts& delivery) {
+    if (auto cdo = ports::make_cdo_mailer()) return cdo;
+    return std::make_unique<mail::SmtpMailer>(delivery);
+}
 
 struct ComposedCInfo {
     std::unique_ptr<frame::AboutWindow> about_window = make_about_window();
@@ -16,12 +23,16 @@ struct ComposedCInfo {
     std::unique_ptr<ports::CodePage> code_page = ports::make_windows_code_page();
     std::unique_ptr<ports::Files> files = ports::make_windows_files();
     std::unique_ptr<ports::Shell> shell = ports::make_windows_shell();
+    ComposedDelivery delivery;
+    std::unique_ptr<ports::InstantMailer> mailer = make_mailer(delivery.ports());
     frame::CInfo object{{*about_window,
                          *message_window,
                          *clock,
                          *locale,
                          {*registry, *code_page, *files, *shell},
                          library_state().hand_over,
+                         *mailer,
+                         delivery.ports(),
                          &load_installed_settings}};
 };
 

@@ -1,5 +1,6 @@
 #include "com/classes/compose.h"
 #include "com/classes/compositions.h"
+#include "com/classes/delivery_composition.h"
 #include "com/classes/installed_settings.h"
 #include "com/forms/forms.h"
 #include "ports/portable/curl_stream.h"
@@ -60,6 +61,11 @@ struct ComposedMessage {
                            }}};
 };
 
+struct ComposedSendMail {
+    ComposedDelivery delivery;
+    mail::ClsSendMail object{delivery.ports()};
+};
+
 struct ComposedGetMail {
     mail::RetrievalPorts for_retrieval(mail::RetrievalForm form) {
         // The socket form needs nothing that could not be read.
@@ -82,6 +88,10 @@ struct ComposedGetMail {
 };
 
 }  // namespace
+
+std::shared_ptr<mail::ClsSendMail> compose_cls_send_mail() {
+    return compose<ComposedSendMail>();
+}
 
 std::shared_ptr<mail::clsSocket> compose_cls_socket(std::unique_ptr<mail::SocketEvents> events) {
     return compose<ComposedSocket>(std::move(events));

@@ -129,11 +129,27 @@ void Dialog::run(HWND owner) noexcept {
         // The end of the program is the host's own loop's business.
         if (received == 0) PostQuitMessage(static_cast<int>(message.wParam));
         if (received <= 0) return;
-        if (window_ == nullptr || !IsDialogMessageW(window_, &message)) {
-            TranslateMessage(&message);
-            DispatchMessageW(&message);
+        deliver(message);
+    }
+}
+
+bool Dialog::deliver_messages() noexcept {
+    MSG message{};
+    while (window_ != nullptr && !closing_ && PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
+        if (message.message == WM_QUIT) {
+            PostQuitMessage(static_cast<int>(message.wParam));
+            closing_ = true;
+        } else {
+            deliver(message);
         }
     }
+    return window_ != nullptr && !closing_;
+}
+
+void Dialog::deliver(MSG& message) noexcept {
+    if (window_ != nullptr && IsDialogMessageW(window_, &message)) return;
+    TranslateMessage(&message);
+    DispatchMessageW(&message);
 }
 
 INT_PTR CALLBACK Dialog::procedure(HWND window, UINT message, WPARAM wparam,

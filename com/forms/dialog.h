@@ -48,6 +48,9 @@ class Dialog {
     virtual bool on_message(UINT message, WPARAM wparam, LPARAM lparam);
 
     void close() noexcept;
+    /// For work that takes a while: delivers what waits in the thread's queue, as the form does
+    /// when it has nothing to do. False when the form is to go.
+    bool deliver_messages() noexcept;
     HWND window() const noexcept { return window_; }
     HWND control(int id) const noexcept { return GetDlgItem(window_, id); }
     void set_text(int id, const base::Text& text) noexcept;
@@ -62,6 +65,7 @@ class Dialog {
     void show_over_host(FormPlace& place) noexcept;
     void run(HWND owner) noexcept;
     void wake() noexcept;
+    void deliver(MSG& message) noexcept;
     void move_down_below(LONG edge_px, int distance_px) noexcept;
 
     int template_number_;

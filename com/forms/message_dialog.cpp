@@ -49,15 +49,36 @@ void MessageDialog::on_open() {
     int body = TAVRIX_MESSAGE_BODY;
     for (const base::Text& text : record.body) set_text(body++, with_edit_line_ends(text));
     set_text(TAVRIX_MESSAGE_ATTACHMENTS, one_below_the_other(record.attachments));
-    set_text(TAVRIX_MESSAGE_STATUS, form_.status);
-    grow_to_text(TAVRIX_MESSAGE_STATUS);
-    if (form_.can_send) offer_sending();
 }
 
-void MessageDialog::offer_sending() noexcept {
+void MessageDialog::on_command(int id) {
+    if (id == IDOK && !sending_) return send();
+    // A form goes only when the sending has ended, which asks for that.
+    if (id == IDCANCEL) close();
+}
+
+void MessageDialog::send() {
+    EnableWindow(control(IDOK), FALSE);
+    sending_ = true;
+    const base::Text failure = form_.send(*this);
+    sending_ = false;
+    if (failure.empty()) return close();
+    show_status(failure);
     EnableWindow(control(IDOK), TRUE);
-    SendMessageW(window(), DM_SETDEFID, IDOK, 0);
-    SendMessageW(window(), WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(control(IDOK)), TRUE);
+}
+
+void MessageDialog::on_stage(mail::smtp::Stage stage) {
+    show_status(base::Text(mail::words_of(stage)));
+}
+
+bool MessageDialog::goes_on(std::uint64_t, std::uint64_t) {
+    return deliver_messages();
+}
+
+void MessageDialog::show_status(const base::Text& text) {
+    set_text(TAVRIX_MESSAGE_STATUS, text);
+    grow_to_text(TAVRIX_MESSAGE_STATUS);
+    UpdateWindow(window());
 }
 
 }  // namespace tavrix::com

@@ -6,6 +6,7 @@
 #include "ports/code_page.h"
 #include "ports/file_store.h"
 #include "ports/files.h"
+#include "ports/instant_mail.h"
 #include "ports/locale.h"
 #include "ports/registry.h"
 #include "ports/shell.h"
@@ -17,6 +18,8 @@
 
 namespace tavrix::ports {
 
+/// Collaboration Data Objects; null where they are not registered.
+std::unique_ptr<InstantMailer> make_cdo_mailer();
 /// The system's clock and the thread's sleep.
 std::unique_ptr<Clock> make_windows_clock();
 /// The code page that the system is set to, whichever it is.

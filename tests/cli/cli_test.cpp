@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "tests/support/exim.h"
 #include "tests/support/host_database.h"
 #include "tests/support/openssl_tool.h"
 #include "tests/support/sandbox.h"
@@ -146,6 +147,9 @@ TEST_F(Cli, ExitCodesTellWhoseFaultItIs) {
         {send, 2},
         {with_token, 1},
         {"mail parse '" + folder_ + "none.eml'", 2},
+        {"mail send --server 127.0.0.1 --to c@d.pl", 2},
+        {"mail send --server 127.0.0.1 --from a@b.pl --to c@d.pl --user jan", 2},
+        {"mail send --server 127.0.0.1 --port 1 --from a@b.pl --to c@d.pl", 1},
         {"qr --text x --out - --color pink", 2},
         {"barcode --text 590123412345 --out - --color CYAN", 0},
         {"barcode --as-class --text 590123412345 --out - --size 5", 0},
@@ -166,6 +170,29 @@ TEST_F(Cli, AMailIsShownWithoutSteeringTheTerminal) {
     write("a.eml", "Subject: \xC5\xBC\x1B]0;x\x07\n\na\x1B[2J\tb\r\nc\xC2\x9B\n");
     EXPECT_EQ(run("mail parse '" + folder_ + "a.eml'").output,
               "Temat: ż\uFFFD]0;x\uFFFD\n\na\uFFFD[2J\tb\nc\uFFFD\n");
+}
+
+TEST_F(Cli, SendsAMessageAndTellsMachinesWhyNot) {
+    if (!test::Exim::is_installed()) GTEST_SKIP() << "exim4-daemon-light is not installed";
+    test::Exim exim;
+    write("Tavrix.json", R"({"http":{"private_ca_file":")" + exim.certificate() + "\"}}");
+    const std::string send =
+        " mail send --json --server localhost --user jan --from jan@localhost "
+        "--subject ż --text x --port ";
+    const std::string tls = std::to_string(exim.tls_port()) + " --security tls";
+    write("haslo.txt", "tajne\n");
+    EXPECT_EQ(Json::parse(
+                  run(send + tls + " --to ola@localhost --password-file '" + folder_ + "haslo.txt'")
+                      .output),
+              (Json{{"sent", true}}));
+    exim.delivered_to("ola");
+    setenv("TAVRIX_SMTP_PASS", "złe", 1);
+    const Outcome refused = run(send + std::to_string(exim.port()) + " --to ola@localhost");
+    unsetenv("TAVRIX_SMTP_PASS");
+    EXPECT_EQ(refused.exit_code, 1);
+    EXPECT_EQ(Json::parse(refused.output),
+              (Json{{"sent", false},
+                    {"error", "Serwer odrzucił logowanie: 535 Incorrect authentication data"}}));
 }
 
 TEST_F(Cli, TokenCheckSaysWhatIsWrongWithoutShowingTheSecret) {

@@ -47,7 +47,7 @@ struct FormContent {
         .attachments = u"C:\\Faktury\\2026\\FV_118_11_2026.xml;C:\\Faktury\\Dzienniki\\błędy.txt",
         .mode = 2};
     mail::MessageForm message{record, u"14.11.2026",
-                              u"Wysyłanie poczty nie jest jeszcze dostępne w tej wersji."};
+                              [](mail::smtp::SendingListener&) { return base::Text(); }};
     ShownRetrieval manager{mail::RetrievalForm::manager};
     ShownRetrieval socket{mail::RetrievalForm::socket};
 };

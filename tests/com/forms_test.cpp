@@ -76,13 +76,12 @@ TEST_F(Forms, MessageFormShowsTheWholeMessageAndLeavesItsResultAlone) {
                       {TAVRIX_MESSAGE_BODY + 1, u"jedna\r\ndruga\r\ntrzecia\r\nczwarta & piąta"},
                       {TAVRIX_MESSAGE_BODY + 2, content.record.body[2]},
                       {TAVRIX_MESSAGE_ATTACHMENTS, u"C:\\a & b.pdf\r\nD:\\zażółć.xml"},
-                      {TAVRIX_MESSAGE_STATUS, content.message.status}});
+                      {TAVRIX_MESSAGE_STATUS, u""}});
         std::vector<base::Text> labels;
         for (const HWND control : controls_of(form)) labels.push_back(text_of(control));
         for (const char16_t* label : {u"Wysyłam do konta:", u"NIP:", u"Dnia:"}) {
             EXPECT_EQ(std::count(labels.begin(), labels.end(), label), 1) << base::to_utf8(label);
         }
-        EXPECT_FALSE(IsWindowEnabled(GetDlgItem(form, IDOK)));
     };
     // A user who types changes nothing: what is shown is what goes.
     const auto type = [](HWND form) {
@@ -93,12 +92,39 @@ TEST_F(Forms, MessageFormShowsTheWholeMessageAndLeavesItsResultAlone) {
     EXPECT_EQ(content.record.result, 7);
 
     EXPECT_EQ(tab_order(message_form),
-              (std::vector<int>{IDCANCEL, TAVRIX_MESSAGE_RECIPIENTS, TAVRIX_MESSAGE_TAX_NUMBER,
-                                TAVRIX_MESSAGE_DATE, TAVRIX_MESSAGE_SUBJECT, TAVRIX_MESSAGE_BODY,
-                                TAVRIX_MESSAGE_BODY + 1, TAVRIX_MESSAGE_BODY + 2,
-                                TAVRIX_MESSAGE_ATTACHMENTS}));
-    content.message.can_send = true;
-    EXPECT_EQ(tab_order(message_form).front(), IDOK);
+              (std::vector<int>{
+                  IDOK, IDCANCEL, TAVRIX_MESSAGE_RECIPIENTS, TAVRIX_MESSAGE_TAX_NUMBER,
+                  TAVRIX_MESSAGE_DATE, TAVRIX_MESSAGE_SUBJECT, TAVRIX_MESSAGE_BODY,
+                  TAVRIX_MESSAGE_BODY + 1, TAVRIX_MESSAGE_BODY + 2, TAVRIX_MESSAGE_ATTACHMENTS}));
+}
+
+TEST_F(Forms, MessageFormSendsAndTellsHowItGoes) {
+    HWND shown = nullptr;
+    std::vector<base::Text> told;
+    base::Text outcome = u"Serwer odrzucił adresata x@y.pl: 550 no such user here";
+    content.message.send = [&](mail::smtp::SendingListener& listener) {
+        listener.on_stage(mail::smtp::Stage::sending);
+        EXPECT_FALSE(IsWindowEnabled(GetDlgItem(shown, IDOK)));
+        told.push_back(text_of(GetDlgItem(shown, TAVRIX_MESSAGE_STATUS)));
+        told.push_back(listener.goes_on(0, 0) ? u"on" : u"stopped");
+        return outcome;
+    };
+    const auto failed = [&](HWND form) {
+        expect_texts(form, {{TAVRIX_MESSAGE_STATUS, outcome}});
+        EXPECT_TRUE(IsWindowEnabled(GetDlgItem(form, IDOK))) << "once more is possible";
+        expect_readable_layout(form);
+        outcome.clear();
+    };
+    user.use(message_form, {[&](HWND form) { shown = form; }, click(IDOK), failed, click(IDOK)});
+    outcome = u"Przerwano.";
+    // The cross is pressed while the message is on its way.
+    user.use(message_form, {[&](HWND form) {
+                 shown = form;
+                 PostMessageW(form, WM_COMMAND, IDOK, 0);
+                 PostMessageW(form, WM_CLOSE, 0, 0);
+             }});
+    EXPECT_EQ(told, (std::vector<base::Text>{u"Wysyłam", u"on", u"Wysyłam", u"on", u"Wysyłam",
+                                             u"stopped"}));
 }
 
 TEST_F(Forms, CloseInEveryWayAndGiveTheHostItsWindowBack) {
@@ -218,7 +244,6 @@ TEST_F(Forms, AreReadable) {
         if (more_than_the_templates_have_room_for) {
             content.about.title = words;
             content.about.description = words + u"\n\n" + words + u"\nKoniec.";
-            content.message.status = words + u" " + words;
         }
         user.use(about, {expect_readable_layout, press(VK_ESCAPE)});
         user.use(message_form, {expect_readable_layout, press(VK_ESCAPE)});

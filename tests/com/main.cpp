@@ -9,7 +9,7 @@ class Registered : public testing::Environment {
   public:
     void SetUp() override {
         ASSERT_EQ(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED), S_OK);
-        for (const char16_t* file : {u"Tavrix.dll", u"TavrixDevAdo.dll"}) {
+        for (const char16_t* file : {u"Tavrix.dll", u"TavrixDevAdo.dll", u"TavrixDevCdo.dll"}) {
             const LoadedDll dll(file);
             ASSERT_EQ(dll.function<HRESULT STDAPICALLTYPE()>("DllRegisterServer")(), S_OK);
         }

@@ -4,6 +4,7 @@
 
 #include "base/error.h"
 #include "ports/native/adapters.h"
+#include "ports/portable/openssl_crypto.h"
 #include "tests/support/fake_clock.h"
 #include "tests/support/fake_desktop.h"
 #include "tests/support/fake_registry.h"
@@ -21,8 +22,52 @@ struct FakeWindow final : Window {
     void show(const Content& content) noexcept override { while_open(content); }
 };
 
+/// Keeps what it is given, or fails in these words.
+struct FakeMailer final : ports::InstantMailer {
+    void send(const ports::InstantMail& mail) override {
+        told += (mail.body_is_html ? u"html " : u"text ") + mail.file + u"|";
+        if (failure)
+            throw base::AutomationError(base::ErrorNumber::component_failed, u"", *failure);
+    }
+    Text told;
+    std::optional<Text> failure;
+};
+
+/// A server that takes whatever it is told.
+struct ObligingServer final : ports::Stream {
+    void connect(const ports::StreamAddress&, ports::Security) override { answers_ = "220 x\r\n"; }
+    bool connected_within(std::chrono::milliseconds) override { return true; }
+    ports::Sent send(base::ByteView bytes, std::chrono::milliseconds) override {
+        const std::string_view line = base::chars_of(bytes);
+        if (line == "DATA\r\n")
+            answers_ = "354 x\r\n";
+        else if (!line.starts_with("Date"))
+            answers_ = "250 x\r\n";
+        return {bytes.size(), {}};
+    }
+    ports::Received receive(std::chrono::milliseconds) override {
+        const std::string answer = std::exchange(answers_, {});
+        if (answer.empty()) return {};
+        const base::ByteView bytes = base::bytes_of(answer);
+        return {ports::Received::State::data, {bytes.begin(), bytes.end()}, {}};
+    }
+    void close() noexcept override {}
+
+  private:
+    std::string answers_;
+};
+
+struct Stages final : mail::smtp::SendingListener {
+    void on_stage(mail::smtp::Stage stage) override { told.append(mail::words_of(stage)) += u'|'; }
+    bool goes_on(std::uint64_t, std::uint64_t) override { return true; }
+    Text told;
+};
+
 class CInfoTest : public testing::Test {
   protected:
+    FakeMailer mailer;
+    std::unique_ptr<ports::DataFiles> files = ports::make_native_files({});
+    std::unique_ptr<ports::Crypto> crypto = ports::make_openssl_crypto();
     FakeWindow<AboutWindow, AboutBox> about_window;
     FakeWindow<mail::MessageWindow, mail::MessageForm> message_window;
     test::FakeClock clock;
@@ -43,6 +88,10 @@ class CInfoTest : public testing::Test {
                 *locale,
                 {registry, *code_page, desktop, desktop},
                 hand_over,
+                mailer,
+                {{*files, *crypto, clock, [](auto&) { return std::chrono::minutes(0); }},
+                 [](auto&) { return std::make_unique<ObligingServer>(); },
+                 [] { return ports::ConnectionSettings(); }},
                 [this] { return load_settings(); }}};
 };
 
@@ -81,6 +130,43 @@ TEST_F(CInfoTest, HandsTheMessageToTheForm) {
     EXPECT_EQ(all_of(hand_over.mail),
               u"Magazyn/526-58-77-635/7.1/ja@a.example/on@b.example/Oferta/d/e/f/x;y/1/")
         << "what the host does not give is the last message's";
+}
+
+TEST_F(CInfoTest, TheFormSendsByTheSettings) {
+    Stages stages;
+    Text failures;
+    message_window.while_open = [&](const mail::MessageForm& form) {
+        failures += form.send(stages) + u"|";
+        load_settings = [] {
+            Settings settings;
+            settings.mail.form_account.server = u"poczta.example";
+            settings.mail.form_account.sender = u"ja@a.example";
+            return settings;
+        };
+        form.record.recipients = u"on@b.example; x y@b.example";
+        failures += form.send(stages) + u"|";
+        form.record.recipients = u"on@b.example; ona@b.example";
+        failures += form.send(stages);
+    };
+    EXPECT_EQ(info.sendmail(u"", u"", u"", u"a", u"", u"", u"", u""), 1);
+    EXPECT_EQ(failures,
+              u"W pliku ustawień nie ma serwera poczty (mail.smtp_server).|"
+              u"Nieprawidłowy adres:  x y@b.example|");
+    EXPECT_EQ(stages.told, u"Podpinam Pliki|Wysyłam|Wylogowuje|Wysłano|");
+}
+
+TEST_F(CInfoTest, SendsOneMessageAtOnce) {
+    const auto send = [&](const Text& body, const Text& file) {
+        return info.SendMailCDO(u"", u"", u"", body, u"", 25, u"", {}, file, false);
+    };
+    EXPECT_EQ(send(u"a</TD>", u"  ") + send(u"<SPAN Style", u" C:\\x ") + send(u"</spaN", u""),
+              u"");
+    EXPECT_EQ(send(u"<span><td></div>", u""), u"");
+    EXPECT_EQ(mailer.told, u"html |html  C:\\x |html |text |");
+    mailer.failure = u"The server said no.\r\n";
+    EXPECT_EQ(send(u"", u""), u"The server said no.\r\n");
+    mailer.failure = u"";
+    EXPECT_EQ(send(u"", u""), u"nieznany błąd");
 }
 
 TEST_F(CInfoTest, ShowsWhatIsWrongWithTheSettings) {
