@@ -20,5 +20,6 @@ void add_link_commands(CLI::App& app, int& exit_code);
 void add_qr_command(CLI::App& app, int& exit_code);
 void add_barcode_command(CLI::App& app, int& exit_code);
 void add_mail_command(CLI::App& app, int& exit_code);
+void add_pdf_commands(CLI::App& app, int& exit_code);
 
 }  // namespace tavrix::cli

@@ -45,6 +45,7 @@ int main(int argc, char** argv) {
     cli::add_qr_command(app, exit_code);
     cli::add_barcode_command(app, exit_code);
     cli::add_mail_command(app, exit_code);
+    cli::add_pdf_commands(app, exit_code);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

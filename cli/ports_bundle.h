@@ -6,6 +6,7 @@
 #include "frame/settings.h"
 #include "ksef/ksef_comm.h"
 #include "mail/message_ports.h"
+#include "pdfsign/sign_ports.h"
 
 namespace tavrix::cli {
 
@@ -18,6 +19,8 @@ class PortsBundle {
     ksef::KsefPorts for_ksef();
     /// What reading a message needs; as long valid.
     mail::MessagePorts for_messages();
+    /// What signing PDF files needs; as long valid.
+    pdfsign::PdfPorts for_pdf() { return {*files_, *clock_, *code_page_, *signing_}; }
     ports::CodePage& code_page() { return *code_page_; }
     ports::Crypto& crypto() { return *crypto_; }
     ports::DataFiles& files() { return *files_; }
@@ -25,6 +28,7 @@ class PortsBundle {
   private:
     frame::Settings settings_;
     std::unique_ptr<ports::Crypto> crypto_;
+    std::unique_ptr<ports::Signing> signing_;
     std::unique_ptr<ports::Clock> clock_;
     std::unique_ptr<ports::Locale> locale_;
     std::unique_ptr<ports::Xml> xml_;

@@ -54,8 +54,7 @@ std::string to_unicode(const Caption& caption) {
         --left;
         if (--in_block == 0) map += "endbfchar\n";
     }
-    return map +
-           "endcmap\nCMapName currentdict /CMap defineresource pop\nend\nend\n";
+    return map + "endcmap\nCMapName currentdict /CMap defineresource pop\nend\nend\n";
 }
 
 // One bit for each glyph that is there (PDF/A-1 wants it).
@@ -89,12 +88,11 @@ QPDFObjGen put_font(Update& update, const Encryption& encryption, const Caption&
     const auto text = [&](std::string_view plain) {
         return hexadecimal(encryption.string(plain, descendant));
     };
-    update.put(descendant, std::string("<< /Type /Font /Subtype /CIDFontType2 /BaseFont ") +
-                               font_name + " /CIDSystemInfo << /Registry " + text("Adobe") +
-                               " /Ordering " + text("Identity") +
-                               " /Supplement 0 >> /CIDToGIDMap /Identity /DW 600 /W [ " +
-                               widths(caption) + "] /FontDescriptor " + reference(descriptor) +
-                               " >>");
+    update.put(descendant,
+               std::string("<< /Type /Font /Subtype /CIDFontType2 /BaseFont ") + font_name +
+                   " /CIDSystemInfo << /Registry " + text("Adobe") + " /Ordering " +
+                   text("Identity") + " /Supplement 0 >> /CIDToGIDMap /Identity /DW 600 /W [ " +
+                   widths(caption) + "] /FontDescriptor " + reference(descriptor) + " >>");
     update.put_stream(map, "", to_unicode(caption));
     update.put(whole, std::string("<< /Type /Font /Subtype /Type0 /BaseFont ") + font_name +
                           " /Encoding /Identity-H /DescendantFonts [ " + reference(descendant) +
@@ -134,9 +132,9 @@ Caption lay_out(const std::vector<base::Text>& lines, double size) {
         }
         caption.width = std::max(caption.width, advance * size / 1000 + 2 * margin);
         const bool is_first = shown.empty();
-        shown += is_first ? decimal(margin) + " " +
-                                decimal(caption.height - margin - size) + " Td <"
-                          : "0 " + decimal(-line_height * size) + " Td <";
+        shown += is_first
+                     ? decimal(margin) + " " + decimal(caption.height - margin - size) + " Td <"
+                     : "0 " + decimal(-line_height * size) + " Td <";
         shown += codes + "> Tj\n";
     }
     caption.drawing = "q /C0 CS 0.6 SC 0.5 w 0.25 0.25 " + decimal(caption.width - 0.5) + " " +

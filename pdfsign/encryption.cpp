@@ -52,12 +52,10 @@ std::string Encryption::stream(std::string_view plain, QPDFObjGen owner) const {
 
 std::string Encryption::encrypted(std::string_view plain, QPDFObjGen owner, Method method) const {
     if (!on_ || method == QPDF::e_none) return std::string(plain);
-    const std::string key =
-        QPDF::compute_data_key(key_, owner.getObj(), owner.getGen(), method != QPDF::e_rc4,
-                               version_, revision_);
+    const std::string key = QPDF::compute_data_key(key_, owner.getObj(), owner.getGen(),
+                                                   method != QPDF::e_rc4, version_, revision_);
     if (method == QPDF::e_rc4) return rc4(key, plain);
-    const base::Bytes cipher =
-        signing_.aes_cbc_with_iv(base::bytes_of(key), base::bytes_of(plain));
+    const base::Bytes cipher = signing_.aes_cbc_with_iv(base::bytes_of(key), base::bytes_of(plain));
     return std::string(base::chars_of(cipher));
 }
 

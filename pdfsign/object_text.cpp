@@ -39,8 +39,8 @@ class Writer {
   private:
     void write_dictionary(QPDFObjectHandle& dictionary, int depth) {
         // A signature's content is never encrypted (ISO 32000-2, 7.6.2), and libqpdf knows that.
-        const bool is_signature = dictionary.getKey("/Type").isNameAndEquals("/Sig") &&
-                                  dictionary.hasKey("/ByteRange");
+        const bool is_signature =
+            dictionary.getKey("/Type").isNameAndEquals("/Sig") && dictionary.hasKey("/ByteRange");
         text += "<<";
         for (const std::string& key : dictionary.getKeys()) {
             QPDFObjectHandle value = dictionary.getKey(key);

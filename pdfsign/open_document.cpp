@@ -40,6 +40,38 @@ void process(QPDF& pdf, const std::shared_ptr<PdfSource>& source) {
     }
 }
 
+// libqpdf gives an object that it cannot read as null, and a form that is taken for none would be
+// lost.
+void expect_readable(OpenDocument& document) {
+    const auto known = document.pdf->getXRefTable();
+    QPDFObjectHandle catalog = document.pdf->getRoot();
+    QPDFObjectHandle form = document.form.dictionary;
+    const auto fields = form.isDictionary() ? form.getKey("/Fields") : QPDFObjectHandle::newNull();
+    for (QPDFObjectHandle object :
+         {form, fields, catalog.getKey("/Perms"), document.page.page.getKey("/Annots")}) {
+        if (object.isIndirect() && object.isNull() && known.contains(object.getObjGen())) {
+            throw std::runtime_error("an object cannot be read");
+        }
+    }
+    document.source->expect_no_failure();
+}
+
+void read(OpenDocument& document, Reading reading) {
+    document.pdf->setSuppressWarnings(true);
+    document.pdf->setAttemptRecovery(reading == Reading::repairing);
+    process(*document.pdf, document.source);
+    if (reading == Reading::strict && (*document.ends.header != 0 || !document.ends.last_section ||
+                                       !document.pdf->getTrailer().getKey("/Root").isIndirect())) {
+        // Offsets count from the header, but not every reader takes them so.
+        throw std::runtime_error("no update can be added");
+    }
+    document.page = find_first_page(*document.pdf);
+    document.form = read_form(*document.pdf);
+    expect_readable(document);
+    if (document.form.is_closed) refuse(u"plik jest certyfikowany i nie dopuszcza zmian");
+    if (document.form.is_dynamic) refuse(u"formularz XFA bez stron");
+}
+
 }  // namespace
 
 OpenDocument open_document(std::unique_ptr<ports::FileReader> file, Reading reading) {
@@ -47,20 +79,15 @@ OpenDocument open_document(std::unique_ptr<ports::FileReader> file, Reading read
     document.file = std::move(file);
     document.ends = read_ends(*document.file);
     if (!document.ends.header) refuse(u"to nie jest plik PDF");
+    document.source = std::make_shared<PdfSource>(*document.file);
     document.pdf = std::make_shared<QPDF>();
-    document.pdf->setSuppressWarnings(true);
-    document.pdf->setAttemptRecovery(reading == Reading::repairing);
-    process(*document.pdf, std::make_shared<PdfSource>(*document.file));
-    if (reading == Reading::strict &&
-        (*document.ends.header != 0 || !document.ends.last_section ||
-         !document.pdf->getTrailer().getKey("/Root").isIndirect())) {
-        // Offsets count from the header, but not every reader takes them so.
-        throw std::runtime_error("no update can be added");
+    try {
+        read(document, reading);
+    } catch (...) {
+        // What a disk fails to give is no fault of the document.
+        document.source->expect_no_failure();
+        throw;
     }
-    document.page = find_first_page(*document.pdf);
-    document.form = read_form(*document.pdf);
-    if (document.form.is_closed) refuse(u"plik jest certyfikowany i nie dopuszcza zmian");
-    if (document.form.is_dynamic) refuse(u"formularz XFA bez stron");
     return document;
 }
 

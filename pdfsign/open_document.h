@@ -15,6 +15,7 @@ struct OpenDocument {
     std::unique_ptr<ports::FileReader> file;
     FileEnds ends;
     /// Reads from `file`, so it goes first.
+    std::shared_ptr<PdfSource> source;
     std::shared_ptr<QPDF> pdf;
     FirstPage page;
     Form form;

@@ -41,6 +41,14 @@ std::optional<std::int64_t> last_section_in(std::string_view tail) {
     return std::nullopt;
 }
 
+// A linearized document has another one at its beginning, with the number 0.
+bool says_where_it_ends(std::string_view tail) {
+    const std::size_t at = tail.rfind("startxref");
+    if (at == tail.npos) return false;
+    const std::size_t number = tail.find_first_not_of(" \r\n", at + std::strlen("startxref"));
+    return number == tail.npos || tail[number] != '0';
+}
+
 }  // namespace
 
 PdfSource::PdfSource(ports::FileReader& file)
@@ -50,9 +58,15 @@ base::ByteView PdfSource::ahead() {
     const qpdf_offset_t within = position_ - buffered_from_;
     if (within < 0 || within >= static_cast<qpdf_offset_t>(buffer_.size())) {
         buffer_.resize(buffer_bytes);
-        file_.seek(static_cast<std::uint64_t>(position_));
-        buffer_.resize(file_.read(buffer_));
         buffered_from_ = position_;
+        try {
+            file_.seek(static_cast<std::uint64_t>(position_));
+            buffer_.resize(file_.read(buffer_));
+        } catch (...) {
+            buffer_.clear();
+            failure_ = std::current_exception();
+            throw;
+        }
     }
     return base::ByteView(buffer_).subspan(static_cast<std::size_t>(position_ - buffered_from_));
 }
@@ -67,8 +81,7 @@ qpdf_offset_t PdfSource::findAndSkipNextEOL() {
             if (static_cast<std::size_t>(found) == part.size()) continue;
             end = position_;
         } else {
-            const auto found =
-                std::ranges::find_if_not(part, is_line_end) - part.begin();
+            const auto found = std::ranges::find_if_not(part, is_line_end) - part.begin();
             position_ += found;
             if (static_cast<std::size_t>(found) < part.size()) return end;
         }
@@ -100,6 +113,10 @@ void PdfSource::unreadCh(char /*ch*/) {
     if (position_ > 0) --position_;
 }
 
+void PdfSource::expect_no_failure() const {
+    if (failure_) std::rethrow_exception(failure_);
+}
+
 FileEnds read_ends(ports::FileReader& file) {
     FileEnds ends;
     const std::uint64_t size = file.size();
@@ -107,8 +124,8 @@ FileEnds read_ends(ports::FileReader& file) {
     if (header != std::string::npos) ends.header = header;
     const std::string tail = part_of(file, size > end_within ? size - end_within : 0, end_within);
     ends.ends_with_line = !tail.empty() && is_line_end(static_cast<std::uint8_t>(tail.back()));
-    ends.has_end = tail.find("startxref") != std::string::npos;
     ends.last_section = last_section_in(tail);
+    ends.has_end = says_where_it_ends(tail);
     if (ends.last_section) {
         std::string_view section;
         const std::string start = part_of(

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <exception>
 #include <memory>
 #include <optional>
 #include <qpdf/InputSource.hh>
@@ -20,12 +21,17 @@ class PdfSource final : public InputSource {
     void rewind() override { position_ = 0; }
     std::size_t read(char* into, std::size_t length) override;
     void unreadCh(char ch) override;
+    /// Throws what reading the file threw before: libqpdf takes that for a fault of the object,
+    /// which it then gives as null.
+    void expect_no_failure() const;
 
   private:
-    /// What the buffer has from the position on, filled anew where it has nothing; empty at the end.
+    /// What the buffer has from the position on, filled anew where it has nothing; empty at the
+    /// end.
     base::ByteView ahead();
 
     ports::FileReader& file_;
+    std::exception_ptr failure_;
     std::string name_;
     qpdf_offset_t size_;
     qpdf_offset_t position_ = 0;
@@ -44,7 +50,7 @@ struct FileEnds {
     /// near the end.
     std::optional<std::int64_t> last_section;
     CrossReference kind = CrossReference::table;
-    /// "startxref" stands there, whatever follows it.
+    /// "startxref" stands there, whatever follows it but 0.
     bool has_end = false;
     bool ends_with_line = false;
 };

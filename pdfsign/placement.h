@@ -13,8 +13,8 @@ struct Placement {
     std::string matrix;
 };
 
-/// A box of that size in points in the page's top left corner as it is shown, made smaller where the
-/// page is too narrow, below other fields that stand there.
+/// A box of that size in points in the page's top left corner as it is shown, made smaller where
+/// the page is too narrow, below other fields that stand there.
 Placement place_box(FirstPage& page, double width, double height);
 
 }  // namespace tavrix::pdfsign

@@ -20,15 +20,15 @@ class BesideFile {
     BesideFile(const PdfPorts& ports, base::TextView path) : files_(ports.files) {
         std::uint8_t random[8];
         ports.signing.fill_random(random);
-        const std::string digits = hexadecimal(
-            {reinterpret_cast<const char*>(random), sizeof random});
+        const std::string digits =
+            hexadecimal({reinterpret_cast<const char*>(random), sizeof random});
         name_ = base::Text(path) + u"." + base::from_utf8(digits.substr(1, 16)) + u".tmp";
     }
     ~BesideFile() {
-        if (!files_.is_file(name_)) return;
         try {
             files_.remove(name_);
-        } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch): it is only rubbish
+        } catch (
+            const std::exception&) {  // NOLINT(bugprone-empty-catch): nothing else is left to do
         }
     }
     BesideFile(const BesideFile&) = delete;
@@ -64,12 +64,14 @@ void put_into_gap(SignatureUpdate& update, base::ByteView signature) {
 
 void write_signed(const PdfPorts& ports, OpenDocument& document, ports::Signer& signer,
                   base::TextView out, Profile profile) {
-    const auto time = profile == Profile::pades ? ports::SigningTime::nowhere
-                                                : ports::SigningTime::in_attribute;
+    const auto time =
+        profile == Profile::pades ? ports::SigningTime::nowhere : ports::SigningTime::in_attribute;
     SignatureContent content{profile, readable_name(signer.name()), ports.clock.now_local(),
                              ports.signing.now_utc(), 0};
     content.bytes = signer.begin(content.utc, time)->finish().size() + spare_bytes;
     SignatureUpdate update = make_signature_update(document, ports.signing, content);
+
+    document.source->expect_no_failure();
 
     const auto file = ports.files.create(out, ports::Readers::everyone);
     const auto signature = signer.begin(content.utc, time);

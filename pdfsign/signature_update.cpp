@@ -16,8 +16,8 @@ constexpr double font_size = 10;
 constexpr std::size_t range_room = 60;
 
 std::int64_t minutes_of(const base::DateTime& moment) {
-    return base::days_from_civil(moment.year, moment.month, moment.day) * 1440 +
-           moment.hour * 60 + moment.minute;
+    return base::days_from_civil(moment.year, moment.month, moment.day) * 1440 + moment.hour * 60 +
+           moment.minute;
 }
 
 // ISO 32000-2, 7.9.4, with the local time's distance from UTC.
@@ -98,10 +98,9 @@ class Builder {
 
     // The field and its only widget in one (12.5.6.19).
     void put_field(QPDFObjGen field, QPDFObjGen signature) {
-        const Caption caption =
-            lay_out({base::Text(caption_of_name) + content_.name,
-                     base::format_date_time(content_.local)},
-                    font_size);
+        const Caption caption = lay_out(
+            {base::Text(caption_of_name) + content_.name, base::format_date_time(content_.local)},
+            font_size);
         const Placement place = place_box(document_.page, caption.width, caption.height);
         const QPDFObjGen form = put_appearance(update_, encryption_, caption, place.matrix);
         std::string rectangle;
@@ -124,8 +123,7 @@ class Builder {
     void put_form(QPDFObjGen field) {
         QPDFObjectHandle old = document_.form.dictionary;
         const bool exists = old.isDictionary();
-        QPDFObjectHandle form =
-            exists ? old.shallowCopy() : QPDFObjectHandle::newDictionary();
+        QPDFObjectHandle form = exists ? old.shallowCopy() : QPDFObjectHandle::newDictionary();
         QPDFObjectHandle fields = form.getKey("/Fields");
         if (fields.isArray() && fields.isIndirect()) {
             update_.put(fields.getObjGen(), with(fields, field));
@@ -162,10 +160,9 @@ class Builder {
 
     void set_byte_range() {
         const std::uint64_t before = document_.file->size();
-        const std::string range =
-            "[ 0 " + std::to_string(before + gap_begins_) + " " +
-            std::to_string(before + gap_ends_) + " " +
-            std::to_string(update_.text.size() - gap_ends_) + " ]";
+        const std::string range = "[ 0 " + std::to_string(before + gap_begins_) + " " +
+                                  std::to_string(before + gap_ends_) + " " +
+                                  std::to_string(update_.text.size() - gap_ends_) + " ]";
         if (range.size() > range_room) refuse(u"plik jest za długi");
         update_.text.replace(range_at_, range.size(), range);
     }

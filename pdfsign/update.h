@@ -23,8 +23,8 @@ class Update {
     /// `entries` is the stream's dictionary without brackets and length.
     void put_stream(QPDFObjGen object, std::string_view entries, std::string_view content);
     /// The cross-reference section of the kind that the document ends with, because readers that
-    /// find the other one repair the file in memory and then refuse its signatures; and the trailer.
-    /// `new_identifier` becomes the second half of the document's.
+    /// find the other one repair the file in memory and then refuse its signatures; and the
+    /// trailer. `new_identifier` becomes the second half of the document's.
     void finish(base::ByteView new_identifier);
 
     std::string text;

@@ -80,7 +80,7 @@ base::Text text_of_string(QPDFObjectHandle object) {
     return object.isString() ? base::from_utf8(object.getUTF8Value()) : base::Text();
 }
 
-void judge(VerifiedSignature& verified, QPDFObjectHandle signature, const PdfPorts& ports,
+void judge(VerifiedSignature& verified, QPDFObjectHandle signature, ports::Signing& signing,
            ports::FileReader& file, std::string_view trusted) {
     QPDFObjectHandle kind = signature.getKey("/SubFilter");
     if (!kind.isNameAndEquals("/adbe.pkcs7.detached") &&
@@ -92,25 +92,24 @@ void judge(VerifiedSignature& verified, QPDFObjectHandle signature, const PdfPor
     const std::uint64_t size = file.size();
     const ByteRange range = range_of(signature, size);
     const base::Bytes cms = signature_in_gap(file, range, told.getStringValue());
-    verified.findings = ports.signing.verify(cms, content_of(file, range), trusted);
+    verified.findings = signing.verify(cms, content_of(file, range), trusted);
     verified.added_bytes = size - range[2] - range[3];
 }
 
 }  // namespace
 
-std::vector<VerifiedSignature> verify_pdf(const PdfPorts& ports, base::TextView path,
+std::vector<VerifiedSignature> verify_pdf(ports::FileReader& file, ports::Signing& signing,
                                           std::string_view trusted) {
-    const auto file = ports.files.open(path);
     QPDF pdf;
     pdf.setSuppressWarnings(true);
-    pdf.processInputSource(std::make_shared<PdfSource>(*file), "");
+    pdf.processInputSource(std::make_shared<PdfSource>(file), "");
     std::vector<VerifiedSignature> all;
     for (const SignedField& field : read_form(pdf).signatures) {
         VerifiedSignature verified{base::from_utf8(field.name), {}, {}, {}, 0};
         QPDFObjectHandle signature = field.signature;
         verified.time = text_of_string(signature.getKey("/M"));
         try {
-            judge(verified, signature, ports, *file, trusted);
+            judge(verified, signature, signing, file, trusted);
         } catch (const base::AutomationError& error) {
             verified.fault = error.description();
         }

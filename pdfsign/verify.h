@@ -2,7 +2,8 @@
 
 #include <vector>
 
-#include "pdfsign/sign_ports.h"
+#include "ports/files.h"
+#include "ports/signing.h"
 
 namespace tavrix::pdfsign {
 
@@ -20,7 +21,7 @@ struct VerifiedSignature {
 
 /// Judges every signature in a document, in the order of its form. Throws std::exception for a
 /// document that cannot be read. `trusted` are certificates in PEM.
-std::vector<VerifiedSignature> verify_pdf(const PdfPorts& ports, base::TextView path,
+std::vector<VerifiedSignature> verify_pdf(ports::FileReader& file, ports::Signing& signing,
                                           std::string_view trusted);
 
 }  // namespace tavrix::pdfsign

@@ -10,6 +10,7 @@
 #include "ksef/ksef_comm.h"
 #include "mail/cls_socket.h"
 #include "mail/cmessage.h"
+#include "pdfsign/cls_pdf_podpis.h"
 
 namespace tavrix::com {
 
@@ -32,5 +33,6 @@ std::shared_ptr<mail::CMessage> compose_cmessage();
 // These need no settings.
 std::shared_ptr<barcode::Drk_Wyd_Ean_cls> compose_ean_cls();
 std::shared_ptr<barcode::Drk_Wyd_Ean_cls128> compose_ean_cls128();
+std::shared_ptr<pdfsign::ClsPdfPodpis> compose_cls_pdf_podpis();
 
 }  // namespace tavrix::com

@@ -5,8 +5,8 @@
 
 namespace tavrix::ports::openssl {
 
-/// What a person would call whom `name` is about: the last common name, else given name and surname,
-/// else organisation, else e-mail; "" when there is none of them.
+/// What a person would call whom `name` is about: the last common name, else given name and
+/// surname, else organisation, else e-mail; "" when there is none of them.
 base::Text name_for_people(const X509_NAME* name);
 
 }  // namespace tavrix::ports::openssl

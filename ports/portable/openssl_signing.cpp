@@ -128,7 +128,8 @@ class OpensslSignature final : public DetachedSignature {
     }
 
   private:
-    // OpenSSL 3.0 signs no attributes without the time, so it is taken out and the rest signed anew.
+    // OpenSSL 3.0 signs no attributes without the time, so it is taken out and the rest signed
+    // anew.
     void sign_without_time() {
         const Attribute time(CMS_signed_delete_attr(
             signer_, CMS_signed_get_attr_by_NID(signer_, NID_pkcs9_signingTime, -1)));
@@ -171,7 +172,8 @@ class OpensslSigner final : public Signer {
     }
     // A key that is only for PSS gives signatures that PDF readers do not check.
     bool can_sign() const override {
-        return EVP_PKEY_is_a(pfx_.key.get(), "RSA") == 1 || EVP_PKEY_is_a(pfx_.key.get(), "EC") == 1;
+        return EVP_PKEY_is_a(pfx_.key.get(), "RSA") == 1 ||
+               EVP_PKEY_is_a(pfx_.key.get(), "EC") == 1;
     }
     std::unique_ptr<DetachedSignature> begin(const base::DateTime& moment,
                                              SigningTime time) override {

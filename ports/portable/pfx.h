@@ -28,8 +28,8 @@ struct Pfx {
     Certificates chain;
 };
 
-/// Throws base::AutomationError for a file that none of the passwords opens, or that has no key with
-/// a certificate.
+/// Throws base::AutomationError for a file that none of the passwords opens, or that has no key
+/// with a certificate.
 Pfx read_pfx(const LegacyLibrary& library, base::ByteView file,
              std::span<const base::SecretBytes> passwords);
 
