@@ -66,21 +66,19 @@ Time asn1_time(const base::DateTime& moment) {
     return time;
 }
 
-base::Bytes encoded(const X509_ATTRIBUTE* attribute) {
+std::string encoded(const X509_ATTRIBUTE* attribute) {
     unsigned char* der = nullptr;
     const int size = i2d_X509_ATTRIBUTE(const_cast<X509_ATTRIBUTE*>(attribute), &der);
     check(size > 0, "i2d_X509_ATTRIBUTE");
     const OwnedBytes owned(der);
-    return {der, der + size};
+    return {reinterpret_cast<const char*>(der), static_cast<std::size_t>(size)};
 }
 
 // DER of a SET OF (X.690 10.3, 11.6): the elements sorted by their encoding.
-base::Bytes encoded_set(std::vector<base::Bytes> elements) {
+base::Bytes encoded_set(std::vector<std::string> elements) {
     std::ranges::sort(elements);
-    base::Bytes content;
-    for (const base::Bytes& element : elements) {
-        content.insert(content.end(), element.begin(), element.end());
-    }
+    std::string content;
+    for (const std::string& element : elements) content += element;
     base::Bytes set(static_cast<std::size_t>(
         ASN1_object_size(1, static_cast<int>(content.size()), V_ASN1_SET)));
     unsigned char* at = set.data();
@@ -134,7 +132,7 @@ class OpensslSignature final : public DetachedSignature {
         const Attribute time(CMS_signed_delete_attr(
             signer_, CMS_signed_get_attr_by_NID(signer_, NID_pkcs9_signingTime, -1)));
         check(time != nullptr, "CMS_signed_delete_attr");
-        std::vector<base::Bytes> left;
+        std::vector<std::string> left;
         for (int i = 0; i < CMS_signed_get_attr_count(signer_); ++i) {
             left.push_back(encoded(CMS_signed_get_attr(signer_, i)));
         }
