@@ -17,8 +17,13 @@ mkdir files
 openssl req -x509 -newkey rsa:2048 -nodes -keyout key -out certificate -utf8 -subj '/CN=Zażółć Gęśla-Jaźń' 2>/dev/null
 openssl pkcs12 -export -inkey key -in certificate -out files/klucz.pfx -passout pass:zażółć
 openssl pkcs12 -export -legacy -inkey key -in certificate -out files/stary.pfx -passout pass:zażółć
-echo '%PDF-1.4 1 0 obj << /Type /Catalog /Pages 2 0 R >> endobj 2 0 obj << /Type /Pages /Kids [ 3 0 R ] /Count 1 >> endobj
-3 0 obj << /Type /Page /Parent 2 0 R /MediaBox [ 0 0 400 300 ] >> endobj trailer << /Root 1 0 R /Size 4 >>' >draft
+cat >draft <<'END'
+%PDF-1.4
+1 0 obj << /Type /Catalog /Pages 2 0 R >> endobj
+2 0 obj << /Type /Pages /Kids [ 3 0 R ] /Count 1 >> endobj
+3 0 obj << /Type /Page /Parent 2 0 R /MediaBox [ 0 0 400 300 ] >> endobj
+trailer << /Root 1 0 R /Size 4 >>
+END
 qpdf --warning-exit-0 draft files/in.pdf 2>/dev/null
 
 wine_program "$bits" cscript //nologo "Z:$here/sign.js" "Z:$work/files" >output || true
