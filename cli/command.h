@@ -25,5 +25,6 @@ void add_render_command(CLI::App& app, int& exit_code);
 /// To `mail`, the command of everything about mail.
 void add_mail_fetch_command(CLI::App& mail, int& exit_code);
 void add_mail_send_command(CLI::App& mail, int& exit_code);
+void add_pdf_commands(CLI::App& app, int& exit_code);
 
 }  // namespace tavrix::cli

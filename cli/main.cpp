@@ -47,6 +47,7 @@ int main(int argc, char** argv) {
     cli::add_validate_command(app, exit_code);
     cli::add_render_command(app, exit_code);
     cli::add_mail_command(app, exit_code);
+    cli::add_pdf_commands(app, exit_code);
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {

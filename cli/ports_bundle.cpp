@@ -11,6 +11,7 @@
 #include "ports/portable/curl_http.h"
 #include "ports/portable/curl_stream.h"
 #include "ports/portable/openssl_crypto.h"
+#include "ports/portable/openssl_signing.h"
 #include "ports/portable/time_zone.h"
 
 namespace tavrix::cli {
@@ -48,6 +49,7 @@ base::Text folder_of_settings() {
 PortsBundle::PortsBundle()
     : settings_(settings_of_environment()),
       crypto_(ports::make_openssl_crypto()),
+      signing_(ports::make_openssl_signing()),
       clock_(std::make_unique<TalkingClock>()),
       locale_(ports::make_native_locale()),
       xml_(ports::make_native_xml()),

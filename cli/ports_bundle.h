@@ -8,6 +8,7 @@
 #include "ksef/ksef_comm.h"
 #include "mail/delivery.h"
 #include "mail/pop3/retrieval.h"
+#include "pdfsign/sign_ports.h"
 
 namespace tavrix::cli {
 
@@ -24,6 +25,8 @@ class PortsBundle {
     mail::DeliveryPorts for_delivery();
     /// What one retrieval of mail needs; as long valid.
     mail::RetrievalPorts for_retrieval();
+    /// What signing PDF files needs; as long valid.
+    pdfsign::PdfPorts for_pdf() { return {*files_, *clock_, *code_page_, *signing_}; }
     ports::CodePage& code_page() { return *code_page_; }
     ports::Crypto& crypto() { return *crypto_; }
     ports::DataFiles& files() { return *files_; }
@@ -32,6 +35,7 @@ class PortsBundle {
   private:
     frame::Settings settings_;
     std::unique_ptr<ports::Crypto> crypto_;
+    std::unique_ptr<ports::Signing> signing_;
     std::unique_ptr<ports::Clock> clock_;
     std::unique_ptr<ports::Locale> locale_;
     std::unique_ptr<ports::Xml> xml_;

@@ -64,6 +64,7 @@ OUTSIDE = [
     (r"libxml/.*", ADAPTERS + ["sandbox/basics", "sandbox/documents"], "a library behind a port"),
     (r"sqlite3\.h", ADAPTERS + ["sandbox/store"], "a library behind a port"),
     (r"openssl/.*", ADAPTERS + ["sandbox/basics", "sandbox/service"], "a library behind a port"),
+    (r"qpdf/.*", ["pdfsign"], "a library of one feature"),
     (r"archive(_entry)?\.h", ["sandbox/documents"], "a library behind a reader"),
     (r"boost/.*", ["sandbox/http"], "a library of the applications"),
     (r"httplib\.h", [], "a library of the tests"),

@@ -6,8 +6,7 @@
 # Sourced, never run.
 
 # In the order of building: a recipe may use the ones before it.
-windows_libraries=(openssl curl sqlite googletest json cli11 qrcodegen zlib)
-# Recipes that work and wait for the code that links them: jpeg qpdf.
+windows_libraries=(openssl curl sqlite googletest json cli11 qrcodegen zlib jpeg qpdf)
 
 # recipe_fields library: sets source_package, native_package, needs and the function build_library.
 load_recipe() {

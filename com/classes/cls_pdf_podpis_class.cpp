@@ -1,5 +1,6 @@
 #include "com/classes/classes.h"
 
+#include "com/classes/compositions.h"
 #include "com/dispatch_object.h"
 #include "com/guid.h"
 #include "com/signature.h"
@@ -11,9 +12,9 @@ namespace {
 using pdfsign::ClsPdfPodpis;
 
 // DISPIDs are published: append only.
-constexpr auto cls_pdf_podpis_members = members(pending(method<&ClsPdfPodpis::pdfpodpis>(
+constexpr auto cls_pdf_podpis_members = members(method<&ClsPdfPodpis::pdfpodpis>(
     1, u"pdfpodpis", u"Podpisuje plik PDF certyfikatem z pliku PFX.", by_reference(u"Plik"),
-    by_reference(u"plikpodpisany"), by_reference(u"cenrtPFX"), by_reference(u"pin"))));
+    by_reference(u"plikpodpisany"), by_reference(u"cenrtPFX"), by_reference(u"pin")));
 
 constexpr ClassTable table = {
     .class_id = guid("10AD282D-EFC0-4CEA-B55E-A530377C0BE9"),
@@ -26,6 +27,6 @@ constexpr ClassTable table = {
 }  // namespace
 
 constexpr CreatableClass cls_pdf_podpis_class = {
-    table, [] { return make_object(table, std::make_shared<ClsPdfPodpis>()); }};
+    table, [] { return make_object(table, compose_cls_pdf_podpis()); }};
 
 }  // namespace tavrix::com

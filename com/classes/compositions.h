@@ -12,6 +12,7 @@
 #include "mail/cls_send_mail.h"
 #include "mail/cls_socket.h"
 #include "mail/cmessage.h"
+#include "pdfsign/cls_pdf_podpis.h"
 
 namespace tavrix::com {
 
@@ -37,5 +38,6 @@ std::shared_ptr<mail::ClsGetMail> compose_cls_get_mail();
 // These need no settings.
 std::shared_ptr<barcode::Drk_Wyd_Ean_cls> compose_ean_cls();
 std::shared_ptr<barcode::Drk_Wyd_Ean_cls128> compose_ean_cls128();
+std::shared_ptr<pdfsign::ClsPdfPodpis> compose_cls_pdf_podpis();
 
 }  // namespace tavrix::com

@@ -10,6 +10,7 @@
 
 #include <CLI/CLI.hpp>
 #include <nlohmann/json.hpp>
+#include <qpdf/QPDF.hh>
 #include <qrcodegen/qrcodegen.hpp>
 #include <set>
 #include <string>
@@ -69,6 +70,14 @@ TEST(Prefix, TheSmallLibrariesAreThere) {
     EXPECT_EQ(qrcodegen::QrCode::encodeText("A", qrcodegen::QrCode::Ecc::LOW).getSize(), 21);
     EXPECT_EQ(std::string(zlibVersion()), ZLIB_VERSION);
     EXPECT_EQ(CLI::App("name").get_description(), "name");
+}
+
+// Its own ciphers, of old documents too, or they could not be read.
+TEST(Prefix, QpdfReadsDocumentsAndComputesTheirKeys) {
+    QPDF document;
+    document.emptyPDF();
+    EXPECT_TRUE(document.getRoot().isDictionary());
+    EXPECT_EQ(QPDF::compute_data_key("12345", 1, 0, false, 1, 2).size(), 10u);
 }
 
 }  // namespace
