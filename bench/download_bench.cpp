@@ -5,13 +5,7 @@
 #include <ctime>
 #include <set>
 
-#include "ksef/ksef_comm.h"
-#include "ports/native/adapters.h"
-#include "ports/portable/curl_http.h"
-#include "ports/portable/openssl_crypto.h"
-#include "tests/support/fake_clock.h"
-#include "tests/support/host_database.h"
-#include "tests/support/sandbox.h"
+#include "bench/ksef_host.h"
 
 namespace {
 
@@ -75,15 +69,10 @@ class CountingDatabase final : public ports::Database {
 
 class Bench {
   public:
-    Bench() {
-        connection_settings_.proxy = "direct";
-        settings_.service.test = base::from_utf8(sandbox_.origin());
-    }
-
     void list(int entries) {
         const auto connection = make_host(entries / 2);
         // Documents are another matter: the service has none here.
-        sandbox_.reset();
+        host_.sandbox.reset();
         entries_ = entries;
         CountingDatabase database(connection);
         const double ms = milliseconds([&] { call(database); });
@@ -96,18 +85,18 @@ class Bench {
 
     void documents(int rows) {
         const auto connection = make_host(rows);
-        sandbox_.reset();
-        sandbox_.fault({{"step", "invoices/ksef"},
-                        {"kind", "status"},
-                        {"status", 200},
-                        {"body", test::demonstration_invoice_file()},
-                        {"count", -1}});
+        host_.sandbox.reset();
+        host_.sandbox.fault({{"step", "invoices/ksef"},
+                             {"kind", "status"},
+                             {"status", 200},
+                             {"body", test::demonstration_invoice_file()},
+                             {"count", -1}});
         connection->execute_script("update DOK_ZDJECIA set dane=null");
         entries_ = 0;
         CountingDatabase database(connection);
         const double ms = milliseconds([&] { call(database); });
         std::set<int> connections;
-        const auto requests = sandbox_.requests("invoices/ksef");
+        const auto requests = host_.sandbox.requests("invoices/ksef");
         for (const test::Json& request : requests)
             connections.insert(request.at("connection").get<int>());
         std::printf(
@@ -135,12 +124,8 @@ class Bench {
     }
 
     void call(ports::Database& database) {
-        ksef::KseF_comm client({[this] {
-                                    return std::make_unique<ListingHttp>(
-                                        ports::make_curl_http(connection_settings_), entries_);
-                                },
-                                *crypto_, clock_, *locale_, *xml_, *code_page_, *files_,
-                                settings_});
+        ksef::KseF_comm client(host_.ports(
+            [this] { return std::make_unique<ListingHttp>(host_.make_http(), entries_); }));
         client.GetFaktury(database, u"5265877635", base::SecretText(u"R|nip-5265877635|s"), 1, 2,
                           u"");
     }
@@ -153,15 +138,7 @@ class Bench {
         return static_cast<double>(std::clock() - begin) * 1e3 / CLOCKS_PER_SEC;
     }
 
-    test::Sandbox sandbox_;
-    ksef::Settings settings_;
-    ports::ConnectionSettings connection_settings_;
-    std::unique_ptr<ports::Crypto> crypto_ = ports::make_openssl_crypto();
-    test::FakeClock clock_;
-    std::unique_ptr<ports::Locale> locale_ = ports::make_native_locale();
-    std::unique_ptr<ports::Xml> xml_ = ports::make_native_xml();
-    std::unique_ptr<ports::CodePage> code_page_ = ports::make_native_code_page();
-    std::unique_ptr<ports::DataFiles> files_ = ports::make_native_files({});
+    bench::KsefHost host_;
     int entries_ = 0;
 };
 

@@ -8,13 +8,7 @@
 #include <fstream>
 #include <set>
 
-#include "ksef/ksef_comm.h"
-#include "ports/native/adapters.h"
-#include "ports/portable/curl_http.h"
-#include "ports/portable/openssl_crypto.h"
-#include "tests/support/fake_clock.h"
-#include "tests/support/host_database.h"
-#include "tests/support/sandbox.h"
+#include "bench/ksef_host.h"
 
 namespace {
 
@@ -43,20 +37,13 @@ long open_descriptors() {
 
 class Bench {
   public:
-    Bench() {
-        connection_settings_.proxy = "direct";
-        settings_.service.test = base::from_utf8(sandbox_.origin());
-    }
-
     // One host call as hosts make it: a fresh instance, another document number so that nothing is
     // a duplicate.
     bool call(int number) {
         const base::Text invoice =
             base::replace_all(xml_, u"FV/2026/11/0147", u"FV/2026/11/" + base::to_decimal(number));
         ports::SqliteDatabase database(connection_);
-        ksef::KseF_comm client({[this] { return ports::make_curl_http(connection_settings_); },
-                                *crypto_, clock_, *locale_, *xml_port_, *code_page_, *files_,
-                                settings_});
+        ksef::KseF_comm client(host_.ports([this] { return host_.make_http(); }));
         return client
             .SendInvoiceToKSeF(database, u"5265877635", base::SecretText(u"R|nip-5265877635|s"),
                                invoice, u"FA (3)", u"1-0E", u"FA", 2, u"dok_fak", 1001)
@@ -69,9 +56,9 @@ class Bench {
         for (int i = 0; i < warm_up; ++i) {
             if (!call(i)) return false;
         }
-        sandbox_.reset();
+        host_.sandbox.reset();
         if (!call(warm_up)) return false;
-        const test::Json state = sandbox_.state();
+        const test::Json state = host_.sandbox.state();
         std::set<int> connections;
         int requests = 0;
         for (const test::Json& request : state.at("requests")) {
@@ -101,15 +88,7 @@ class Bench {
     }
 
   private:
-    test::Sandbox sandbox_;
-    ksef::Settings settings_;
-    ports::ConnectionSettings connection_settings_;
-    std::unique_ptr<ports::Crypto> crypto_ = ports::make_openssl_crypto();
-    test::FakeClock clock_;
-    std::unique_ptr<ports::Locale> locale_ = ports::make_native_locale();
-    std::unique_ptr<ports::Xml> xml_port_ = ports::make_native_xml();
-    std::unique_ptr<ports::CodePage> code_page_ = ports::make_native_code_page();
-    std::unique_ptr<ports::DataFiles> files_ = ports::make_native_files({});
+    bench::KsefHost host_;
     std::shared_ptr<ports::SqliteConnection> connection_ = test::make_host_database("2026-11-21");
     base::Text xml_ = test::demonstration_invoice();
 };

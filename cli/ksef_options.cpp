@@ -17,6 +17,23 @@ void add_environment_option(CLI::App& command, std::string& environment) {
         ->capture_default_str();
 }
 
+void add_nip_option(CLI::App& command, std::string& nip) {
+    command.add_option("--nip", nip, "NIP firmy, ten sam co w tokenie")->required();
+}
+
+void add_database_option(CLI::App& command, std::string& file) {
+    command.add_option("--db", file, "Plik bazy SQLite z dokumentami")->required();
+}
+
+void add_form_options(CLI::App& command, FormOptions& form) {
+    command.add_option("--system-code", form.system_code, "Kod systemowy formularza")
+        ->capture_default_str();
+    command.add_option("--schema-version", form.schema_version, "Wersja schematu")
+        ->capture_default_str();
+    command.add_option("--form-code", form.form_code, "Wartość kodu formularza")
+        ->capture_default_str();
+}
+
 void add_token_options(CLI::App& command, TokenSource& source) {
     command.add_option("--token", source.token,
                        "Token KSeF (REFERENCJA|nip-NNNNNNNNNN|SEKRET); bezpieczniej --token-file "

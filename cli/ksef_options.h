@@ -11,6 +11,18 @@ namespace tavrix::cli {
 std::int32_t environment_number(const std::string& name);
 void add_environment_option(CLI::App& command, std::string& environment);
 
+/// Whose documents, and where they are.
+void add_nip_option(CLI::App& command, std::string& nip);
+void add_database_option(CLI::App& command, std::string& file);
+
+/// The form that invoices are sent in.
+struct FormOptions {
+    std::string system_code = "FA (3)";
+    std::string schema_version = "1-0E";
+    std::string form_code = "FA";
+};
+void add_form_options(CLI::App& command, FormOptions& form);
+
 /// Where a command's KSeF token comes from.
 struct TokenSource {
     std::string token;

@@ -1,9 +1,9 @@
 #include <cstdlib>
 #include <iostream>
 #include <memory>
-#include <nlohmann/json.hpp>
 
 #include "base/error.h"
+#include "cli/answer.h"
 #include "cli/command.h"
 #include "cli/ksef_options.h"
 #include "cli/ports_bundle.h"
@@ -80,14 +80,14 @@ const Text& origin_of(const ksef::Settings& settings, const InvoiceOptions& opti
     return ksef::base_address(settings.qr, environment_number(options.environment));
 }
 
-void print(const Text& link, const std::string& signed_part, bool json) {
+void print_link(const Text& link, const std::string& signed_part, bool json) {
     if (!json) {
         std::cout << base::to_utf8(link) << '\n';
         return;
     }
-    nlohmann::ordered_json answer{{"link", base::to_utf8(link)}};
+    Json answer{{"link", base::to_utf8(link)}};
     if (!signed_part.empty()) answer["signed"] = signed_part;
-    std::cout << answer.dump(2) << '\n';
+    print(answer);
 }
 
 ExitCode make_invoice_link(const InvoiceOptions& options, const std::string& issued) {
@@ -96,9 +96,9 @@ ExitCode make_invoice_link(const InvoiceOptions& options, const std::string& iss
         throw CLI::ValidationError("--date", "oczekiwano daty RRRR-MM-DD");
     PortsBundle bundle;
     const ksef::KsefPorts ports = bundle.for_ksef();
-    print(ksef::invoice_link(origin_of(ports.settings, options), base::from_utf8(options.seller),
-                             *date, hash_of(bundle, options)),
-          {}, options.json);
+    print_link(ksef::invoice_link(origin_of(ports.settings, options),
+                                  base::from_utf8(options.seller), *date, hash_of(bundle, options)),
+               {}, options.json);
     return exit_done;
 }
 
@@ -135,16 +135,12 @@ ExitCode make_certificate_link(const CertificateOptions& options) {
     const ksef::LinkKey read =
         ksef::read_link_key(bundle.crypto(), read_secret_file(options.key_file),
                             pass_phrase_from(options.pass_phrase_file));
-    if (!read.key) {
-        std::cerr << base::to_utf8(read.failure) << '\n';
-        return exit_usage;
-    }
+    if (!read.key) throw Failure(exit_usage, base::to_utf8(read.failure));
     try {
-        print(ksef::with_signature(link, sign(bundle.crypto(), *read.key, link), form),
-              ksef::signed_part(link), options.invoice.json);
+        print_link(ksef::with_signature(link, sign(bundle.crypto(), *read.key, link), form),
+                   ksef::signed_part(link), options.invoice.json);
     } catch (const base::AutomationError& error) {
-        std::cerr << base::to_utf8(error.description()) << '\n';
-        return exit_usage;
+        throw Failure(exit_usage, base::to_utf8(error.description()));
     }
     return exit_done;
 }
@@ -164,7 +160,7 @@ void add_invoice_options(CLI::App& command, InvoiceOptions& options) {
                   "Skrót tego, co wysłałby tavrix send: bez BOM, końce wierszy LF")
         ->needs(file);
     add_environment_option(command, options.environment);
-    command.add_flag("--json", options.json, "Wynik jako JSON (dla programów)");
+    add_json_option(command, options.json);
 }
 
 void add_invoicelink(CLI::App& app, int& exit_code) {

@@ -1,7 +1,7 @@
 #include <iostream>
 #include <memory>
-#include <nlohmann/json.hpp>
 
+#include "cli/answer.h"
 #include "cli/command.h"
 #include "cli/mail_output.h"
 #include "cli/ports_bundle.h"
@@ -10,7 +10,6 @@
 namespace tavrix::cli {
 namespace {
 
-using Json = nlohmann::ordered_json;
 using mail::CMessage;
 using mail::MessageProperty;
 
@@ -59,7 +58,7 @@ void print_json(const CMessage& message, std::int32_t result) {
     }
     answer["Files"] = files_of(message);
     answer["Size"] = message.Size();
-    std::cout << answer.dump(2) << '\n';
+    print(answer);
 }
 
 void print(const CMessage& message) {
@@ -106,7 +105,7 @@ void add_parse_command(CLI::App& mail, int& exit_code) {
                         "Katalog, w którym zapisze załączniki; bez niego nic nie zapisuje");
     command->add_flag("--dodajmail", options->as_dodaj_mail,
                       "Czyta dosłownie tak jak CMessage.DodajMail, z profilem z pliku ustawień");
-    command->add_flag("--json", options->json, "Wynik jako JSON (dla programów)");
+    add_json_option(*command, options->json);
     command->callback([options, &exit_code] { exit_code = parse(*options); });
 }
 

@@ -1,7 +1,10 @@
+#include <algorithm>
 #include <iostream>
+#include <string_view>
 
 #include "base/error.h"
 #include "base/version.h"
+#include "cli/answer.h"
 #include "cli/command.h"
 
 namespace {
@@ -21,6 +24,13 @@ std::string version() {
     using namespace tavrix::base;
     return "tavrix " + std::to_string(version_major) + "." + std::to_string(version_minor) + "." +
            std::to_string(version_revision);
+}
+
+// People read it on stderr, programs where they look for the answer.
+int tell(const char* text, int code, bool as_json) {
+    std::cerr << "Niepowodzenie: " << text << '\n';
+    if (as_json) tavrix::cli::print({{"result", text}});
+    return code;
 }
 
 }  // namespace
@@ -48,18 +58,24 @@ int main(int argc, char** argv) {
     cli::add_render_command(app, exit_code);
     cli::add_mail_command(app, exit_code);
     cli::add_pdf_commands(app, exit_code);
+    // What cannot be parsed does not say it either.
+    const bool as_json = std::find(argv, argv + argc, std::string_view("--json")) != argv + argc;
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? cli::exit_done : cli::exit_usage;
+        if (app.exit(error) == 0) return cli::exit_done;
+        if (as_json) cli::print({{"result", error.what()}});
+        return cli::exit_usage;
+    } catch (const cli::Failure& failure) {
+        return tell(failure.what(), failure.code, as_json);
     } catch (const base::AutomationError& error) {
-        std::cerr << error.what() << '\n';
         // A size that no picture has.
-        if (error.number() == base::ErrorNumber::overflow) return cli::exit_usage;
-        return error.source() == u"Tavrix.json" ? cli::exit_settings : cli::exit_failed;
+        if (error.number() == base::ErrorNumber::overflow)
+            return tell(error.what(), cli::exit_usage, as_json);
+        const bool is_setting = error.source() == u"Tavrix.json";
+        return tell(error.what(), is_setting ? cli::exit_settings : cli::exit_failed, as_json);
     } catch (const std::exception& error) {
-        std::cerr << error.what() << '\n';
-        return cli::exit_failed;
+        return tell(error.what(), cli::exit_failed, as_json);
     }
     return exit_code;
 }

@@ -4,10 +4,10 @@
 #include <filesystem>
 #include <iostream>
 #include <memory>
-#include <nlohmann/json.hpp>
 
 #include "base/base64.h"
 #include "base/error.h"
+#include "cli/answer.h"
 #include "cli/command.h"
 #include "cli/ports_bundle.h"
 #include "cli/zip_writer.h"
@@ -104,11 +104,7 @@ ExitCode pack(const PackOptions& options) {
     package->keep();
     manifest->keep();
     if (options.json) {
-        std::cout << nlohmann::ordered_json{{"package", options.package},
-                                            {"invoices", entries.size()},
-                                            {"bytes", bytes}}
-                         .dump(2)
-                  << '\n';
+        print({{"package", options.package}, {"invoices", entries.size()}, {"bytes", bytes}});
     } else {
         std::cout << options.package << ": " << entries.size() << " faktur, " << bytes
                   << " bajtów\n";
@@ -131,7 +127,7 @@ void add_pack_command(CLI::App& app, int& exit_code) {
         ->required()
         ->check(CLI::ExistingDirectory);
     command->add_option("package", options->package, "Plik paczki, np. paczka.zip")->required();
-    command->add_flag("--json", options->json, "Wynik jako JSON (dla programów)");
+    add_json_option(*command, options->json);
     command->callback([options, &exit_code] { exit_code = pack(*options); });
 }
 

@@ -4,8 +4,8 @@
 #include <iostream>
 #include <map>
 #include <memory>
-#include <nlohmann/json.hpp>
 
+#include "cli/answer.h"
 #include "cli/command.h"
 #include "cli/ksef_options.h"
 #include "cli/ports_bundle.h"
@@ -16,7 +16,6 @@ namespace tavrix::cli {
 namespace {
 
 using base::Text;
-using Json = nlohmann::ordered_json;
 
 struct PullOptions {
     std::string nip;
@@ -95,7 +94,7 @@ void report(const Text& result, bool is_done, const Json& counts, bool as_json) 
     if (as_json) {
         Json answer{{"result", base::to_utf8(result)}, {"complete", is_done}};
         answer.update(counts);
-        std::cout << answer.dump(2) << '\n';
+        print(answer);
         return;
     }
     if (!is_done) std::cout << "Niepowodzenie: " << base::to_utf8(result) << '\n';
@@ -144,10 +143,10 @@ void add_pull_command(CLI::App& app, int& exit_code) {
     auto options = std::make_shared<PullOptions>();
     CLI::App* command = app.add_subcommand(
         "pull", "Pobiera faktury z ostatnich sześćdziesięciu dni do tabeli DOK_ZDJECIA");
-    command->add_option("--nip", options->nip, "NIP firmy, ten sam co w tokenie")->required();
+    add_nip_option(*command, options->nip);
     add_token_options(*command, options->token);
     add_environment_option(*command, options->environment);
-    command->add_option("--db", options->database_file, "Plik bazy SQLite")->required();
+    add_database_option(*command, options->database_file);
     command
         ->add_option("--subject", options->subject,
                      "Kim jest firma: Subject1 sprzedawcą, Subject2 nabywcą, Subject3 podmiotem "
@@ -156,7 +155,7 @@ void add_pull_command(CLI::App& app, int& exit_code) {
         ->capture_default_str();
     command->add_option("--group", options->product_group, "Wartość kolumny in_id_grprod")
         ->capture_default_str();
-    command->add_flag("--json", options->json, "Wynik jako JSON (dla programów)");
+    add_json_option(*command, options->json);
     command->callback([options, &exit_code] { exit_code = run(*options); });
 }
 

@@ -1,8 +1,8 @@
 #include <iostream>
 #include <memory>
-#include <nlohmann/json.hpp>
 
 #include "base/error.h"
+#include "cli/answer.h"
 #include "cli/command.h"
 #include "cli/ksef_options.h"
 #include "cli/ports_bundle.h"
@@ -16,7 +16,6 @@ namespace tavrix::cli {
 namespace {
 
 using base::Text;
-using Json = nlohmann::ordered_json;
 
 struct ReconcileOptions {
     TokenSource token;
@@ -72,11 +71,9 @@ ExitCode run(const ReconcileOptions& options) {
     }
     const Json counts = outcomes(database);
     if (options.json) {
-        std::cout << Json{{"result", base::to_utf8(failure)},
-                          {"complete", failure.empty()},
-                          {"documents", counts}}
-                         .dump(2)
-                  << '\n';
+        print({{"result", base::to_utf8(failure)},
+               {"complete", failure.empty()},
+               {"documents", counts}});
     } else {
         std::cout << (failure.empty() ? "Wyniki sesji wsadowych zapisane.\n"
                                       : "Niepowodzenie: " + base::to_utf8(failure) + '\n')
@@ -94,15 +91,14 @@ void add_reconcile_command(CLI::App& app, int& exit_code) {
         "reconcile", "Zapisuje w dokumentach (dok_fak) wyniki zakończonych sesji wsadowych");
     add_token_options(*command, options->token);
     add_environment_option(*command, options->environment);
-    command->add_option("--db", options->database_file, "Plik bazy SQLite z dokumentami")
-        ->required();
+    add_database_option(*command, options->database_file);
     command
         ->add_option(
             "--by", options->by,
             "Jak czytać odpowiedzi KSeF: position (pyta o listę sesji bez końca, dopóki KSeF nie "
             "odpowie 200) albo name; bez tej opcji według ustawień")
         ->check(CLI::IsMember({"position", "name"}));
-    command->add_flag("--json", options->json, "Wynik jako JSON (dla programów)");
+    add_json_option(*command, options->json);
     command->callback([options, &exit_code] { exit_code = run(*options); });
 }
 

@@ -1,8 +1,8 @@
 #include <iostream>
 #include <memory>
-#include <nlohmann/json.hpp>
 
 #include "base/error.h"
+#include "cli/answer.h"
 #include "cli/command.h"
 #include "cli/ksef_options.h"
 #include "cli/ports_bundle.h"
@@ -13,7 +13,6 @@ namespace tavrix::cli {
 namespace {
 
 using base::Text;
-using Json = nlohmann::ordered_json;
 
 struct SendOptions {
     std::string nip;
@@ -23,9 +22,7 @@ struct SendOptions {
     std::string database_file;
     std::string table;
     std::int32_t id = 0;
-    std::string system_code = "FA (3)";
-    std::string schema_version = "1-0E";
-    std::string form_code = "FA";
+    FormOptions form;
     bool json = false;
 };
 
@@ -81,7 +78,7 @@ void report(const Text& result, ExitCode code, const Json& row, const SendOption
         answer["accepted"] = code != exit_failed;
         answer["upo_stored"] = code == exit_done;
         answer["row"] = row;
-        std::cout << answer.dump(2) << '\n';
+        print(answer);
         return;
     }
     if (code == exit_done) {
@@ -107,9 +104,10 @@ ExitCode send(const SendOptions& options) {
     ksef::KseF_comm client(bundle.for_ksef());
     const Json before = row_now(database, options);
     const Text result = client.SendInvoiceToKSeF(
-        database, base::from_utf8(options.nip), token, xml, base::from_utf8(options.system_code),
-        base::from_utf8(options.schema_version), base::from_utf8(options.form_code),
-        environment_number(options.environment), base::from_utf8(options.table), options.id);
+        database, base::from_utf8(options.nip), token, xml,
+        base::from_utf8(options.form.system_code), base::from_utf8(options.form.schema_version),
+        base::from_utf8(options.form.form_code), environment_number(options.environment),
+        base::from_utf8(options.table), options.id);
     const Json row = row_now(database, options);
     const ExitCode code = exit_code_of(result, before, row);
     report(result, code, row, options);
@@ -122,21 +120,15 @@ void add_send_command(CLI::App& app, int& exit_code) {
     auto options = std::make_shared<SendOptions>();
     CLI::App* command =
         app.add_subcommand("send", "Wysyła jedną fakturę do KSeF i zapisuje wynik w bazie");
-    command->add_option("--nip", options->nip, "NIP firmy, ten sam co w tokenie")->required();
+    add_nip_option(*command, options->nip);
     add_token_options(*command, options->token);
     add_environment_option(*command, options->environment);
     command->add_option("--xml", options->xml_file, "Plik XML faktury (UTF-8)")->required();
-    command->add_option("--db", options->database_file, "Plik bazy SQLite z dokumentami")
-        ->required();
+    add_database_option(*command, options->database_file);
     command->add_option("--table", options->table, "Tabela dokumentów, np. dok_fak")->required();
     command->add_option("--id", options->id, "Klucz dokumentu (kolumna ddout_id)")->required();
-    command->add_option("--system-code", options->system_code, "Kod systemowy formularza")
-        ->capture_default_str();
-    command->add_option("--schema-version", options->schema_version, "Wersja schematu")
-        ->capture_default_str();
-    command->add_option("--form-code", options->form_code, "Wartość kodu formularza")
-        ->capture_default_str();
-    command->add_flag("--json", options->json, "Wynik jako JSON (dla programów)");
+    add_form_options(*command, options->form);
+    add_json_option(*command, options->json);
     command->callback([options, &exit_code] { exit_code = send(*options); });
 }
 

@@ -1,7 +1,7 @@
 #include <iostream>
 #include <memory>
-#include <nlohmann/json.hpp>
 
+#include "cli/answer.h"
 #include "cli/command.h"
 #include "cli/ports_bundle.h"
 #include "ksef/split_file.h"
@@ -23,11 +23,11 @@ void add_split_command(CLI::App& app, int& exit_code) {
     command->add_option("folder", options->folder, "Folder, w którym staną części")
         ->check(CLI::ExistingDirectory)
         ->capture_default_str();
-    command->add_flag("--json", options->json, "Wynik jako JSON (dla programów)");
+    add_json_option(*command, options->json);
     command->callback([options, &exit_code] {
         const auto pieces = ksef::split_file(PortsBundle().files(), base::from_utf8(options->file),
                                              base::from_utf8(options->folder));
-        nlohmann::ordered_json paths = nlohmann::ordered_json::array();
+        Json paths = Json::array();
         for (const base::Text& piece : pieces) {
             // The backslash between folder and name is what hosts see.
             std::string path = base::to_utf8(piece);
@@ -35,7 +35,7 @@ void add_split_command(CLI::App& app, int& exit_code) {
             if (!options->json) std::cout << path << '\n';
             paths.push_back(std::move(path));
         }
-        if (options->json) std::cout << paths.dump(2) << '\n';
+        if (options->json) print(paths);
         exit_code = exit_done;
     });
 }

@@ -1,8 +1,8 @@
 #include <iostream>
 #include <memory>
-#include <nlohmann/json.hpp>
 
 #include "base/error.h"
+#include "cli/answer.h"
 #include "cli/command.h"
 #include "cli/ksef_options.h"
 #include "cli/ports_bundle.h"
@@ -25,65 +25,57 @@ struct NewTokenOptions : TokenOptions {
     bool json = false;
 };
 
-// Its tax number; the empty text after it was said what is wrong with it.
+// Its tax number.
 base::Text tax_number_in(const base::SecretText& token, const std::string& nip) {
     try {
         const ksef::TokenCheck check =
             nip.empty() ? ksef::read_token(token) : ksef::check_token(token, base::from_utf8(nip));
         if (check.failure.empty()) return check.tax_number;
         // The failure's own text repeats the token, which has no place on a screen.
-        std::cerr << (check.tax_number.empty()
-                          ? "Błędny token: brak części rozdzielonych znakiem |\n"
-                          : base::to_utf8(check.failure) + "\n");
+        throw Failure(exit_failed, check.tax_number.empty()
+                                       ? "Błędny token: brak części rozdzielonych znakiem |"
+                                       : base::to_utf8(check.failure));
     } catch (const base::AutomationError& error) {
-        std::cerr << "Błędny token: " << base::to_utf8(error.description()) << '\n';
+        throw Failure(exit_failed, "Błędny token: " + base::to_utf8(error.description()));
     }
-    return {};
 }
 
 ExitCode check(const TokenOptions& options) {
     const base::Text tax_number = tax_number_in(token_from(options.token), options.nip);
-    if (tax_number.empty()) return exit_failed;
     std::cout << "Token ma poprawną budowę, NIP " << base::to_utf8(tax_number) << '\n';
     return exit_done;
 }
 
-ExitCode failed(base::TextView text) {
-    std::cerr << "Niepowodzenie: " << base::to_utf8(text) << '\n';
-    return exit_failed;
-}
-
-void print(const ksef::IssuedToken& issued, const std::string& status, bool json) {
+void print_token(const ksef::IssuedToken& issued, const std::string& status, bool json) {
     const base::SecretUtf8 token = base::to_secret_utf8(issued.token_or_failure.view());
     if (!json) {
         std::cout << token.view() << '\n';
         return;
     }
-    nlohmann::ordered_json answer;
+    Json answer;
     answer["token"] = token.view();
     answer["referenceNumber"] = issued.reference;
     answer["status"] = status;
-    std::cout << answer.dump(2) << '\n';
+    print(answer);
 }
 
 ExitCode issue(const NewTokenOptions& options) {
     PortsBundle bundle;
     const base::SecretText token = token_from(options.token);
     const base::Text tax_number = tax_number_in(token, options.nip);
-    if (tax_number.empty()) return exit_failed;
     ksef::KsefPorts ports = bundle.for_ksef();
     ksef::Client client(ports);
     client.begin_call(environment_number(options.environment));
     if (const base::Text failure = ksef::authenticate(ports, client, tax_number, token);
         !failure.empty()) {
-        return failed(failure);
+        throw Failure(exit_failed, base::to_utf8(failure));
     }
     const ksef::IssuedToken issued =
         ksef::request_token(client, {options.permissions, base::from_utf8(options.description)});
-    if (!issued.issued) return failed(issued.token_or_failure.view());
+    if (!issued.issued) throw Failure(exit_failed, base::to_utf8(issued.token_or_failure.view()));
     // The service tells the token this once: it is shown whatever becomes of it.
     const std::string status = ksef::wait_until_active(client, ports.clock, issued.reference);
-    print(issued, status, options.json);
+    print_token(issued, status, options.json);
     if (status == "Active") return exit_done;
     std::cerr << "Token wydany, ale jeszcze nieaktywny, stan: " << status << '\n';
     return exit_failed;
@@ -111,7 +103,7 @@ void add_new(CLI::App& group, int& exit_code) {
         ->capture_default_str();
     command->add_option("--description", options->description, "Opis, 5 do 256 znaków")
         ->capture_default_str();
-    command->add_flag("--json", options->json, "Wynik jako JSON (dla programów)");
+    add_json_option(*command, options->json);
     command->callback([options, &exit_code] { exit_code = issue(*options); });
 }
 

@@ -28,6 +28,9 @@ ApprovalQuestion MissingInvoices::store(const base::Text& xml, base::TextView id
                                         std::int64_t verdict) {
     const auto row = own_row(u"dane,In_idwew,ksefniezgodnyidwew");
     const base::Text fitted(fitting(*row, u"In_idwew", identifier));
+    // Read before anything is written: nobody asks again for an invoice that has its document.
+    ApprovalQuestion question{text(u"In_Konh_id"), fitted, text(u"In_rolainna"),
+                              text(u"In_podmiot3zawiera"), text(u"In_nrdok")};
     row->set_field(u"dane", xml);
     row->set_field(u"In_idwew", fitted);
     row->set_field(u"ksefniezgodnyidwew", verdict);
@@ -37,8 +40,7 @@ ApprovalQuestion MissingInvoices::store(const base::Text& xml, base::TextView id
         const auto stored = own_row(u"dane");
         if (stored->at_end() || ports::text_of(stored->field(u"dane")) != xml) throw;
     }
-    return {text(u"In_Konh_id"), fitted, text(u"In_rolainna"), text(u"In_podmiot3zawiera"),
-            text(u"In_nrdok")};
+    return question;
 }
 
 }  // namespace tavrix::ksef

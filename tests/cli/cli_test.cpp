@@ -1,89 +1,9 @@
-#include <gtest/gtest.h>
-#include <sys/wait.h>
-
-#include <cstdio>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-
+#include "tests/cli/cli_fixture.h"
 #include "tests/support/exim.h"
-#include "tests/support/host_database.h"
 #include "tests/support/openssl_tool.h"
-#include "tests/support/sandbox.h"
-#include "tests/support/scratch_folder.h"
 
 namespace tavrix::cli {
 namespace {
-
-using test::Json;
-
-struct Outcome {
-    int exit_code = -1;
-    std::string output;
-};
-
-// Runs the program itself, as a shell script would.
-class Cli : public testing::Test {
-  protected:
-    void SetUp() override {
-        setenv("TAVRIX_SETTINGS", (folder_ + "Tavrix.json").c_str(), 1);
-        unsetenv("TAVRIX_TOKEN");
-    }
-    void write(const std::string& name, const std::string& text) {
-        std::ofstream(folder_ + name, std::ios::binary) << text;
-    }
-
-    Outcome run(const std::string& arguments) {
-        FILE* pipe = popen((TAVRIX_PROGRAM " " + arguments + " 2>&1").c_str(), "r");
-        Outcome outcome;
-        char buffer[4096];
-        while (const std::size_t size = fread(buffer, 1, sizeof buffer, pipe))
-            outcome.output.append(buffer, size);
-        outcome.exit_code = WEXITSTATUS(pclose(pipe));
-        return outcome;
-    }
-
-    /// Everything that the command line, which it gives, speaks of.
-    std::string ready_to_send(const test::Sandbox& sandbox, const std::string& http = "") {
-        write("Tavrix.json", R"({"ksef":{"test":")" + sandbox.origin() +
-                                 R"("},"http":{"proxy":"direct")" + http + "}}");
-        write("faktura.xml", test::demonstration_invoice_file());
-        write("token.txt", "R|nip-5265877635|s\n");
-        write("firma.db", "");
-        ports::SqliteConnection::open(folder_ + "firma.db", true)
-            ->execute_script(test::demonstration_schema());
-        return "send --json --nip 5265877635 --table dok_fak --id 1001 --token-file '" + folder_ +
-               "token.txt' --xml '" + folder_ + "faktura.xml' --db '" + folder_ + "firma.db'";
-    }
-
-    test::ScratchFolder scratch_;
-    std::string folder_ = scratch_.path().string() + "/";
-};
-
-TEST_F(Cli, PullsInvoicesAndLooksForTheOutcomeOfPackages) {
-    test::Sandbox sandbox;
-    ASSERT_EQ(run(ready_to_send(sandbox)).exit_code, 0);
-    const std::string rest =
-        " --json --token-file '" + folder_ + "token.txt' --db '" + folder_ + "firma.db'";
-    const std::string pull = "pull --subject Subject1 --nip 5265877635" + rest;
-    for (const int recorded : {1, 0}) {
-        const Outcome pulled = run(pull);
-        EXPECT_EQ(pulled.exit_code, 0);
-        const Json expected{{"result", "kod bładu:200"},
-                            {"complete", true},
-                            {"recorded", recorded},
-                            {"fetched", recorded},
-                            {"missing", 0}};
-        EXPECT_EQ(Json::parse(pulled.output), expected);
-    }
-    for (const std::string by : {"name", "position"}) {
-        const Outcome reconciled = run("reconcile --by " + by + rest);
-        EXPECT_EQ(reconciled.exit_code, 0) << reconciled.output;
-        EXPECT_EQ(Json::parse(reconciled.output).at("documents").at("accepted"), 0);
-    }
-    sandbox.fault({{"step", "invoices/query/metadata"}, {"kind", "status"}, {"status", 500}});
-    EXPECT_EQ(run(pull).exit_code, 1);
-}
 
 TEST_F(Cli, SendsOverTlsOfAPrivateAuthorityAndTellsMachines) {
     test::Sandbox sandbox("--https --ca-file-out '" + folder_ + "ca.pem'");
@@ -105,35 +25,6 @@ TEST_F(Cli, SendsOverTlsOfAPrivateAuthorityAndTellsMachines) {
     EXPECT_EQ(row.size(), 8u) << "every column that the library writes";
     EXPECT_GT(row.at("upo_bytes"), 1000);
     EXPECT_EQ(run("hash '" + folder_ + "faktura.xml'").output.substr(0, 44), row.at("HashFaktury"));
-}
-
-TEST_F(Cli, TellsAnAcceptedInvoiceWithoutUpoApart) {
-    test::Sandbox sandbox;
-    std::string send;
-    // The text of the last one says nothing of the number that was recorded before.
-    const std::pair<const char*, Json> troubles[] = {
-        {"Faktura o numerze KSeF: ", {{"step", "storage/invoice-upo"}, {"kind", "status"}}},
-        {"429 Too many Requests", {{"step", "sessions/status"}, {"skip", 1}, {"kind", "429"}}},
-    };
-    for (const auto& [text, fault] : troubles) {
-        sandbox.reset();
-        sandbox.fault(fault);
-        send = ready_to_send(sandbox);
-        const Outcome outcome = run(send);
-        EXPECT_EQ(outcome.exit_code, 3) << outcome.output;
-        const Json answer = Json::parse(outcome.output);
-        EXPECT_TRUE(answer.at("result").get<std::string>().starts_with(text)) << outcome.output;
-        EXPECT_EQ(answer.at("accepted"), true) << text;
-        EXPECT_EQ(answer.at("upo_stored"), false) << text;
-    }
-    // Sent anew and refused: that the row has the number of the first sending does not count.
-    sandbox.reset();
-    sandbox.fault({{"step", "processing/invoice"}, {"kind", "verdict"}, {"code", 450}});
-    const Outcome refused = run(send);
-    EXPECT_EQ(refused.exit_code, 1) << refused.output;
-    const Json answer = Json::parse(refused.output);
-    EXPECT_EQ(answer.at("accepted"), false);
-    EXPECT_EQ(answer.at("row").at("numer_ksef").get<std::string>().size(), 35u);
 }
 
 TEST_F(Cli, ExitCodesTellWhoseFaultItIs) {
@@ -212,7 +103,7 @@ TEST_F(Cli, CertificateLinksOfEveryKindOfKeyHoldForOpenssl) {
         openssl pkcs8 -topk8 -nocrypt -in sec1 -out pkcs8
         openssl pkcs8 -topk8 -in sec1 -passout pass:haslo -out locked8
         openssl ec -in sec1 -aes256 -passout pass:haslo -out locked1
-        openssl genrsa -out rsa 2048; openssl genrsa -out rsa1024 1024)");
+        openssl genrsa -out rsa 2048)");
     setenv("TAVRIX_KEY_PASS", "haslo", 1);
     const std::string invoice = "--hash UtQp9Gpc51y+u3xApZjIjgkpZ01js+J8KflSPW8WzIE= ";
     const std::string call = "certlink --serial 01f20a5d352ae590 --nip 526-587-76-35 --env prod " +
@@ -234,33 +125,9 @@ TEST_F(Cli, CertificateLinksOfEveryKindOfKeyHoldForOpenssl) {
         made.output.pop_back();
         EXPECT_NO_THROW(test::verify_link(scratch_, made.output, *key == 'r' ? "rsa" : "sec1"));
     }
-    setenv("TAVRIX_KEY_PASS", "inne", 1);
-    for (const char* refused : {"locked8", "rsa1024", "none", "pkcs8 --context a/b",
-                                "pkcs8 --context-type InternalId", "pkcs8 --xml faktura.xml"}) {
-        EXPECT_EQ(run(call + refused).exit_code, 2) << refused;
-    }
     EXPECT_EQ(run("invoicelink --nip 1111111111 --date 2026-02-01 " + invoice).output,
               "https://qr-test.ksef.mf.gov.pl/invoice/1111111111/01-02-2026/"
               "UtQp9Gpc51y-u3xApZjIjgkpZ01js-J8KflSPW8WzIE\n");
-}
-
-TEST_F(Cli, ANewTokenIsShownWhenItIsActive) {
-    test::Sandbox sandbox;
-    ready_to_send(sandbox);
-    sandbox.fault({{"step", "tokens/status"},
-                   {"kind", "json"},
-                   {"path", "status"},
-                   {"value", "Pending"},
-                   {"count", 1}});
-    const Outcome made =
-        run("token new --permission InvoiceRead --permission CredentialsRead "
-            "--token-file " +
-            folder_ + "token.txt 2>/dev/null");
-    EXPECT_EQ(made.exit_code, 0);
-    EXPECT_NE(made.output.find("|nip-5265877635|"), std::string::npos);
-    EXPECT_EQ(sandbox.requests("tokens/create").at(0).at("body").at("permissions"),
-              Json({"InvoiceRead", "CredentialsRead"}));
-    EXPECT_EQ(sandbox.requests("tokens/status").size(), 2u);
 }
 
 // From a folder to a session that the service, which unpacks every part, has done.
@@ -278,10 +145,6 @@ TEST_F(Cli, PacksAndSendsAPackageInParts) {
     const auto pack = [&](const std::string& name) {
         return run("pack '" + invoices + "' '" + folder_ + name + "'");
     };
-    const auto content = [&](const std::string& name) {
-        std::ifstream file(folder_ + name, std::ios::binary);
-        return std::string(std::istreambuf_iterator<char>(file), {});
-    };
     ASSERT_EQ(pack("a.zip").exit_code, 0);
     ASSERT_EQ(pack("b.zip").exit_code, 0);
     EXPECT_EQ(content("a.zip"), content("b.zip"));
@@ -298,12 +161,6 @@ TEST_F(Cli, PacksAndSendsAPackageInParts) {
          {R"("table":"dok_fak","ddout_id":1002)", R"("table":"","ddout_id":0)"})
         EXPECT_NE(noted.find(document), std::string::npos) << noted;
     EXPECT_NE(noted.find(session), std::string::npos) << noted;
-
-    write("faktury/ż.xml", "<a/>");
-    EXPECT_EQ(pack("c.zip").exit_code, 2) << "no name for the service";
-    EXPECT_FALSE(std::filesystem::exists(folder_ + "c.zip"));
-    EXPECT_EQ(run("split '" + folder_ + "a.zip' '" + folder_ + "'").output,
-              folder_ + "/a.zip.001\n");
 }
 
 }  // namespace

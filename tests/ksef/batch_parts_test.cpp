@@ -34,29 +34,32 @@ class BatchParts : public BatchFixture {
 
 TEST_F(BatchParts, OnlyWhatMayPassIsTriedAgain) {
     const std::string refused = "wyysłka pliku:sessions/batch:STATUS:";
-    const std::tuple<const char*, Json, std::string, std::size_t, std::size_t, bool> troubles[] = {
-        {put, harmless, "", 4, 1, false},
-        {put, kind("drop"), "", 5, 1, false},
-        {put, status(503, "", 3), "", 7, 1, false},
-        {put, status(503, "", -1), refused + "503", 4, 0, true},
-        {put, status(400, "<Error/>"), refused + "400", 1, 0, true},
-        {put, status(403, "<Error/>"), refused + "403", 1, 0, false},
-        {put, status(200), refused + "200", 1, 0, true},
+    // Rows: uploads, closings, and whether the state is kept.
+    const test::Troubles troubles = {
+        {put, harmless, "", "4 1"},
+        {put, kind("drop"), "", "5 1"},
+        {put, status(503, "", 3), "", "7 1"},
+        {put, status(503, "", -1), refused + "503", "4 0 state"},
+        {put, status(400, "<Error/>"), refused + "400", "1 0 state"},
+        {put, status(403, "<Error/>"), refused + "403", "1 0"},
+        {put, status(200), refused + "200", "1 0 state"},
         // The closing worked, its answer was lost.
-        {close, kind("drop"), "", 4, 1, false},
-        {close, status(500), "", 4, 2, false},
-        {close, status(401), "", 4, 2, false},
-        {close, status(400, "{\"e\":1}"), "{\"e\":1}", 4, 1, false},
+        {close, kind("drop"), "", "4 1"},
+        {close, status(500), "", "4 2"},
+        {close, status(401), "", "4 2"},
+        {close, status(400, "{\"e\":1}"), "{\"e\":1}", "4 1"},
     };
-    for (const auto& [step, fault, text, uploads, closings, state_kept] : troubles) {
-        const std::string where = std::string(step) + " " + fault.dump();
-        std::filesystem::remove(state_file);
-        begin(1'000'000, step, fault);
-        EXPECT_EQ(send_parts(), text) << where;
-        EXPECT_EQ(count(put), uploads) << where;
-        EXPECT_EQ(count(close), closings) << where;
-        EXPECT_EQ(std::filesystem::exists(state_file), state_kept) << where;
-    }
+    run_through(
+        *sandbox, troubles,
+        [&] {
+            std::filesystem::remove(state_file);
+            begin(1'000'000);
+        },
+        [&]() -> test::Outcome {
+            const std::string result = send_parts();
+            return {result, std::to_string(count(put)) + " " + std::to_string(count(close)) +
+                                (std::filesystem::exists(state_file) ? " state" : "")};
+        });
 }
 
 TEST_F(BatchParts, GoWithTheHeadersOfTheAnswerUntilTheirTimeIsUp) {

@@ -1,45 +1,46 @@
 // Invoices that others have sent: the list, the documents, and who has to approve them.
 
-#include "tests/ksef/scripted_exchange.h"
+#include "tests/ksef/send_faults.h"
+#include "tests/support/failing.h"
 
 namespace tavrix::ksef {
 namespace {
 
+using test::Json;
+
 const std::string failed = "Nieznany błąd po prawidłowej inicializacji";
 const std::string done = "kod bładu:200";
-const std::string document = "/api/v2/invoices/ksef/";
-const std::string list = "/api/v2/invoices/query/metadata?sortOrder=Desc&pageOffset=0&pageSize=250";
-
-const std::string second_page =
-    "/api/v2/invoices/query/metadata?sortOrder=Desc&pageOffset=1&pageSize=250";
+const char* const list = "invoices/query/metadata";
+const char* const document = "invoices/ksef";
 
 /// An entry as the service writes it.
-std::string entry(const std::string& number, const std::string& seller = "1234567890",
-                  const std::string& form = "FA") {
+std::string entry(const std::string& number, const std::string& form = "FA") {
     return R"({"ksefNumber":")" + number +
            R"(","invoiceNumber":"O'1/2026",)"
            R"("issueDate":"2026-11-20","invoicingDate":"i","acquisitionDate":"a",)"
-           R"("permanentStorageDate":"2026-11-21T08:15:30.1234567+00:00","seller":{"nip":")" +
-           seller +
-           R"(","name":"S"},"buyer":{},"netAmount":1234.50,"grossAmount":0,)"
+           R"("permanentStorageDate":"2026-11-21T08:15:30.1234567+00:00",)"
+           R"("seller":{"nip":"1234567890","name":"S"},"buyer":{},"netAmount":1234.50,"grossAmount":0,)"
            R"("vatAmount":283.94,"currency":"PLN","invoicingMode":"Online","invoiceType":"Vat",)"
            R"("formCode":{"systemCode":"FA","schemaVersion":"1-0E","value":")" +
            form +
            R"("},"isSelfInvoicing":false,"hasAttachment":false,"invoiceHash":"H=","later":1})";
 }
-std::string page(const std::string& entries, const char* more = "false") {
-    return std::string(R"({"hasMore":)") + more + R"(,"invoices":[)" + entries + "]}";
-}
 
-class Download : public ScriptedExchange {
+class Download : public SendFixture {
   protected:
-    void begin(const std::string& sql, const std::string& entries = entry("N1")) {
+    /// Invoices ZAK/1 and on were bought; the newest one is listed first.
+    void begin(const std::string& sql, int count = 1) {
         begin_anew();
         connection->execute_script("delete from kontrahenci; delete from Kontrahenci_parametry;" +
                                    sql);
-        script = {{list, {{200, page(entries)}}}, {second_page, {{200, page("")}}}};
-        for (const char* n : {"N1", "N2", "N3"}) script[document + n] = {{200, "<F/>"}};
-        asked.clear();
+        const Json bought{{"seller", "1234567890"}, {"buyer", "5265877635"}, {"count", count}};
+        sandbox->call("POST", "/sandbox/purchases", bought.dump());
+    }
+    /// One invoice is listed like this and has this document.
+    void list_alone(const std::string& listed, const std::string& xml_text = "<F/>") {
+        test::set_trouble(*sandbox, list,
+                          status(200, R"({"hasMore":false,"invoices":[)" + listed + "]}", -1));
+        test::set_trouble(*sandbox, document, status(200, xml_text));
     }
     std::string get(ports::Database& database, const base::Text& subject = u"") {
         KseF_comm client(ports());
@@ -55,20 +56,25 @@ class Download : public ScriptedExchange {
 TEST_F(Download, ARowHoldsWhatTheServiceListsInTheOrderOfItsMembers) {
     begin("");
     ASSERT_EQ(get(), done);
-    EXPECT_EQ(rows(u"select in_id_grprod,ksefniezgodnyidwew,in_numer_ksef,ksefNumber_json,"
-                   u"ksefHashFaktury,dok_ID,data,In_Data_Wyst,In_nrdok,In_NEtto,In_Vat,In_nip,"
-                   u"ZDJECIE_NAZWAPLIKU,ZDJECIE_datawydruku,ZDJECIE_RODZAJ,dane from DOK_ZDJECIA"),
-              "7|0|N1|" + entry("N1") +
-                  "|H=|0|2026-11-21|2026-11-20|O'1/2026|1234,50|283,94|"
-                  "1234567890|N1|2026-11-21 12:30:15|xml|<F/>");
-    EXPECT_EQ(asked.at(0), list + R"({"subjectType":"Subject2","dateRange":{"dateType":)"
-                                  R"("PermanentStorage","from":"2026-09-23T00:00:00.0+00:00",)"
-                                  R"("to":"2026-11-22T23:59:00.0+00:00"}})");
+    const char16_t* const columns =
+        u"select In_nrdok,In_NEtto,In_Vat,In_nip,ksefNumber,in_numer_ksef,ZDJECIE_NAZWAPLIKU,"
+        u"ZDJECIE_RODZAJ,in_id_grprod,ksefniezgodnyidwew,dok_ID from DOK_ZDJECIA";
+    EXPECT_EQ(rows(columns), "ZAK/1|100,0|23,0|1234567890|K|K|K|xml|7|0|0");
+    EXPECT_EQ(sandbox->requests(list).at(0).at("body").dump(),
+              R"({"subjectType":"Subject2","dateRange":{"dateType":"PermanentStorage",)"
+              R"("from":"2026-09-23T00:00:00.0+00:00","to":"2026-11-22T23:59:00.0+00:00"}})");
+    begin("");
+    list_alone(entry("N1"));
+    ASSERT_EQ(get(), done);
+    EXPECT_EQ(rows(u"select ksefNumber_json,ksefHashFaktury,data,In_Data_Wyst,In_nrdok,In_NEtto,"
+                   u"ZDJECIE_datawydruku,dane from DOK_ZDJECIA"),
+              entry("N1") + "|H=|2026-11-21|2026-11-20|O'1/2026|1234,50|2026-11-21 12:30:15|<F/>");
     // A second time, and as another kind.
     for (const char16_t* subject : {u"Subject2", u"SubjectAuthorized", u"Subject1"}) get(subject);
     const char16_t* const kinds = u"select dok_rodz_id,ZDJECIE_kierunek from DOK_ZDJECIA";
     EXPECT_EQ(rows(kinds), "20|ksef_IN 10|ksef_OWN");
-    begin("", entry("N1", "1", "PEF"));
+    begin("");
+    list_alone(entry("N1", "PEF"));
     for (const char16_t* subject : {u"SubjectAuthorized", u"Subject1"}) get(subject);
     EXPECT_EQ(rows(kinds), "23|ksef_OWN 13|ksef_OWN");
 }
@@ -87,62 +93,90 @@ TEST_F(Download, ContractorsAndFlagsDecideWhatIsKept) {
         "insert into setup values ('pza059','1');";
     const std::string pza060 = "insert into setup values ('pza060','1');";
     const std::tuple<std::string, const char*, const char*> hosts[] = {
-        {kd + pza060, "1234567890", "N1|1"},
-        {kx + pza059, "1234567890", "N1|3"},
-        {kd_idle, "1234567890", "N1|2"},
-        {kx_idle, "1234567890", "N1|4"},
-        {ab + pza059, "", "N1|"},
-        {kd, "1' or '1'='1", "N1|"},
+        {kd + pza060, "1234567890", "ZAK/1|1"},
+        {kx + pza059, "1234567890", "ZAK/1|3"},
+        {kd_idle, "1234567890", "ZAK/1|2"},
+        {kx_idle, "1234567890", "ZAK/1|4"},
+        {ab + pza059, "", "ZAK/1|"},
+        {kd, "1' or '1'='1", "ZAK/1|"},
         {ab + pza060, "1234567890", ""},
         {kd + pza059, "1234567890", ""},
     };
     for (const auto& [sql, seller, row] : hosts) {
-        begin(sql, entry("N1", seller));
+        begin(sql);
+        test::set_trouble(*sandbox, list, value_at("invoices[0].seller.nip", seller));
         get();
-        EXPECT_EQ(rows(u"select ksefNumber,In_Konh_id from DOK_ZDJECIA"), row) << sql << seller;
+        EXPECT_EQ(rows(u"select In_nrdok,In_Konh_id from DOK_ZDJECIA"), row) << sql << seller;
     }
 }
 
-// What is answered at which path, whether what is not there is passed over, the text, which
-// invoices have their document and which have none, and how long was waited.
-TEST_F(Download, FaultsHaveTheirTextAndLeaveTheOthers) {
+// Rows: the invoices that have their document, those that have none, and how long was waited.
+TEST_F(Download, TroubleAtEachStepHasItsTextAndLeavesTheOthers) {
     const std::string prefix = "invoices/query/metadata:STATUS:";
-    const std::string n2 = document + "N2";
-    const std::string soon = "Spróbuj ponownie po 1 sekundach";
     const std::string later = R"({"d":["Spr\u00f3buj ponownie po 2 sekundach."]})";
     const std::string gone = R"({"exception":{"exceptionDetailList":[{"exceptionCode":21165}]}})";
-    const std::string broken = page(entry("N1") + R"(,{"ksefNumber":"N2"},7,)" + entry("N3"));
-    std::string hashed = entry("N1");
-    hashed.replace(hashed.find("H="), 2, std::string(43, 'A') + "=");
-    const std::string too_long = page(entry(std::string(51, 'N')) + "," + entry("N3"));
-    const std::tuple<std::string, Answer, bool, std::string, std::string, int> faults[] = {
-        {list, {429, "{}"}, true, "{}", "/", 0},
-        {list, {0, ""}, true, prefix + "0", "/", 0},
-        {list, {200, "<html>"}, true, failed, "/", 0},
-        {list, {200, page("", "true")}, true, done, "/", 0},
-        {list, {200, page(entry("N1"), "true")}, true, done, "N1/", 0},
-        {list, {200, page(hashed)}, true, failed, "/N1", 0},
-        {n2, {200, ""}, true, failed, "N1 N3/N2", 0},
-        {list, {200, broken}, true, failed, "N1 N3/", 0},
-        {list, {200, too_long}, true, failed, "N3/", 0},
-        {n2, {429, soon}, false, soon, "N1 N3/N2", 1500},
-        {n2, {429, later}, false, later, "N1 N3/N2", 1500},
-        {n2, {400, gone}, false, gone, "N1/N2 N3", 0},
-        {n2, {400, gone}, true, gone, "N1 N3/N2", 0},
-        {n2, {406, ""}, true, done, "N1 N3/N2", 0},
-        {n2, {406, ""}, false, "kod bładu:406", "N1/N2 N3", 0},
+    const std::string other_hash = std::string(43, 'A') + "=";
+    Json renamed = at_step(document, kind("header", 1));
+    renamed["name"] = "x-ms-meta-hash";
+    renamed["value"] = other_hash;
+    const Json more = value_at("hasMore", true);
+    const Json limit{{"kind", "429"}, {"retry_after", 1}, {"skip", 1}};
+    const Json escaped = at_step(document, kind("escape", 0, -1));
+    const test::Troubles any_way = {
+        {"auth/challenge", kind("drop"), session_failed + "auth/challenge:STATUS:0", "/"},
+        {"auth/status", wrong_token, session_failed + "{*", "/"},
+        {"security/public-key-certificates", value_at("[1].usage", Json::array({"Other"})),
+         "Load RSA Public Key failed: *", "/"},
+        {list, harmless, done, "3 2 1/"},
+        {list, status(429, "{}"), "{}", "/"},
+        {list, status(500), prefix + "500", "/"},
+        {list, kind("drop", 0, -1), prefix + "0", "/"},
+        {list, kind("html"), failed, "/"},
+        {list, kind("truncated"), failed, "/"},
+        {list, {more, value_at("invoices", Json::array())}, done, "/"},
+        {list, more, done, "3 2 1/"},
+        {list, {more, status(503, "zapora", 1, 1)}, "zapora", "/3 2 1"},
+        {list, value_at("invoices[1]", 7), failed, "3 1/"},
+        {list, value_at("invoices[1]", {{"ksefNumber", "N2"}}), failed, "3 1/"},
+        {list, value_at("invoices[1].ksefNumber", std::string(51, 'N')), failed, "3 1/"},
+        // What the answer itself names holds as well.
+        {list, value_at("invoices[1].invoiceHash", other_hash), done, "3 2 1/"},
+        {list, {value_at("invoices[1].invoiceHash", other_hash), renamed}, failed, "3 1/2"},
+        {document, status(200, "", 1, 1), failed, "3 1/2"},
+        {document, kind("html", 1), failed, "3 1/2"},
+        {document, kind("drop", 1, -1), "kod bładu:0", "3/2 1"},
+        {document, status(401, "", 1, 1), "kod bładu:401", "3/2 1"},
     };
-    for (const auto& [path, answer, skips, text, expected, slept] : faults) {
-        begin("", entry("N1") + "," + entry("N2") + "," + entry("N3"));
-        settings.skip_unavailable = skips;
-        script[path] = {answer};
-        EXPECT_EQ(get(), text) << answer.body;
-        EXPECT_EQ(rows(u"select ksefNumber from DOK_ZDJECIA where dane<>''") + "/" +
-                      rows(u"select ksefNumber from DOK_ZDJECIA where dane is null"),
-                  expected)
-            << answer.status << answer.body;
-        EXPECT_EQ(clock.slept.count(), slept) << text;
-    }
+    const test::Troubles classic = {
+        {document, limit, "{*", "3 1/2 1500 ms"},
+        {document, {limit, escaped}, "{*", "3 1/2 1500 ms"},
+        {document, status(429, later, 1, 1), later, "3 1/2 1500 ms"},
+        {document, status(400, gone, 1, 1), gone, "3/2 1"},
+        {document, status(406, "", 1, 1), "kod bładu:406", "3/2 1"},
+    };
+    const test::Troubles skipping = {
+        {document, status(400, gone, 1, 1), gone, "3 1/2"},
+        {document, status(406, "", 1, 1), done, "3 1/2"},
+    };
+    const auto expect_outcomes = [&](const test::Troubles& troubles) {
+        run_through(
+            *sandbox, troubles, [&] { begin("", 3); },
+            [&]() -> test::Outcome {
+                const std::string text = get();
+                std::string waited;
+                if (const auto ms = clock.slept.count(); ms != 0) waited = std::to_string(ms);
+                const std::string all =
+                    rows(u"select In_nrdok from DOK_ZDJECIA where dane<>''") + "/" +
+                    rows(u"select In_nrdok from DOK_ZDJECIA where dane is null") +
+                    (waited.empty() ? "" : " " + waited + " ms");
+                return {text, std::regex_replace(all, std::regex("ZAK/"), "")};
+            });
+    };
+    expect_outcomes(any_way);
+    expect_outcomes(classic);
+    settings.skip_unavailable = true;
+    expect_outcomes(any_way);
+    expect_outcomes(skipping);
 }
 
 // The host's settings or rules, a document, what is found of it, and who approves it.
@@ -158,7 +192,7 @@ TEST_F(Download, ADocumentIsComparedAndApproved) {
         {"", "<IDWew>5-1</IDWew><IDWew>5-2</IDWew>", "5-1|0//"},
         {"", "<IDWew a=\"b\">" + std::string(60, '5') + "</IDWew>",
          "a=\"b\">" + std::string(44, '5') + "|0//"},
-        {setup + "('pza063','5''1')", std::string(40'000'000, 'x') + plain, "5'1|0//"},
+        {setup + "('pza063','5''1')", std::string(7'000'000, 'x') + plain, "5'1|0//"},
         {setup + "('pza063','5-2')", "<F/>", "|1//"},
         {setup + "('pza065','5-2'),('pza063','')", plain, "5'1|2//"},
         {rule + "(1,' 3, ,4,3',0,'','','','')", plain, "5'1|0/1|3|0 1|4|0/3,4"},
@@ -167,7 +201,7 @@ TEST_F(Download, ADocumentIsComparedAndApproved) {
     };
     for (const auto& [sql, xml_text, expected] : cases) {
         begin(sql);
-        script[document + "N1"] = {{200, xml_text}};
+        list_alone(entry("N1"), xml_text);
         EXPECT_EQ(get(), sql.find('x') == std::string::npos ? done : failed);
         EXPECT_EQ(rows(u"select In_idwew,ksefniezgodnyidwew from DOK_ZDJECIA") + "/" +
                       rows(u"select id_zdjecia,user_id,etappodpisow from dok_zdjecia_podpisy") +
@@ -185,10 +219,11 @@ TEST_F(Download, ADatabaseThatFailsAtAnyCallLeavesRowsWholeOrNone) {
         test::FailingDatabase database(real, failing);
         const std::string text = get(database);
         EXPECT_TRUE(text == done || failing.struck()) << call;
-        if (text == done) {
-            EXPECT_EQ(rows(u"select user_id from dok_zdjecia_podpisy"), "3") << call;
-        }
         EXPECT_EQ(rows(u"select 1 from DOK_ZDJECIA where dane<>'' and In_idwew is null"), "")
+            << call;
+        // Later calls look for invoices without a document only.
+        EXPECT_EQ(rows(u"select user_id from dok_zdjecia_podpisy"),
+                  rows(u"select 3 from DOK_ZDJECIA where dane<>''"))
             << call;
     });
     EXPECT_GT(calls, 50) << "the whole story";

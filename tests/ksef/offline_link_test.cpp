@@ -4,6 +4,7 @@
 #include <fstream>
 
 #include "tests/ksef/send_faults.h"
+#include "tests/sandbox/sample_invoice.h"
 #include "tests/support/freed_memory.h"
 #include "tests/support/openssl_tool.h"
 
@@ -16,43 +17,11 @@ const base::Text serial = u"01F20A5D352AE590";
 const base::Text nip = u"5265877635";
 constexpr const char* published_hash = "UtQp9Gpc51y+u3xApZjIjgkpZ01js+J8KflSPW8WzIE=";
 constexpr const char* right_phrase = "hało, klucz";
-constexpr const char* offline =
-    R"({"certificates":[{"certificateSerialNumber":"01F20A5D352AE590","type":"Offline"}]})";
-
-constexpr const char* revoked =
-    R"({"certificates":[{"certificateSerialNumber":"01F20A5D352AE590","type":"Offline","status":"Revoked"}]})";
-
-// What the service says to the question after certificates.
-struct Certificates {
-    int status = 200;
-    std::string body = offline;
-};
-
-// A service that knows certificates, in front of one that does not.
-struct KnowsCertificates final : ports::Http {
-    KnowsCertificates(std::unique_ptr<ports::Http> service, const Certificates& known)
-        : all_else(std::move(service)), answer(known) {}
-    ports::HttpReply send(const ports::HttpRequest& request) override {
-        if (!request.url.view().ends_with("/api/v2/certificates/query"))
-            return all_else->send(request);
-        EXPECT_EQ(request.body,
-                  R"({"certificateSerialNumber":"01F20A5D352AE590","type":"Offline"})");
-        return {true, answer.status, base::SecretUtf8(std::string_view(answer.body)), {}, {}};
-    }
-    ports::AddressKind kind_of(std::string_view url) const override {
-        return all_else->kind_of(url);
-    }
-    std::unique_ptr<ports::Http> all_else;
-    const Certificates& answer;
-};
 
 class OfflineLinks : public SendFixture {
   protected:
     void SetUp() override {
         SendFixture::SetUp();
-        make_http = [this, direct = make_http] {
-            return std::make_unique<KnowsCertificates>(direct(), certificates);
-        };
         settings.service.production = base::from_utf8(sandbox->origin());
         test::run_in(keys, R"(
             openssl ecparam -name prime256v1 -genkey -noout -out p256
@@ -66,6 +35,8 @@ class OfflineLinks : public SendFixture {
     void prepare(const std::string& key, const std::string& phrase = right_phrase,
                  const std::string& hash = published_hash) {
         begin_anew();
+        const Json certificate{{"certificate", sandbox::testing::offline_certificate}};
+        sandbox->call("POST", "/sandbox/certificates", certificate.dump());
         std::ifstream file(keys.path() / key);
         const std::string pem{std::istreambuf_iterator<char>(file), {}};
         connection->execute_script("update dok_fak set HashFaktury='" + hash +
@@ -90,7 +61,6 @@ class OfflineLinks : public SendFixture {
     }
 
     test::ScratchFolder keys;
-    Certificates certificates;
     base::Text table_argument = u"dok_fak," + token + u",7";
 };
 
@@ -125,57 +95,90 @@ TEST_F(OfflineLinks, WhatIsMissingHasItsTextAndNobodyIsAsked) {
     EXPECT_TRUE(steps().empty());
 }
 
-TEST_F(OfflineLinks, EveryStepHasItsText) {
+// What the host has: a key, its pass phrase, the hash of the document.
+TEST_F(OfflineLinks, WhatTheHostHasWrongHasItsText) {
     const char* const right = right_phrase;
     const char* const hash = published_hash;
-    const std::string unlisted = "err:Brak cert 01F20A5D352AE590 typ Offline";
     const std::string locked = "err:Hasło nie otwiera klucza prywatnego: *";
-    const std::tuple<const char*, const char*, const char*, Certificates, std::string> cases[] = {
-        {"locked", right, "UtQp9Gpc51y", {}, ""},
-        {"locked", right, "Ut-p9Gpc51y+u3xApZjIjgkpZ01js+J8KflSPW8WzIE=", {}, ""},
-        {"certificate", right, hash, {}, "Brak EC prywatnego klucza"},
-        {"edwards", right, hash, {}, "Brak EC prywatnego klucza"},
-        {"p384", right, hash, {}, "ECDSA: krzywa klucza to secp384r1*"},
-        {"text", right, hash, {}, "BŁĄD PEM: PEM_read_bio_PrivateKey*"},
-        {"none", right, hash, {}, "err:Brak klucza prywatnego (usp607) użytkownika 7"},
-        {"locked", "", hash, {}, locked},
-        {"locked", "halo", hash, {}, locked},
-        {"p256", "", hash, {200, R"({"certificates":[]})"}, unlisted},
-        {"p256", "", hash, {200, revoked}, unlisted},
-        // A service that does not answer is not needed.
-        {"p256", "", hash, {403, ""}, "https://qr.*"},
-        {"p256", right, hash, {200, "<html>"}, "https://qr.*"},
+    const std::tuple<const char*, const char*, const char*, std::string> cases[] = {
+        {"locked", right, "UtQp9Gpc51y", ""},
+        {"locked", right, "Ut-p9Gpc51y+u3xApZjIjgkpZ01js+J8KflSPW8WzIE=", ""},
+        {"certificate", right, hash, "Brak EC prywatnego klucza"},
+        {"edwards", right, hash, "Brak EC prywatnego klucza"},
+        {"p384", right, hash, "ECDSA: krzywa klucza to secp384r1*"},
+        {"text", right, hash, "BŁĄD PEM: PEM_read_bio_PrivateKey*"},
+        {"none", right, hash, "err:Brak klucza prywatnego (usp607) użytkownika 7"},
+        {"locked", "", hash, locked},
+        {"locked", "halo", hash, locked},
     };
-    for (const auto& [key, phrase, of, answer, text] : cases) {
+    for (const auto& [key, phrase, of, text] : cases) {
         prepare(key, phrase, of);
-        certificates = answer;
         expect_text(link(serial, table_argument), text, key);
     }
     prepare("p256");
-    sandbox->fault({{"step", "auth/status"}, {"kind", "status"}, {"status", 400}});
-    EXPECT_EQ(link(serial, table_argument), session_failed + "auth/:STATUS:timeout");
+    connection->execute_script(
+        "create trigger t before update on dok_fak begin select raise(abort,'locked'); end");
+    expect_text(link(serial, table_argument), "err:*");
+}
+
+// That the row has what the host was given is seen to by `link`.
+TEST_F(OfflineLinks, TroubleAtEachStepHasItsText) {
+    const std::string unlisted = "err:Brak cert 01F20A5D352AE590 typ Offline";
+    const char* const keys = "security/public-key-certificates";
+    const char* const query = "certificates/query";
+    const test::Troubles troubles = {
+        {"auth/challenge", kind("drop"), session_failed + "auth/challenge:STATUS:0"},
+        {keys, kind("html"), session_unknown},
+        {"auth/ksef-token", status(500, "padło"), session_failed + "padło"},
+        {"auth/status", status(400), session_failed + "auth/:STATUS:timeout"},
+        {"auth/status", wrong_token, session_failed + "{*"},
+        {"auth/token/redeem", status(400, "{}"), session_failed + "{}"},
+        {query, harmless, "https://qr.*"},
+        {query, value_at("certificates", Json::array()), unlisted},
+        {query, value_at("certificates[0].status", "Revoked"), unlisted},
+        {query, value_at("certificates[0].type", "Authentication"), unlisted},
+        {query, value_at("certificates[0].certificateSerialNumber", "1"), unlisted},
+        // A service that does not answer is not needed.
+        {query, status(403), "https://qr.*"},
+        {query, kind("html"), "https://qr.*"},
+        {query, kind("drop", 0, -1), "https://qr.*"},
+    };
+    run_through(
+        *sandbox, troubles, [&] { prepare("p256"); },
+        [&]() -> test::Outcome {
+            return {link(serial, table_argument), ""};
+        });
+    EXPECT_EQ(sandbox->requests(query).at(0).at("body").dump(),
+              R"({"certificateSerialNumber":"01F20A5D352AE590","type":"Offline"})");
 }
 
 TEST_F(OfflineLinks, ATokenIsAskedForOnceInTheNameOfTheLastAuthentication) {
-    const std::pair<Json, std::string> answers[] = {
-        {status(202, R"({"token":"R|nip-1|s"})"), "R|nip-1|s"},
-        {status(201, R"({"token":"x"})"), R"({"token":"x"})"},
-        {kind("drop"), "/tokens:STATUS:0"},
+    const char* const create = "tokens/create";
+    const test::Troubles troubles = {
+        {create, status(202, R"({"token":"R|nip-1|s"})"), "R|nip-1|s"},
+        {create, harmless, "*"},
+        {create, status(201, R"({"token":"x"})"), R"({"token":"x"})"},
+        {create, status(500), "/tokens:STATUS:500"},
+        {create, kind("drop"), "/tokens:STATUS:0"},
+        {create, kind("html"), ""},
     };
     KseF_comm client(ports());
     EXPECT_EQ(client.GetToken(u"1").view(), u"/tokens:STATUS:0") << "nobody was logged in";
-    for (auto [answer, text] : answers) {
-        begin_anew();
-        ports::SqliteDatabase database(connection);
-        ASSERT_EQ(send_with(client, database), "");
-        answer["step"] = "tokens/create";
-        sandbox->fault(answer);
-        EXPECT_EQ(base::to_utf8(client.GetToken(u"1").view()), text);
-        const auto asked = sandbox->requests("tokens/create");
-        ASSERT_EQ(asked.size(), 1u);
-        EXPECT_EQ(asked[0].at("body").dump(), R"({"permissions":"InvoiceRead,InvoiceWrite",)"
-                                              R"("description":"quen_2026-11-21 12:30:15"})");
-    }
+    run_through(
+        *sandbox, troubles,
+        [&] {
+            begin_anew();
+            ports::SqliteDatabase database(connection);
+            ASSERT_EQ(send_with(client, database), "");
+        },
+        [&]() -> test::Outcome {
+            const std::string issued = base::to_utf8(client.GetToken(u"1").view());
+            const auto asked = sandbox->requests(create);
+            EXPECT_EQ(asked.size(), 1u);
+            EXPECT_EQ(asked[0].at("body").dump(), R"({"permissions":"InvoiceRead,InvoiceWrite",)"
+                                                  R"("description":"quen_2026-11-21 12:30:15"})");
+            return {issued, ""};
+        });
 }
 
 }  // namespace

@@ -24,22 +24,18 @@ const char* const signing_key =
 
 class SendFaults : public SendFixture {
   protected:
-    struct Trouble {
-        const char* step;
-        Json fault;
-        std::string text;
-    };
-
-    void expect_texts(const std::vector<Trouble>& troubles, bool sent, bool numbered) {
-        for (const auto& [step, fault, text] : troubles) {
-            const std::string where = std::string(step) + " " + fault.dump();
-            const std::string result = send_with_fault(step, fault);
-            expect_text(result, text, where);
-            expect_whole_or_untouched(result, where);
-            EXPECT_EQ(!sandbox->requests("sessions/online/invoices").empty(), sent) << where;
-            EXPECT_EQ(row().at("numer_ksef").size(), numbered ? 35u : 0u) << where;
-            EXPECT_EQ(row().at("UPO_ksef"), "") << where;
-        }
+    /// Rows: whether the document has its number; none of these has a UPO.
+    void expect_outcomes(const test::Troubles& troubles, bool sent) {
+        run_through(
+            *sandbox, troubles, [&] { begin_anew(); },
+            [&]() -> test::Outcome {
+                const std::string result = send();
+                expect_whole_or_untouched(result, result);
+                EXPECT_EQ(!sandbox->requests("sessions/online/invoices").empty(), sent);
+                const Row document = row();
+                EXPECT_EQ(document.at("UPO_ksef"), "");
+                return {result, document.at("numer_ksef").empty() ? "" : "K"};
+            });
     }
 };
 
@@ -47,7 +43,7 @@ TEST_F(SendFaults, BeforeSendingEveryStepHasItsText) {
     const char* const keys = "security/public-key-certificates";
     const Json both_usages = {"KsefTokenEncryption", "SymmetricKeyEncryption"};
     const Json for_tokens = Json::array({"KsefTokenEncryption"});
-    const std::vector<Trouble> troubles = {
+    const test::Troubles troubles = {
         {"auth/challenge", value_at("timestamp", "2026-11-21T08:15:30+00:00"), session_unknown},
         {keys, status(503), session_unknown},
         // An element with both usages is neither.
@@ -70,28 +66,29 @@ TEST_F(SendFaults, BeforeSendingEveryStepHasItsText) {
         {"sessions/status", value_at("status.code", "300"), "{*"},
         {"sessions/status", value_at("status.code", "99"), "{*"},
     };
-    expect_texts(troubles, false, false);
+    expect_outcomes(troubles, false);
 }
 
 TEST_F(SendFaults, AfterSendingTheRowIsUntouchedOrHasTheNumber) {
     const char* const answer = "sessions/invoices";
-    const std::vector<Trouble> refused = {
+    const test::Troubles refused = {
         {"sessions/online/invoices", status(500), "sessions/online/STATUS:500"},
         {answer, status(500, "to ciało nie wraca"), "sessions//invoicesSTATUS:500"},
         {answer, kind("html"), "<*"},
         {answer, kind("empty"), "invoices[0].status.code:STATUS:"},
     };
-    expect_texts(refused, true, false);
+    expect_outcomes(refused, true);
 
     // From here on the invoice has its number; what fails costs the UPO at most.
     const char* const page = "sessions/invoices/status";
-    const std::vector<Trouble> without_upo = {
-        {"sessions/status", kind("429", 1), "429 Too many Requests"},
-        {"sessions/status", value_at("failedInvoiceCount", 3, 1), "failedInvoiceCount:STATUS:3"},
-        {page, value_at("upoDownloadUrl", "file:///etc/passwd"), accepted + "5265877635-*"},
-        {"storage/invoice-upo", kind("html"), accepted + "5265877635-*"},
+    const test::Troubles without_upo = {
+        {"sessions/status", kind("429", 1), "429 Too many Requests", "K"},
+        {"sessions/status", value_at("failedInvoiceCount", 3, 1), "failedInvoiceCount:STATUS:3",
+         "K"},
+        {page, value_at("upoDownloadUrl", "file:///etc/passwd"), accepted + "5265877635-*", "K"},
+        {"storage/invoice-upo", kind("html"), accepted + "5265877635-*", "K"},
     };
-    expect_texts(without_upo, true, true);
+    expect_outcomes(without_upo, true);
 }
 
 TEST_F(SendFaults, AWrongTokenEndsAndCloses) {

@@ -4,6 +4,7 @@
 
 #include <map>
 #include <memory>
+#include <regex>
 
 #include "ksef/ksef_comm.h"
 #include "ports/native/adapters.h"
@@ -38,9 +39,11 @@ class SendFixture : public testing::Test {
         connection = test::make_host_database(issue_date);
     }
 
-    KsefPorts ports() {
-        return {make_http,  *crypto, clock,       *locale,        *xml,
-                *code_page, *files,  *text_files, *xml_documents, settings};
+    KsefPorts ports() { return ports_with(*crypto, clock, *files); }
+    KsefPorts ports_with(ports::Crypto& with_crypto, ports::Clock& with_clock,
+                         ports::DataFiles& with_files) {
+        return {make_http,  with_crypto, with_clock,  *locale,        *xml,
+                *code_page, with_files,  *text_files, *xml_documents, settings};
     }
 
     std::string send() {
@@ -60,6 +63,20 @@ class SendFixture : public testing::Test {
         fault["step"] = step;
         sandbox->fault(fault);
         return send();
+    }
+
+    /// The rows of a query: fields with a "|" between, rows with a blank, "K" for a KSeF number.
+    std::string rows(const char16_t* sql) {
+        static const std::regex number("[0-9]{10}-[0-9]{8}-[0-9A-F]{12}-[0-9A-F]{2}");
+        std::string text;
+        for (const auto rows = connection->open_recordset(sql); !rows->at_end();
+             rows->move_next()) {
+            if (!text.empty()) text += ' ';
+            for (std::size_t i = 0; i < rows->columns().size(); ++i) {
+                text += (i == 0 ? "" : "|") + base::to_utf8(ports::text_of(rows->field_at(i)));
+            }
+        }
+        return std::regex_replace(text, number, "K");
     }
 
     /// The document's row; dates as text.
