@@ -61,7 +61,7 @@ void print_json(const CMessage& message, std::int32_t result) {
     print(answer);
 }
 
-void print(const CMessage& message) {
+void print_message(const CMessage& message) {
     for (const Shown& property : shown) {
         const base::Text& text = (message.*property.text)();
         if (property.word == nullptr || text.empty()) continue;
@@ -91,7 +91,7 @@ ExitCode parse(const ParseOptions& options) {
     if (options.json) {
         print_json(message, result);
     } else {
-        print(message);
+        print_message(message);
     }
     if (result == 0) std::cerr << "To nie jest wiadomość, którą można rozłożyć na części\n";
     return result == 0 ? exit_failed : exit_done;

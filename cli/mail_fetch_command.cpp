@@ -101,7 +101,7 @@ Json row_of(const CMessage& message) {
     return row;
 }
 
-void print(const CMessage& message) {
+void print_fetched(const CMessage& message) {
     std::cout << "Od: " << for_people(message.text<MessageProperty::From>())
               << "\nTemat: " << for_people(message.text<MessageProperty::Subject>()) << '\n';
     for (const std::string& file : files_of(message)) std::cout << "Załącznik: " << file << '\n';
@@ -117,7 +117,7 @@ ExitCode fetch(const FetchOptions& options) {
         Retrieval retrieval(mail::RetrievalForm::manager, settings, bundle.for_retrieval());
         run(retrieval, !options.json);
         if (retrieval.message() && options.json) rows.push_back(row_of(*retrieval.message()));
-        if (retrieval.message() && !options.json) print(*retrieval.message());
+        if (retrieval.message() && !options.json) print_fetched(*retrieval.message());
         failure = base::to_utf8(retrieval.failure());
         if (retrieval.run_result() <= 0) break;
         if (!options.delete_stored) ++settings.message_number;

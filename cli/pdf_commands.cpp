@@ -52,7 +52,7 @@ ExitCode sign(const SignOptions& options) {
     return exit_done;
 }
 
-void print(const pdfsign::VerifiedSignature& signature, bool asked_for_trust) {
+void print_signature(const pdfsign::VerifiedSignature& signature, bool asked_for_trust) {
     std::cout << base::to_utf8(signature.field) << ": ";
     if (!signature.fault.empty()) {
         std::cout << base::to_utf8(signature.fault) << '\n';
@@ -87,7 +87,7 @@ ExitCode verify(const VerifyOptions& options) {
     bool all_good = true;
     bool covered = false;
     for (const pdfsign::VerifiedSignature& signature : signatures) {
-        print(signature, !options.authorities.empty());
+        print_signature(signature, !options.authorities.empty());
         const bool good = signature.fault.empty() && signature.findings.intact &&
                           (options.authorities.empty() || signature.findings.trusted);
         all_good = all_good && good;

@@ -37,8 +37,6 @@ void check(bool succeeded, const char* operation) {
 
 namespace {
 
-using openssl::check;
-
 inline void pop_certificates_only(STACK_OF(X509) * certificates) {
     sk_X509_free(certificates);
 }
@@ -62,14 +60,15 @@ Time asn1_time(const base::DateTime& moment) {
     std::snprintf(digits, sizeof digits, "%04d%02d%02d%02d%02d%02dZ", moment.year, moment.month,
                   moment.day, moment.hour, moment.minute, moment.second);
     Time time(ASN1_TIME_new());
-    check(time && ASN1_TIME_set_string_X509(time.get(), digits) == 1, "ASN1_TIME_set_string_X509");
+    openssl::check(time && ASN1_TIME_set_string_X509(time.get(), digits) == 1,
+                   "ASN1_TIME_set_string_X509");
     return time;
 }
 
 std::string encoded(const X509_ATTRIBUTE* attribute) {
     unsigned char* der = nullptr;
     const int size = i2d_X509_ATTRIBUTE(const_cast<X509_ATTRIBUTE*>(attribute), &der);
-    check(size > 0, "i2d_X509_ATTRIBUTE");
+    openssl::check(size > 0, "i2d_X509_ATTRIBUTE");
     const OwnedBytes owned(der);
     return {reinterpret_cast<const char*>(der), static_cast<std::size_t>(size)};
 }
@@ -95,32 +94,32 @@ class OpensslSignature final : public DetachedSignature {
         constexpr unsigned int form = CMS_DETACHED | CMS_BINARY | CMS_PARTIAL;
         cms_.reset(CMS_sign_ex(nullptr, nullptr, pfx.chain.get(), nullptr, form | CMS_STREAM,
                                library, nullptr));
-        check(cms_ != nullptr, "CMS_sign");
+        openssl::check(cms_ != nullptr, "CMS_sign");
         signer_ = CMS_add1_signer(cms_.get(), pfx.certificate.get(), key_, EVP_sha256(),
                                   form | CMS_CADES | CMS_NOSMIMECAP);
-        check(signer_ != nullptr, "CMS_add1_signer");
+        openssl::check(signer_ != nullptr, "CMS_add1_signer");
         const Time asn1 = asn1_time(moment);
-        check(CMS_signed_add1_attr_by_NID(signer_, NID_pkcs9_signingTime, asn1->type, asn1.get(),
-                                          -1) == 1,
-              "CMS_signed_add1_attr");
+        openssl::check(CMS_signed_add1_attr_by_NID(signer_, NID_pkcs9_signingTime, asn1->type,
+                                                   asn1.get(), -1) == 1,
+                       "CMS_signed_add1_attr");
         content_.reset(CMS_dataInit(cms_.get(), nullptr));
-        check(content_ != nullptr, "CMS_dataInit");
+        openssl::check(content_ != nullptr, "CMS_dataInit");
     }
 
     void add(base::ByteView data) override {
         while (!data.empty()) {
             const auto piece = static_cast<int>(std::min<std::size_t>(data.size(), 1 << 20));
-            check(BIO_write(content_.get(), data.data(), piece) == piece, "BIO_write");
+            openssl::check(BIO_write(content_.get(), data.data(), piece) == piece, "BIO_write");
             data = data.subspan(static_cast<std::size_t>(piece));
         }
     }
 
     base::Bytes finish() override {
-        check(CMS_dataFinal(cms_.get(), content_.get()) == 1, "CMS_dataFinal");
+        openssl::check(CMS_dataFinal(cms_.get(), content_.get()) == 1, "CMS_dataFinal");
         if (time_ == SigningTime::nowhere) sign_without_time();
         unsigned char* der = nullptr;
         const int size = i2d_CMS_ContentInfo(cms_.get(), &der);
-        check(size > 0, "i2d_CMS_ContentInfo");
+        openssl::check(size > 0, "i2d_CMS_ContentInfo");
         const OwnedBytes owned(der);
         return {der, der + size};
     }
@@ -131,7 +130,7 @@ class OpensslSignature final : public DetachedSignature {
     void sign_without_time() {
         const Attribute time(CMS_signed_delete_attr(
             signer_, CMS_signed_get_attr_by_NID(signer_, NID_pkcs9_signingTime, -1)));
-        check(time != nullptr, "CMS_signed_delete_attr");
+        openssl::check(time != nullptr, "CMS_signed_delete_attr");
         std::vector<std::string> left;
         for (int i = 0; i < CMS_signed_get_attr_count(signer_); ++i) {
             left.push_back(encoded(CMS_signed_get_attr(signer_, i)));
@@ -139,17 +138,19 @@ class OpensslSignature final : public DetachedSignature {
         const base::Bytes set = encoded_set(std::move(left));
         const Digest context(EVP_MD_CTX_new());
         std::size_t size = 0;
-        check(context &&
-                  EVP_DigestSignInit_ex(context.get(), nullptr, "SHA256", library_, nullptr, key_,
-                                        nullptr) == 1 &&
-                  EVP_DigestSign(context.get(), nullptr, &size, set.data(), set.size()) == 1,
-              "EVP_DigestSign");
+        openssl::check(
+            context &&
+                EVP_DigestSignInit_ex(context.get(), nullptr, "SHA256", library_, nullptr, key_,
+                                      nullptr) == 1 &&
+                EVP_DigestSign(context.get(), nullptr, &size, set.data(), set.size()) == 1,
+            "EVP_DigestSign");
         base::Bytes signature(size);
-        check(EVP_DigestSign(context.get(), signature.data(), &size, set.data(), set.size()) == 1,
-              "EVP_DigestSign");
-        check(ASN1_OCTET_STRING_set(CMS_SignerInfo_get0_signature(signer_), signature.data(),
-                                    static_cast<int>(size)) == 1,
-              "ASN1_OCTET_STRING_set");
+        openssl::check(
+            EVP_DigestSign(context.get(), signature.data(), &size, set.data(), set.size()) == 1,
+            "EVP_DigestSign");
+        openssl::check(ASN1_OCTET_STRING_set(CMS_SignerInfo_get0_signature(signer_),
+                                             signature.data(), static_cast<int>(size)) == 1,
+                       "ASN1_OCTET_STRING_set");
     }
 
     OSSL_LIB_CTX* library_;
@@ -202,7 +203,7 @@ int begin_content(BIO* bio) {
 Store store_of(std::string_view trusted) {
     Store store(X509_STORE_new());
     const openssl::Bio bio(BIO_new_mem_buf(trusted.data(), static_cast<int>(trusted.size())));
-    check(store && bio, "X509_STORE_new");
+    openssl::check(store && bio, "X509_STORE_new");
     while (const openssl::Certificate one{
         PEM_read_bio_X509(bio.get(), nullptr, nullptr, const_cast<char*>(""))}) {
         X509_STORE_add_cert(store.get(), one.get());
@@ -233,18 +234,18 @@ class OpensslSigning final : public Signing {
 
     SignatureFindings verify(base::ByteView signature, const ContentReader& content,
                              std::string_view trusted) override {
-        check(signature.size() <= LONG_MAX, "CMS: too large");
+        openssl::check(signature.size() <= LONG_MAX, "CMS: too large");
         const unsigned char* at = signature.data();
         const openssl::Cms cms(
             d2i_CMS_ContentInfo(nullptr, &at, static_cast<long>(signature.size())));
-        check(cms != nullptr, "d2i_CMS_ContentInfo");
+        openssl::check(cms != nullptr, "d2i_CMS_ContentInfo");
         const BioKind kind(BIO_meth_new(BIO_TYPE_SOURCE_SINK, "content"));
-        check(kind && BIO_meth_set_read_ex(kind.get(), read_content) == 1 &&
-                  BIO_meth_set_ctrl(kind.get(), control_content) == 1 &&
-                  BIO_meth_set_create(kind.get(), begin_content) == 1,
-              "BIO_meth_new");
+        openssl::check(kind && BIO_meth_set_read_ex(kind.get(), read_content) == 1 &&
+                           BIO_meth_set_ctrl(kind.get(), control_content) == 1 &&
+                           BIO_meth_set_create(kind.get(), begin_content) == 1,
+                       "BIO_meth_new");
         const openssl::Bio bio(BIO_new(kind.get()));
-        check(bio != nullptr, "BIO_new");
+        openssl::check(bio != nullptr, "BIO_new");
         BIO_set_data(bio.get(), const_cast<ContentReader*>(&content));
         SignatureFindings found;
         found.intact = CMS_verify(cms.get(), nullptr, nullptr, bio.get(), nullptr,
@@ -263,29 +264,30 @@ class OpensslSigning final : public Signing {
 
     base::Bytes aes_cbc_with_iv(base::ByteView key, base::ByteView plain) override {
         constexpr int block = 16;
-        check(key.size() == 16 || key.size() == 32, "AES: key of the wrong length");
-        check(plain.size() <= INT_MAX - 2 * block, "AES: too much data");
+        openssl::check(key.size() == 16 || key.size() == 32, "AES: key of the wrong length");
+        openssl::check(plain.size() <= INT_MAX - 2 * block, "AES: too much data");
         base::Bytes result(plain.size() + 2 * block);
         fill_random(std::span(result).first(block));
         const Cipher context(EVP_CIPHER_CTX_new());
         int body = 0;
         int rest = 0;
-        check(context &&
-                  EVP_EncryptInit_ex(context.get(),
-                                     key.size() == 16 ? EVP_aes_128_cbc() : EVP_aes_256_cbc(),
-                                     nullptr, key.data(), result.data()) == 1 &&
-                  EVP_EncryptUpdate(context.get(), result.data() + block, &body, plain.data(),
-                                    static_cast<int>(plain.size())) == 1 &&
-                  EVP_EncryptFinal_ex(context.get(), result.data() + block + body, &rest) == 1,
-              "EVP_Encrypt");
+        openssl::check(
+            context &&
+                EVP_EncryptInit_ex(context.get(),
+                                   key.size() == 16 ? EVP_aes_128_cbc() : EVP_aes_256_cbc(),
+                                   nullptr, key.data(), result.data()) == 1 &&
+                EVP_EncryptUpdate(context.get(), result.data() + block, &body, plain.data(),
+                                  static_cast<int>(plain.size())) == 1 &&
+                EVP_EncryptFinal_ex(context.get(), result.data() + block + body, &rest) == 1,
+            "EVP_Encrypt");
         result.resize(static_cast<std::size_t>(block + body + rest));
         return result;
     }
 
     void fill_random(std::span<std::uint8_t> bytes) override {
-        check(bytes.size() <= INT_MAX &&
-                  RAND_bytes(bytes.data(), static_cast<int>(bytes.size())) == 1,
-              "RAND_bytes");
+        openssl::check(bytes.size() <= INT_MAX &&
+                           RAND_bytes(bytes.data(), static_cast<int>(bytes.size())) == 1,
+                       "RAND_bytes");
     }
 
     base::DateTime now_utc() override {

@@ -160,7 +160,7 @@ TEST_F(OfflineLinks, ATokenIsAskedForOnceInTheNameOfTheLastAuthentication) {
         {create, status(201, R"({"token":"x"})"), R"({"token":"x"})"},
         {create, status(500), "/tokens:STATUS:500"},
         {create, kind("drop"), "/tokens:STATUS:0"},
-        {create, kind("html"), ""},
+        {create, kind("html"), "<!DOCTYPE html>*"},
     };
     KseF_comm client(ports());
     EXPECT_EQ(client.GetToken(u"1").view(), u"/tokens:STATUS:0") << "nobody was logged in";

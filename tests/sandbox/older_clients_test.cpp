@@ -1,30 +1,11 @@
-// What is there for clients that read by position, and for those whose sellers are made up.
+// What is there for clients that send what nobody published, and for those whose sellers are made
+// up.
 #include "tests/sandbox/fixture.h"
-#include "tests/sandbox/packed.h"
 
 namespace tavrix::sandbox::testing {
 namespace {
 
-class OlderClientsTest : public SandboxTest {
-  protected:
-    static Json value_at(const Json& entry, std::size_t position) {
-        return std::next(entry.begin(), std::ptrdiff_t(position)).value();
-    }
-};
-
-TEST_F(OlderClientsTest, FindReferenceAndNumbersByPositionWhenTheyAskForIt) {
-    start([](Options& it) { it.classic_order = true; });
-    client().sign_in(seller_nip);
-    const Files files = {{"a.xml", SampleInvoice().xml()}, {"b.xml", "<Faktura/>"}};
-    client().send_package(client().package_body(packed(files)));
-    const Json listed = client().get("/sessions?sessionType=Batch").json().at("sessions")[0],
-               all = client().get(session_path() + "/invoices").json().at("invoices");
-    EXPECT_EQ(value_at(listed, 0), client().session);
-    EXPECT_EQ(value_at(listed, 1), "FV/1/2026");
-    EXPECT_EQ(value_at(all[0], 1), all[0].at("referenceNumber"));
-    EXPECT_EQ(value_at(all[0], 2), all[0].at("ksefNumber"));
-    EXPECT_EQ(value_at(all[1], 2), all[1].at("invoiceHash")) << "it has no number";
-}
+class OlderClientsTest : public SandboxTest {};
 
 TEST_F(OlderClientsTest, AreTakenAsTheyAreUnlessOnlyThePublishedIs) {
     const Json text = {{"permissions", "InvoiceRead,InvoiceWrite"}, {"description", "Token"}};
@@ -39,20 +20,6 @@ TEST_F(OlderClientsTest, AreTakenAsTheyAreUnlessOnlyThePublishedIs) {
         const std::string token = list_sessions().json().at("continuationToken"),
                           query = "/sessions?sessionType=Online&x-continuation-token=" + token;
         EXPECT_EQ(client().get(query).json().at("sessions").size(), strict ? 10u : 2u);
-    }
-}
-
-TEST_F(OlderClientsTest, ReadLimitsInTheWordsTheyLookForAlsoEscaped) {
-    client().sign_in(seller_nip);
-    for (const bool escaped : {false, true}) {
-        Json faults = {{{"step", "sessions"}, {"kind", "429"}, {"retry_after", 1}}};
-        if (escaped) faults.push_back({{"step", "sessions"}, {"kind", "escape"}});
-        control().post("/sandbox/faults", faults);
-        const Reply reply = list_sessions();
-        const std::string words = "Spróbuj ponownie po 1 sekundach.";
-        EXPECT_EQ(reply.body.find(words) == std::string::npos, escaped) << reply.body;
-        const std::string text = reply.json().at("status").at("details")[0];
-        EXPECT_NE(text.find(words), std::string::npos);
     }
 }
 

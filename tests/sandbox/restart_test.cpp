@@ -90,16 +90,12 @@ TEST_F(RestartTest, EverythingIsThereAgainUntilItIsReset) {
         << "keys outlive a reset";
 }
 
-TEST_F(RestartTest, ForeignBusyAndOlderFilesAreRefused) {
+TEST_F(RestartTest, ForeignAndOlderFilesAreRefused) {
     std::ofstream(file())
         << "This is a letter, not a database, and longer than a page header is, to be sure.";
     EXPECT_NE(refusal(), "");
     std::filesystem::remove(file());
-    {
-        const auto first = open_sqlite_store(file());
-        first->write("setting", "a", "b");
-        EXPECT_NE(refusal(), "");
-    }
+    open_sqlite_store(file())->write("setting", "a", "b");
     change("pragma user_version = 1");
     EXPECT_NE(refusal().find("written by another version of the sandbox"), std::string::npos)
         << refusal();
