@@ -27,13 +27,18 @@ std::int32_t number_of(const LateBound& object, const char16_t* name) {
     return value.get().vt == VT_I4 ? value.get().lVal : 0;
 }
 
+// Of msxml2.idl; no import library has it.
+constexpr IID processor_interface = {
+    0x2933bf92, 0x7b36, 0x11d2, {0xb2, 0x0e, 0x00, 0xc0, 0x4f, 0x98, 0x3e, 0x60}};
+
 [[noreturn]] void refuse(const base::Text& reason) {
     throw base::AutomationError(base::ErrorNumber::component_failed, u"XmlDocuments", reason);
 }
 
-void require_length(base::TextView xml) {
-    if (xml.size() > XmlDocuments::most_characters)
-        refuse(u"Dokument jest dłuższy niż 100 000 000 znaków.\r\n");
+constexpr base::TextView too_long = u"Dokument jest dłuższy niż 100 000 000 znaków.\r\n";
+
+bool is_too_long(base::TextView xml) {
+    return xml.size() > XmlDocuments::most_characters;
 }
 
 // The component's defaults hold: no document types, no reaching out, elements 256 deep.
@@ -56,30 +61,91 @@ std::vector<XmlError> parse_errors(const LateBound& document, bool loaded) {
         {text_of(error.get(u"reason")), number_of(error, u"line"), number_of(error, u"linepos")}};
 }
 
-// A schema and, before it, what it imports from its own folder: the component looks nowhere by
-// itself.
+// A schema as one document, and before it those that it imports: given a file, the component looks
+// for nothing else, and the addresses in the files are of the web. What they name is taken from the
+// schema's own folder.
 class SchemaWithImports {
   public:
     explicit SchemaWithImports(const LateBound& cache) : cache_(cache) {}
 
     void add(const base::Text& path) {
         if (!added_.insert(path).second) return;
-        const LateBound schema = new_document(document_class);
-        schema.put(u"validateOnParse", false);
-        const windows::Variant loaded = schema.call(u"load", path);
-        const bool is_loaded = loaded.get().vt == VT_BOOL && loaded.get().boolVal != VARIANT_FALSE;
-        if (!is_loaded) refuse(parse_errors(schema, false).front().reason);
-
-        const LateBound imports = schema.object(u"selectNodes", u"/*/*[local-name()='import']");
-        for (std::int32_t i = 0; i < number_of(imports, u"length"); ++i) {
-            const base::Text location = attribute(imports.object(u"item", i), u"schemaLocation");
-            if (!location.empty()) add(beside(path, location));
+        const LateBound schema = read(path);
+        std::set<base::Text> included = {path};
+        include(schema, path, included);
+        for (const LateBound& import : children(schema, u"import")) {
+            const base::Text location = attribute(import, u"schemaLocation");
+            if (location.empty()) continue;
+            add(beside(path, location));
+            import.call(u"removeAttribute", u"schemaLocation");
         }
-        cache_.call(u"add", attribute(schema.object(u"documentElement"), u"targetNamespace"), path);
+        // Read once more, the prefixes of all its pieces are in one place.
+        const LateBound whole = new_document(document_class);
+        if (!load(whole, text_of(schema.get(u"xml"))))
+            refuse(parse_errors(whole, false).front().reason);
+        cache_.call(u"add", attribute(whole.object(u"documentElement"), u"targetNamespace"),
+                    windows::ComPointer<IDispatch>(whole.dispatch()));
     }
 
   private:
-    static base::Text attribute(const LateBound& element, const char16_t* name) {
+    // Puts what a schema includes in the place of the element that says so.
+    static void include(const LateBound& schema, const base::Text& path,
+                        std::set<base::Text>& included) {
+        const LateBound root = schema.object(u"documentElement");
+        for (const LateBound& element : children(schema, u"include")) {
+            const base::Text file = beside(path, attribute(element, u"schemaLocation"));
+            root.call(u"removeChild", windows::ComPointer<IDispatch>(element.dispatch()));
+            if (!included.insert(file).second) continue;
+            const LateBound piece = read(file);
+            include(piece, file, included);
+            take_prefixes(piece.object(u"documentElement"), root);
+            for (const LateBound& child : children(piece, u"")) take(child, root);
+        }
+    }
+    static void take(const LateBound& child, const LateBound& root) {
+        const windows::Variant copy = child.call(u"cloneNode", true);
+        const windows::ComPointer<IDispatch> node = windows::object_of(copy.get());
+        const windows::ComPointer<IDispatch> first(root.object(u"firstChild").dispatch());
+        // Imports stand before everything else.
+        if (text_of(child.get(u"baseName")) == u"import" && first) {
+            root.call(u"insertBefore", node, first);
+        } else {
+            root.call(u"appendChild", node);
+        }
+    }
+    // Types are named by prefixes, which only the root declares.
+    static void take_prefixes(const LateBound& from, const LateBound& to) {
+        const LateBound attributes = from.object(u"attributes");
+        for (std::int32_t i = 0; i < number_of(attributes, u"length"); ++i) {
+            const LateBound declaration = attributes.object(u"item", i);
+            const base::Text name = text_of(declaration.get(u"nodeName"));
+            const base::Text value = text_of(declaration.get(u"text"));
+            if (!name.starts_with(u"xmlns:")) continue;
+            const base::Text before = attribute(to, name);
+            if (before.empty()) to.call(u"setAttribute", name, value);
+            if (!before.empty() && before != value)
+                refuse(u"Przedrostek " + name + u" znaczy co innego w dołączonym schemacie.\r\n");
+        }
+    }
+    static LateBound read(const base::Text& path) {
+        LateBound schema = new_document(document_class);
+        schema.put(u"validateOnParse", false);
+        const windows::Variant loaded = schema.call(u"load", path);
+        if (loaded.get().vt != VT_BOOL || loaded.get().boolVal == VARIANT_FALSE)
+            refuse(parse_errors(schema, false).front().reason);
+        return schema;
+    }
+    // Elements under the root; all of them where `name` is empty.
+    static std::vector<LateBound> children(const LateBound& schema, const base::Text& name) {
+        const base::Text path =
+            name.empty() ? base::Text(u"/*/*") : u"/*/*[local-name()='" + name + u"']";
+        const LateBound found(windows::object_of(schema.call(u"selectNodes", path).get()));
+        std::vector<LateBound> elements;
+        for (std::int32_t i = 0; i < number_of(found, u"length"); ++i)
+            elements.push_back(found.object(u"item", i));
+        return elements;
+    }
+    static base::Text attribute(const LateBound& element, base::TextView name) {
         return text_of(element.call(u"getAttribute", name));
     }
     // Whatever address it names.
@@ -94,8 +160,9 @@ class SchemaWithImports {
 
 // Early-bound, because the property takes no object by name everywhere.
 void put_input(const LateBound& processor, const LateBound& document) {
-    const auto early = windows::ComPointer<IDispatch>(processor.dispatch()).query<IXSLProcessor>();
-    if (!early) refuse(u"IXSLProcessor");
+    windows::ComPointer<IXSLProcessor> early;
+    windows::check(processor.dispatch()->QueryInterface(processor_interface, early.out_void()),
+                   u"IXSLProcessor");
     const windows::Variant input(windows::ComPointer<IDispatch>(document.dispatch()));
     windows::check(early->put_input(input.get()), u"IXSLProcessor.input");
 }
@@ -104,7 +171,9 @@ class MsxmlDocuments final : public XmlDocuments {
   public:
     XmlValidation validate(base::TextView xml, base::TextView schema,
                            SchemaNamespace schema_namespace) override {
-        require_length(xml);
+        if (is_too_long(xml)) return {true, {}, {{base::Text(too_long), 0, 0}}};
+        // The component would fetch it.
+        if (schema.find(u"://") != base::TextView::npos) refuse(u"To nie jest plik.\r\n");
         const auto cache = LateBound::create(u"Msxml2.XMLSchemaCache.6.0");
         const LateBound document = new_document(document_class);
         if (schema_namespace == SchemaNamespace::empty) {
@@ -126,8 +195,7 @@ class MsxmlDocuments final : public XmlDocuments {
 
     XmlTransformation transform(base::TextView xml, base::TextView stylesheet,
                                 XmlParameters parameters) override {
-        require_length(xml);
-        require_length(stylesheet);
+        if (is_too_long(xml) || is_too_long(stylesheet)) refuse(base::Text(too_long));
         const auto transformer = LateBound::create(u"Msxml2.XSLTemplate.6.0");
         // The transformer takes no other kind.
         const LateBound sheet = new_document(u"Msxml2.FreeThreadedDOMDocument.6.0");

@@ -33,5 +33,40 @@ TEST(WindowsFiles, AHostCutsAFileAtALongPath) {
         EXPECT_TRUE(RemoveDirectoryW(windows::wide(u"\\\\?\\" + made))) << "nothing is left";
 }
 
+// As the ministry's: one schema imports by a web address, what it imports includes by another.
+TEST(WindowsFiles, ASchemaTakesWhatItNamesFromItsFolder) {
+    wchar_t temporary[MAX_PATH];
+    GetTempPathW(MAX_PATH, temporary);
+    const base::Text folder = windows::text_from_wide(temporary);
+    const auto files = ports::make_windows_files();
+    const auto schema = [&](const char16_t* name, const std::string& attributes,
+                            const std::string& inside) {
+        const auto writer = files->create(folder + name, ports::Readers::everyone);
+        writer->write(base::bytes_of("<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema' " +
+                                     attributes + ">" + inside + "</xs:schema>"));
+        writer->keep();
+    };
+    const std::string web = "schemaLocation='http://nowhere.example/schemas/";
+    schema(u"letters.xsd", "targetNamespace='urn:t'",
+           "<xs:simpleType name='letter'><xs:restriction base='xs:string'>"
+           "<xs:maxLength value='3'/></xs:restriction></xs:simpleType>");
+    schema(u"types.xsd", "targetNamespace='urn:t' xmlns:u='urn:t'",
+           "<xs:include " + web +
+               "letters.xsd'/><xs:complexType name='row'><xs:sequence>"
+               "<xs:element name='a' type='u:letter'/></xs:sequence></xs:complexType>");
+    schema(
+        u"invoice.xsd", "targetNamespace='urn:f' xmlns:t='urn:t'",
+        "<xs:import namespace='urn:t' " + web + "types.xsd'/><xs:element name='f' type='t:row'/>");
+    const auto documents = ports::make_windows_xml_documents();
+    const auto errors = [&](base::TextView text) {
+        return documents
+            ->validate(u"<f xmlns='urn:f'><a xmlns=''>" + base::Text(text) + u"</a></f>",
+                       folder + u"invoice.xsd", ports::SchemaNamespace::its_own)
+            .errors.size();
+    };
+    EXPECT_EQ(errors(u"abc"), 0u);
+    EXPECT_EQ(errors(u"abcd"), 1u);
+}
+
 }  // namespace
 }  // namespace tavrix::test

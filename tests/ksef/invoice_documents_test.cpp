@@ -83,7 +83,8 @@ TEST_F(InvoiceDocumentsTest, ASchemaOfANamespaceCountsWhereItIsPutUnderIts) {
     EXPECT_TRUE(check(wrong, invoice, SchemaNamespace::its_own).starts_with("Błąd walidacji: "));
     for (const base::Text& unusable :
          {base::from_utf8(path("brak.xsd")), file("zly.xsd", "<xs:schema"),
-          file("encje.xsd", "<!DOCTYPE x [<!ENTITY e SYSTEM 'typy.xsd'>]>" + schema("", rows))}) {
+          file("encje.xsd", "<!DOCTYPE x [<!ENTITY e SYSTEM 'typy.xsd'>]>" + schema("", rows)),
+          file("szeroki.xsd", "\xFF\xFE<")}) {
         EXPECT_EQ(check(wrong, unusable), "");
         EXPECT_TRUE(
             check(wrong, unusable, SchemaNamespace::its_own).starts_with("Błąd ładowania XSD: "));
@@ -108,6 +109,19 @@ TEST_F(InvoiceDocumentsTest, PagesAreInTheCodePageAndSaySo) {
     EXPECT_NE(html.find("charset=utf-8\""), std::string::npos) << html;
     EXPECT_NE(html.find("<body>Łódź Ń</body>"), std::string::npos) << html;
     EXPECT_EQ(html.find("20013"), std::string::npos);
+    // A reference stands between such bytes as what it is; capitals of ordinary text look like
+    // them.
+    EXPECT_EQ(
+        to_html(load_invoice(*text_files, file("odn.xml", "<f>Łódź&#160;&#243;</f>")), sheet(page)),
+        "");
+    EXPECT_NE(content("out.html").find("<body>Łódź&#160;&#243;</body>"), std::string::npos)
+        << content("out.html");
+    EXPECT_EQ(to_html(u"<f>MĘŻA</f>", sheet(page)), "");
+    EXPECT_NE(content("out.html")
+                  .find("<body>M\xCA\xAF"
+                        "A</body>"),
+              std::string::npos)
+        << content("out.html");
 
     EXPECT_TRUE(to_html(u"<f/>", "<xsl:").starts_with("Błąd XSL: "));
     EXPECT_TRUE(to_html(u"<f>", sheet(page)).starts_with("Błąd transformacji: "));
@@ -141,6 +155,9 @@ TEST_F(InvoiceDocumentsTest, NothingHostileGetsOutOrGrows) {
     std::string deep;
     for (int i = 0; i < 300; ++i) deep += "<f>";
     EXPECT_NE(check(deep, plain), "");
+    std::string wide = "<f";
+    for (int i = 0; i < 60'000; ++i) wide += " a" + std::to_string(i) + "='>'";
+    EXPECT_NE(check(wide + "/>", plain).find("1000"), std::string::npos);
     EXPECT_NE(check(std::string(ports::XmlDocuments::most_characters + 1, ' '), plain)
                   .find("100 000 000"),
               std::string::npos);

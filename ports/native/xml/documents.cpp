@@ -2,6 +2,7 @@
 
 #include <libxml/parserInternals.h>
 
+#include <algorithm>
 #include <new>
 
 #include "base/error.h"
@@ -86,6 +87,28 @@ XmlDocument parse_xml(const std::string& utf8) {
     xmlParseDocument(parser.get());
     XmlDocument document(std::exchange(parser->myDoc, nullptr));
     return parser->wellFormed ? std::move(document) : nullptr;
+}
+
+bool has_overlong_tag(std::string_view utf8) {
+    constexpr std::size_t most_attributes = 1000;
+    constexpr std::pair<std::string_view, std::string_view> skipped[] = {
+        {"<!--", "-->"}, {"<![CDATA[", "]]>"}, {"<?", "?>"}};
+    for (std::size_t at = utf8.find('<'); at != utf8.npos; at = utf8.find('<', at)) {
+        const auto other = std::ranges::find_if(
+            skipped, [&](const auto& kind) { return utf8.substr(at).starts_with(kind.first); });
+        if (other != std::end(skipped)) {
+            at = utf8.find(other->second, at + other->first.size());
+            continue;
+        }
+        std::size_t attributes = 0;
+        for (++at; at < utf8.size() && utf8[at] != '>' && utf8[at] != '<'; ++at) {
+            if (utf8[at] == '=' && ++attributes > most_attributes) return true;
+            if (utf8[at] != '"' && utf8[at] != '\'') continue;
+            at = utf8.find(utf8[at], at + 1);
+            if (at == utf8.npos) return false;
+        }
+    }
+    return false;
 }
 
 void refuse_xml(const base::Text& reason) {

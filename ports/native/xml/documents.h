@@ -47,6 +47,10 @@ XmlParser make_xml_parser(const std::string& utf8);
 /// The document, or null; why is in the XmlErrors that stand.
 XmlDocument parse_xml(const std::string& utf8);
 
+/// Whether an element has more than a thousand attributes: the libraries compare each with each.
+bool has_overlong_tag(std::string_view utf8);
+constexpr base::TextView overlong_tag = u"Element ma ponad 1000 atrybutów.\r\n";
+
 [[noreturn]] void refuse_xml(const base::Text& reason);
 
 XmlValidation validate_xml(const std::string& utf8, const std::string& schema_path,

@@ -15,20 +15,38 @@
 namespace tavrix::ports {
 namespace {
 
+using namespace std::string_view_literals;
+
+using Clock = std::chrono::steady_clock;
+
 struct Allowance {
     bool is_limited = false;
-    bool was_refused = false;
+    const char16_t* refusal = u"";
     std::size_t memory_bytes = 0;
     std::string folder;
+    Clock::time_point end;
+    std::size_t calls = 0;
 };
 thread_local Allowance allowance;
 
 // Schemas of one folder import each other; none is as long.
 constexpr std::streamoff longest_schema_bytes = 20'000'000;
 
+// Work on long texts asks seldom, work on many short ones often.
+bool is_time_to_look(std::size_t bytes) {
+    return bytes > 64 * 1024 || ++allowance.calls % 1024 == 0;
+}
+
 bool refuses(std::size_t bytes) {
-    if (!allowance.is_limited || bytes <= allowance.memory_bytes) return false;
-    allowance.was_refused = true;
+    if (!allowance.is_limited) return false;
+    if (bytes > allowance.memory_bytes) {
+        allowance.refusal = u"Dokument wymaga zbyt wiele pamięci.\r\n";
+        return true;
+    }
+    if (is_time_to_look(bytes) && Clock::now() > allowance.end) allowance.memory_bytes = 0;
+    if (allowance.memory_bytes > 0) return false;
+    if (*allowance.refusal == u'\0')
+        allowance.refusal = u"Praca nad dokumentem trwa zbyt długo.\r\n";
     return true;
 }
 
@@ -48,7 +66,8 @@ void* allocate(std::size_t bytes) {
 }
 
 void release(void* block) {
-    if (allowance.is_limited) allowance.memory_bytes += size_of(block);
+    if (allowance.is_limited && *allowance.refusal == u'\0')
+        allowance.memory_bytes += size_of(block);
     std::free(block);
 }
 
@@ -79,8 +98,9 @@ xmlParserInputPtr load(const char* address, const char* id, xmlParserCtxtPtr par
     if (!file || file.tellg() > longest_schema_bytes) return nullptr;
     file.seekg(0);
     const std::string text{std::istreambuf_iterator<char>(file), {}};
-    // Its entities would be expanded.
-    if (text.find("<!DOCTYPE") != std::string::npos) return nullptr;
+    // Its entities would be expanded, so it has none; in two bytes for a letter nobody would see.
+    const bool is_wide = text.substr(0, 4).find_first_of("\xFE\xFF\0"sv) != std::string::npos;
+    if (is_wide || text.find("<!DOCTYPE") != std::string::npos) return nullptr;
     xmlParserInputBufferPtr buffer = xmlParserInputBufferCreateMem(
         text.data(), static_cast<int>(text.size()), XML_CHAR_ENCODING_NONE);
     if (buffer == nullptr) return nullptr;
@@ -123,15 +143,15 @@ XmlLimits::XmlLimits(std::string folder) {
         xmlSetExternalEntityLoader(load);
         forbid_everything_to_stylesheets();
     });
-    allowance = {true, false, most_memory_bytes, std::move(folder)};
+    allowance = {true, u"", most_memory_bytes, std::move(folder), Clock::now() + longest};
 }
 
 XmlLimits::~XmlLimits() {
     allowance = {};
 }
 
-bool XmlLimits::ran_out_of_memory() const noexcept {
-    return allowance.was_refused;
+base::Text XmlLimits::refusal() const {
+    return allowance.refusal;
 }
 
 }  // namespace tavrix::ports

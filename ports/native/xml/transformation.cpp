@@ -6,6 +6,7 @@
 #include <cstdarg>
 #include <cstdio>
 #include <mutex>
+#include <new>
 
 #include "ports/native/xml/documents.h"
 #include "ports/native/xml/limits.h"
@@ -17,7 +18,7 @@ using Stylesheet = std::unique_ptr<xsltStylesheet, FreedBy<xsltFreeStylesheet>>;
 using Transformation = std::unique_ptr<xsltTransformContext, FreedBy<xsltFreeTransformContext>>;
 
 // Enough for an invoice of ten thousand lines several times over; a sheet that goes in circles ends
-// within seconds.
+// within seconds. Long texts are one operation however long, so there is the limit of time as well.
 constexpr unsigned long most_operations = 50'000'000;
 
 const xmlChar* xml_chars(const std::string& text) {
@@ -68,8 +69,7 @@ Stylesheet compile(XmlDocument document, const Words& words) {
 std::string written(xsltStylesheet& sheet, xmlDoc& result) {
     xmlChar* bytes = nullptr;
     int length = 0;
-    if (xsltSaveResultToString(&bytes, &length, &result, &sheet) != 0)
-        refuse_xml(u"out of memory\r\n");
+    if (xsltSaveResultToString(&bytes, &length, &result, &sheet) != 0) throw std::bad_alloc();
     const std::unique_ptr<xmlChar, FreedBy<[](xmlChar* block) { xmlFree(block); }>> owned(bytes);
     return bytes == nullptr
                ? std::string()
@@ -85,16 +85,22 @@ XmlTransformation transform_xml(const std::string& xml, const std::string& style
                                 XmlParameters parameters) {
     const std::lock_guard lock(one_at_a_time);
     const XmlLimits limits({});
+    if (has_overlong_tag(xml) || has_overlong_tag(stylesheet)) refuse_xml(base::Text(overlong_tag));
     XmlErrors errors;
     XmlDocument sheet_document = parse_xml(stylesheet);
+    const auto refuse_beyond_limits = [&] {
+        if (const base::Text refusal = limits.refusal(); !refusal.empty()) refuse_xml(refusal);
+    };
+    refuse_beyond_limits();
     if (sheet_document == nullptr) return {errors.first_reason(), {}};
     const XmlDocument document = parse_xml(xml);
+    refuse_beyond_limits();
     if (document == nullptr) refuse_xml(errors.first_reason());
 
     Words words;
     const Stylesheet sheet = compile(std::move(sheet_document), words);
     const Transformation transformation(xsltNewTransformContext(sheet.get(), document.get()));
-    if (transformation == nullptr) refuse_xml(u"out of memory\r\n");
+    if (transformation == nullptr) throw std::bad_alloc();
     transformation->opLimit = most_operations;
     for (const auto& [name, value] : parameters) {
         xsltQuoteOneUserParam(transformation.get(), xml_chars(base::to_utf8(name)),
@@ -102,10 +108,10 @@ XmlTransformation transform_xml(const std::string& xml, const std::string& style
     }
     const XmlDocument result(xsltApplyStylesheetUser(sheet.get(), document.get(), nullptr, nullptr,
                                                      nullptr, transformation.get()));
-    if (limits.ran_out_of_memory()) refuse_xml(u"out of memory\r\n");
+    refuse_beyond_limits();
     if (result == nullptr || transformation->state != XSLT_STATE_OK) refuse_xml(words.text());
     const std::string output = written(*sheet, *result);
-    if (limits.ran_out_of_memory()) refuse_xml(u"out of memory\r\n");
+    refuse_beyond_limits();
     return {{}, base::from_utf8(output)};
 }
 

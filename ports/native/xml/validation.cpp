@@ -56,12 +56,14 @@ XmlValidation validate_xml(const std::string& utf8, const std::string& schema_pa
     const std::string folder = schema_path.substr(0, schema_path.rfind('/') + 1);
     const XmlLimits limits(folder.empty() ? "./" : folder);
     const Schema schema = load_schema(schema_path);
+    if (has_overlong_tag(utf8)) return {true, {}, {{base::Text(overlong_tag), 0, 0}}};
     if (schema_namespace == SchemaNamespace::empty && schema->targetNamespace != nullptr)
         refuse_xml(u"The namespace differs from the schema's targetNamespace.\r\n");
     XmlValidation validation;
     validation.errors = errors_of(utf8, *schema);
-    if (limits.ran_out_of_memory() && validation.errors.empty())
-        validation.errors = {{u"out of memory\r\n", 0, 0}};
+    // What the library makes of it is no error of the document.
+    if (const base::Text refusal = limits.refusal(); !refusal.empty())
+        validation.errors = {{refusal, 0, 0}};
     return validation;
 }
 
