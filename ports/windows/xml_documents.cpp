@@ -53,12 +53,35 @@ bool load(const LateBound& document, base::TextView xml) {
     return loaded.get().vt == VT_BOOL && loaded.get().boolVal != VARIANT_FALSE;
 }
 
+XmlError told(const LateBound& error) {
+    return {text_of(error.get(u"reason")), number_of(error, u"line"), number_of(error, u"linepos")};
+}
+
 // Nothing where the document is in order.
 std::vector<XmlError> parse_errors(const LateBound& document, bool loaded) {
     const LateBound error = document.object(u"parseError");
     if (loaded && number_of(error, u"errorCode") == 0) return {};
-    return {
-        {text_of(error.get(u"reason")), number_of(error, u"line"), number_of(error, u"linepos")}};
+    return {told(error)};
+}
+
+// RFC 8089 of a path with a drive or of a share.
+base::Text address_of(const base::Text& path) {
+    base::Text address = path.starts_with(u"\\\\") ? u"file:" : u"file:///";
+    for (const char byte : base::to_utf8(path)) {
+        const bool is_plain = (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') ||
+                              (byte >= '0' && byte <= '9') ||
+                              std::string_view("-._~/:").find(byte) != std::string_view::npos;
+        constexpr base::TextView digits = u"0123456789ABCDEF";
+        const auto value = static_cast<std::uint8_t>(byte);
+        if (byte == '\\') {
+            address += u'/';
+        } else if (is_plain) {
+            address += static_cast<char16_t>(value);
+        } else {
+            address += {u'%', digits[value >> 4], digits[value & 15]};
+        }
+    }
+    return address;
 }
 
 // A schema as one document, and before it those that it imports: given a file, the component looks
@@ -76,8 +99,10 @@ class SchemaWithImports {
         for (const LateBound& import : children(schema, u"import")) {
             const base::Text location = attribute(import, u"schemaLocation");
             if (location.empty()) continue;
-            add(beside(path, location));
-            import.call(u"removeAttribute", u"schemaLocation");
+            const base::Text file = beside(path, location);
+            add(file);
+            // Known by its namespace now; Wine's component looks for the file all the same.
+            import.call(u"setAttribute", u"schemaLocation", address_of(file));
         }
         // Read once more, the prefixes of all its pieces are in one place.
         const LateBound whole = new_document(document_class);
@@ -190,6 +215,13 @@ class MsxmlDocuments final : public XmlDocuments {
         document.put_reference(u"schemas", cache);
         document.put(u"validateOnParse", true);
         validation.errors = parse_errors(document, load(document, xml));
+        // What holds a document against its schemas while it is read finds it valid here; Wine's
+        // component only does when it is asked.
+        if (schema_namespace == SchemaNamespace::its_own && validation.errors.empty()) {
+            if (const LateBound error(windows::object_of(document.call(u"validate").get()));
+                number_of(error, u"errorCode") != 0)
+                validation.errors = {told(error)};
+        }
         return validation;
     }
 
