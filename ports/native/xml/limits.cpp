@@ -17,14 +17,14 @@ namespace {
 
 using namespace std::string_view_literals;
 
-using Clock = std::chrono::steady_clock;
+using SteadyClock = std::chrono::steady_clock;
 
 struct Allowance {
     bool is_limited = false;
     const char16_t* refusal = u"";
     std::size_t memory_bytes = 0;
     std::string folder;
-    Clock::time_point end;
+    SteadyClock::time_point end;
     std::size_t calls = 0;
 };
 thread_local Allowance allowance;
@@ -43,7 +43,7 @@ bool refuses(std::size_t bytes) {
         allowance.refusal = u"Dokument wymaga zbyt wiele pamięci.\r\n";
         return true;
     }
-    if (is_time_to_look(bytes) && Clock::now() > allowance.end) allowance.memory_bytes = 0;
+    if (is_time_to_look(bytes) && SteadyClock::now() > allowance.end) allowance.memory_bytes = 0;
     if (allowance.memory_bytes > 0) return false;
     if (*allowance.refusal == u'\0')
         allowance.refusal = u"Praca nad dokumentem trwa zbyt długo.\r\n";
@@ -143,7 +143,7 @@ XmlLimits::XmlLimits(std::string folder) {
         xmlSetExternalEntityLoader(load);
         forbid_everything_to_stylesheets();
     });
-    allowance = {true, u"", most_memory_bytes, std::move(folder), Clock::now() + longest};
+    allowance = {true, u"", most_memory_bytes, std::move(folder), SteadyClock::now() + longest};
 }
 
 XmlLimits::~XmlLimits() {
