@@ -61,8 +61,9 @@ base::SecretUtf8 read_secret_file(const std::string& path) {
 
 base::SecretUtf8 read_secret_line(const std::string& path) {
     const base::SecretUtf8 file = read_secret_file(path);
-    const std::size_t last = file.view().find_last_not_of("\n\r ");
-    return base::SecretUtf8(file.view().substr(0, last + 1));
+    std::string_view line = file.view();
+    if (line.starts_with("\xEF\xBB\xBF")) line.remove_prefix(3);
+    return base::SecretUtf8(line.substr(0, line.find_last_not_of("\n\r ") + 1));
 }
 
 }  // namespace tavrix::cli

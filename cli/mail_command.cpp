@@ -3,6 +3,7 @@
 
 #include "cli/answer.h"
 #include "cli/command.h"
+#include "cli/for_people.h"
 #include "cli/mail_output.h"
 #include "cli/ports_bundle.h"
 #include "mail/cmessage.h"

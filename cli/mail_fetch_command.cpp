@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "cli/command.h"
+#include "cli/for_people.h"
 #include "cli/ksef_options.h"
 #include "cli/mail_output.h"
 #include "cli/ports_bundle.h"
@@ -102,8 +103,8 @@ Json row_of(const CMessage& message) {
 }
 
 void print_fetched(const CMessage& message) {
-    std::cout << "Od: " << for_people(message.text<MessageProperty::From>())
-              << "\nTemat: " << for_people(message.text<MessageProperty::Subject>()) << '\n';
+    std::cout << "Od: " << line_for_people(message.text<MessageProperty::From>())
+              << "\nTemat: " << line_for_people(message.text<MessageProperty::Subject>()) << '\n';
     for (const std::string& file : files_of(message)) std::cout << "Załącznik: " << file << '\n';
     std::cout << std::endl;
 }

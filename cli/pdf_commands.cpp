@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "cli/command.h"
+#include "cli/for_people.h"
 #include "cli/ksef_options.h"
 #include "cli/ports_bundle.h"
 #include "pdfsign/sign.h"
@@ -15,6 +16,7 @@ struct SignOptions {
     std::string in;
     std::string out;
     std::string pfx;
+    bool has_pin = false;
     std::string pin;
     std::string pin_file;
     bool pades = false;
@@ -25,9 +27,20 @@ struct VerifyOptions {
     std::string authorities;
 };
 
+// What the system says does not name the file that it is about.
+template <typename Work>
+auto naming(const std::string& path, const char* fault, Work work) {
+    try {
+        return work();
+    } catch (const base::AutomationError& error) {
+        if (error.source() != u"open") throw;
+        throw CLI::ValidationError(path, fault);
+    }
+}
+
 // Another user of the machine sees the arguments of a process, but not its input.
 base::SecretText pin_of(const SignOptions& options) {
-    if (!options.pin.empty()) return base::from_secret_utf8(options.pin);
+    if (options.has_pin) return base::from_secret_utf8(options.pin);
     if (!options.pin_file.empty() && options.pin_file != "-") {
         return base::from_secret_utf8(read_secret_line(options.pin_file).view());
     }
@@ -40,35 +53,41 @@ base::SecretText pin_of(const SignOptions& options) {
 ExitCode sign(const SignOptions& options) {
     PortsBundle bundle;
     const pdfsign::PdfPorts ports = bundle.for_pdf();
-    pdfsign::PdfToSign document(ports, base::from_utf8(options.in));
-    const auto signer =
-        pdfsign::load_signer(ports, base::from_utf8(options.pfx), pin_of(options).view());
+    constexpr const char* unreadable = "nie można odczytać pliku";
+    auto document = naming(options.in, unreadable,
+                           [&] { return pdfsign::PdfToSign(ports, base::from_utf8(options.in)); });
+    const auto signer = naming(options.pfx, unreadable, [&] {
+        return pdfsign::load_signer(ports, base::from_utf8(options.pfx), pin_of(options).view());
+    });
     if (!signer->can_sign()) {
         std::cerr << "tym rodzajem klucza nie można podpisać: potrzebny RSA albo ECDSA\n";
         return exit_failed;
     }
-    document.sign(*signer, base::from_utf8(options.out),
-                  options.pades ? pdfsign::Profile::pades : pdfsign::Profile::usual);
+    naming(options.out, "nie można zapisać pliku", [&] {
+        document.sign(*signer, base::from_utf8(options.out),
+                      options.pades ? pdfsign::Profile::pades : pdfsign::Profile::usual);
+    });
     return exit_done;
 }
 
 void print_signature(const pdfsign::VerifiedSignature& signature, bool asked_for_trust) {
-    std::cout << base::to_utf8(signature.field) << ": ";
+    std::cout << line_for_people(signature.field) << ": ";
     if (!signature.fault.empty()) {
-        std::cout << base::to_utf8(signature.fault) << '\n';
+        std::cout << line_for_people(signature.fault) << '\n';
         return;
     }
     const ports::SignatureFindings& found = signature.findings;
     std::cout << (found.intact ? "podpis prawidłowy" : "PODPIS NIEPRAWIDŁOWY") << ", "
-              << base::to_utf8(found.signer) << " (wystawca: " << base::to_utf8(found.issuer)
-              << "), " << base::to_utf8(signature.time);
+              << line_for_people(found.signer) << " (wystawca: " << line_for_people(found.issuer)
+              << "), " << line_for_people(signature.time);
     if (asked_for_trust) {
         std::cout << (found.trusted ? ", certyfikat zaufany" : ", CERTYFIKAT NIEZAUFANY");
     }
     if (signature.added_bytes == 0) {
         std::cout << ", obejmuje cały plik\n";
     } else {
-        std::cout << ", po podpisaniu dodano " << signature.added_bytes << " bajtów\n";
+        std::cout << ", po podpisie dopisano " << signature.added_bytes
+                  << " bajtów, treść mogła się zmienić\n";
     }
 }
 
@@ -81,7 +100,8 @@ ExitCode verify(const VerifyOptions& options) {
         trusted = base::chars_of(file);
     }
     const pdfsign::PdfPorts ports = bundle.for_pdf();
-    const auto file = ports.files.open(base::from_utf8(options.file));
+    const auto file = naming(options.file, "nie można odczytać pliku",
+                             [&] { return ports.files.open(base::from_utf8(options.file)); });
     const auto signatures = pdfsign::verify_pdf(*file, ports.signing, trusted);
     if (signatures.empty()) std::cout << "brak podpisów\n";
     bool all_good = true;
@@ -112,7 +132,10 @@ void add_pdf_commands(CLI::App& app, int& exit_code) {
         ->excludes(pin);
     sign_pdf->add_flag("--pades", signing->pades,
                        "Podpis według PAdES (ETSI.CAdES.detached), czas tylko w dokumencie");
-    sign_pdf->callback([signing, &exit_code] { exit_code = sign(*signing); });
+    sign_pdf->callback([signing, pin, &exit_code] {
+        signing->has_pin = pin->count() > 0;
+        exit_code = sign(*signing);
+    });
 
     auto verifying = std::make_shared<VerifyOptions>();
     CLI::App* verify_pdf = app.add_subcommand("verify-pdf", "Sprawdza podpisy pliku PDF");

@@ -112,6 +112,8 @@ base::Text readable_name(base::TextView name) {
         if (readable.size() == longest) break;
         readable += c < 0x20 || (c >= 0x7F && c < 0xA0) ? u' ' : c;
     }
+    const bool is_half = readable.size() == longest && (readable.back() & 0xFC00) == 0xD800;
+    if (is_half) readable.pop_back();
     return readable;
 }
 

@@ -1,14 +1,17 @@
 #include "pdfsign/first_page.h"
 
 #include <algorithm>
-#include <set>
 #include <stdexcept>
 #include <vector>
+
+#include "pdfsign/visits.h"
 
 namespace tavrix::pdfsign {
 namespace {
 
 constexpr int deepest_tree = 100;
+constexpr std::size_t most_nodes = 100'000;
+constexpr std::size_t most_objects = 10'000'000;
 constexpr Rectangle a4{0, 0, 595, 842};
 
 [[noreturn]] void damaged(const char* what) {
@@ -29,15 +32,18 @@ std::vector<QPDFObjectHandle> way_to_first_page(QPDF& document) {
     std::vector<QPDFObjectHandle> way;
     QPDFObjectHandle node = document.getRoot().getKey("/Pages");
     // A tree may have branches without a page.
-    std::set<QPDFObjGen> seen;
+    Visits visits;
     const auto descend = [&](const auto& self, QPDFObjectHandle at) -> bool {
         if (!at.isDictionary() || way.size() > deepest_tree) return false;
-        if (at.isIndirect() && !seen.insert(at.getObjGen()).second) return false;
-        way.push_back(at);
+        if (visits.count() > most_nodes) damaged("too many nodes");
+        if (!visits.is_first(at)) return false;
         QPDFObjectHandle kids = at.getKey("/Kids");
+        way.push_back(at);
         if (!kids.isArray()) return at.isIndirect();
-        for (int i = 0; i < kids.getArrayNItems(); ++i) {
-            if (self(self, kids.getArrayItem(i))) return true;
+        if (visits.is_first(kids)) {
+            for (int i = 0; i < kids.getArrayNItems(); ++i) {
+                if (self(self, kids.getArrayItem(i))) return true;
+            }
         }
         way.pop_back();
         return false;
@@ -54,17 +60,22 @@ QPDFObjectHandle inherited(const std::vector<QPDFObjectHandle>& way, const char*
     return QPDFObjectHandle::newNull();
 }
 
-void expect_resources(QPDFObjectHandle resources) {
-    if (!resources.isDictionary()) {
-        if (resources.isIndirect()) damaged("resources are missing");
-        return;
-    }
-    for (const char* kind : {"/XObject", "/Font"}) {
-        QPDFObjectHandle entries = resources.getKey(kind);
-        if (entries.isIndirect() && !entries.isDictionary()) damaged("resources are missing");
-        if (!entries.isDictionary()) continue;
-        for (const std::string& key : entries.getKeys()) {
-            if (entries.getKey(key).isNull()) damaged("a resource is missing");
+// All that can be reached from `object`. An object that is not there is read as null.
+void expect_all_of(QPDFObjectHandle object, Visits& visits) {
+    std::vector<QPDFObjectHandle> left{object};
+    while (!left.empty()) {
+        QPDFObjectHandle at = left.back();
+        left.pop_back();
+        if (at.isIndirect() && at.isNull()) damaged("an object is missing");
+        if (!at.isArray() && !at.isDictionary() && !at.isStream()) continue;
+        if (visits.count() > most_objects) damaged("too many objects");
+        if (!visits.is_first(at)) continue;
+        if (at.isArray()) {
+            for (QPDFObjectHandle item : at.getArrayAsVector()) left.push_back(item);
+            continue;
+        }
+        for (const auto& [key, value] : (at.isStream() ? at.getDict() : at).getDictAsMap()) {
+            left.push_back(value);
         }
     }
 }
@@ -78,20 +89,21 @@ void expect_content(QPDFObjectHandle page) {
     } else if (!content.isStream() && content.isIndirect()) {
         damaged("content is missing");
     }
-    expect_resources(page.getKey("/Resources"));
 }
 
-std::int64_t count_pages(QPDFObjectHandle node, std::set<QPDFObjGen>& seen, int depth) {
+std::int64_t count_pages(QPDFObjectHandle node, Visits& visits, int depth) {
     if (!node.isDictionary() || depth > deepest_tree) damaged("a page is missing");
-    if (node.isIndirect() && !seen.insert(node.getObjGen()).second) damaged("pages in a circle");
+    if (visits.count() > most_nodes) damaged("too many nodes");
+    if (!visits.is_first(node)) damaged("pages in a circle");
     QPDFObjectHandle kids = node.getKey("/Kids");
     if (!kids.isArray()) {
         expect_content(node);
         return 1;
     }
+    if (!visits.is_first(kids)) damaged("pages in a circle");
     std::int64_t count = 0;
     for (int i = 0; i < kids.getArrayNItems(); ++i) {
-        count += count_pages(kids.getArrayItem(i), seen, depth + 1);
+        count += count_pages(kids.getArrayItem(i), visits, depth + 1);
     }
     return count;
 }
@@ -125,10 +137,13 @@ FirstPage find_first_page(QPDF& document) {
 
 void expect_all_pages(QPDF& document) {
     QPDFObjectHandle pages = document.getRoot().getKey("/Pages");
-    std::set<QPDFObjGen> seen;
-    const std::int64_t found = count_pages(pages, seen, 0);
+    Visits nodes;
+    const std::int64_t found = count_pages(pages, nodes, 0);
     QPDFObjectHandle told = pages.getKey("/Count");
     if (!told.isInteger() || told.getIntValue() != found) damaged("a page is missing");
+    Visits objects;
+    expect_all_of(pages, objects);
+    expect_all_of(document.getRoot().getKey("/AcroForm"), objects);
 }
 
 }  // namespace tavrix::pdfsign

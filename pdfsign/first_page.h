@@ -24,8 +24,8 @@ struct FirstPage {
 /// Reads no other page. Throws std::runtime_error when there is none that an update could change.
 FirstPage find_first_page(QPDF& document);
 
-/// Throws std::runtime_error unless there are as many pages as the document says, and each has the
-/// content and the resources that it refers to. Reads all of them.
+/// Throws std::runtime_error unless there are as many pages as the document says, and everything
+/// that they and the form refer to, directly or not. Reads all of it, but no stream.
 void expect_all_pages(QPDF& document);
 
 }  // namespace tavrix::pdfsign

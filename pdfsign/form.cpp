@@ -1,6 +1,7 @@
 #include "pdfsign/form.h"
 
 #include "pdfsign/refusal.h"
+#include "pdfsign/visits.h"
 
 namespace tavrix::pdfsign {
 namespace {
@@ -33,11 +34,11 @@ class FieldWalk {
 
     void walk(QPDFObjectHandle fields, const std::string& parent, int depth) {
         if (depth > deepest_field) refuse(u"pola formularza są zagnieżdżone zbyt głęboko");
+        if (!visits_.is_first(fields)) return;
         for (int i = 0; i < fields.getArrayNItems(); ++i) {
             QPDFObjectHandle field = fields.getArrayItem(i);
-            if (!field.isDictionary()) continue;
-            if (field.isIndirect() && !seen_.insert(field.getObjGen()).second) continue;
-            if (++count_ > most_fields) refuse(u"formularz ma zbyt wiele pól");
+            if (!field.isDictionary() || !visits_.is_first(field)) continue;
+            if (visits_.count() > most_fields) refuse(u"formularz ma zbyt wiele pól");
             look_at(field, parent, depth);
         }
     }
@@ -63,8 +64,7 @@ class FieldWalk {
     }
 
     Form& form_;
-    std::set<QPDFObjGen> seen_;
-    std::size_t count_ = 0;
+    Visits visits_;
 };
 
 }  // namespace

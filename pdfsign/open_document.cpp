@@ -79,6 +79,8 @@ OpenDocument open_document(std::unique_ptr<ports::FileReader> file, Reading read
     document.file = std::move(file);
     document.ends = read_ends(*document.file);
     if (!document.ends.header) refuse(u"to nie jest plik PDF");
+    // What is left is whole, but older than what its author last wrote.
+    if (document.ends.is_cut) refuse(u"plik jest uszkodzony: brakuje końca ostatniej zmiany");
     document.source = std::make_shared<PdfSource>(*document.file);
     document.pdf = std::make_shared<QPDF>();
     try {

@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cstdio>
 #include <cstring>
+#include <regex>
 #include <stdexcept>
 
 namespace tavrix::pdfsign {
@@ -29,16 +30,30 @@ std::string part_of(ports::FileReader& file, std::uint64_t from, std::size_t mos
     return part;
 }
 
-std::optional<std::int64_t> last_section_in(std::string_view tail) {
+struct LastSection {
+    std::int64_t number;
+    std::string_view behind;
+};
+
+std::optional<LastSection> last_section_in(std::string_view tail) {
     for (std::size_t at = tail.rfind("startxref"); at != tail.npos;
          at = at == 0 ? tail.npos : tail.rfind("startxref", at - 1)) {
         std::string_view rest = tail.substr(at + std::strlen("startxref"));
         while (!rest.empty() && is_white(rest.front())) rest.remove_prefix(1);
         std::int64_t number = 0;
         const auto read = std::from_chars(rest.data(), rest.data() + rest.size(), number);
-        if (read.ec == std::errc{} && number > 0) return number;
+        if (read.ec == std::errc{} && number > 0) {
+            rest.remove_prefix(static_cast<std::size_t>(read.ptr - rest.data()));
+            return LastSection{number, rest};
+        }
     }
     return std::nullopt;
+}
+
+// Other junk behind a document is harmless.
+bool begins_a_revision(std::string_view junk) {
+    static const std::regex object_or_table(R"([0-9]\s+[0-9]+\s+obj|xref|%%EOF\s+[0-9])");
+    return std::regex_search(junk.begin(), junk.end(), object_or_table);
 }
 
 // A linearized document has another one at its beginning, with the number 0.
@@ -124,8 +139,11 @@ FileEnds read_ends(ports::FileReader& file) {
     if (header != std::string::npos) ends.header = header;
     const std::string tail = part_of(file, size > end_within ? size - end_within : 0, end_within);
     ends.ends_with_line = !tail.empty() && is_line_end(static_cast<std::uint8_t>(tail.back()));
-    ends.last_section = last_section_in(tail);
     ends.has_end = says_where_it_ends(tail);
+    if (const auto last = last_section_in(tail)) {
+        ends.last_section = last->number;
+        ends.is_cut = begins_a_revision(last->behind);
+    }
     if (ends.last_section) {
         std::string_view section;
         const std::string start = part_of(

@@ -52,6 +52,8 @@ struct FileEnds {
     CrossReference kind = CrossReference::table;
     /// "startxref" stands there, whatever follows it but 0.
     bool has_end = false;
+    /// Behind the end of the last whole revision there is the beginning of a further one.
+    bool is_cut = false;
     bool ends_with_line = false;
 };
 

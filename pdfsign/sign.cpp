@@ -107,6 +107,8 @@ PdfToSign::PdfToSign(const PdfPorts& ports, base::TextView path) : ports_(ports)
         return;
     } catch (const base::AutomationError&) {
         throw;
+    } catch (const std::bad_alloc&) {
+        throw;
     } catch (const std::exception&) {
         damaged_ = true;
     }

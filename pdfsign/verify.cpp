@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <map>
 
 #include "pdfsign/open_document.h"
 #include "pdfsign/refusal.h"
@@ -10,6 +11,8 @@ namespace tavrix::pdfsign {
 namespace {
 
 constexpr std::uint64_t largest_gap = 8 * 1024 * 1024;
+// Each may cost a pass through the whole file.
+constexpr std::size_t most_signatures = 1000;
 
 // The two pieces of a document that a signature speaks of: begin, size, begin, size.
 using ByteRange = std::array<std::uint64_t, 4>;
@@ -76,6 +79,16 @@ ports::ContentReader content_of(ports::FileReader& file, const ByteRange& range)
     };
 }
 
+// What was signed was a whole document once: else somebody else's words about where it ends are
+// believed.
+void expect_end_of_revision(ports::FileReader& file, std::uint64_t end) {
+    std::string tail(std::min<std::uint64_t>(end, 32), '\0');
+    file.seek(end - tail.size());
+    tail.resize(file.read({reinterpret_cast<std::uint8_t*>(tail.data()), tail.size()}));
+    tail.resize(tail.find_last_not_of(std::string_view("\0\t\n\f\r ", 6)) + 1);
+    if (!tail.ends_with("%%EOF")) refuse(u"podpis nie sięga do końca żadnej wersji pliku");
+}
+
 base::Text text_of_string(QPDFObjectHandle object) {
     return object.isString() ? base::from_utf8(object.getUTF8Value()) : base::Text();
 }
@@ -94,6 +107,7 @@ void judge(VerifiedSignature& verified, QPDFObjectHandle signature, ports::Signi
     const base::Bytes cms = signature_in_gap(file, range, told.getStringValue());
     verified.findings = signing.verify(cms, content_of(file, range), trusted);
     verified.added_bytes = size - range[2] - range[3];
+    if (verified.added_bytes > 0) expect_end_of_revision(file, range[2] + range[3]);
 }
 
 }  // namespace
@@ -103,10 +117,22 @@ std::vector<VerifiedSignature> verify_pdf(ports::FileReader& file, ports::Signin
     QPDF pdf;
     pdf.setSuppressWarnings(true);
     pdf.processInputSource(std::make_shared<PdfSource>(file), "");
+    const Form form = read_form(pdf);
+    if (form.signatures.size() > most_signatures) refuse(u"plik ma zbyt wiele podpisów");
     std::vector<VerifiedSignature> all;
-    for (const SignedField& field : read_form(pdf).signatures) {
-        VerifiedSignature verified{base::from_utf8(field.name), {}, {}, {}, 0};
+    // Fields may share one.
+    std::map<QPDFObjGen, std::size_t> judged;
+    for (const SignedField& field : form.signatures) {
         QPDFObjectHandle signature = field.signature;
+        if (signature.isIndirect()) {
+            const auto [known, is_new] = judged.emplace(signature.getObjGen(), all.size());
+            if (!is_new) {
+                all.push_back(all[known->second]);
+                all.back().field = base::from_utf8(field.name);
+                continue;
+            }
+        }
+        VerifiedSignature verified{base::from_utf8(field.name), {}, {}, {}, 0};
         verified.time = text_of_string(signature.getKey("/M"));
         try {
             judge(verified, signature, signing, file, trusted);

@@ -7,6 +7,7 @@
 #include <fstream>
 #include <iterator>
 
+#include "pdfsign/caption.h"
 #include "pdfsign/cls_pdf_podpis.h"
 #include "pdfsign/verify.h"
 #include "ports/native/adapters.h"
@@ -226,7 +227,18 @@ TEST_F(Signing, WhatCannotBeSignedLeavesNothing) {
             EXPECT_FALSE(sign()) << options << " cut at " << tenth << " tenths";
         }
     }
+    make("", "/Resources << /XObject << /X 5 0 R >> >>",
+         "5 0 obj << /Subtype /Form /Resources << /Font << /F 8 0 R >> >> /Length 0 >> stream\n"
+         "\nendstream endobj 6 0 obj [ << /Kids 6 0 R >> << /Kids 6 0 R >> ] endobj",
+         "");
+    EXPECT_FALSE(sign("draft.pdf")) << "its table is lost, and a font of a font's user";
+    std::string draft = read("draft.pdf");
+    write("in.pdf", draft.replace(draft.find("[ 3 0 R ]"), 9, "6 0 R"));
+    EXPECT_FALSE(sign()) << "two ways to everywhere";
     make("", "", "", "");
+    write("cut.pdf", read("in.pdf") + "8 0 obj 5 endobj\nxref\n0 0\ntrailer << /Si");
+    EXPECT_FALSE(sign("cut.pdf")) << "the last change is cut";
+    std::filesystem::remove(folder_.path() / "cut.pdf");
     EXPECT_FALSE(sign("in.pdf", "no/out.pdf")) << "no such folder";
     EXPECT_EQ(files(), 2u) << "draft.pdf and in.pdf";
 }
@@ -235,7 +247,7 @@ TEST_F(Signing, DamagedDocumentsAreWrittenAnewUnlessSigned) {
     make("", "", "", "");
     const std::string whole = read("in.pdf");
     const std::string lost = whole.substr(0, whole.rfind("startxref")) + "startxref\n77\n%%EOF\n";
-    for (const std::string& damaged : {lost, "junk\n" + whole}) {
+    for (const std::string& damaged : {lost, "junk\n" + whole, whole + "\n% 7 junk\n"}) {
         write("in.pdf", damaged);
         ASSERT_TRUE(sign());
         EXPECT_NO_THROW(expect_accepted());
@@ -267,6 +279,12 @@ TEST_F(Signing, ASignatureOfAnotherProgramStaysValidAndChangesAreNoticed) {
     write("out.pdf", good + "\n");
     EXPECT_EQ(verify("out.pdf", "")[1].added_bytes, 1u);
     EXPECT_ANY_THROW(expect_accepted(2));
+    std::string shorter = good;
+    const std::size_t number = shorter.find(" ]", shorter.rfind("/ByteRange")) - 1;
+    shorter[number] = shorter[number] == '9' ? '0' : '9';
+    shorter[number - 1] = '0';
+    write("out.pdf", shorter);
+    EXPECT_NE(verify("out.pdf", "")[1].fault, u"") << "ends within a revision";
     std::string changed = good;
     changed[11] ^= 1;  // in the comment that makes the file binary
     write("out.pdf", changed);
@@ -292,6 +310,20 @@ TEST_F(Signing, AFailureOfAnyStepLeavesWhatWasThere) {
     EXPECT_GT(calls, 10);
 }
 
+TEST_F(Signing, StrangersWordsStayOnTheirLine) {
+    const std::string signature = "/V << /Contents <00> /ByteRange [ 0 1 2 3 ] >>";
+    make("/AcroForm << /Fields [ << /T (a\\012b: \\033[2J) " + signature + " >> ] >>", "", "", "");
+    run("if " TAVRIX_PROGRAM
+        " verify-pdf in.pdf > said; then exit 1; fi; "
+        "test $(wc -l < said) = 1; if grep -q $'\\033' said; then exit 1; fi");
+    std::string fields;
+    for (int i = 0; i <= 1000; ++i) fields += "<< /T (a) /V 5 0 R >> ";
+    make("/AcroForm << /Fields [ " + fields + "] >>", "",
+         "5 0 obj" + signature.substr(2) + "endobj", "");
+    EXPECT_ANY_THROW(verify("in.pdf", "")) << "who knows how many passes through the file";
+    EXPECT_EQ(readable_name(base::Text(99, u'a') + u"\U0001F600"), base::Text(99, u'a'));
+}
+
 TEST_F(Signing, TheProgramSignsVerifiesAndLeavesNothingOnAFullDisk) {
     make("", "", "", "");
     const std::string program = TAVRIX_PROGRAM;
@@ -301,6 +333,15 @@ TEST_F(Signing, TheProgramSignsVerifiesAndLeavesNothingOnAFullDisk) {
     EXPECT_NO_THROW(expect_accepted());
     EXPECT_NO_THROW(expect_sound());
     run(program + " verify-pdf out.pdf --ca $keys/ca.pem | grep -q 'zaufany, obejmuje cały plik'");
+    run("cp out.pdf more.pdf; echo >> more.pdf; if " + program +
+        " verify-pdf more.pdf > said; then exit 1; fi; grep -q 'dopisano 1 bajtów, treść mogła "
+        "się zmienić' said\nprintf x | " +
+        program +
+        " sign-pdf in.pdf out.pdf --pfx $keys/p521.pfx --pin ''\nprintf '\\xEF\\xBB\\xBFzażółć' > "
+        "pin; " +
+        program + " sign-pdf in.pdf out.pdf --pfx $keys/rsa.pfx --pin-file pin\nif " + program +
+        " sign-pdf in.pdf out.pdf --pfx none.pfx --pin x 2> said; then exit 1; fi; grep -q "
+        "'none.pfx: nie można' said");
     const std::size_t before = files();
     EXPECT_ANY_THROW(run("trap '' XFSZ; ulimit -f 8; " + program +
                          " sign-pdf in.pdf full.pdf --pfx $keys/rsa.pfx --pin zażółć"));
