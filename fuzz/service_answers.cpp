@@ -138,13 +138,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     static const auto locale = ports::make_native_locale();
     static const auto code_page = ports::make_native_code_page();
     static const auto files = ports::make_native_files({});
+    static const auto text_files = ports::make_native_text_files({});
+    static const auto xml_documents = ports::make_native_xml_documents();
     static const ksef::Settings settings;
     test::FakeClock clock;
     NoCrypto crypto;
     const auto connection = one_document();
     ports::SqliteDatabase database(connection);
     ksef::KseF_comm client({[&] { return std::make_unique<Answers>(script); }, crypto, clock,
-                            *locale, *xml, *code_page, *files, settings});
+                            *locale, *xml, *code_page, *files, *text_files, *xml_documents,
+                            settings});
     // Raises nothing, ends, and leaves the row whole or untouched.
     client.SendInvoiceToKSeF(database, u"5265877635", base::SecretText(u"R|nip-5265877635|s"),
                              u"<Faktura/>", u"FA (3)", u"1-0E", u"FA", 2, u"dok_fak", 1);
