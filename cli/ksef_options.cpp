@@ -43,7 +43,11 @@ void add_token_options(CLI::App& command, TokenSource& source) {
 
 base::SecretText token_from(const TokenSource& source) {
     if (!source.token.empty()) return base::from_secret_utf8(source.token);
-    if (!source.file.empty()) return base::from_secret_utf8(read_secret_line(source.file).view());
+    if (!source.file.empty()) {
+        const base::SecretUtf8 line = read_secret_line(source.file);
+        return base::from_secret_utf8(
+            line.view().substr(0, line.view().find_last_not_of("\n\r ") + 1));
+    }
     if (const char* variable = std::getenv("TAVRIX_TOKEN")) return base::from_secret_utf8(variable);
     throw CLI::RequiredError("--token, --token-file albo zmienna TAVRIX_TOKEN");
 }
@@ -63,7 +67,11 @@ base::SecretUtf8 read_secret_line(const std::string& path) {
     const base::SecretUtf8 file = read_secret_file(path);
     std::string_view line = file.view();
     if (line.starts_with("\xEF\xBB\xBF")) line.remove_prefix(3);
-    return base::SecretUtf8(line.substr(0, line.find_last_not_of("\n\r ") + 1));
+    // Only the end of the line: a password may end with blanks.
+    for (const char end : {'\n', '\r'}) {
+        if (line.ends_with(end)) line.remove_suffix(1);
+    }
+    return base::SecretUtf8(line);
 }
 
 }  // namespace tavrix::cli

@@ -7,6 +7,7 @@
 #include "base/error.h"
 #include "cli/command.h"
 #include "cli/ksef_options.h"
+#include "cli/mail_output.h"
 #include "cli/ports_bundle.h"
 #include "cli/progress_bar.h"
 #include "mail/delivery.h"
@@ -138,7 +139,7 @@ ExitCode send_mail(const MailSendOptions& options) {
     } else if (failure.empty()) {
         std::cout << "Wysłano\n";
     } else {
-        std::cerr << "Niepowodzenie: " << base::to_utf8(failure) << '\n';
+        std::cerr << "Niepowodzenie: " << for_people(failure) << '\n';
     }
     return failure.empty() ? exit_done : exit_failed;
 }

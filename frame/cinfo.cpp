@@ -98,7 +98,8 @@ std::int32_t CInfo::SendMail_dowolny(const Text& MailOD, const Text& MailDo, con
 }
 
 std::int32_t CInfo::show_message_form(mail::Origin origin) {
-    mail::MailRecord& record = ports_.hand_over.mail;
+    // The form's own: a host that calls again while it is open hands over another message.
+    mail::MailRecord record = ports_.hand_over.mail;
     record.result = 0;
     base::DateTime today = ports_.clock.now_local();
     today.hour = today.minute = today.second = 0;
@@ -114,6 +115,7 @@ std::int32_t CInfo::show_message_form(mail::Origin origin) {
         }
     };
     ports_.message_window.show({record, ports_.locale.general_date(today), send});
+    ports_.hand_over.mail.result = record.result;
     return record.result;
 }
 

@@ -21,8 +21,8 @@ std::int32_t CMessage::DodajMail(const base::Text& strMessage, const base::Text&
     }
 }
 
-bool CMessage::take(base::ByteView message, const base::Text& folder) {
-    return take_received_message(message, folder, ports_, record_);
+bool CMessage::take(base::ByteView message, const base::Text& folder, bool keep_whole) {
+    return take_received_message(message, folder, keep_whole, ports_, record_);
 }
 
 }  // namespace tavrix::mail

@@ -42,8 +42,9 @@ class CMessage {
     /// without "\" at its end; an empty one saves nothing. False for a message that cannot be taken
     /// apart: that is saved as it is. When this returns, every file is on the disk; when one could
     /// not be written it throws base::AutomationError, and the message must be kept where it came
-    /// from.
-    bool take(base::ByteView message, const base::Text& folder);
+    /// from. With `keep_whole` the message is saved as it is too, which a message of more than a
+    /// thousand files always is, and alone.
+    bool take(base::ByteView message, const base::Text& folder, bool keep_whole = false);
 
   private:
     MessagePorts ports_;

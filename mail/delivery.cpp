@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "base/error.h"
+#include "mail/pop3/refusal.h"
 
 namespace tavrix::mail {
 namespace {
@@ -71,9 +72,9 @@ base::Text deliver(const DeliveryPorts& ports, const Account& account, const out
     const smtp::Patience patience{.connect = connection.connect_timeout,
                                   .answer = connection.no_progress_timeout};
     listener.on_stage(smtp::Stage::sending);
-    return smtp::send(*stream, server,
-                      smtp::Dialogue(std::move(envelope), std::move(login), greeting), message,
-                      patience, listener);
+    return explained_failure(
+        smtp::send(*stream, server, smtp::Dialogue(std::move(envelope), std::move(login), greeting),
+                   message, patience, listener));
 }
 
 }  // namespace tavrix::mail

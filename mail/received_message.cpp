@@ -46,6 +46,11 @@ base::TextView extension_of(std::string_view type) {
     return found == std::end(extensions) ? base::TextView() : found->extension;
 }
 
+// A folder with more of them is no longer of use to anybody.
+constexpr std::size_t most_files = 1000;
+// Of the files of one message. Each is a file that is opened, on a disk across a network perhaps.
+constexpr int most_tries = 100;
+
 // Saves the files of one message.
 class Saver {
   public:
@@ -74,15 +79,19 @@ class Saver {
     }
 
   private:
-    // The name under which there was room.
-    base::Text written(const base::Text& name, base::ByteView bytes) {
-        // Each try is a file that is opened, on a disk across a network perhaps.
-        constexpr int most_tries = 10'000;
+    // The name under which there was room. A stranger can fill a folder with names, but not with
+    // those of a moment that he does not know.
+    base::Text written(base::Text name, base::ByteView bytes) {
         base::Text free = names_.take(name);
         if (folder_.empty()) return free;
         try {
-            for (int tries = 1; !ports_.files.write_new(folder_ + free, bytes); ++tries) {
-                if (tries == most_tries) {
+            for (bool has_moment = false; !ports_.files.write_new(folder_ + free, bytes);) {
+                ++tries_;
+                if (!has_moment && tries_ >= most_tries) {
+                    name = with_moment(name);
+                    has_moment = true;
+                }
+                if (tries_ > most_tries + static_cast<int>(2 * most_files)) {
                     throw base::AutomationError(base::ErrorNumber::component_failed,
                                                 u"CMessage.take",
                                                 u"Zbyt wiele plików ma taką nazwę");
@@ -96,11 +105,16 @@ class Saver {
         return free;
     }
 
+    base::Text with_moment(const base::Text& name) const {
+        return harmless_file_name(name_of_moment(ports_.clock.now_local()) + u" " + name, longest_);
+    }
+
     base::Text folder_;
     const MessagePorts& ports_;
     MessageRecord& record_;
     std::size_t longest_;
     DistinctNames names_;
+    int tries_ = 0;
 };
 
 void take_header(const mime::Message& message, const ports::CodePage& code_page,
@@ -113,9 +127,24 @@ void take_header(const mime::Message& message, const ports::CodePage& code_page,
     }
 }
 
+base::Bytes bytes_of_file(const mime::Part& part) {
+    base::Bytes bytes = mime::decode_body(part.encoding, part.body);
+    const bool is_empty = part.body.find_first_not_of(" \t\r\n") == std::string_view::npos;
+    if (!bytes.empty() || is_empty) return bytes;
+    // It is not what it says it is, and would be lost with its message.
+    const base::ByteView undecoded = base::bytes_of(part.body);
+    return {undecoded.begin(), undecoded.end()};
+}
+
+// The same when the message comes again.
+base::Text name_of_whole(const MessageRecord& record) {
+    const base::Text id = base::remove_characters(record[MessageProperty::MessageID], u"<> \t\r\n");
+    return id.empty() ? id : id + u".eml";
+}
+
 }  // namespace
 
-bool take_received_message(base::ByteView bytes, const base::Text& folder,
+bool take_received_message(base::ByteView bytes, const base::Text& folder, bool keep_whole,
                            const MessagePorts& ports, MessageRecord& record) {
     const ports::CodePage& code_page = ports.code_page;
     Saver saver(folder, ports, record);
@@ -123,21 +152,22 @@ bool take_received_message(base::ByteView bytes, const base::Text& folder,
     record[MessageProperty::Headers] = code_page.to_text(base::bytes_of(message.header_text));
     record[MessageProperty::MessageBody] = code_page.to_text(base::bytes_of(message.body));
     take_header(message, code_page, record);
-    if (!message.is_taken_apart) {
-        saver.save({}, extension_of("message/rfc822"), bytes);
-        return false;
+    const bool has_too_many = message.files.size() > most_files;
+    if (keep_whole || has_too_many || !message.is_taken_apart) {
+        saver.save(name_of_whole(record), extension_of("message/rfc822"), bytes);
     }
+    if (!message.is_taken_apart) return false;
     base::Text& text = record[MessageProperty::MessageText];
     for (const mime::Part& part : message.texts) {
         text += mime::text_of(part, code_page);
         if (!text.ends_with(u'\n')) text += u"\r\n";
     }
+    if (has_too_many) return true;
     for (const mime::Part& part : message.files) {
         if (part.encoding == mime::TransferEncoding::identity) {
             saver.save(part.file_name, extension_of(part.type), base::bytes_of(part.body));
         } else {
-            saver.save(part.file_name, extension_of(part.type),
-                       mime::decode_body(part.encoding, part.body));
+            saver.save(part.file_name, extension_of(part.type), bytes_of_file(part));
         }
     }
     return true;

@@ -110,7 +110,8 @@ void Pop3Dialogue::act_on_line(base::ByteView line, Actions& actions) {
         case State::user:
             mark(data_arrival_marks[u"11"]);
             state_ = State::password;
-            return say("PASS ", actions, account_.password.view());
+            say("PASS ", actions, account_.password.view());
+            return account_.password.clear();
         case State::password:
             mark(data_arrival_marks[u"12"]);
             state_ = State::statistics;
@@ -249,12 +250,12 @@ Pop3Dialogue::Actions Pop3Dialogue::stored(Stored outcome) {
     return actions;
 }
 
-// A message is deleted with the session's end, so a server that leaves instead of answering has
-// kept it at the worst, and it comes again.
+// A message is deleted with the session's end, so a server that leaves instead of answering QUIT
+// has kept it at the worst, and it comes again.
 Pop3Dialogue::Actions Pop3Dialogue::ended() {
     Actions actions;
     if (over()) return actions;
-    if (state_ == State::quit) {
+    if (state_ == State::quit && owed_answers_ == 1) {
         finish(actions);
     } else {
         fail(run_result::timed_out, u"Serwer zakończył połączenie w trakcie wymiany.", actions);
@@ -305,7 +306,10 @@ void Pop3Dialogue::refuse(base::ByteView line, Actions& actions) {
     std::string_view words = base::chars_of(line);
     constexpr std::size_t longest_shown = 500;
     words = words.substr(0, std::min(words.find_first_of("\r\n"), longest_shown));
-    const base::Text reply = code_page_.to_text(base::bytes_of(words));
+    base::Text reply = code_page_.to_text(base::bytes_of(words));
+    // A stranger's words, which must not steer whatever shows them.
+    std::ranges::replace_if(
+        reply, [](char16_t c) { return c < 0x20 || (c >= 0x7F && c <= 0x9F); }, u' ');
     mark(data_arrival_marks[u"4"]);
     fail(run_result::refused,
          u"POP3 Błąd: " + (form_ == RetrievalForm::manager ? explained_refusal(reply) : reply),

@@ -61,6 +61,8 @@ class Pop3Dialogue {
     /// Between `store` and stored().
     base::ByteView message() const noexcept { return buffer_; }
     std::int32_t run_result() const noexcept { return run_result_; }
+    /// How many messages the server says it has.
+    std::int32_t count() const noexcept { return count_; }
     /// Why the run failed, for the status line; empty when it did not.
     const base::Text& failure() const noexcept { return failure_; }
     bool over() const noexcept { return state_ == State::over; }

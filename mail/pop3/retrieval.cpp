@@ -11,16 +11,26 @@ namespace {
 using std::chrono::microseconds;
 using std::chrono::milliseconds;
 
+constexpr std::int32_t first_socket_number = 10'000;
 constexpr milliseconds look_every{1000};
 constexpr milliseconds longest_idle{60'000};
 // What counts as going on: a server that drips is not.
 constexpr std::size_t progress_step_bytes = 16 * 1024;
 // Of arrivals between two looks at the form.
 constexpr int most_arrivals = 64;
+constexpr base::TextView out_of_memory = u"Zabrakło pamięci; wiadomość zostaje na serwerze.";
 // Whatever would end a command's line and begin another.
 bool fits_a_command(base::ByteView bytes) {
     return std::ranges::none_of(
         bytes, [](std::uint8_t byte) { return byte == '\r' || byte == '\n' || byte == 0; });
+}
+
+// Another password than the user's would be tried until the server locks him out.
+bool comes_back(base::ByteView bytes, base::TextView text, const ports::CodePage& code_page) {
+    base::Text back = code_page.to_text(bytes);
+    const bool equal = back == text;
+    base::wipe(back.data(), back.size() * sizeof(char16_t));
+    return equal;
 }
 
 base::Text value_of(const CMessage& message, MessageProperty property) {
@@ -29,9 +39,10 @@ base::Text value_of(const CMessage& message, MessageProperty property) {
 }
 
 RetrievalSettings copy_of(const RetrievalSettings& settings) {
-    return {settings.host,          settings.port,          settings.user, settings.password.copy(),
-            settings.folder,        settings.delete_stored, settings.ssl,  settings.security,
-            settings.message_number};
+    return {
+        settings.host,           settings.port,          settings.user, settings.password.copy(),
+        settings.folder,         settings.delete_stored, settings.ssl,  settings.security,
+        settings.message_number, settings.keep_whole};
 }
 
 }  // namespace
@@ -50,6 +61,7 @@ Retrieval::Retrieval(RetrievalForm form, const RetrievalSettings& settings, Retr
       security_(form == RetrievalForm::manager ? security_of(settings) : ports::Security::none),
       ports_(std::move(ports)) {
     ports_.trace.look_for_switch();
+    failure_.reserve(out_of_memory.size());
     labels_.connection = settings_.host + u":" + base::to_decimal(settings_.port);
 }
 
@@ -66,8 +78,10 @@ bool Retrieval::go_on(milliseconds slice) noexcept {
             fail(run_result::not_run, error.description());
         }
     } catch (...) {
-        // Out of memory: no word more.
+        // Out of memory, with room for these words since the beginning.
         run_result_ = run_result::not_run;
+        message_.reset();
+        if (failure_.empty()) failure_ = out_of_memory;
         disconnect();
         phase_ = Phase::over;
     }
@@ -114,9 +128,16 @@ void Retrieval::begin() {
     MailboxAccount account;
     account.user = base::take_secret(ports_.code_page.to_bytes(settings_.user));
     account.password = base::take_secret(ports_.code_page.to_bytes(settings_.password.view()));
+    const bool is_whole =
+        comes_back(account.user.view(), settings_.user, ports_.code_page) &&
+        comes_back(account.password.view(), settings_.password.view(), ports_.code_page);
     settings_.password.clear();
     account.message_number = settings_.message_number;
     account.delete_stored = settings_.delete_stored;
+    if (!is_whole) {
+        return fail(run_result::not_run,
+                    u"Nazwa użytkownika lub hasło ma znak spoza strony kodowej systemu.");
+    }
     if (!fits_a_command(account.user.view()) || !fits_a_command(account.password.view())) {
         return fail(run_result::not_run, u"Nazwa użytkownika lub hasło ma znak końca wiersza.");
     }
@@ -213,7 +234,7 @@ Pop3Dialogue::Stored Retrieval::store(base::ByteView bytes) {
 Pop3Dialogue::Stored Retrieval::store_as_manager(base::ByteView bytes) {
     ports_.trace.mark(fetch_marks[u"3:dodje"]);
     try {
-        message_->take(bytes, settings_.folder);
+        message_->take(bytes, settings_.folder, settings_.keep_whole);
     } catch (const base::AutomationError& error) {
         failure_ = u"Nie zapisano wiadomości, zostaje na serwerze. " + error.description();
         return Pop3Dialogue::Stored::failed;
@@ -283,7 +304,9 @@ void Retrieval::note_progress(std::size_t bytes) noexcept {
 
 void Retrieval::fail(std::int32_t result, base::Text words) {
     failure_ = std::move(words);
-    labels_.status = u"err:" + failure_;
+    const bool is_socket_error = result <= -first_socket_number;
+    labels_.status =
+        form_ == RetrievalForm::socket && is_socket_error ? failure_ : u"err:" + failure_;
     try {
         // A last QUIT, as far as it goes at once.
         microseconds left{0};

@@ -31,6 +31,8 @@ struct RetrievalSettings {
     /// Instead of what `ssl` and the port say.
     std::optional<ports::Security> security{};
     std::int32_t message_number = 1;
+    /// Only the manager does: each message is saved as it is too.
+    bool keep_whole = false;
 };
 
 inline constexpr std::int32_t pop3_port = 110;
@@ -68,6 +70,8 @@ class Retrieval final : public RetrievalWork {
 
     /// See run_result; not_run before the work began.
     std::int32_t run_result() const noexcept { return run_result_; }
+    /// How many messages the server said it had before this run.
+    std::int32_t mailbox_count() const noexcept { return dialogue_ ? dialogue_->count() : 0; }
     /// Why it is negative, in Polish.
     const base::Text& failure() const noexcept { return failure_; }
     /// The message that was stored; null when there is none.

@@ -139,8 +139,12 @@ base::Text send(ports::Stream& stream, const Server& server, Dialogue dialogue,
         dialogue.broken(error.description());
     }
     stream.close();
-    if (dialogue.is_delivered()) listener.on_stage(Stage::sent);
-    return dialogue.failure();
+    if (dialogue.is_delivered()) {
+        listener.on_stage(Stage::sent);
+        return {};
+    }
+    // The empty text would say that it went.
+    return dialogue.failure().empty() ? u"Nieznany błąd" : dialogue.failure();
 }
 
 }  // namespace tavrix::mail::smtp

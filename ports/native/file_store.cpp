@@ -40,7 +40,10 @@ class OpenFile {
     int number_;
 };
 
+// A pipe would be waited for, and a device never ends.
 bool holds(const std::string& name, base::ByteView bytes) {
+    struct stat status {};
+    if (stat(name.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return false;
     std::ifstream file(name, std::ios::binary);
     std::array<char, 65536> piece;
     while (file.read(piece.data(), piece.size()), file.gcount() > 0) {

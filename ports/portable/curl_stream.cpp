@@ -119,8 +119,21 @@ std::string url_of(const StreamAddress& address, Security security) {
         fail(address_not_available, u"Nieprawidłowy adres serwera.");
     }
     const bool is_ipv6 = address.host.find(':') != std::string::npos;
-    return std::string(scheme_of(security)) + (is_ipv6 ? "[" + address.host + "]" : address.host) +
-           ":" + std::to_string(address.port);
+    std::string url = std::string(scheme_of(security)) +
+                      (is_ipv6 ? "[" + address.host + "]" : address.host) + ":" +
+                      std::to_string(address.port);
+    // What libcurl calls itself in EHLO, "[127.0.0.1]": this machine's name is nobody's business,
+    // and servers refuse one without a dot.
+    if (security == Security::tls_after_starttls) url += "/%5B127.0.0.1%5D";
+    return url;
+}
+
+// The first line, which must not steer whatever shows it.
+base::Text words_of_stranger(std::string_view line) {
+    base::Text words = base::from_utf8(line.substr(0, line.find_first_of("\r\n")));
+    std::ranges::replace_if(
+        words, [](char16_t c) { return c < 0x20 || (c >= 0x7F && c <= 0x9F); }, u' ');
+    return words;
 }
 
 class CurlStream final : public Stream {
@@ -289,9 +302,12 @@ class CurlStream final : public Stream {
 
     base::Text words_of(CURLcode code) const {
         // libcurl tells only that a server refused, not how.
-        if (code == CURLE_WEIRD_SERVER_REPLY && !server_line_.empty()) {
-            return u"Serwer odmówił: " +
-                   base::from_utf8(server_line_.substr(0, server_line_.find_first_of("\r\n")));
+        const bool tls_denied =
+            code == CURLE_USE_SSL_FAILED &&
+            std::string_view(words_.data()).find("denied") != std::string_view::npos;
+        const bool denied = code == CURLE_REMOTE_ACCESS_DENIED || tls_denied;
+        if ((code == CURLE_WEIRD_SERVER_REPLY || denied) && !server_line_.empty()) {
+            return u"Serwer odmówił: " + words_of_stranger(server_line_);
         }
         if (code == CURLE_USE_SSL_FAILED)
             return u"Serwer nie oferuje szyfrowania TLS na tym porcie.";

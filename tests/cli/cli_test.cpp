@@ -1,4 +1,5 @@
 #include "tests/cli/cli_fixture.h"
+#include "tests/ports/loopback_server.h"
 #include "tests/support/exim.h"
 #include "tests/support/openssl_tool.h"
 
@@ -38,6 +39,7 @@ TEST_F(Cli, ExitCodesTellWhoseFaultItIs) {
         {send, 2},
         {with_token, 1},
         {"mail parse '" + folder_ + "none.eml'", 2},
+        {"mail fetch --host 127.0.0.1 --port 1 --user u --password-file /dev/null --folder ''", 2},
         {"mail send --server 127.0.0.1 --to c@d.pl", 2},
         {"mail send --server 127.0.0.1 --from a@b.pl --to c@d.pl --user jan", 2},
         {"mail send --server 127.0.0.1 --port 1 --from a@b.pl --to c@d.pl", 1},
@@ -61,6 +63,42 @@ TEST_F(Cli, AMailIsShownWithoutSteeringTheTerminal) {
     write("a.eml", "Subject: \xC5\xBC\x1B]0;x\x07\n\na\x1B[2J\tb\r\nc\xC2\x9B\n");
     EXPECT_EQ(run("mail parse '" + folder_ + "a.eml'").output,
               "Temat: ż\uFFFD]0;x\uFFFD\n\na\uFFFD[2J\tb\nc\uFFFD\n");
+}
+
+TEST_F(Cli, FetchesMailWholeFromAServerThatDeletesNothing) {
+    std::string said;
+    const std::string message = "Message-ID: <1@a>\r\n\r\nTreść\r\n";
+    {
+        const test::LoopbackServer server([&](test::Peer& peer) {
+            peer.write("+OK\r\n");
+            for (std::string line; !(line = peer.read_until("\r\n")).empty();) {
+                said += line;
+                if (line.starts_with("CAPA")) return;
+                peer.write(line.starts_with("STAT")   ? "+OK 1 9\r\n"
+                           : line.starts_with("RETR") ? "+OK\r\n" + message + ".\r\n"
+                           : line.starts_with("DELE") ? "+OK\r\n+OK\r\n"  // QUIT came with it
+                                                      : "+OK\r\n");
+            }
+        });
+        write("haslo.txt", "tajne \n");
+        const std::string fetch = "mail fetch --host 127.0.0.1 --user u --delete --folder '" +
+                                  folder_ + "in' --password-file '" + folder_ +
+                                  "haslo.txt' --port " + std::to_string(server.port());
+        EXPECT_EQ(run(fetch).exit_code, 1) << "no password in the clear";
+        EXPECT_EQ(run(fetch + " --json --security none", ">/dev/full").exit_code, 1);
+        const Outcome outcome = run(fetch + " --json --security none", "2>/dev/null");
+        EXPECT_EQ(outcome.exit_code, 1);
+        const Json answer = Json::parse(outcome.output);
+        EXPECT_EQ(answer.at("failure"), "Serwer nie usuwa wiadomości.");
+        ASSERT_EQ(answer.at("messages").size(), 1u);
+        EXPECT_EQ(answer.at("messages")[0].at("MessageText"), "Treść\r\n");
+        EXPECT_EQ(answer.at("messages")[0].at("Files"), Json::array({"1@a.eml"}));
+    }
+    EXPECT_EQ(content("in/1@a.eml"), message);
+    EXPECT_TRUE(said.starts_with("CAPA\r\nUSER u\r\nPASS tajne \r\n")) << said;
+    std::size_t times = 0;
+    for (std::size_t at = 0; (at = said.find("DELE", at)) != std::string::npos; ++at) ++times;
+    EXPECT_EQ(times, 3u) << "once where the answer cannot be written";
 }
 
 TEST_F(Cli, SendsAMessageAndTellsMachinesWhyNot) {

@@ -110,9 +110,14 @@ Text all_of(const mail::MailRecord& record) {
 
 TEST_F(CInfoTest, HandsTheMessageToTheForm) {
     Text seen;
+    bool is_open = false;
     message_window.while_open = [&](const mail::MessageForm& form) {
+        if (std::exchange(is_open, true)) return;
         seen = all_of(form.record) + form.date;
         EXPECT_EQ(std::exchange(form.record.result, 7), 0);
+        // A host that calls again while the form is open.
+        EXPECT_EQ(info.SendMail_dowolny(u"x", u"x", u"x", u"x", u"x", u"x", u"x", u"x", 1), 0);
+        EXPECT_EQ(all_of(form.record) + form.date, seen);
     };
     hand_over.mail.sender = u"somebody";
     EXPECT_EQ(info.sendmail(u"Magazyn", u"526-58-77-635", u"7.1", u"a", u"b", u"c", u"C:\\x.log",

@@ -233,6 +233,12 @@ TEST(MailStream, BeginsTlsWithTheProtocolsOwnCommandAndNotWithoutIt) {
         {Security::tls_after_starttls, "220 x", "250 x", "", "", no_offer},
         {Security::tls_after_starttls, "554 zajęty", "", "", "",
          "10053 Serwer odmówił: 554 zajęty"},
+        {Security::tls_after_stls, "+OK", "+OK\r\nSTLS\r\n.", "-ERR \x1B nie", "",
+         "10053 Serwer odmówił: -ERR   nie"},
+        {Security::tls_after_starttls, "220 x", "250 STARTTLS", "454 nie", "",
+         "10053 Serwer odmówił: 454 nie"},
+        {Security::tls_after_starttls, "220 x", "501 kto", "501 kto", "",
+         "10053 Serwer odmówił: 501 kto"},
         // Words of somebody on the path, before TLS protects from him.
         {Security::tls_after_stls, "+OK", "+OK\r\nSTLS\r\n.", "+OK\r\n+OK obcy", "",
          "10053 Serwer odmówił: +OK"},
@@ -241,7 +247,11 @@ TEST(MailStream, BeginsTlsWithTheProtocolsOwnCommandAndNotWithoutIt) {
         const LoopbackServer server([&](Peer& peer) {
             peer.write(std::string(c.greeting) + "\r\n");
             for (const char* answer : {c.offer, c.begin}) {
-                if (peer.read_until("\r\n").empty()) return;
+                const std::string command = peer.read_until("\r\n");
+                if (command.empty()) return;
+                if (command[0] == 'E') {
+                    EXPECT_EQ(command, "EHLO [127.0.0.1]\r\n");
+                }
                 if (*answer != '\0') peer.write(std::string(answer) + "\r\n");
             }
             const Tls tls = identity.accept(peer);

@@ -147,6 +147,33 @@ TEST(Sender, HandsOverAndGivesUp) {
               u"Serwer przerwał przyjmowanie wiadomości: 552 too much");
 }
 
+/// Fails before anything is said.
+struct UnreachableServer final : ports::Stream {
+    explicit UnreachableServer(base::Text its_words) : words(std::move(its_words)) {}
+    void connect(const ports::StreamAddress&, ports::Security) override {
+        throw ports::StreamError(10053, words);
+    }
+    bool connected_within(std::chrono::milliseconds) override { return false; }
+    ports::Sent send(base::ByteView, std::chrono::milliseconds) override { return {}; }
+    ports::Received receive(std::chrono::milliseconds) override { return {}; }
+    void close() noexcept override {}
+    base::Text words;
+};
+
+TEST(Sender, AlwaysSaysWhyNothingWent) {
+    for (const auto& [words, end] :
+         {std::pair(u"", u"Nieznany błąd"), {u"SSL certificate", u"http.private_ca_file."}}) {
+        test::DeliveryBench bench;
+        bench.ports.make_stream = [words](const auto&) {
+            return std::make_unique<UnreachableServer>(words);
+        };
+        const base::Text why = ClsSendMail(bench.ports)
+                                   .sendmail(u"b@c.pl", u"", u"a@b.pl", u"", u"h", 25, u"", {}, u"",
+                                             0, u"", u"", u"", u"", u"", u"", u"");
+        EXPECT_TRUE(why.ends_with(end)) << base::to_utf8(why);
+    }
+}
+
 TEST(ClsSendMail, RefusesWhatCannotBeSent) {
     test::DeliveryBench bench;
     const ClsSendMail mail(bench.ports);

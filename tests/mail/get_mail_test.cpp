@@ -79,6 +79,8 @@ class GetMail : public testing::Test {
         settings.delete_stored = true;
         mail::Retrieval retrieval(form, settings, for_retrieval());
         window.show(retrieval);
+        failure = retrieval.failure();
+        has_message = retrieval.message() != nullptr;
         return retrieval.run_result();
     }
 
@@ -91,6 +93,8 @@ class GetMail : public testing::Test {
     RecordingTrace trace;
     WatchedWindow window;
     bool has_manager = true;
+    bool has_message = false;
+    base::Text failure;
     mail::RetrievalSettings settings;
 };
 
@@ -137,7 +141,7 @@ TEST_F(GetMail, TroubleEndsTheRunAndDeletesNothing) {
         std::int32_t result;
     } const cases[] = {
         {"", "-ERR zamknięte", -1}, {"", "HTTP/1.1 400 Bad", -1},
-        {"USER", "-ERR", -1},       {"PASS", "-ERR [AUTH] nie", -1},
+        {"USER", "-ERR", -1},       {"PASS", "-ERR [AUTH]\x1B nie", -1},
         {"STAT", "-ERR", -1},       {"STAT", "+OK wiele", -1},
         {"STAT", "+OK", -1},        {"STAT", "+OK -1 0", 0},
         {"STAT", "+OK 0 0", 0},     {"DELE", "-ERR", -1},
@@ -151,6 +155,7 @@ TEST_F(GetMail, TroubleEndsTheRunAndDeletesNothing) {
             EXPECT_EQ(run_once(form), c.result) << c.command << " " << c.answer;
             if (c.result != -1) continue;
             EXPECT_TRUE(window.labels.status.starts_with(u"err:POP3 Błąd: ")) << c.command;
+            EXPECT_EQ(window.labels.status.find(u'\x1B'), base::Text::npos);
             EXPECT_EQ(clock.slept - began, milliseconds(3000)) << "the failure stays in sight";
             EXPECT_EQ(box.messages.size(), c.command == std::string("QUIT") ? 0u : 1u);
         }
@@ -167,14 +172,17 @@ TEST_F(GetMail, TroubleEndsTheRunAndDeletesNothing) {
 TEST_F(GetMail, AConnectionThatStopsAnywhereLosesNoMessage) {
     using AtCut = FakeMailbox::AtCut;
     for (const RetrievalForm form : both_forms) {
-        for (const auto& [at_cut, failure] :
+        std::map<std::size_t, bool> stored_at_end;
+        for (const auto& [at_cut, trouble] :
              {std::pair(AtCut::silence, -2), {AtCut::end, -2}, {AtCut::reset, -10054}}) {
             box.at_cut = at_cut;
             for (box.cut_at = 0; box.cut_at < 400; box.cut_at += 5) {
                 clock.slept = {};
                 box.messages = {message_with_file("a.pdf")};
                 const std::int32_t result = run_once(form);
-                EXPECT_TRUE(result == failure || result == 1) << box.cut_at;
+                EXPECT_TRUE(result == trouble || result == 1) << box.cut_at;
+                if (at_cut == AtCut::end) stored_at_end[box.cut_at] = result == 1;
+                EXPECT_TRUE(at_cut != AtCut::reset || stored_at_end[box.cut_at] == (result == 1));
                 EXPECT_TRUE(result == 1 || reading.files().empty() || box.messages.empty());
                 EXPECT_TRUE(!box.messages.empty() || reading.files().size() == 1) << box.cut_at;
                 EXPECT_LT(clock.slept, milliseconds(66'000)) << box.cut_at;
@@ -215,6 +223,15 @@ TEST_F(GetMail, WhatCannotBeSavedStaysOnTheServer) {
         });
         EXPECT_GE(calls, 3) << "two folders and a file";
     }
+    const int calls = fail_each_call(failing, out_of_memory, [&](int) {
+        box.messages = {message_with_file("a.pdf")};
+        std::filesystem::remove_all(reading.below(""));
+        const bool stored = run_once(RetrievalForm::manager) == 1;
+        EXPECT_EQ(has_message, stored);
+        EXPECT_EQ(failure.empty(), stored);
+        EXPECT_EQ(box.messages.empty(), stored);
+    });
+    EXPECT_EQ(calls, 2) << "a folder and a file";
     // Base64 that is none would be lost with the message.
     std::string damaged = message_with_file("a.pdf");
     damaged.replace(damaged.find("QUJD"), 4, "Q:JD");
@@ -243,6 +260,8 @@ TEST_F(GetMail, TheUserEndsWhatWouldNeverEnd) {
     box.said.clear();
     EXPECT_FALSE(object().cmdGetMail(u"poczta", 110, u"jan\r\nDELE 1", base::SecretText(u"x"), true,
                                      u"", u"", reading.folder()));
+    EXPECT_FALSE(object().cmdGetMail(u"poczta", 110, u"jan", base::SecretText(u"x→"), true, u"",
+                                     u"", reading.folder()));
     EXPECT_EQ(box.said, "");
 }
 
@@ -259,6 +278,7 @@ TEST_F(GetMail, WritesItsMarks) {
     box.at_cut = FakeMailbox::AtCut::reset;
     box.cut_at = 5;
     EXPECT_EQ(run_once(RetrievalForm::socket), -10054);
+    EXPECT_EQ(window.labels.status, u"zerwane");
     const auto has = [&](const char* entry) {
         return std::ranges::find(trace.entries, entry) != trace.entries.end();
     };

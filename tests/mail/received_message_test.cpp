@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
 #include <chrono>
 
 #include "base/error.h"
@@ -149,16 +151,33 @@ TEST(ReceivedMessages, FilesHoldWhatWasSentAndLeaveThoseOfOthersAlone) {
         "it "
         "is\n--z\nContent-Transfer-Encoding: x-uuencode\nContent-Type: x/y; "
         "name=u\n\nbegin 644 u\n#0V%T\n`\n"
-        "end\n--z\nContent-Type: text/plain; name=n\n\nline\nend\n--z--\n");
+        "end\n--z\nContent-Type: text/plain; name=n\n\nline\nend\n--z\nContent-Type: x/y; "
+        "name=d\nContent-Transfer-Encoding: base64\n\n!!@@\n--z--\n");
     for (int times = 0; times < 2; ++times) {
-        EXPECT_EQ(told(bench, bytes), "|||;a;v;u (2);n");
-        const std::map<std::string, std::string> expected = {{"in/a", "ABCAA"},
-                                                             {"in/v", "as it is"},
-                                                             {"in/u", "another"},
-                                                             {"in/u (2)", "Cat"},
-                                                             {"in/n", "line\r\nend"}};
+        EXPECT_EQ(told(bench, bytes), "|||;a;v;u (2);n;d");
+        const std::map<std::string, std::string> expected = {
+            {"in/a", "ABCAA"},   {"in/v", "as it is"},    {"in/u", "another"},
+            {"in/u (2)", "Cat"}, {"in/n", "line\r\nend"}, {"in/d", "!!@@"}};
         EXPECT_EQ(bench.files(), expected);
     }
+}
+
+TEST(ReceivedMessages, AreNotBlockedByNamesAndAreSavedWholeWhereThatIsAskedOrBetter) {
+    test::ReadingBench bench;
+    std::filesystem::create_directory(bench.below(""));
+    // Nobody writes into this one.
+    ASSERT_EQ(mkfifo(bench.below("f").c_str(), 0600), 0);
+    for (int i = 2; i < 150; ++i)
+        std::ofstream(bench.below("f (" + std::to_string(i) + ")")) << "another";
+    const std::string part = "--z\r\nContent-Type: x/y; name=f\r\n\r\nx\r\n";
+    std::string bytes = "Message-ID: <a/b@c>\r\nContent-Type: multipart/mixed; boundary=z\r\n\r\n";
+    EXPECT_EQ(told(bench, bytes + part + part), "|||;20261121123015 f;20261121123015 f (2)");
+    CMessage whole = bench.message();
+    whole.take(base::bytes_of(bytes), bench.folder(), true);
+    EXPECT_EQ(whole.Files(), u";a_b@c.eml");
+    EXPECT_EQ(bench.files()["in/a_b@c.eml"], bytes);
+    for (int i = 0; i <= 1000; ++i) bytes += part;
+    EXPECT_EQ(told(bench, bytes), "|||;a_b@c (2).eml");
 }
 
 TEST(ReceivedMessages, TakeTimeInProportionToTheirSizeWhateverTheyAreMadeOf) {
