@@ -6,6 +6,7 @@
 
 #include "base/error.h"
 #include "cli/command.h"
+#include "cli/for_people.h"
 #include "cli/ksef_options.h"
 #include "cli/mail_output.h"
 #include "cli/ports_bundle.h"
