@@ -15,39 +15,22 @@
 
 #include "base/error.h"
 #include "ports/portable/openssl_lifetime.h"
+#include "ports/portable/openssl_owners.h"
 
 namespace tavrix::ports {
 namespace {
 
-template <auto release>
-struct Deleter {
-    void operator()(auto* object) const { release(object); }
-};
-using Bio = std::unique_ptr<BIO, Deleter<BIO_free_all>>;
-using Key = std::unique_ptr<EVP_PKEY, Deleter<EVP_PKEY_free>>;
-using KeyContext = std::unique_ptr<EVP_PKEY_CTX, Deleter<EVP_PKEY_CTX_free>>;
-using CipherContext = std::unique_ptr<EVP_CIPHER_CTX, Deleter<EVP_CIPHER_CTX_free>>;
-using DigestContext = std::unique_ptr<EVP_MD_CTX, Deleter<EVP_MD_CTX_free>>;
-using EcdsaSignature = std::unique_ptr<ECDSA_SIG, Deleter<ECDSA_SIG_free>>;
-using Certificate = std::unique_ptr<X509, Deleter<X509_free>>;
+using openssl::Bio;
+using openssl::Certificate;
+using openssl::Key;
+using openssl::Release;
+using KeyContext = std::unique_ptr<EVP_PKEY_CTX, Release<EVP_PKEY_CTX_free>>;
+using CipherContext = std::unique_ptr<EVP_CIPHER_CTX, Release<EVP_CIPHER_CTX_free>>;
+using DigestContext = std::unique_ptr<EVP_MD_CTX, Release<EVP_MD_CTX_free>>;
+using EcdsaSignature = std::unique_ptr<ECDSA_SIG, Release<ECDSA_SIG_free>>;
 
-// The component's last error text becomes the description; OpenSSL's queue is left empty.
-[[noreturn]] void fail(const char* operation) {
-    std::string description = operation;
-    if (const unsigned long code = ERR_peek_last_error(); code != 0) {
-        char words[256];
-        ERR_error_string_n(code, words, sizeof words);
-        description += ": ";
-        description += words;
-    }
-    ERR_clear_error();
-    throw base::AutomationError(base::ErrorNumber::component_failed, u"Crypto",
-                                base::from_utf8(description));
-}
-
-void check(bool succeeded, const char* operation) {
-    if (!succeeded) fail(operation);
-}
+using openssl::check;
+using openssl::fail;
 
 Bio reader(std::string_view pem) {
     check(pem.size() <= INT_MAX, "BIO_new_mem_buf");

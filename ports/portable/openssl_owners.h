@@ -30,8 +30,10 @@ using Certificate = std::unique_ptr<X509, Release<X509_free>>;
 using Certificates = std::unique_ptr<STACK_OF(X509), Release<free_certificates>>;
 using Cms = std::unique_ptr<CMS_ContentInfo, Release<CMS_ContentInfo_free>>;
 
-/// Throws base::AutomationError with OpenSSL's last words unless `succeeded`; its queue of errors
-/// is left empty.
+/// Throws base::AutomationError with `operation` and OpenSSL's last words, whose queue of errors is
+/// left empty.
+[[noreturn]] void fail(const char* operation);
+/// The same unless `succeeded`.
 void check(bool succeeded, const char* operation);
 
 }  // namespace tavrix::ports::openssl

@@ -17,24 +17,6 @@
 #include "ports/portable/pfx.h"
 
 namespace tavrix::ports {
-namespace openssl {
-
-void check(bool succeeded, const char* operation) {
-    if (succeeded) return;
-    std::string description = operation;
-    if (const unsigned long code = ERR_peek_last_error(); code != 0) {
-        char words[256];
-        ERR_error_string_n(code, words, sizeof words);
-        description += ": ";
-        description += words;
-    }
-    ERR_clear_error();
-    throw base::AutomationError(base::ErrorNumber::component_failed, u"Signing",
-                                base::from_utf8(description));
-}
-
-}  // namespace openssl
-
 namespace {
 
 inline void pop_certificates_only(STACK_OF(X509) * certificates) {
