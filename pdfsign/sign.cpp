@@ -63,7 +63,7 @@ void put_into_gap(SignatureUpdate& update, base::ByteView signature) {
 }
 
 void write_signed(const PdfPorts& ports, OpenDocument& document, ports::Signer& signer,
-                  base::TextView out, Profile profile) {
+                  base::TextView in, base::TextView out, Profile profile) {
     const auto time =
         profile == Profile::pades ? ports::SigningTime::nowhere : ports::SigningTime::in_attribute;
     SignatureContent content{profile, readable_name(signer.name()), ports.clock.now_local(),
@@ -73,7 +73,7 @@ void write_signed(const PdfPorts& ports, OpenDocument& document, ports::Signer& 
 
     document.source->expect_no_failure();
 
-    const auto file = ports.files.create(out, ports::Readers::everyone);
+    const auto file = ports.files.create_like(out, in);
     const auto signature = signer.begin(content.utc, time);
     copy_all(*document.file, *file, *signature);
     const base::ByteView text = base::bytes_of(update.text);
@@ -101,7 +101,7 @@ std::unique_ptr<ports::Signer> load_signer(const PdfPorts& ports, base::TextView
     return ports.signing.load_pfx(ports::read_whole(ports.files, path, largest_pfx), passwords);
 }
 
-PdfToSign::PdfToSign(const PdfPorts& ports, base::TextView path) : ports_(ports) {
+PdfToSign::PdfToSign(const PdfPorts& ports, base::TextView path) : ports_(ports), path_(path) {
     try {
         document_ = open_document(ports_.files.open(path), Reading::strict);
         return;
@@ -120,7 +120,7 @@ void PdfToSign::sign(ports::Signer& signer, base::TextView out, Profile profile)
     if (damaged_) {
         sign_repaired(signer, out, profile);
     } else {
-        write_signed(ports_, document_, signer, out, profile);
+        write_signed(ports_, document_, signer, path_, out, profile);
     }
 }
 
@@ -129,7 +129,7 @@ void PdfToSign::sign_repaired(ports::Signer& signer, base::TextView out, Profile
     write_repaired(document_, ports_.files, whole.name());
     document_ = {};
     OpenDocument repaired = open_document(ports_.files.open(whole.name()), Reading::strict);
-    write_signed(ports_, repaired, signer, out, profile);
+    write_signed(ports_, repaired, signer, path_, out, profile);
 }
 
 }  // namespace tavrix::pdfsign

@@ -20,13 +20,14 @@ class PdfToSign {
   public:
     PdfToSign(const PdfPorts& ports, base::TextView path);
     /// Writes the signed document whole or not at all; `out` may be the document itself, which is
-    /// closed before. Once.
+    /// closed before. Who may read the document may read it signed. Once.
     void sign(ports::Signer& signer, base::TextView out, Profile profile);
 
   private:
     void sign_repaired(ports::Signer& signer, base::TextView out, Profile profile);
 
     PdfPorts ports_;
+    base::Text path_;
     OpenDocument document_;
     bool damaged_ = false;
 };

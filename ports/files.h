@@ -57,6 +57,9 @@ class DataFiles : public Files {
     virtual std::unique_ptr<FileReader> open_growing(base::TextView path) = 0;
     /// Makes no folder. `readers` says who besides the system's administrators may read the file.
     virtual std::unique_ptr<FileWriter> create(base::TextView path, Readers readers) = 0;
+    /// The same for whom the file that stands at `path` lets read, or where none does, the one at
+    /// `origin`. On Windows the folder says who may.
+    virtual std::unique_ptr<FileWriter> create_like(base::TextView path, base::TextView origin) = 0;
     virtual void remove(base::TextView path) = 0;
     /// Overwrites the file's bytes where they stand before it removes it.
     virtual void wipe(base::TextView path) = 0;

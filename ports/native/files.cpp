@@ -92,16 +92,36 @@ int make_unfinished(std::string& name, mode_t mode) {
     }
 }
 
+// What a new file takes the place of. A link stays where it is and what it names is replaced; a
+// device or a pipe would be lost to the whole system.
+std::string replaced_by_name(std::string name) {
+    std::error_code error;
+    const auto status = std::filesystem::status(name, error);
+    if (error || !std::filesystem::exists(status)) return name;
+    if (std::filesystem::is_directory(status)) fail(u"open", EISDIR);
+    if (!std::filesystem::is_regular_file(status)) fail(u"open", EEXIST);
+    const bool link = std::filesystem::is_symlink(std::filesystem::symlink_status(name, error));
+    return link ? std::filesystem::canonical(name).string() : name;
+}
+
 class NativeWriter final : public FileWriter {
   public:
-    NativeWriter(std::string name, Readers readers)
-        : name_(std::move(name)),
+    NativeWriter(std::string name, mode_t mode)
+        : name_(replaced_by_name(std::move(name))),
           unfinished_(name_),
-          file_(make_unfinished(unfinished_, readers == Readers::owner ? 0600 : 0666)) {}
+          file_(make_unfinished(unfinished_, mode)) {}
     ~NativeWriter() override {
         if (!unfinished_.empty()) unlink(unfinished_.c_str());
     }
 
+    /// Gives the file the group and the rights of the one that it replaces.
+    void take_over(const struct stat& replaced) {
+        // A user outside that group cannot, and whom his own has in it nobody asked.
+        const bool same_group = fchown(file_.number(), gid_t(-1), replaced.st_gid) == 0;
+        const mode_t mode = replaced.st_mode & (same_group ? 0777 : 0707);
+        // Some disks know no rights.
+        if (fchmod(file_.number(), mode) != 0 && errno != EPERM) fail(u"fchmod", errno);
+    }
     void write(base::ByteView bytes) override { write_all(file_, bytes); }
     void keep() override {
         // A network disk may refuse only now what it took before.
@@ -150,7 +170,18 @@ class NativeFiles final : public DataFiles {
     }
     std::unique_ptr<FileReader> open_growing(base::TextView path) override { return open(path); }
     std::unique_ptr<FileWriter> create(base::TextView path, Readers readers) override {
-        return std::make_unique<NativeWriter>(native(path), readers);
+        return std::make_unique<NativeWriter>(native(path),
+                                              readers == Readers::owner ? 0600 : 0666);
+    }
+    std::unique_ptr<FileWriter> create_like(base::TextView path, base::TextView origin) override {
+        struct stat status {};
+        if (stat(native(path).c_str(), &status) == 0) {
+            auto writer = std::make_unique<NativeWriter>(native(path), 0600);
+            writer->take_over(status);
+            return writer;
+        }
+        if (stat(native(origin).c_str(), &status) != 0) fail(u"stat", errno);
+        return std::make_unique<NativeWriter>(native(path), 0600 | (status.st_mode & 0666));
     }
     void remove(base::TextView path) override {
         if (unlink(native(path).c_str()) != 0) fail(u"unlink", errno);

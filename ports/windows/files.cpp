@@ -202,6 +202,10 @@ class WindowsFiles final : public DataFiles {
     std::unique_ptr<FileWriter> create(base::TextView path, Readers readers) override {
         return std::make_unique<WindowsWriter>(path, readers);
     }
+    std::unique_ptr<FileWriter> create_like(base::TextView path,
+                                            base::TextView /*origin*/) override {
+        return create(path, Readers::everyone);
+    }
     void remove(base::TextView path) override {
         check(DeleteFileW(wide(long_path(path))), u"DeleteFile");
     }

@@ -348,6 +348,26 @@ TEST_F(Signing, TheProgramSignsVerifiesAndLeavesNothingOnAFullDisk) {
     EXPECT_EQ(files(), before);
 }
 
+TEST_F(Signing, WhoMayReadADocumentMayReadItSignedAndLinksStay) {
+    make("", "", "", "");
+    for (const auto mode : {0600, 0640, 0604}) {
+        const auto rights = static_cast<std::filesystem::perms>(mode);
+        std::filesystem::permissions(folder_.path() / "in.pdf", rights);
+        std::filesystem::remove(folder_.path() / "out.pdf");
+        for (const char* out : {"out.pdf", "in.pdf"}) {
+            ASSERT_TRUE(sign("in.pdf", out));
+            EXPECT_EQ(std::filesystem::status(folder_.path() / out).permissions(), rights) << out;
+        }
+    }
+    std::filesystem::create_symlink("out.pdf", folder_.path() / "link.pdf");
+    ASSERT_TRUE(sign("in.pdf", "link.pdf"));
+    EXPECT_TRUE(std::filesystem::is_symlink(folder_.path() / "link.pdf"));
+    EXPECT_EQ(read("link.pdf"), read("out.pdf"));
+    run("mkfifo pipe");
+    EXPECT_FALSE(sign("in.pdf", "pipe"));
+    run("test -p pipe");
+}
+
 // The picture's dark dots in the corner where the box belongs, and elsewhere.
 TEST_F(Signing, TheBoxStandsUprightInTheShownCorner) {
     const struct {

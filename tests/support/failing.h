@@ -165,6 +165,10 @@ struct FailingFiles final : Failing<ports::DataFiles> {
                                               ports::Readers readers) override {
         return std::make_unique<FailingWriter>(through().create(path, readers), failing_);
     }
+    std::unique_ptr<ports::FileWriter> create_like(base::TextView path,
+                                                   base::TextView origin) override {
+        return std::make_unique<FailingWriter>(through().create_like(path, origin), failing_);
+    }
     void remove(base::TextView path) override { through().remove(path); }
     void wipe(base::TextView path) override { through().wipe(path); }
 };
