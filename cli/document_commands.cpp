@@ -27,41 +27,57 @@ std::string trimmed(const base::Text& reason) {
 }
 
 struct ValidateOptions {
-    std::string file;
+    std::vector<std::string> files;
     std::string schema;
     bool json = false;
 };
 
-ExitCode validate(const ValidateOptions& options) {
-    PortsBundle bundle;
-    ports::XmlValidation validation;
+nlohmann::ordered_json as_json(const std::string& file, const ports::XmlValidation& validation) {
+    auto errors = nlohmann::ordered_json::array();
+    for (const ports::XmlError& error : validation.errors) {
+        errors.push_back(
+            {{"line", error.line}, {"column", error.column}, {"reason", trimmed(error.reason)}});
+    }
+    return {{"file", file}, {"valid", validation.errors.empty()}, {"errors", std::move(errors)}};
+}
+
+void print(const std::string& file, const ports::XmlValidation& validation) {
+    for (const ports::XmlError& error : validation.errors) {
+        std::cout << file << ':' << error.line << ':' << error.column << ": "
+                  << trimmed(error.reason) << '\n';
+    }
+    if (validation.errors.empty()) std::cout << file << ": poprawny\n";
+}
+
+std::unique_ptr<ports::XmlSchema> load_schema(ports::XmlDocuments& documents,
+                                              const std::string& path) {
     try {
-        validation = bundle.xml_documents().validate(
-            xml_in(options.file), base::from_utf8(options.schema), ports::SchemaNamespace::its_own);
+        return documents.load_schema(base::from_utf8(path), ports::SchemaNamespace::its_own);
     } catch (const base::AutomationError& error) {
-        throw CLI::ValidationError(options.schema,
+        throw CLI::ValidationError(path,
                                    "nie da się wczytać schematu: " + trimmed(error.description()));
     }
-    if (options.json) {
-        auto errors = nlohmann::ordered_json::array();
-        for (const ports::XmlError& error : validation.errors) {
-            errors.push_back({{"line", error.line},
-                              {"column", error.column},
-                              {"reason", trimmed(error.reason)}});
+}
+
+// One document is answered by an object, several by an array of them.
+ExitCode validate(const ValidateOptions& options) {
+    PortsBundle bundle;
+    const auto schema = load_schema(bundle.xml_documents(), options.schema);
+    auto answers = nlohmann::ordered_json::array();
+    bool all_valid = true;
+    for (const std::string& file : options.files) {
+        const ports::XmlValidation validation = schema->validate(xml_in(file));
+        all_valid = all_valid && validation.errors.empty();
+        if (options.json) {
+            answers.push_back(as_json(file, validation));
+        } else {
+            print(file, validation);
         }
-        std::cout << nlohmann::ordered_json{{"file", options.file},
-                                            {"valid", validation.errors.empty()},
-                                            {"errors", std::move(errors)}}
-                         .dump(2)
-                  << '\n';
-    } else {
-        for (const ports::XmlError& error : validation.errors) {
-            std::cout << options.file << ':' << error.line << ':' << error.column << ": "
-                      << trimmed(error.reason) << '\n';
-        }
-        if (validation.errors.empty()) std::cout << options.file << ": poprawny\n";
     }
-    return validation.errors.empty() ? exit_done : exit_failed;
+    if (options.json) {
+        std::cout << (answers.size() == 1 ? answers.front() : answers).dump(2) << '\n';
+    }
+    return all_valid ? exit_done : exit_failed;
 }
 
 struct RenderOptions {
@@ -107,14 +123,15 @@ ExitCode render(const RenderOptions& options) {
 void add_validate_command(CLI::App& app, int& exit_code) {
     auto options = std::make_shared<ValidateOptions>();
     CLI::App* command = app.add_subcommand(
-        "validate", "Sprawdza dokument XML ze schematem; nic nie pobiera z sieci");
-    command->add_option("file", options->file, "Dokument XML (UTF-8)")->required();
+        "validate", "Sprawdza dokumenty XML ze schematem; nic nie pobiera z sieci");
+    command->add_option("files", options->files, "Dokumenty XML (UTF-8)")->required();
     command
         ->add_option("--schema", options->schema,
                      "Plik schematu (XSD); schematów, które dołącza, szuka w tym samym folderze")
         ->required()
         ->check(CLI::ExistingFile);
-    command->add_flag("--json", options->json, "Wynik jako JSON (dla programów)");
+    command->add_flag("--json", options->json,
+                      "Wynik jako JSON: obiekt, a dla kilku dokumentów tablica obiektów");
     command->callback([options, &exit_code] { exit_code = validate(*options); });
 }
 

@@ -25,12 +25,13 @@ struct ConnectionTraits {
 
 /// Walks through what was there when it was made.
 template <typename Traits>
-class Enumerator final : public Unknown<typename Traits::Interface> {
+class SnapshotEnumerator final : public Unknown<typename Traits::Interface> {
   public:
     using Element = typename Traits::Element;
     using List = std::vector<typename Traits::Kept>;
 
-    explicit Enumerator(List list, std::size_t next = 0) : list_(std::move(list)), next_(next) {}
+    explicit SnapshotEnumerator(List list, std::size_t next = 0)
+        : list_(std::move(list)), next_(next) {}
 
     HRESULT STDMETHODCALLTYPE Next(ULONG wanted, Element* elements,
                                    ULONG* fetched) noexcept override {
@@ -54,7 +55,7 @@ class Enumerator final : public Unknown<typename Traits::Interface> {
     HRESULT STDMETHODCALLTYPE Clone(typename Traits::Interface** copy) noexcept override {
         if (copy == nullptr) return E_POINTER;
         try {
-            *copy = new Enumerator(list_, next_);
+            *copy = new SnapshotEnumerator(list_, next_);
             return S_OK;
         } catch (...) {
             *copy = nullptr;
@@ -69,7 +70,8 @@ class Enumerator final : public Unknown<typename Traits::Interface> {
 
 template <typename Traits>
 ComPointer<typename Traits::Interface> make_enumerator(std::vector<typename Traits::Kept> list) {
-    return ComPointer<typename Traits::Interface>::adopt(new Enumerator<Traits>(std::move(list)));
+    return ComPointer<typename Traits::Interface>::adopt(
+        new SnapshotEnumerator<Traits>(std::move(list)));
 }
 
 }  // namespace

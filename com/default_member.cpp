@@ -1,12 +1,6 @@
 #include "com/default_member.h"
 
 namespace tavrix::com {
-namespace {
-
-constexpr WORD put_flags = DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF;
-
-}  // namespace
-
 bool goes_to_default_member(const Member& member, WORD flags,
                             const DISPPARAMS& parameters) noexcept {
     if (member.get == nullptr || member.result != VT_DISPATCH) return false;

@@ -5,6 +5,9 @@
 
 namespace tavrix::com {
 
+/// How a property gets a value or an object.
+inline constexpr WORD put_flags = DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF;
+
 // A host writes `recordset("name") = 1` and means recordset.Fields.Item("name").Value = 1:
 // arguments or a new value that a member giving an object does not take belong to that object's own
 // default member.

@@ -9,8 +9,6 @@
 namespace tavrix::com {
 namespace {
 
-constexpr WORD put_flags = DISPATCH_PROPERTYPUT | DISPATCH_PROPERTYPUTREF;
-
 base::TextView name_of(const OLECHAR* name) {
     return reinterpret_cast<const char16_t*>(name);
 }

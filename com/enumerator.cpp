@@ -7,10 +7,10 @@
 namespace tavrix::com {
 namespace {
 
-class Enumerator final : public Unknown<IEnumVARIANT> {
+class VariantEnumerator final : public Unknown<IEnumVARIANT> {
   public:
-    Enumerator(std::size_t count, std::function<windows::Variant(std::size_t)> element,
-               std::size_t next = 0)
+    VariantEnumerator(std::size_t count, std::function<windows::Variant(std::size_t)> element,
+                      std::size_t next = 0)
         : count_(count), next_(next), element_(std::move(element)) {}
 
     HRESULT STDMETHODCALLTYPE Next(ULONG wanted, VARIANT* values,
@@ -38,7 +38,7 @@ class Enumerator final : public Unknown<IEnumVARIANT> {
     }
     HRESULT STDMETHODCALLTYPE Clone(IEnumVARIANT** copy) noexcept override {
         try {
-            *copy = new Enumerator(count_, element_, next_);
+            *copy = new VariantEnumerator(count_, element_, next_);
             return S_OK;
         } catch (...) {
             return E_OUTOFMEMORY;
@@ -55,7 +55,7 @@ class Enumerator final : public Unknown<IEnumVARIANT> {
 
 windows::ComPointer<IUnknown> make_enumerator(
     std::size_t count, std::function<windows::Variant(std::size_t)> element) {
-    return windows::ComPointer<IUnknown>::adopt(new Enumerator(count, std::move(element)));
+    return windows::ComPointer<IUnknown>::adopt(new VariantEnumerator(count, std::move(element)));
 }
 
 }  // namespace tavrix::com

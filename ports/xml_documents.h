@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <utility>
 #include <vector>
@@ -45,6 +46,13 @@ struct XmlTransformation {
 /// Names and values of a stylesheet's parameters; the values are texts, not expressions.
 using XmlParameters = std::span<const std::pair<base::Text, base::Text>>;
 
+/// A schema that was taken, for one document after the other.
+class XmlSchema {
+  public:
+    virtual ~XmlSchema() = default;
+    virtual XmlValidation validate(base::TextView xml) = 0;
+};
+
 /// The platform's XML component at work on whole documents. None of them reaches the network, a
 /// document type is refused wherever it stands, and elements are 256 deep at most. Throws
 /// base::AutomationError with the component's words when it cannot do what it is asked.
@@ -54,9 +62,13 @@ class XmlDocuments {
     static constexpr std::size_t most_characters = 100'000'000;
 
     virtual ~XmlDocuments() = default;
-    /// `schema` is a file's path. Throws when the schema is refused.
-    virtual XmlValidation validate(base::TextView xml, base::TextView schema,
-                                   SchemaNamespace schema_namespace) = 0;
+    /// `path` is the schema's file. Throws when the schema is refused.
+    virtual std::unique_ptr<XmlSchema> load_schema(base::TextView path,
+                                                   SchemaNamespace schema_namespace) = 0;
+    XmlValidation validate(base::TextView xml, base::TextView schema,
+                           SchemaNamespace schema_namespace) {
+        return load_schema(schema, schema_namespace)->validate(xml);
+    }
     /// XSLT 1.0. Throws when the document or the transformation fails.
     virtual XmlTransformation transform(base::TextView xml, base::TextView stylesheet,
                                         XmlParameters parameters) = 0;

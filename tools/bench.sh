@@ -27,6 +27,7 @@ head -c 1000000000 /dev/urandom >"$work/paczka.zip"
 "$bin/mail_bench"
 "$bin/mail_fetch_bench"
 python3 "$root/bench/pdf_bench.py" "$bin/tavrix"
+python3 "$root/bench/xml_bench.py" "$bin/tavrix"
 if [[ -x /usr/lib/wine/wine ]]; then
     start_sandbox "$bin/tavrix-sandbox" "$work"
     register_dlls 32 "$root/build/win32/bin" "$work/dll"

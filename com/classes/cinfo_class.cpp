@@ -58,7 +58,7 @@ constexpr auto cinfo_members = members(
         by_reference(u"sSmtpUser"), by_reference(u"sSmtpPword"), by_reference(u"sFilePath"),
         by_reference(u"bSmtpSSL")));
 
-constexpr ClassTable table = {
+constexpr ClassTable cinfo_table = {
     .class_id = guid("853BF860-8D1B-4BDE-95D8-6C8CDCE7156A"),
     .interface_id = guid("C16C54CD-2D44-4041-B489-5203FF6EC829"),
     .name = u"CInfo",
@@ -68,6 +68,7 @@ constexpr ClassTable table = {
 
 }  // namespace
 
-constexpr CreatableClass cinfo_class = {table, [] { return make_object(table, compose_cinfo()); }};
+constexpr CreatableClass cinfo_class = {cinfo_table,
+                                        [] { return make_object(cinfo_table, compose_cinfo()); }};
 
 }  // namespace tavrix::com

@@ -35,7 +35,7 @@ constexpr auto cls_get_mail_members = members(
         by_reference(u"host"), by_reference(u"port"), by_reference(u"user"), by_reference(u"Pass"),
         by_reference(u"Delete"), by_reference(u"Katalog"), by_reference(u"czyssl")));
 
-constexpr ClassTable table = {
+constexpr ClassTable cls_get_mail_table = {
     .class_id = guid("1584D392-6775-4897-B6E5-1837BC7AAC79"),
     .interface_id = guid("63AFE13F-71B4-48B7-A755-BD4AE4B3A0C1"),
     .name = u"ClsGetMail",
@@ -46,6 +46,6 @@ constexpr ClassTable table = {
 }  // namespace
 
 constexpr CreatableClass cls_get_mail_class = {
-    table, [] { return make_object(table, compose_cls_get_mail()); }};
+    cls_get_mail_table, [] { return make_object(cls_get_mail_table, compose_cls_get_mail()); }};
 
 }  // namespace tavrix::com

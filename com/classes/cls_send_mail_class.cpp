@@ -37,7 +37,7 @@ constexpr auto cls_send_mail_members = members(
         by_value(u"mailudw"), by_value(u"DeliveryNotificationOptions"), by_value(u"Priority"),
         by_value(u"ReplyTo"), by_value(u"sender")));
 
-constexpr ClassTable table = {
+constexpr ClassTable cls_send_mail_table = {
     .class_id = guid("FC59A353-9821-45CC-A467-2EACCF089608"),
     .interface_id = guid("05785896-2426-4995-B104-66DD567A4CDE"),
     .name = u"ClsSendMail",
@@ -48,6 +48,6 @@ constexpr ClassTable table = {
 }  // namespace
 
 constexpr CreatableClass cls_send_mail_class = {
-    table, [] { return make_object(table, compose_cls_send_mail()); }};
+    cls_send_mail_table, [] { return make_object(cls_send_mail_table, compose_cls_send_mail()); }};
 
 }  // namespace tavrix::com

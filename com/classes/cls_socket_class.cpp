@@ -83,7 +83,7 @@ class RaisedSocketEvents final : public SocketEvents {
     bool had_listeners_ = false;
 };
 
-constexpr ClassTable table = {
+constexpr ClassTable cls_socket_table = {
     .class_id = guid("0BC4E5D1-D904-4E1E-ADB1-3C809597E8BE"),
     .interface_id = guid("0FB68367-C86A-4775-94AF-1A5EE650DD4D"),
     .name = u"clsSocket",
@@ -95,10 +95,10 @@ constexpr ClassTable table = {
 }  // namespace
 
 constexpr CreatableClass cls_socket_class = {
-    table, [] {
+    cls_socket_table, [] {
         auto sinks = std::make_shared<EventSinks>(cls_socket_events);
         auto socket = compose_cls_socket(std::make_unique<RaisedSocketEvents>(sinks));
-        return make_object(table, std::move(socket), std::move(sinks));
+        return make_object(cls_socket_table, std::move(socket), std::move(sinks));
     }};
 
 }  // namespace tavrix::com

@@ -47,7 +47,7 @@ constexpr auto cmessage_members = members(
                                 u"Ścieżki zapisanych załączników, przed każdą średnik."),
     read_only<&CMessage::Size>(22, u"Size", u"Liczba znaków w MessageText."));
 
-constexpr ClassTable table = {
+constexpr ClassTable cmessage_table = {
     .class_id = guid("8B668BEB-CDC9-4F4E-B517-7DF1671B2465"),
     .interface_id = guid("17FA61E3-4213-4E46-89CA-448C0EFA056D"),
     .name = u"CMessage",
@@ -57,7 +57,7 @@ constexpr ClassTable table = {
 
 }  // namespace
 
-constexpr CreatableClass cmessage_class = {table,
-                                           [] { return make_object(table, compose_cmessage()); }};
+constexpr CreatableClass cmessage_class = {
+    cmessage_table, [] { return make_object(cmessage_table, compose_cmessage()); }};
 
 }  // namespace tavrix::com

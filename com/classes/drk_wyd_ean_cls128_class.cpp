@@ -23,7 +23,7 @@ constexpr auto drk_wyd_ean_cls128_members = members(
         by_value(u"pict"), by_reference(u"EAN_text"), by_value(u"Rozm"), by_value(u"bn"),
         by_value(u"rotate")));
 
-constexpr ClassTable table = {
+constexpr ClassTable drk_wyd_ean_cls128_table = {
     .class_id = guid("4228D013-F714-49B1-A882-DF8A521704C0"),
     .interface_id = guid("D62FDE4F-2802-40FC-832C-8D2CF0F98D5B"),
     .name = u"Drk_Wyd_Ean_cls128",
@@ -34,6 +34,7 @@ constexpr ClassTable table = {
 }  // namespace
 
 constexpr CreatableClass drk_wyd_ean_cls128_class = {
-    table, [] { return make_object(table, compose_ean_cls128()); }};
+    drk_wyd_ean_cls128_table,
+    [] { return make_object(drk_wyd_ean_cls128_table, compose_ean_cls128()); }};
 
 }  // namespace tavrix::com

@@ -39,7 +39,7 @@ constexpr auto drk_wyd_ean_cls813_members = members(
         by_value(u"SourcePicture"), by_value(u"DestPicture"), by_value(u"lngAngle"),
         by_value(u"XDest"), by_value(u"YDest")));
 
-constexpr ClassTable table = {
+constexpr ClassTable drk_wyd_ean_cls813_table = {
     .class_id = guid("9B7A6587-B867-4216-BE18-6A4D93654BD3"),
     .interface_id = guid("EF8A212B-75EF-4DAF-A367-869CB25AF07D"),
     .name = u"Drk_Wyd_Ean_cls813",
@@ -50,6 +50,7 @@ constexpr ClassTable table = {
 }  // namespace
 
 constexpr CreatableClass drk_wyd_ean_cls813_class = {
-    table, [] { return make_object(table, std::make_shared<Drk_Wyd_Ean_cls813>()); }};
+    drk_wyd_ean_cls813_table,
+    [] { return make_object(drk_wyd_ean_cls813_table, std::make_shared<Drk_Wyd_Ean_cls813>()); }};
 
 }  // namespace tavrix::com

@@ -46,7 +46,7 @@ constexpr auto drk_wyd_ean_cls_members = members(
         by_value(u"SourcePicture"), by_value(u"DestPicture"), by_value(u"lngAngle"),
         by_value(u"XDest"), by_value(u"YDest")));
 
-constexpr ClassTable table = {
+constexpr ClassTable drk_wyd_ean_cls_table = {
     .class_id = guid("D1320870-9CBC-441C-A42D-1436BFA331C2"),
     .interface_id = guid("CBD3E482-754C-48F5-B716-E2668DB60EC8"),
     .name = u"Drk_Wyd_Ean_cls",
@@ -57,6 +57,6 @@ constexpr ClassTable table = {
 }  // namespace
 
 constexpr CreatableClass drk_wyd_ean_cls_class = {
-    table, [] { return make_object(table, compose_ean_cls()); }};
+    drk_wyd_ean_cls_table, [] { return make_object(drk_wyd_ean_cls_table, compose_ean_cls()); }};
 
 }  // namespace tavrix::com

@@ -84,7 +84,7 @@ constexpr auto ksef_comm_members = members(
                                   u"Zapisuje XML przekształcony arkuszem XSL do pliku HTML.",
                                   by_value(u"strXML"), by_value(u"strXSL"), by_value(u"Plik")));
 
-constexpr ClassTable table = {
+constexpr ClassTable ksef_comm_table = {
     .class_id = guid("D422C633-A288-42AD-9710-6414035C1877"),
     .interface_id = guid("992E9225-68D6-4DC5-83EA-5AED2EA48896"),
     .name = u"KseF_comm",
@@ -94,7 +94,7 @@ constexpr ClassTable table = {
 
 }  // namespace
 
-constexpr CreatableClass ksef_comm_class = {table,
-                                            [] { return make_object(table, compose_ksef_comm()); }};
+constexpr CreatableClass ksef_comm_class = {
+    ksef_comm_table, [] { return make_object(ksef_comm_table, compose_ksef_comm()); }};
 
 }  // namespace tavrix::com

@@ -16,7 +16,7 @@ constexpr auto rejestr_members = members(method<&Rejestr::RegGetValue>(
     u"Wartość z rejestru systemu jako tekst; pusty tekst, gdy jej nie ma albo ma ponad 255 bajtów.",
     by_value(u"MainKey_def"), by_value(u"SubKey"), by_value(u"Value")));
 
-constexpr ClassTable table = {
+constexpr ClassTable rejestr_table = {
     .class_id = guid("8EC24FA8-89C1-4F8E-941B-A3B2339F5EA4"),
     .interface_id = guid("CD38548A-9090-4CA6-92AF-5F2CA9751927"),
     .name = u"Rejestr",
@@ -26,7 +26,7 @@ constexpr ClassTable table = {
 
 }  // namespace
 
-constexpr CreatableClass rejestr_class = {table,
-                                          [] { return make_object(table, compose_rejestr()); }};
+constexpr CreatableClass rejestr_class = {
+    rejestr_table, [] { return make_object(rejestr_table, compose_rejestr()); }};
 
 }  // namespace tavrix::com

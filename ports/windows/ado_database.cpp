@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "base/error.h"
+#include "ports/windows/ado_constants.h"
 #include "ports/windows/ado_field.h"
 #include "ports/windows/ado_row.h"
 #include "windows/variant_value.h"
@@ -14,8 +15,6 @@ namespace {
 constexpr std::int32_t use_client = 3;             // adUseClient
 constexpr std::int32_t open_static = 3;            // adOpenStatic
 constexpr std::int32_t lock_batch_optimistic = 4;  // adLockBatchOptimistic
-constexpr std::int32_t command_text = 1;           // adCmdText
-constexpr std::int32_t no_records = 0x80;          // adExecuteNoRecords
 constexpr std::int32_t criteria_key = 0;           // adCriteriaKey
 
 LateBound open_rows(const LateBound& connection, base::TextView sql) {

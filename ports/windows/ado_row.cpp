@@ -2,6 +2,7 @@
 
 #include "base/error.h"
 #include "base/value.h"
+#include "ports/windows/ado_constants.h"
 #include "windows/failure.h"
 #include "windows/variant_value.h"
 
@@ -9,8 +10,6 @@ namespace tavrix::windows {
 namespace {
 
 // Numbers of the ADO type library.
-constexpr std::int32_t command_text = 1;      // adCmdText
-constexpr std::int32_t no_records = 0x80;     // adExecuteNoRecords
 constexpr std::int32_t input = 1;             // adParamInput
 constexpr std::int32_t double_type = 5;       // adDouble
 constexpr std::int32_t integer_type = 3;      // adInteger

@@ -192,37 +192,51 @@ void put_input(const LateBound& processor, const LateBound& document) {
     windows::check(early->put_input(input.get()), u"IXSLProcessor.input");
 }
 
-class MsxmlDocuments final : public XmlDocuments {
+class MsxmlSchema final : public XmlSchema {
   public:
-    XmlValidation validate(base::TextView xml, base::TextView schema,
-                           SchemaNamespace schema_namespace) override {
-        if (is_too_long(xml)) return {true, {}, {{base::Text(too_long), 0, 0}}};
+    MsxmlSchema(base::TextView path, SchemaNamespace schema_namespace)
+        : schema_namespace_(schema_namespace) {
         // The component would fetch it.
-        if (schema.find(u"://") != base::TextView::npos) refuse(u"To nie jest plik.\r\n");
-        const auto cache = LateBound::create(u"Msxml2.XMLSchemaCache.6.0");
-        const LateBound document = new_document(document_class);
+        if (path.find(u"://") != base::TextView::npos) refuse(u"To nie jest plik.\r\n");
         if (schema_namespace == SchemaNamespace::empty) {
-            cache.call(u"add", u"", schema);
+            cache_.call(u"add", u"", path);
         } else {
-            SchemaWithImports(cache).add(base::Text(schema));
+            SchemaWithImports(cache_).add(base::Text(path));
         }
+    }
+
+    XmlValidation validate(base::TextView xml) override {
+        if (is_too_long(xml)) return {true, {}, {{base::Text(too_long), 0, 0}}};
+        const LateBound document = new_document(document_class);
         XmlValidation validation;
-        validation.has_schema = number_of(cache, u"length") != 0;
+        validation.has_schema = number_of(cache_, u"length") != 0;
         if (!validation.has_schema) {
             validation.schema_reason = text_of(document.object(u"parseError").get(u"reason"));
             return validation;
         }
-        document.put_reference(u"schemas", cache);
+        document.put_reference(u"schemas", cache_);
         document.put(u"validateOnParse", true);
         validation.errors = parse_errors(document, load(document, xml));
         // What holds a document against its schemas while it is read finds it valid here; Wine's
         // component only does when it is asked.
-        if (schema_namespace == SchemaNamespace::its_own && validation.errors.empty()) {
+        if (schema_namespace_ == SchemaNamespace::its_own && validation.errors.empty()) {
             if (const LateBound error(windows::object_of(document.call(u"validate").get()));
                 number_of(error, u"errorCode") != 0)
                 validation.errors = {told(error)};
         }
         return validation;
+    }
+
+  private:
+    SchemaNamespace schema_namespace_;
+    LateBound cache_ = LateBound::create(u"Msxml2.XMLSchemaCache.6.0");
+};
+
+class MsxmlDocuments final : public XmlDocuments {
+  public:
+    std::unique_ptr<XmlSchema> load_schema(base::TextView path,
+                                           SchemaNamespace schema_namespace) override {
+        return std::make_unique<MsxmlSchema>(path, schema_namespace);
     }
 
     XmlTransformation transform(base::TextView xml, base::TextView stylesheet,

@@ -45,6 +45,8 @@ base::TextView words_of(AdoError error) {
             return u"Only one transaction can be active on this session.";
         case AdoError::no_transaction:
             return u"No transaction is active.";
+        case AdoError::timed_out:
+            return u"Query timeout expired";
         case AdoError::unspecified:
             break;
     }

@@ -6,7 +6,7 @@
 namespace tavrix::ado {
 namespace {
 
-constexpr base::TextView source = u"ADODB.Field";
+constexpr base::TextView field_source = u"ADODB.Field";
 constexpr std::int32_t no_limit = 0x3FFFFFFF;
 constexpr std::int32_t no_byte_limit = 0x7FFFFFFF;
 
@@ -104,11 +104,11 @@ ports::Value taken(const ports::Value& value, const ports::SqliteColumn& column,
     const ColumnType type = type_of(column, habits);
     windows::Variant variant = windows::variant_of(value);
     if (variant.type() == VT_NULL || type.variant == VT_EMPTY) return value;
-    if (!change(variant, type.variant, habits.locale)) raise(AdoError::type_mismatch, source);
+    if (!change(variant, type.variant, habits.locale)) raise(AdoError::type_mismatch, field_source);
     ports::Value result = windows::value_of(variant.get());
     if (const auto* text = std::get_if<base::Text>(&result);
         text != nullptr && text->size() > static_cast<std::size_t>(type.defined_size)) {
-        raise(AdoError::multiple_step, source);
+        raise(AdoError::multiple_step, field_source);
     }
     return result;
 }

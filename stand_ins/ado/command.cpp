@@ -13,7 +13,7 @@ using com::method;
 using com::property;
 using com::read_only;
 
-constexpr base::TextView source = u"ADODB.Command";
+constexpr base::TextView command_source = u"ADODB.Command";
 
 constexpr auto parameters_members =
     com::members(method<&Parameters::append>(1, u"Append", u"Dodaje wartość.", by_value(u"Object")),
@@ -79,13 +79,13 @@ bool is_text(std::int32_t type) {
 void Parameters::append(const windows::ComPointer<IDispatch>& object) {
     const auto parameter = com::DispatchObject::target_of<Parameter>(object.get(), parameter_class);
     if (!parameter || !fits(parameter->type, parameter->value)) {
-        raise(AdoError::wrong_type, source);
+        raise(AdoError::wrong_type, command_source);
     }
     if (is_text(parameter->type)) {
-        if (parameter->size <= 0) raise(AdoError::bad_parameter, source);
+        if (parameter->size <= 0) raise(AdoError::bad_parameter, command_source);
         const auto* text = std::get_if<base::Text>(&parameter->value);
         if (text != nullptr && text->size() > static_cast<std::size_t>(parameter->size)) {
-            raise(AdoError::wrong_type, source);
+            raise(AdoError::wrong_type, command_source);
         }
     }
     values_.push_back(parameter->value);
@@ -98,7 +98,7 @@ windows::ComPointer<IDispatch> Command::active_connection() const {
 
 void Command::set_active_connection(const windows::ComPointer<IDispatch>& connection) {
     connection_ = com::DispatchObject::target_of<Connection>(connection.get(), connection_class);
-    if (!connection_) raise(AdoError::invalid_argument, source);
+    if (!connection_) raise(AdoError::invalid_argument, command_source);
 }
 
 windows::ComPointer<IDispatch> Command::parameters() const {
@@ -118,11 +118,11 @@ windows::ComPointer<IDispatch> Command::create_parameter(const std::optional<bas
 
 void Command::execute(std::optional<std::int32_t>& records_affected,
                       const std::optional<windows::Variant>&, const std::optional<std::int32_t>&) {
-    if (!connection_) raise(AdoError::invalid_connection, source);
+    if (!connection_) raise(AdoError::invalid_connection, command_source);
     const auto& database = connection_->database(AdoError::invalid_connection);
     connection_->recorded([&] {
         connection_->require_free();
-        connection_->meet_trouble(source);
+        connection_->meet_trouble(command_source);
         const std::int64_t count = database->execute(text_, parameters_->values());
         records_affected = connection_->habits().row_count == RowCount::none
                                ? -1

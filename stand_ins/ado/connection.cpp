@@ -15,7 +15,7 @@ using com::method;
 using com::property;
 using com::read_only;
 
-constexpr base::TextView source = u"ADODB.Connection";
+constexpr base::TextView connection_source = u"ADODB.Connection";
 
 constexpr auto connection_members = com::members(
     property<&Connection::connection_string, &Connection::set_connection_string>(
@@ -50,11 +50,12 @@ Connection::~Connection() {
 void Connection::Open(const std::optional<base::Text>& connection_string,
                       const std::optional<base::Text>&, const std::optional<base::Text>&,
                       const std::optional<std::int32_t>&) {
-    if (database_) raise(AdoError::object_open, source);
+    if (database_) raise(AdoError::object_open, connection_source);
     if (connection_string) connection_string_ = *connection_string;
     recorded([&] {
         const base::Text file = value_of_key(connection_string_, u"Data Source");
-        if (file.empty()) raise(AdoError::unspecified, source, u"Data Source names no file.");
+        if (file.empty())
+            raise(AdoError::unspecified, connection_source, u"Data Source names no file.");
         habits_ = habits_in(connection_string_);
         database_ = ports::SqliteConnection::open(base::to_utf8(file));
     });
@@ -62,7 +63,7 @@ void Connection::Open(const std::optional<base::Text>& connection_string,
 
 void Connection::Close() {
     database(AdoError::object_closed);
-    if (in_transaction_) raise(AdoError::in_transaction, source);
+    if (in_transaction_) raise(AdoError::in_transaction, connection_source);
     database_.reset();
 }
 
@@ -87,7 +88,7 @@ windows::ComPointer<IDispatch> Connection::Execute(const base::Text& sql,
 
 std::int32_t Connection::BeginTrans() {
     const auto& database = this->database(AdoError::object_closed);
-    if (in_transaction_) raise(AdoError::transaction_exists, source);
+    if (in_transaction_) raise(AdoError::transaction_exists, connection_source);
     recorded([&] { database->execute_script("begin immediate"); });
     in_transaction_ = true;
     return 1;
@@ -103,7 +104,7 @@ void Connection::RollbackTrans() {
 
 void Connection::end(const char* statement) {
     const auto& database = this->database(AdoError::object_closed);
-    if (!in_transaction_) raise(AdoError::no_transaction, source);
+    if (!in_transaction_) raise(AdoError::no_transaction, connection_source);
     recorded([&] { database->execute_script(statement); });
     in_transaction_ = false;
 }
@@ -113,7 +114,7 @@ std::int32_t Connection::state() const {
 }
 
 void Connection::set_connection_string(const base::Text& value) {
-    if (database_) raise(AdoError::object_open, source);
+    if (database_) raise(AdoError::object_open, connection_source);
     connection_string_ = value;
 }
 
@@ -122,7 +123,7 @@ windows::ComPointer<IDispatch> Connection::errors() const {
 }
 
 const std::shared_ptr<ports::SqliteConnection>& Connection::database(AdoError when_closed) const {
-    if (!database_) raise(when_closed, source);
+    if (!database_) raise(when_closed, connection_source);
     return database_;
 }
 
@@ -130,20 +131,20 @@ void Connection::require_free() const {
     const auto rows = executed_.lock();
     if (!in_transaction_ || !rows || rows->state() == object_state::closed || rows->at_end())
         return;
-    raise(AdoError::unspecified, source,
+    raise(AdoError::unspecified, connection_source,
           u"Cannot create new connection because in manual or distributed transaction mode.");
 }
 
 void Connection::meet_trouble(base::TextView source) {
     if (habits_.deadlocks > 0) {
         --habits_.deadlocks;
-        raise(AdoError::unspecified, source,
+        raise(AdoError::unspecified, connection_source,
               u"Transaction (Process ID 51) was deadlocked on lock resources with another process "
               u"and has been chosen as the deadlock victim. Rerun the transaction.");
     }
     if (habits_.timeouts > 0) {
         --habits_.timeouts;
-        raise(AdoError::timed_out, source, u"Query timeout expired");
+        raise(AdoError::timed_out, connection_source);
     }
 }
 

@@ -8,7 +8,7 @@
 namespace tavrix::ado {
 namespace {
 
-constexpr base::TextView source = u"ADODB.Recordset";
+constexpr base::TextView rows_source = u"ADODB.Recordset";
 
 std::vector<base::Text> texts_of(const ports::SqliteConnection& connection, const std::string& sql,
                                  const base::Text& argument) {
@@ -81,7 +81,7 @@ void CursorRows::check_reached(int count) {
     // The update stands; only the news of it is wrong.
     SqliteRecordset::check_reached(habits_.row_count == RowCount::none ? 0 : count);
     if (count > 1) {
-        raise(AdoError::unspecified, source,
+        raise(AdoError::unspecified, rows_source,
               u"Key column information is insufficient or incorrect. Too many rows were affected "
               u"by update.");
     }

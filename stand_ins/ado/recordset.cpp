@@ -17,7 +17,7 @@ using com::method;
 using com::property;
 using com::read_only;
 
-constexpr base::TextView source = u"ADODB.Recordset";
+constexpr base::TextView recordset_source = u"ADODB.Recordset";
 
 constexpr auto recordset_members = com::members(
     read_only<&Recordset::fields>(0, u"Fields", u"Kolumny bieżącego wiersza."),
@@ -79,8 +79,8 @@ void Recordset::open_on(std::shared_ptr<Connection> connection, const base::Text
 }
 
 void Recordset::open() {
-    if (!connection_) raise(AdoError::invalid_connection, source);
-    if (sql_.empty()) raise(AdoError::invalid_argument, source);
+    if (!connection_) raise(AdoError::invalid_connection, recordset_source);
+    if (sql_.empty()) raise(AdoError::invalid_argument, recordset_source);
     const auto& database = connection_->database(AdoError::invalid_connection);
     rows_ = connection_->recorded([&] {
         connection_->require_free();
@@ -100,7 +100,7 @@ void Recordset::open() {
 void Recordset::Close() {
     rows();
     if (edit_ != edit_mode::none && lock_ != lock_type::batch_optimistic) {
-        raise(AdoError::illegal_operation, source);
+        raise(AdoError::illegal_operation, recordset_source);
     }
     rows_.reset();
     edit_ = edit_mode::none;
@@ -130,7 +130,7 @@ void Recordset::UpdateBatch(const std::optional<std::int32_t>&) {
 
 void Recordset::write() {
     connection_->recorded([&] {
-        connection_->meet_trouble(source);
+        connection_->meet_trouble(recordset_source);
         rows().write_changes();
     });
 }
@@ -165,13 +165,13 @@ void Recordset::Delete(const std::optional<std::int32_t>&) {
 
 void Recordset::MoveFirst() {
     finish_edit();
-    if (rows().row_count() == 0) raise(AdoError::no_current_row, source);
+    if (rows().row_count() == 0) raise(AdoError::no_current_row, recordset_source);
     go_to(0);
 }
 
 void Recordset::MoveLast() {
     finish_edit();
-    if (rows().row_count() == 0) raise(AdoError::no_current_row, source);
+    if (rows().row_count() == 0) raise(AdoError::no_current_row, recordset_source);
     go_to(static_cast<std::int64_t>(rows().row_count()) - 1);
 }
 
@@ -186,9 +186,9 @@ void Recordset::MovePrevious() {
 void Recordset::Move(std::int32_t count) {
     finish_edit();
     if (count < 0 && cursor_ == cursor_type::forward_only)
-        raise(AdoError::illegal_operation, source);
+        raise(AdoError::illegal_operation, recordset_source);
     if ((count > 0 && at_end()) || (count < 0 && at_beginning())) {
-        raise(AdoError::no_current_row, source);
+        raise(AdoError::no_current_row, recordset_source);
     }
     go_to(position_ + count);
 }
@@ -204,7 +204,8 @@ bool Recordset::at_end() {
 }
 
 void Recordset::require_row() {
-    if (on_deleted_ || at_beginning() || at_end()) raise(AdoError::no_current_row, source);
+    if (on_deleted_ || at_beginning() || at_end())
+        raise(AdoError::no_current_row, recordset_source);
 }
 
 std::int32_t Recordset::record_count() {
@@ -227,7 +228,7 @@ void Recordset::set_active_connection(const windows::Variant& value) {
     const windows::ComPointer<IDispatch> object = windows::object_of(value.get());
     if (object) {
         connection_ = com::DispatchObject::target_of<Connection>(object.get(), connection_class);
-        if (!connection_) raise(AdoError::invalid_argument, source);
+        if (!connection_) raise(AdoError::invalid_argument, recordset_source);
     } else if (const VARIANT seen = windows::look_through(value.get()); seen.vt == VT_BSTR) {
         connection_ = std::make_shared<Connection>();
         connection_->Open(base::Text(windows::view_of(seen.bstrVal)), {}, {}, {});
@@ -270,7 +271,7 @@ windows::ComPointer<IDispatch> Recordset::properties() {
             [self](const ports::Value& value) {
                 const auto* criteria = std::get_if<std::int64_t>(&value);
                 if (criteria == nullptr || *criteria < 0 || *criteria > 3) {
-                    raise(AdoError::invalid_argument, source);
+                    raise(AdoError::invalid_argument, recordset_source);
                 }
                 self->rows().set_criteria(static_cast<std::int32_t>(*criteria));
             });
@@ -285,13 +286,13 @@ std::int32_t Recordset::absolute_position() {
 void Recordset::set_absolute_position(std::int32_t position) {
     finish_edit();
     if (position < 1 || position > static_cast<std::int64_t>(rows().row_count())) {
-        raise(AdoError::invalid_argument, source);
+        raise(AdoError::invalid_argument, recordset_source);
     }
     go_to(position - 1);
 }
 
 CursorRows& Recordset::rows() {
-    if (!rows_) raise(AdoError::object_closed, source);
+    if (!rows_) raise(AdoError::object_closed, recordset_source);
     return *rows_;
 }
 
@@ -309,13 +310,13 @@ void Recordset::set_value(std::size_t column, const ports::Value& value) {
 }
 
 void Recordset::require_closed() const {
-    if (rows_) raise(AdoError::object_open, source);
+    if (rows_) raise(AdoError::object_open, recordset_source);
 }
 
 void Recordset::require_updatable() {
     rows();
     if (lock_ != lock_type::optimistic && lock_ != lock_type::batch_optimistic) {
-        raise(AdoError::not_updatable, source);
+        raise(AdoError::not_updatable, recordset_source);
     }
 }
 

@@ -28,6 +28,46 @@ TEST_F(Cli, SendsOverTlsOfAPrivateAuthorityAndTellsMachines) {
     EXPECT_EQ(run("hash '" + folder_ + "faktura.xml'").output.substr(0, 44), row.at("HashFaktury"));
 }
 
+// The documents share a schema, and a document may name one of its own: none has a say in the next.
+TEST_F(Cli, ValidatesDocumentsOneByOneAndRendersOne) {
+    const std::string xs = "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'";
+    write("f.xsd", xs + "><xs:element name='f' type='xs:int'/></xs:schema>");
+    write("own.xsd", xs + " targetNamespace='urn:o'><xs:element name='o'/></xs:schema>");
+    write("good.xml", "<f>1</f>");
+    write("bad.xml", "<f>\n x</f>");
+    write("own.xml",
+          "<o xmlns='urn:o' xmlns:i='http://www.w3.org/2001/XMLSchema-instance' "
+          "i:schemaLocation='urn:o own.xsd'/>");
+    const std::string here = " " + folder_;
+    const auto validate = [&](const std::vector<std::string>& names, const char* form = "") {
+        std::string files;
+        for (const std::string& name : names) files += here + name;
+        return run("validate --schema" + here + "f.xsd" + form + files);
+    };
+    const Outcome all =
+        validate({"good.xml", "bad.xml", "own.xml", "own.xml", "good.xml"}, " --json");
+    EXPECT_EQ(all.exit_code, 1);
+    std::string verdicts;
+    for (const Json& answer : Json::parse(all.output)) {
+        verdicts += answer.at("valid").get<bool>() ? "+" : "-";
+    }
+    EXPECT_EQ(verdicts, "+---+");
+    EXPECT_EQ(validate({"good.xml"}).output, folder_ + "good.xml: poprawny\n");
+    EXPECT_TRUE(validate({"bad.xml"}).output.starts_with(folder_ + "bad.xml:2:"));
+    EXPECT_TRUE(Json::parse(validate({"bad.xml"}, " --json").output).is_object());
+    EXPECT_EQ(validate({"good.xml", "none.xml"}).exit_code, 2);
+
+    write("f.xsl",
+          "<x:stylesheet version='1.0' xmlns:x='http://www.w3.org/1999/XSL/Transform'><x:param "
+          "name='p'/><x:template match='/'><html>Zażółć <x:value-of select='$p'/></html>"
+          "</x:template></x:stylesheet>");
+    EXPECT_EQ(run("render" + here + "good.xml --xsl" + here + "f.xsl -o" + here +
+                  "page.html --param 'p=<jaźń>'")
+                  .exit_code,
+              0);
+    EXPECT_NE(content("page.html").find("Zażółć &lt;jaźń&gt;"), std::string::npos);
+}
+
 TEST_F(Cli, ExitCodesTellWhoseFaultItIs) {
     const std::string send = "send --nip 1 --xml /dev/null --table t --id 1 --db /no/such.db";
     const std::string with_token = send + " --token 'R|nip-1|s'";

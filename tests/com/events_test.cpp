@@ -10,8 +10,6 @@
 namespace tavrix::test {
 namespace {
 
-using com::by_reference;
-
 class Talker {
   public:
     explicit Talker(std::shared_ptr<com::EventSinks> sinks) : sinks_(std::move(sinks)) {}
@@ -27,9 +25,9 @@ class Talker {
 };
 
 constexpr auto talker_members =
-    com::members(com::method<&Talker::Ask>(2, u"Ask", u"", by_reference(u"answer")));
-constexpr auto talker_event_rows = com::members(
-    com::event<&Talker::Asked>(12, u"Asked", u"", by_reference(u"Answer"), by_reference(u"Stop")));
+    com::members(com::method<&Talker::Ask>(2, u"Ask", u"", com::by_reference(u"answer")));
+constexpr auto talker_event_rows = com::members(com::event<&Talker::Asked>(
+    12, u"Asked", u"", com::by_reference(u"Answer"), com::by_reference(u"Stop")));
 constexpr com::EventTable talker_events = {
     .interface_id = com::guid("68509742-3209-4D59-9BC2-48495E75789A"),
     .help = u"",

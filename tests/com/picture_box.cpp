@@ -17,7 +17,6 @@ namespace tavrix::test {
 namespace {
 
 using Box = PictureBox;
-using com::by_value;
 
 template <auto Property>
 consteval auto plain_property(DISPID id, base::TextView name) {
@@ -48,28 +47,28 @@ consteval auto members_with(const More&... more) {
         com::read_only<&Box::self>(14, u"Image", u""),
         com::property<&Box::self, &Box::keep_picture>(15, u"Picture", u""),
         com::method<&Box::refresh>(16, u"Refresh", u""),
-        com::method<&Box::text_width>(17, u"TextWidth", u"", by_value(u"Str")),
-        com::method<&Box::text_height>(18, u"TextHeight", u"", by_value(u"Str")),
-        com::method<&Box::paint_picture>(19, u"PaintPicture", u"", by_value(u"Picture"),
-                                         by_value(u"X1"), by_value(u"Y1"), by_value(u"Width1"),
-                                         by_value(u"Height1")),
+        com::method<&Box::text_width>(17, u"TextWidth", u"", com::by_value(u"Str")),
+        com::method<&Box::text_height>(18, u"TextHeight", u"", com::by_value(u"Str")),
+        com::method<&Box::paint_picture>(19, u"PaintPicture", u"", com::by_value(u"Picture"),
+                                         com::by_value(u"X1"), com::by_value(u"Y1"),
+                                         com::by_value(u"Width1"), com::by_value(u"Height1")),
         com::read_only<&Box::self>(20, u"Font", u""),
         com::read_only<&Box::get<&Box::font_name>>(21, u"Name", u""),
         com::read_only<&Box::self>(22, u"Parent", u""),
-        com::method<&Box::scale_on_parent>(23, u"ScaleX", u"", by_value(u"Width"),
-                                           by_value(u"FromScale"), by_value(u"ToScale")),
-        com::method<&Box::scale_on_parent>(24, u"ScaleY", u"", by_value(u"Height"),
-                                           by_value(u"FromScale"), by_value(u"ToScale")),
+        com::method<&Box::scale_on_parent>(23, u"ScaleX", u"", com::by_value(u"Width"),
+                                           com::by_value(u"FromScale"), com::by_value(u"ToScale")),
+        com::method<&Box::scale_on_parent>(24, u"ScaleY", u"", com::by_value(u"Height"),
+                                           com::by_value(u"FromScale"), com::by_value(u"ToScale")),
         com::read_only<&Box::image_handle>(25, u"Handle", u""),
         com::read_only<&Box::palette_handle>(26, u"hPal", u""), more...);
 }
 
-constexpr auto vb6_members =
-    members_with(com::method<&Box::scale>(27, u"Scale", u"", by_value(u"Flags"), by_value(u"X1"),
-                                          by_value(u"Y1"), by_value(u"X2"), by_value(u"Y2")));
+constexpr auto vb6_members = members_with(
+    com::method<&Box::scale>(27, u"Scale", u"", com::by_value(u"Flags"), com::by_value(u"X1"),
+                             com::by_value(u"Y1"), com::by_value(u"X2"), com::by_value(u"Y2")));
 constexpr auto script_members =
     members_with(com::method<&Box::default_scale>(27, u"Scale", u""),
-                 com::method<&Box::print>(28, u"Print", u"", by_value(u"text")));
+                 com::method<&Box::print>(28, u"Print", u"", com::by_value(u"text")));
 
 constexpr com::ClassTable vb6_class = {
     .class_id = com::guid("7C3F7B6C-3C0B-4C7B-93B6-0D8A4B6F1B11"),

@@ -10,9 +10,6 @@
 namespace tavrix::test {
 namespace {
 
-using com::by_reference;
-using com::by_value;
-
 class Probe {
   public:
     base::Text Echo(const base::Text& text) const { return text; }
@@ -70,26 +67,31 @@ class Probe {
     std::vector<base::Text> slots_ = std::vector<base::Text>(3);
 };
 
-constexpr auto probe_members = com::members(
-    com::property<&Probe::slot, &Probe::set_slot>(0, u"Slot", u"Default, with an index.",
-                                                  by_value(u"Index")),
-    com::method<&Probe::Echo>(1, u"Echo", u"", by_value(u"text")),
-    com::method<&Probe::Chop>(2, u"Chop", u"", by_reference(u"text")),
-    com::method<&Probe::Swap>(3, u"Swap", u"", by_reference(u"left"), by_reference(u"right")),
-    com::method<&Probe::ToByte>(4, u"ToByte", u"", by_value(u"value")),
-    com::method<&Probe::Not>(5, u"Not", u"", by_value(u"value")),
-    com::method<&Probe::Half>(6, u"Half", u"", by_value(u"value")),
-    com::method<&Probe::Reverse>(7, u"Reverse", u"", by_reference(u"bytes")),
-    com::method<&Probe::Join>(8, u"Join", u"", by_reference(u"texts")),
-    com::method<&Probe::Split>(9, u"Split", u"", by_value(u"text")),
-    com::method<&Probe::Same>(10, u"Same", u"", by_value(u"value")),
-    com::method<&Probe::SameObject>(11, u"SameObject", u"", by_value(u"value")),
-    com::method<&Probe::Power>(12, u"Potęga", u"", by_value(u"Podstawa"), by_value(u"Wykładnik")),
-    com::method<&Probe::Count>(13, u"Count", u"", by_value(u"text"), by_reference(u"length")),
-    com::method<&Probe::Fail>(14, u"Fail", u"", by_value(u"how"), by_reference(u"changed")),
-    com::property<&Probe::label, &Probe::set_label>(15, u"Label", u""),
-    com::read_only<&Probe::inner>(16, u"Inner", u""),
-    com::method<&Probe::Fill>(17, u"Fill", u"", by_reference(u"texts"), by_value(u"count")));
+constexpr auto probe_members =
+    com::members(com::property<&Probe::slot, &Probe::set_slot>(
+                     0, u"Slot", u"Default, with an index.", com::by_value(u"Index")),
+                 com::method<&Probe::Echo>(1, u"Echo", u"", com::by_value(u"text")),
+                 com::method<&Probe::Chop>(2, u"Chop", u"", com::by_reference(u"text")),
+                 com::method<&Probe::Swap>(3, u"Swap", u"", com::by_reference(u"left"),
+                                           com::by_reference(u"right")),
+                 com::method<&Probe::ToByte>(4, u"ToByte", u"", com::by_value(u"value")),
+                 com::method<&Probe::Not>(5, u"Not", u"", com::by_value(u"value")),
+                 com::method<&Probe::Half>(6, u"Half", u"", com::by_value(u"value")),
+                 com::method<&Probe::Reverse>(7, u"Reverse", u"", com::by_reference(u"bytes")),
+                 com::method<&Probe::Join>(8, u"Join", u"", com::by_reference(u"texts")),
+                 com::method<&Probe::Split>(9, u"Split", u"", com::by_value(u"text")),
+                 com::method<&Probe::Same>(10, u"Same", u"", com::by_value(u"value")),
+                 com::method<&Probe::SameObject>(11, u"SameObject", u"", com::by_value(u"value")),
+                 com::method<&Probe::Power>(12, u"Potęga", u"", com::by_value(u"Podstawa"),
+                                            com::by_value(u"Wykładnik")),
+                 com::method<&Probe::Count>(13, u"Count", u"", com::by_value(u"text"),
+                                            com::by_reference(u"length")),
+                 com::method<&Probe::Fail>(14, u"Fail", u"", com::by_value(u"how"),
+                                           com::by_reference(u"changed")),
+                 com::property<&Probe::label, &Probe::set_label>(15, u"Label", u""),
+                 com::read_only<&Probe::inner>(16, u"Inner", u""),
+                 com::method<&Probe::Fill>(17, u"Fill", u"", com::by_reference(u"texts"),
+                                           com::by_value(u"count")));
 
 windows::ComPointer<IDispatch> Probe::inner() const {
     auto inner = std::make_shared<Probe>();

@@ -34,20 +34,16 @@ void refuse_document_type(void* parser, const xmlChar*, const xmlChar*, const xm
 
 class LibxmlDocuments final : public XmlDocuments {
   public:
-    XmlValidation validate(base::TextView xml, base::TextView schema,
-                           SchemaNamespace schema_namespace) override {
-        if (xml.size() > most_characters) return {true, {}, {{base::Text(too_long), 0, 0}}};
-        return validate_xml(base::to_utf8(xml), native_path(schema, {}), schema_namespace);
+    std::unique_ptr<XmlSchema> load_schema(base::TextView path,
+                                           SchemaNamespace schema_namespace) override {
+        return load_xml_schema(native_path(path, {}), schema_namespace);
     }
     XmlTransformation transform(base::TextView xml, base::TextView stylesheet,
                                 XmlParameters parameters) override {
         if (xml.size() > most_characters || stylesheet.size() > most_characters)
-            refuse_xml(base::Text(too_long));
+            refuse_xml(base::Text(too_long_document));
         return transform_xml(base::to_utf8(xml), base::to_utf8(stylesheet), parameters);
     }
-
-  private:
-    static constexpr base::TextView too_long = u"Dokument jest dłuższy niż 100 000 000 znaków.\r\n";
 };
 
 }  // namespace

@@ -50,11 +50,12 @@ XmlDocument parse_xml(const std::string& utf8);
 /// Whether an element has more than a thousand attributes: the libraries compare each with each.
 bool has_overlong_tag(std::string_view utf8);
 constexpr base::TextView overlong_tag = u"Element ma ponad 1000 atrybutów.\r\n";
+constexpr base::TextView too_long_document = u"Dokument jest dłuższy niż 100 000 000 znaków.\r\n";
 
 [[noreturn]] void refuse_xml(const base::Text& reason);
 
-XmlValidation validate_xml(const std::string& utf8, const std::string& schema_path,
-                           SchemaNamespace schema_namespace);
+std::unique_ptr<XmlSchema> load_xml_schema(const std::string& path,
+                                           SchemaNamespace schema_namespace);
 XmlTransformation transform_xml(const std::string& xml, const std::string& stylesheet,
                                 XmlParameters parameters);
 

@@ -49,22 +49,41 @@ std::vector<XmlError> errors_of(const std::string& utf8, xmlSchema& schema) {
     return errors.take();
 }
 
+class LibxmlSchema final : public XmlSchema {
+  public:
+    LibxmlSchema(const std::string& path, SchemaNamespace schema_namespace)
+        : folder_(path.substr(0, path.rfind('/') + 1)) {
+        const XmlLimits limits(folder());
+        schema_ = load_schema(path);
+        if (schema_namespace == SchemaNamespace::empty && schema_->targetNamespace != nullptr)
+            refuse_xml(u"The namespace differs from the schema's targetNamespace.\r\n");
+    }
+    XmlValidation validate(base::TextView xml) override {
+        if (xml.size() > XmlDocuments::most_characters)
+            return {true, {}, {{base::Text(too_long_document), 0, 0}}};
+        const std::string utf8 = base::to_utf8(xml);
+        if (has_overlong_tag(utf8)) return {true, {}, {{base::Text(overlong_tag), 0, 0}}};
+        const XmlLimits limits(folder());
+        XmlValidation validation;
+        validation.errors = errors_of(utf8, *schema_);
+        // What the library makes of it is no error of the document.
+        if (const base::Text refusal = limits.refusal(); !refusal.empty())
+            validation.errors = {{refusal, 0, 0}};
+        return validation;
+    }
+
+  private:
+    std::string folder() const { return folder_.empty() ? "./" : folder_; }
+
+    std::string folder_;
+    Schema schema_;
+};
+
 }  // namespace
 
-XmlValidation validate_xml(const std::string& utf8, const std::string& schema_path,
-                           SchemaNamespace schema_namespace) {
-    const std::string folder = schema_path.substr(0, schema_path.rfind('/') + 1);
-    const XmlLimits limits(folder.empty() ? "./" : folder);
-    const Schema schema = load_schema(schema_path);
-    if (has_overlong_tag(utf8)) return {true, {}, {{base::Text(overlong_tag), 0, 0}}};
-    if (schema_namespace == SchemaNamespace::empty && schema->targetNamespace != nullptr)
-        refuse_xml(u"The namespace differs from the schema's targetNamespace.\r\n");
-    XmlValidation validation;
-    validation.errors = errors_of(utf8, *schema);
-    // What the library makes of it is no error of the document.
-    if (const base::Text refusal = limits.refusal(); !refusal.empty())
-        validation.errors = {{refusal, 0, 0}};
-    return validation;
+std::unique_ptr<XmlSchema> load_xml_schema(const std::string& path,
+                                           SchemaNamespace schema_namespace) {
+    return std::make_unique<LibxmlSchema>(path, schema_namespace);
 }
 
 }  // namespace tavrix::ports
