@@ -26,7 +26,7 @@ done
 
 need_package clang
 need_package libclang-rt-14-dev
-build_step fuzz fuzz_targets
+build_step fuzz "${targets[@]/#/fuzz_}"
 ((step_status == 0)) || exit "$step_status"
 
 failed=0
