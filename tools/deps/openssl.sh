@@ -14,10 +14,10 @@ build_library() {
     local off=(no-shared no-tests no-module no-dso no-engine no-static-engine no-autoload-config no-ui-console no-async
         no-uplink no-filenames)
     # Protocols, formats and ciphers that neither KSeF, mail nor certificates here have ever used. TLS 1.0 and 1.1 stay
-    # for old mail servers, RC2, DES and RC4 for old PFX files, MD5 for APOP.
+    # for old mail servers, RC2, DES and RC4 for old PFX files, MD5 for APOP, scrypt for keys in PEM.
     off+=(no-comp no-ssl3 no-srp no-srtp no-dgram no-dtls no-psk no-nextprotoneg no-ssl-trace no-ct no-cmp no-ts
         no-rfc3779 no-dsa no-ec2m no-gost no-sm2 no-sm3 no-sm4 no-aria no-bf no-blake2 no-camellia no-cast no-idea no-md4
-        no-mdc2 no-multiblock no-ocb no-rc5 no-rmd160 no-scrypt no-seed no-siphash no-siv no-whirlpool)
+        no-mdc2 no-multiblock no-ocb no-rc5 no-rmd160 no-seed no-siphash no-siv no-whirlpool)
     # What is not used can be left out of a program only when each function has a section of its own. The build's date
     # would make every DLL another one.
     export SOURCE_DATE_EPOCH=0
