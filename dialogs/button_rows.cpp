@@ -15,6 +15,7 @@ int tallest_of(const std::vector<PixelSize>& needed, std::size_t first, std::siz
 
 ButtonRows::ButtonRows(const std::vector<PixelSize>& needed, int room_width, int gap) {
     if (needed.empty()) return;
+    room_width = std::max(room_width, 1);
     int widest = 0;
     int side_by_side = -gap;
     for (const PixelSize& size : needed) {
@@ -30,8 +31,8 @@ ButtonRows::ButtonRows(const std::vector<PixelSize>& needed, int room_width, int
         }
         return;
     }
-    const int columns = std::max(1, (room_width + gap) / (widest + gap));
-    const int width = (room_width + gap) / columns - gap;
+    const int columns = std::max(1, (room_width + gap) / std::max(widest + gap, 1));
+    const int width = std::max((room_width + gap) / columns - gap, 1);
     for (std::size_t first = 0; first < needed.size(); first += columns) {
         const std::size_t end = std::min(needed.size(), first + columns);
         const int top = places.empty() ? 0 : height + gap;

@@ -64,8 +64,8 @@ std::vector<InformatorButton> shown_buttons(const std::vector<Text>& captions, s
                                             Mnemonics& mnemonics) {
     std::vector<InformatorButton> buttons;
     for (const Text& caption : captions) {
-        const Text line = in_one_line(caption);
-        if (!line.empty()) buttons.push_back({number, mnemonics.without_taken(line)});
+        const Text line = mnemonics.without_taken(in_one_line(caption));
+        if (!line.empty()) buttons.push_back({number, line});
         ++number;
     }
     return buttons;
@@ -155,6 +155,7 @@ Text copied_text(const InformatorForm& form) {
 
 Text cut_caption(TextView caption, std::size_t characters) {
     if (caption.size() <= characters) return Text(caption);
+    if (characters < 2) return Text(characters, u'…');
     std::size_t end = cut_before(caption, characters - 1);
     // An ampersand at the end would make the ellipsis a key; the second of a pair stands for one.
     const std::size_t ampersands = end - (caption.substr(0, end).find_last_not_of(u'&') + 1);

@@ -73,7 +73,7 @@ bool Dialog::show_at(const TakenPlace& place) noexcept {
     if (!windows::desktop_is_seen()) return false;
     // The windows are enabled before the form goes, or another program's would become active.
     OwnedWindow made;
-    const HostWindows host;
+    HostWindows host;
     made.reset(make_window(template_number_, host.owner(), &Dialog::procedure, this));
     if (!made || closing_) return false;
     place.show(made.get());
@@ -88,6 +88,8 @@ void Dialog::run(HWND owner) noexcept {
         // Hosts do their idle work when a modal form tells them that it waits.
         if (owner != nullptr && !PeekMessageW(&message, nullptr, 0, 0, PM_NOREMOVE)) {
             SendMessageW(owner, WM_ENTERIDLE, MSGF_DIALOGBOX, reinterpret_cast<LPARAM>(window_));
+            // A host that pumps messages meanwhile may have taken the one that wakes this loop.
+            if (window_ == nullptr || closing_) return;
         }
         const BOOL received = GetMessageW(&message, nullptr, 0, 0);
         // The end of the program is the host's own loop's business.
@@ -235,6 +237,11 @@ void Dialog::close() noexcept {
 // A message that was sent, not posted, does not let the loop's waiting end.
 void Dialog::wake() noexcept {
     PostThreadMessageW(GetCurrentThreadId(), WM_NULL, 0, 0);
+}
+
+// The dialog manager's own way: the frame of the default button goes along.
+void Dialog::focus(int id) noexcept {
+    SendMessageW(window_, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(control(id)), TRUE);
 }
 
 void Dialog::set_text(int id, const base::Text& text) noexcept {

@@ -53,6 +53,8 @@ class Dialog {
     bool deliver_messages() noexcept;
     HWND window() const noexcept { return window_; }
     HWND control(int id) const noexcept { return GetDlgItem(window_, id); }
+    /// Gives a control the focus once the form is open.
+    void focus(int id) noexcept;
     void set_text(int id, const base::Text& text) noexcept;
     /// Makes a static control as high as its text needs, moves down what stands below it, and makes
     /// the form higher by as much, as far as the screen has room: the rest of the text is cut.

@@ -62,7 +62,7 @@ class Position {
 
   private:
     WORD take_word() noexcept {
-        if (bytes_.size() - at_ < sizeof(WORD)) return 0;
+        if (at_ + sizeof(WORD) > bytes_.size()) return 0;
         WORD word = 0;
         std::memcpy(&word, bytes_.data() + at_, sizeof word);
         at_ += sizeof word;
@@ -93,7 +93,7 @@ void append_font(std::vector<std::byte>& bytes, const UserFont& user) {
 std::vector<std::byte> template_in_user_font(int number) {
     const std::span<const std::byte> original = find_template(number);
     const std::optional<UserFont> user = user_message_font();
-    if (!user) return {original.begin(), original.end()};
+    if (!user || original.empty()) return {original.begin(), original.end()};
 
     constexpr std::size_t before_the_menu = 26;
     Position position(original);

@@ -19,6 +19,14 @@ bool another_program_is_in_front() noexcept {
     return process != GetCurrentProcessId();
 }
 
+void flash(HWND window, DWORD how) noexcept {
+    FLASHWINFO flashing{};
+    flashing.cbSize = sizeof flashing;
+    flashing.hwnd = window;
+    flashing.dwFlags = how;
+    FlashWindowEx(&flashing);
+}
+
 // Called while a button is down, a host's control still has the mouse and would get the first click
 // on the form.
 void end_mouse_capture() noexcept {
@@ -39,6 +47,8 @@ HostWindows::HostWindows() noexcept {
 }
 
 HostWindows::~HostWindows() {
+    // The owner of a form never comes to the front itself, which would end it.
+    if (flashing_ != nullptr) flash(flashing_, FLASHW_STOP);
     for (const HWND window : disabled_) EnableWindow(window, TRUE);
 }
 
@@ -74,7 +84,7 @@ bool HostWindows::one_lies_on_top() const noexcept {
     });
 }
 
-void HostWindows::bring_up(HWND form) const noexcept {
+void HostWindows::bring_up(HWND form) noexcept {
     // Not ShowWindow: a process's first call of it obeys whoever started the process, and that may
     // have asked for a hidden window.
     SetWindowPos(form, one_lies_on_top() ? HWND_TOPMOST : HWND_TOP, 0, 0, 0, 0,
@@ -83,11 +93,8 @@ void HostWindows::bring_up(HWND form) const noexcept {
     SetForegroundWindow(form);
     if (!another_program_is_in_front()) return;
     // A form that belongs to a window has no place on the task bar.
-    FLASHWINFO flash{};
-    flash.cbSize = sizeof flash;
-    flash.hwnd = owner_ != nullptr ? owner_ : form;
-    flash.dwFlags = FLASHW_ALL | FLASHW_TIMERNOFG;
-    FlashWindowEx(&flash);
+    flashing_ = owner_ != nullptr ? owner_ : form;
+    flash(flashing_, FLASHW_ALL | FLASHW_TIMERNOFG);
 }
 
 }  // namespace tavrix::com

@@ -19,7 +19,7 @@ class HostWindows {
     HWND owner() const noexcept { return owner_; }
     /// Shows the form where the user finds it: above a splash window that lies on top of all
     /// others, and with a sign on the task bar when another program is in front.
-    void bring_up(HWND form) const noexcept;
+    void bring_up(HWND form) noexcept;
 
   private:
     static BOOL CALLBACK collect(HWND window, LPARAM host) noexcept;
@@ -28,6 +28,7 @@ class HostWindows {
 
     std::vector<HWND> disabled_;
     HWND owner_ = nullptr;
+    HWND flashing_ = nullptr;
 };
 
 }  // namespace tavrix::com

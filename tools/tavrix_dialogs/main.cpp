@@ -35,12 +35,14 @@ class Host {
     Host(const Host&) = delete;
     Host& operator=(const Host&) = delete;
 
+    bool has_what_was_wanted() const noexcept { return !picture_ || took_picture_; }
+
   private:
     static LRESULT CALLBACK procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam) {
         auto* host = reinterpret_cast<Host*>(GetWindowLongPtrW(window, GWLP_USERDATA));
         if (message == WM_ENTERIDLE && wparam == MSGF_DIALOGBOX && host->picture_) {
             const HWND form = reinterpret_cast<HWND>(lparam);
-            save_picture(form, *host->picture_);
+            host->took_picture_ = save_picture(form, *host->picture_);
             PostMessageW(form, WM_CLOSE, 0, 0);
             return 0;
         }
@@ -48,6 +50,7 @@ class Host {
     }
 
     std::optional<std::filesystem::path> picture_;
+    bool took_picture_ = false;
     HWND window_ = nullptr;
 };
 
@@ -73,7 +76,7 @@ int run(int argument_count, wchar_t** arguments) {
     if (wants_picture) picture = arguments[3];
     const Host host(std::move(picture));
     std::puts(base::to_utf8(entry->show()).c_str());
-    return 0;
+    return host.has_what_was_wanted() ? 0 : 1;
 }
 
 }  // namespace

@@ -6,7 +6,7 @@
 
 namespace tavrix::dialogs_program {
 
-void save_picture(HWND window, const std::filesystem::path& path) {
+bool save_picture(HWND window, const std::filesystem::path& path) {
     RECT place{};
     GetWindowRect(window, &place);
     BITMAPINFO info{};
@@ -36,6 +36,7 @@ void save_picture(HWND window, const std::filesystem::path& path) {
     file.write(reinterpret_cast<const char*>(&header), sizeof header);
     file.write(reinterpret_cast<const char*>(&info.bmiHeader), sizeof info.bmiHeader);
     file.write(static_cast<const char*>(bits), size);
+    return file.flush().good();
 }
 
 }  // namespace tavrix::dialogs_program

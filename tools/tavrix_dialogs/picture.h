@@ -6,7 +6,8 @@
 
 namespace tavrix::dialogs_program {
 
-/// Writes a bitmap file of the window as it stands on the screen, with its frame and title.
-void save_picture(HWND window, const std::filesystem::path& path);
+/// Writes a bitmap file of the window as it stands on the screen, with its frame and title. False
+/// when it cannot be written.
+bool save_picture(HWND window, const std::filesystem::path& path);
 
 }  // namespace tavrix::dialogs_program
