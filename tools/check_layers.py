@@ -30,6 +30,8 @@ LAYERS = {
     "ports/native": ["base", "ports", "ports/portable", "fonts", "drawing"],
     "ports/windows": ["base", "ports", "ports/portable", "windows", "fonts", "drawing"],
     **{feature: ["base", "ports"] for feature in FEATURES},
+    # A chart is a drawing.
+    "dialogs": ["base", "ports", "drawing"],
     # Any message as it is; its classes stand on it.
     "mail/mime": ["base", "ports"],
     # A message as it goes out; the dialogue that hands it to a server.
