@@ -133,8 +133,11 @@ class Plot {
         } else {
             return;
         }
-        if (high_ > 0 || !has_bars()) plot_.top += height;
-        if (low_ < 0 && has_bars()) plot_.bottom -= height;
+        // What the axis has left over above and below counts.
+        const double above = (1 - axis_.place_of(high_)) * plot_.height();
+        const double below = axis_.place_of(low_) * plot_.height();
+        if (high_ > 0 || !has_bars()) plot_.top += std::max(0.0, height - above);
+        if (low_ < 0 && has_bars()) plot_.bottom -= std::max(0.0, height - below);
     }
 
     void draw_axis() {
