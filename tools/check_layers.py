@@ -42,7 +42,7 @@ LAYERS = {
     "barcode/surface": ["base", "ports", "fonts", "drawing", "barcode"],
     "frame": ["base", "ports", *FEATURES],
     "com": ["base", "windows"],
-    "com/forms": ["base", "ports", *FEATURES, "frame", "windows", "com"],
+    "com/forms": ["base", "drawing", "ports", *FEATURES, "frame", "windows", "com"],
     "com/classes": ["base", "ports", *FEATURES, "frame", "windows", "ports/windows", "ports/portable", "com", "com/forms"],
     # Runs while the library is built.
     "com/describe": ["base", "windows", "com", "com/classes"],

@@ -6,7 +6,7 @@
 
 #include "dialogs/chart_axis.h"
 #include "dialogs/grid_numbers.h"
-#include "tests/dialogs/fake_grid.h"
+#include "tests/support/fake_grid.h"
 
 namespace tavrix::dialogs {
 namespace {

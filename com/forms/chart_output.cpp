@@ -1,0 +1,249 @@
+#include "com/forms/chart_output.h"
+
+// Needs what they include.
+#include <wincodec.h>
+
+#include <algorithm>
+#include <cstring>
+
+#include "windows/bstr.h"
+#include "windows/com_pointer.h"
+#include "windows/failure.h"
+
+namespace tavrix::com {
+namespace {
+
+using windows::check;
+using windows::ComPointer;
+
+constexpr double twips_per_inch = 1440;
+constexpr int screen_dots_per_inch = 96;
+constexpr int file_dots_per_inch = 2 * screen_dots_per_inch;
+
+[[noreturn]] void throw_last_error(base::TextView source) {
+    const DWORD error = GetLastError();
+    windows::throw_failure(error == 0 ? E_FAIL : HRESULT_FROM_WIN32(error), source);
+}
+
+/// The picture of a size for a device whose unit is the twip already.
+drawing::Picture picture_for(const ChartToSend& sent, GdiText& text, double pixel_twips,
+                             double scale = 1) {
+    dialogs::ChartLook look;
+    look.width_twips = static_cast<std::int32_t>(sent.width_twips * scale);
+    look.height_twips = static_cast<std::int32_t>(sent.height_twips * scale);
+    look.pixel_twips = pixel_twips;
+    look.em_twips = sent.em_twips * scale;
+    look.text_width = [&](base::TextView words, double em_twips, bool bold) {
+        return text.width_of(words, em_twips, bold);
+    };
+    return dialogs::draw_chart(sent.chart, look);
+}
+
+void draw(HDC device, const drawing::Picture& picture, GdiText& text) {
+    draw_layers(device, picture);
+    for (const drawing::Label& label : picture.labels) text.draw(label);
+}
+
+void abandon_metafile(HDC metafile) noexcept {
+    DeleteEnhMetaFile(CloseEnhMetaFile(metafile));
+}
+using MetafileBeingWritten = windows::Owned<HDC, abandon_metafile>;
+using MetafileHandle = windows::Owned<HENHMETAFILE, DeleteEnhMetaFile>;
+
+MetafileHandle metafile_of(const ChartToSend& sent) {
+    // Hundredths of a millimetre; what the screen says of its own size is not asked, because
+    // virtual machines make it up.
+    constexpr double frame_units_per_inch = 2540;
+    const auto frame_units = [](std::int32_t twips) {
+        return std::lround(twips * frame_units_per_inch / twips_per_inch);
+    };
+    const RECT frame = {0, 0, frame_units(sent.width_twips), frame_units(sent.height_twips)};
+    MetafileBeingWritten device(CreateEnhMetaFileW(nullptr, nullptr, &frame, nullptr));
+    if (!device) throw_last_error(u"CreateEnhMetaFile");
+    constexpr double millimetres_per_inch = 25.4;
+    const auto dots_per_inch = [&](int dots, int millimetres) {
+        return GetDeviceCaps(device.get(), dots) * millimetres_per_inch /
+               std::max(1, GetDeviceCaps(device.get(), millimetres));
+    };
+    {
+        const TwipsDevice in_twips(device.get(), dots_per_inch(HORZRES, HORZSIZE),
+                                   dots_per_inch(VERTRES, VERTSIZE));
+        GdiText text(device.get(), sent.face);
+        draw(device.get(), picture_for(sent, text, twips_per_inch / screen_dots_per_inch), text);
+    }
+    return MetafileHandle(CloseEnhMetaFile(device.release()));
+}
+
+PictureBitmap bitmap_of(const ChartToSend& sent, int dots_per_inch) {
+    const windows::MemoryDevice measuring(CreateCompatibleDC(nullptr));
+    const TwipsDevice in_twips(measuring.get(), dots_per_inch, dots_per_inch);
+    GdiText text(measuring.get(), sent.face);
+    return {picture_for(sent, text, twips_per_inch / dots_per_inch), sent.face, dots_per_inch};
+}
+
+using GlobalMemory = windows::Owned<HGLOBAL, GlobalFree>;
+
+GlobalMemory global_copy(std::initializer_list<std::span<const std::uint8_t>> parts) {
+    std::size_t size = 0;
+    for (const auto part : parts) size += part.size();
+    GlobalMemory memory(GlobalAlloc(GMEM_MOVEABLE, size));
+    auto* place = memory ? static_cast<std::uint8_t*>(GlobalLock(memory.get())) : nullptr;
+    if (place == nullptr) throw std::bad_alloc();
+    for (const auto part : parts) {
+        std::memcpy(place, part.data(), part.size());
+        place += part.size();
+    }
+    GlobalUnlock(memory.get());
+    return memory;
+}
+
+template <typename Value>
+std::span<const std::uint8_t> bytes_of_value(const Value& value) {
+    return {reinterpret_cast<const std::uint8_t*>(&value), sizeof value};
+}
+
+GlobalMemory text_for_clipboard(const base::Text& text) {
+    return global_copy({{reinterpret_cast<const std::uint8_t*>(text.c_str()),
+                         (text.size() + 1) * sizeof(char16_t)}});
+}
+
+GlobalMemory bitmap_for_clipboard(const PictureBitmap& bitmap) {
+    BITMAPINFOHEADER header{};
+    header.biSize = sizeof header;
+    header.biWidth = bitmap.width_px();
+    header.biHeight = bitmap.height_px();
+    header.biPlanes = 1;
+    header.biBitCount = 32;
+    // Not every program takes rows from the top.
+    std::vector<std::uint8_t> rows;
+    const auto row_bytes = static_cast<std::size_t>(bitmap.width_px()) * 4;
+    for (std::int32_t row = bitmap.height_px(); row-- > 0;) {
+        const auto bytes =
+            bitmap.bytes().subspan(static_cast<std::size_t>(row) * row_bytes, row_bytes);
+        rows.insert(rows.end(), bytes.begin(), bytes.end());
+    }
+    return global_copy({bytes_of_value(header), rows});
+}
+
+class OpenedClipboard {
+  public:
+    explicit OpenedClipboard(HWND owner) noexcept {
+        // Remote desktops and their like hold it for moments.
+        constexpr int attempts = 5;
+        constexpr DWORD between_attempts_ms = 20;
+        for (int i = 0; i < attempts && !is_open_; ++i) {
+            if (i > 0) Sleep(between_attempts_ms);
+            is_open_ = OpenClipboard(owner);
+        }
+    }
+    ~OpenedClipboard() {
+        if (is_open_) CloseClipboard();
+    }
+    OpenedClipboard(const OpenedClipboard&) = delete;
+    OpenedClipboard& operator=(const OpenedClipboard&) = delete;
+    explicit operator bool() const noexcept { return is_open_; }
+
+    /// What the clipboard takes is its own from then on.
+    template <typename Handle>
+    void give(UINT format, Handle& handle) noexcept {
+        if (SetClipboardData(format, handle.get()) != nullptr) handle.release();
+    }
+
+  private:
+    BOOL is_open_ = FALSE;
+};
+
+/// A document on a printer that is abandoned unless it was ended.
+class PrintedDocument {
+  public:
+    PrintedDocument(HDC printer, const base::Text& title) : printer_(printer) {
+        DOCINFOW document{};
+        document.cbSize = sizeof document;
+        document.lpszDocName = windows::wide(title);
+        if (StartDocW(printer_, &document) <= 0) throw_last_error(u"StartDoc");
+        is_open_ = true;
+    }
+    ~PrintedDocument() {
+        if (is_open_) AbortDoc(printer_);
+    }
+    PrintedDocument(const PrintedDocument&) = delete;
+    PrintedDocument& operator=(const PrintedDocument&) = delete;
+
+    void end() {
+        if (EndDoc(printer_) <= 0) throw_last_error(u"EndDoc");
+        is_open_ = false;
+    }
+
+  private:
+    HDC printer_;
+    bool is_open_ = false;
+};
+
+}  // namespace
+
+bool copy_chart(const ChartToSend& sent, HWND owner) {
+    MetafileHandle metafile = metafile_of(sent);
+    GlobalMemory bitmap = bitmap_for_clipboard(bitmap_of(sent, screen_dots_per_inch));
+    GlobalMemory text =
+        text_for_clipboard(dialogs::tab_separated(dialogs::chart_table(sent.chart.data)));
+    OpenedClipboard clipboard(owner);
+    if (!clipboard || !EmptyClipboard()) return false;
+    clipboard.give(CF_ENHMETAFILE, metafile);
+    clipboard.give(CF_DIB, bitmap);
+    clipboard.give(CF_UNICODETEXT, text);
+    return true;
+}
+
+void save_chart(const ChartToSend& sent, const base::Text& path) {
+    constexpr base::TextView source = u"PNG";
+    const PictureBitmap bitmap = bitmap_of(sent, file_dots_per_inch);
+    ComPointer<IWICImagingFactory> factory;
+    check(CoCreateInstance(CLSID_WICImagingFactory, nullptr, CLSCTX_INPROC_SERVER,
+                           __uuidof(IWICImagingFactory), factory.out_void()),
+          source);
+    ComPointer<IWICStream> stream;
+    check(factory->CreateStream(stream.out()), source);
+    check(stream->InitializeFromFilename(windows::wide(path), GENERIC_WRITE), source);
+    ComPointer<IWICBitmapEncoder> encoder;
+    check(factory->CreateEncoder(GUID_ContainerFormatPng, nullptr, encoder.out()), source);
+    check(encoder->Initialize(stream.get(), WICBitmapEncoderNoCache), source);
+    ComPointer<IWICBitmapFrameEncode> frame;
+    check(encoder->CreateNewFrame(frame.out(), nullptr), source);
+    check(frame->Initialize(nullptr), source);
+    const auto width = static_cast<UINT>(bitmap.width_px());
+    const auto height = static_cast<UINT>(bitmap.height_px());
+    check(frame->SetSize(width, height), source);
+    check(frame->SetResolution(file_dots_per_inch, file_dots_per_inch), source);
+    // The encoder may say that it only takes another one; PNG has none with an unused byte.
+    ComPointer<IWICBitmap> pixels;
+    check(factory->CreateBitmapFromMemory(width, height, GUID_WICPixelFormat32bppBGR, width * 4,
+                                          width * height * 4,
+                                          const_cast<BYTE*>(bitmap.bytes().data()), pixels.out()),
+          source);
+    WICPixelFormatGUID format = GUID_WICPixelFormat24bppBGR;
+    check(frame->SetPixelFormat(&format), source);
+    check(frame->WriteSource(pixels.get(), nullptr), source);
+    check(frame->Commit(), source);
+    check(encoder->Commit(), source);
+}
+
+void print_chart(const ChartToSend& sent, HDC printer) {
+    const double x_dots = GetDeviceCaps(printer, LOGPIXELSX);
+    const double y_dots = GetDeviceCaps(printer, LOGPIXELSY);
+    const double paper_width = GetDeviceCaps(printer, HORZRES) / x_dots * twips_per_inch;
+    const double paper_height = GetDeviceCaps(printer, VERTRES) / y_dots * twips_per_inch;
+    const double scale = std::min(paper_width / sent.width_twips, paper_height / sent.height_twips);
+    PrintedDocument document(printer, sent.chart.title.empty() ? u"Wykres" : sent.chart.title);
+    if (StartPage(printer) <= 0) throw_last_error(u"StartPage");
+    {
+        const TwipsDevice in_twips(printer, x_dots, y_dots);
+        GdiText text(printer, sent.face);
+        // Thinner lines than a quarter of a millimetre are lost on some printers.
+        constexpr double quarter_of_a_millimetre = twips_per_inch / 25.4 / 4;
+        draw(printer, picture_for(sent, text, quarter_of_a_millimetre, scale), text);
+    }
+    if (EndPage(printer) <= 0) throw_last_error(u"EndPage");
+    document.end();
+}
+
+}  // namespace tavrix::com
