@@ -88,9 +88,9 @@ class Plot {
         }
         plot_ = area_;
         plot_.left = canvas_.snapped(area_.left + widest_tick + 2 * canvas_.gap());
-        // What the values are, over the axis.
-        plot_.top += canvas_.line_height() * 1.5 + canvas_.gap();
-        plot_.bottom -= canvas_.line_height();
+        // Half a line for the highest tick's label, and one over it for what the values are.
+        plot_.top += canvas_.line_height() * (heading().empty() ? 0.5 : 1.5) + canvas_.gap();
+        plot_.bottom -= canvas_.line_height() + canvas_.gap() / 2;
         choose_labels();
         plot_.bottom -= labels_.height + canvas_.gap();
         choose_values();
@@ -155,17 +155,15 @@ class Plot {
             add_level(axis, y, plot_.left - canvas_.gap() / 2, plot_.left);
             canvas_.write(axis_.label(tick), {plot_.left - canvas_.gap(), y}, Alignment::right);
         }
-        write_heading();
+        canvas_.write(canvas_.cut(heading(), area_.width()),
+                      {area_.left, area_.top + canvas_.line_height() / 2});
     }
 
-    void write_heading() {
-        Text heading(axis_.unit_name);
-        if (data_.series.size() == 1) {
-            const Text& name = data_.series[0].name;
-            heading = heading.empty() ? name : name + u" (" + heading + u")";
-        }
-        canvas_.write(canvas_.cut(heading, area_.width()),
-                      {area_.left, area_.top + canvas_.line_height() / 2});
+    Text heading() const {
+        const Text unit(axis_.unit_name);
+        if (data_.series.size() > 1) return unit;
+        const Text& name = data_.series[0].name;
+        return unit.empty() ? name : name + u" (" + unit + u")";
     }
 
     void draw_zero() {
@@ -281,7 +279,7 @@ class Plot {
     }
 
     void write_labels() {
-        double y = area_.bottom - canvas_.line_height() - labels_.height;
+        const double y = area_.bottom - canvas_.line_height() - canvas_.gap() / 2 - labels_.height;
         const double slanted = std::sqrt(0.5);
         for (std::size_t row = 0; row < row_count(); row += labels_.every) {
             const double x = slot_middle(row);

@@ -26,7 +26,9 @@ constexpr auto cinfo_members = members(
         by_reference(u"MailOD"), by_reference(u"MailDo"), by_reference(u"MailTemat"),
         by_value(u"txt1"), by_value(u"txt2"), by_value(u"txt3"), by_reference(u"Plik"),
         by_reference(u"Par_nip"), by_reference(u"Auto")),
-    method<&CInfo::Wykres>(5, u"Wykres", u"Pokazuje wykres liczb z tabeli programu.",
+    method<&CInfo::Wykres>(5, u"Wykres",
+                           u"Pokazuje wykres liczb z tabeli programu: słupkowy, liniowy lub "
+                           u"kołowy; opcje to suma 1 (legenda), 2 (wartości) i 4 (linie siatki).",
                            by_reference(u"Par_Czy_Pełny_Ekran"),
                            by_reference(u"Par_I_wykresy_Flex"), by_reference(u"Par_I_wykresy_Col"),
                            by_reference(u"Par_I_wykresy_Str"), by_reference(u"PAr_I_wykresy_X1"),

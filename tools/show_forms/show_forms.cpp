@@ -69,5 +69,18 @@ int main(int argument_count, char** arguments) {
     take(user, folder / "socket-form.bmp", [&] { retrieval->show(content.socket); });
     take(user, folder / "about.bmp", [&] { about_window->show(content.about); });
     take(user, folder / "message-form.bmp", [&] { message_window->show(content.message); });
+    const std::unique_ptr<dialogs::ChartWindow> charts = com::make_chart_window();
+    const std::pair<const char*, dialogs::ChartKind> kinds[] = {
+        {"chart-bars.bmp", dialogs::ChartKind::bars},
+        {"chart-lines.bmp", dialogs::ChartKind::lines},
+        {"chart-pie.bmp", dialogs::ChartKind::pie}};
+    for (const auto& [file, kind] : kinds) {
+        take(user, folder / file,
+             [&] { charts->show([&] { return test::chart_of_a_shop(kind); }); });
+    }
+    user.use([&] { charts->show([] { return test::chart_of_a_shop(dialogs::ChartKind::bars); }); },
+             {test::press_with_alt(L't'),
+              [&](HWND form) { save_picture(form, folder / "chart-table.bmp"); },
+              test::press(VK_ESCAPE)});
     return 0;
 }
