@@ -18,6 +18,7 @@ struct ComposedCInfo {
     std::unique_ptr<frame::AboutWindow> about_window = make_about_window();
     std::unique_ptr<mail::MessageWindow> message_window = make_message_window();
     std::unique_ptr<dialogs::ChartWindow> chart_window = make_chart_window();
+    std::unique_ptr<dialogs::InformatorWindow> informator_window = make_informator_window();
     std::unique_ptr<ports::Clock> clock = ports::make_windows_clock();
     std::unique_ptr<ports::Locale> locale = ports::make_windows_locale();
     std::unique_ptr<ports::Registry> registry = ports::make_windows_registry();
@@ -29,6 +30,7 @@ struct ComposedCInfo {
     frame::CInfo object{{*about_window,
                          *message_window,
                          *chart_window,
+                         *informator_window,
                          *clock,
                          *locale,
                          {*registry, *code_page, *files, *shell},
