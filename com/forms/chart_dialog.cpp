@@ -132,6 +132,8 @@ void ChartDialog::make_columns() {
         SendMessageW(list, LVM_INSERTCOLUMNW, i, reinterpret_cast<LPARAM>(&column));
     }
     ListView_SetItemCount(list, static_cast<int>(table_.size() - 1));
+    // Where the arrow keys begin.
+    ListView_SetItemState(list, 0, LVIS_FOCUSED, LVIS_FOCUSED);
 }
 
 void ChartDialog::show_table(bool shown) {

@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstring>
 
+#include "com/forms/clipboard.h"
 #include "windows/bstr.h"
 #include "windows/com_pointer.h"
 #include "windows/failure.h"
@@ -82,32 +83,6 @@ PictureBitmap bitmap_of(const ChartToSend& sent, int dots_per_inch) {
     return {picture_for(sent, text, twips_per_inch / dots_per_inch), sent.face, dots_per_inch};
 }
 
-using GlobalMemory = windows::Owned<HGLOBAL, GlobalFree>;
-
-GlobalMemory global_copy(std::initializer_list<std::span<const std::uint8_t>> parts) {
-    std::size_t size = 0;
-    for (const auto part : parts) size += part.size();
-    GlobalMemory memory(GlobalAlloc(GMEM_MOVEABLE, size));
-    auto* place = memory ? static_cast<std::uint8_t*>(GlobalLock(memory.get())) : nullptr;
-    if (place == nullptr) throw std::bad_alloc();
-    for (const auto part : parts) {
-        std::memcpy(place, part.data(), part.size());
-        place += part.size();
-    }
-    GlobalUnlock(memory.get());
-    return memory;
-}
-
-template <typename Value>
-std::span<const std::uint8_t> bytes_of_value(const Value& value) {
-    return {reinterpret_cast<const std::uint8_t*>(&value), sizeof value};
-}
-
-GlobalMemory text_for_clipboard(const base::Text& text) {
-    return global_copy({{reinterpret_cast<const std::uint8_t*>(text.c_str()),
-                         (text.size() + 1) * sizeof(char16_t)}});
-}
-
 GlobalMemory bitmap_for_clipboard(const PictureBitmap& bitmap) {
     BITMAPINFOHEADER header{};
     header.biSize = sizeof header;
@@ -123,36 +98,8 @@ GlobalMemory bitmap_for_clipboard(const PictureBitmap& bitmap) {
             bitmap.bytes().subspan(static_cast<std::size_t>(row) * row_bytes, row_bytes);
         rows.insert(rows.end(), bytes.begin(), bytes.end());
     }
-    return global_copy({bytes_of_value(header), rows});
+    return global_copy({{reinterpret_cast<const std::uint8_t*>(&header), sizeof header}, rows});
 }
-
-class OpenedClipboard {
-  public:
-    explicit OpenedClipboard(HWND owner) noexcept {
-        // Remote desktops and their like hold it for moments.
-        constexpr int attempts = 5;
-        constexpr DWORD between_attempts_ms = 20;
-        for (int i = 0; i < attempts && !is_open_; ++i) {
-            if (i > 0) Sleep(between_attempts_ms);
-            is_open_ = OpenClipboard(owner);
-        }
-    }
-    ~OpenedClipboard() {
-        if (is_open_) CloseClipboard();
-    }
-    OpenedClipboard(const OpenedClipboard&) = delete;
-    OpenedClipboard& operator=(const OpenedClipboard&) = delete;
-    explicit operator bool() const noexcept { return is_open_; }
-
-    /// What the clipboard takes is its own from then on.
-    template <typename Handle>
-    void give(UINT format, Handle& handle) noexcept {
-        if (SetClipboardData(format, handle.get()) != nullptr) handle.release();
-    }
-
-  private:
-    BOOL is_open_ = FALSE;
-};
 
 /// A document on a printer that is abandoned unless it was ended.
 class PrintedDocument {
@@ -185,14 +132,11 @@ class PrintedDocument {
 bool copy_chart(const ChartToSend& sent, HWND owner) {
     MetafileHandle metafile = metafile_of(sent);
     GlobalMemory bitmap = bitmap_for_clipboard(bitmap_of(sent, screen_dots_per_inch));
-    GlobalMemory text =
-        text_for_clipboard(dialogs::tab_separated(dialogs::chart_table(sent.chart.data)));
-    OpenedClipboard clipboard(owner);
-    if (!clipboard || !EmptyClipboard()) return false;
-    clipboard.give(CF_ENHMETAFILE, metafile);
-    clipboard.give(CF_DIB, bitmap);
-    clipboard.give(CF_UNICODETEXT, text);
-    return true;
+    GlobalMemory text = global_copy(dialogs::tab_separated(chart_table(sent.chart.data)));
+    EmptiedClipboard clipboard(owner);
+    return clipboard && clipboard.give(CF_ENHMETAFILE, std::move(metafile)) &&
+           clipboard.give(CF_DIB, std::move(bitmap)) &&
+           clipboard.give(CF_UNICODETEXT, std::move(text));
 }
 
 void save_chart(const ChartToSend& sent, const base::Text& path) {
