@@ -15,7 +15,6 @@
 namespace tavrix::com {
 namespace {
 
-constexpr int twips_per_inch = 1440;
 constexpr int chart_buttons[] = {TAVRIX_CHART_TABLE, TAVRIX_CHART_COPY, TAVRIX_CHART_SAVE,
                                  TAVRIX_CHART_PRINT, IDCANCEL};
 // In dialog units.

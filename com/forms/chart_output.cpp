@@ -18,8 +18,8 @@ namespace {
 using windows::check;
 using windows::ComPointer;
 
-constexpr double twips_per_inch = 1440;
 constexpr int screen_dots_per_inch = 96;
+constexpr double screen_pixel_twips = static_cast<double>(twips_per_inch) / screen_dots_per_inch;
 constexpr int file_dots_per_inch = 2 * screen_dots_per_inch;
 
 [[noreturn]] void throw_last_error(base::TextView source) {
@@ -71,7 +71,7 @@ MetafileHandle metafile_of(const ChartToSend& sent) {
         const TwipsDevice in_twips(device.get(), dots_per_inch(HORZRES, HORZSIZE),
                                    dots_per_inch(VERTRES, VERTSIZE));
         GdiText text(device.get(), sent.face);
-        draw(device.get(), picture_for(sent, text, twips_per_inch / screen_dots_per_inch), text);
+        draw(device.get(), picture_for(sent, text, screen_pixel_twips), text);
     }
     return MetafileHandle(CloseEnhMetaFile(device.release()));
 }
@@ -80,7 +80,8 @@ PictureBitmap bitmap_of(const ChartToSend& sent, int dots_per_inch) {
     const windows::MemoryDevice measuring(CreateCompatibleDC(nullptr));
     const TwipsDevice in_twips(measuring.get(), dots_per_inch, dots_per_inch);
     GdiText text(measuring.get(), sent.face);
-    return {picture_for(sent, text, twips_per_inch / dots_per_inch), sent.face, dots_per_inch};
+    return {picture_for(sent, text, static_cast<double>(twips_per_inch) / dots_per_inch), sent.face,
+            dots_per_inch};
 }
 
 GlobalMemory bitmap_for_clipboard(const PictureBitmap& bitmap) {

@@ -8,12 +8,6 @@
 #include "windows/bstr.h"
 
 namespace tavrix::com {
-namespace {
-
-constexpr int twips_per_inch = 1440;
-
-}  // namespace
-
 TwipsDevice::TwipsDevice(HDC device, double x_dots_per_inch, double y_dots_per_inch) noexcept
     : device_(device), state_(SaveDC(device)) {
     // Finer than whole dots: a metafile's device has an inch of its own.

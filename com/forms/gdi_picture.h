@@ -9,6 +9,8 @@
 
 namespace tavrix::com {
 
+inline constexpr int twips_per_inch = 1440;
+
 /// While it lives, a device's unit is the twip, of which `x_dots` and `y_dots` of the device's are
 /// an inch.
 class TwipsDevice {
