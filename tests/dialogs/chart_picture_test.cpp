@@ -75,6 +75,10 @@ TEST(ChartPicture, BarsAreAsHighAsTheirValuesAndMissingOnesAreNotThere) {
     EXPECT_LE(height(3), pixel);
     EXPECT_EQ(bars[0].bottom, bars[2].top) << "one goes up from zero, the other down";
     EXPECT_GT(height(0), 2500) << "most of the picture";
+    const std::vector<Box> near = boxes_of(
+        draw_chart(chart_of(ChartKind::bars, {{1000.0, 900.0}}), look_of(800, 500)), first_colour);
+    EXPECT_NEAR(near[1].bottom - near[1].top, (near[0].bottom - near[0].top) * 0.9, pixel)
+        << "bars begin at zero";
 }
 
 TEST(ChartPicture, AGapInALineStaysOne) {
