@@ -22,13 +22,6 @@ Text without_diacritics(TextView text) {
     return result;
 }
 
-Text on_one_line(Text cell) {
-    for (char16_t& character : cell) {
-        if (character < u' ') character = u' ';
-    }
-    return cell;
-}
-
 Text words_of(const ChartSeries& series) {
     std::optional<double> smallest;
     std::optional<double> largest;
@@ -55,6 +48,13 @@ ChartOptions chart_options(std::int16_t flags) noexcept {
     return {(flags & 1) != 0, (flags & 2) != 0, (flags & 4) != 0};
 }
 
+Text on_one_line(Text text) {
+    for (char16_t& character : text) {
+        if (character < u' ') character = u' ';
+    }
+    return text;
+}
+
 std::vector<std::vector<Text>> chart_table(const ChartData& data) {
     std::vector<std::vector<Text>> table(data.labels.size() + 1);
     table[0].push_back(data.label_heading);
@@ -69,7 +69,7 @@ std::vector<std::vector<Text>> chart_table(const ChartData& data) {
 Text tab_separated(const std::vector<std::vector<Text>>& table) {
     Text text;
     for (const std::vector<Text>& row : table) {
-        for (const Text& cell : row) text.append(on_one_line(cell)).push_back(u'\t');
+        for (const Text& cell : row) text.append(cell).push_back(u'\t');
         text.pop_back();
         text.append(u"\r\n");
     }

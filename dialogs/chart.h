@@ -71,10 +71,14 @@ struct Chart {
     ChartData data;
 };
 
+/// A host's text without line ends, tabs and the like: a blank for each of them.
+base::Text on_one_line(base::Text text);
+
 /// The numbers as a table, its headings first.
 std::vector<std::vector<base::Text>> chart_table(const ChartData& data);
 
-/// The table as spreadsheets take it: cells apart by tabs, rows by CR LF.
+/// The table as spreadsheets take it: cells apart by tabs, rows by CR LF. Its texts are one line
+/// each.
 base::Text tab_separated(const std::vector<std::vector<base::Text>>& table);
 
 /// What a chart is, for somebody who does not see it: kind, rows, each series with its smallest and

@@ -15,7 +15,7 @@ using base::Text;
 using base::Value;
 
 struct TextOfValue {
-    Text operator()(const Text& text) const { return text; }
+    Text operator()(const Text& text) const { return on_one_line(text); }
     Text operator()(std::int64_t number) const {
         return polish_number(static_cast<double>(number), 0);
     }
@@ -131,7 +131,7 @@ class Reader {
         const auto heading = [&](std::int32_t column) {
             return has_headings && rows_ > 0 ? Text(base::trim(text_at(0, column))) : Text();
         };
-        data_.label_heading = record_.text;
+        data_.label_heading = on_one_line(record_.text);
         if (data_.label_heading.empty() && has_labels_) data_.label_heading = heading(record_.x3);
         for (const std::int32_t column : series_columns_) {
             Text name = heading(column);
@@ -166,7 +166,7 @@ class Reader {
 
     Text numbered(std::int32_t row) const {
         const Text number = base::to_decimal(row - first_ + 1);
-        return record_.text.empty() ? number : record_.text + u" " + number;
+        return record_.text.empty() ? number : on_one_line(record_.text) + u" " + number;
     }
 
     Value cell(std::int32_t row, std::int32_t column) {
@@ -194,7 +194,7 @@ ChartData read_chart_data(ports::HostObject& grid, const ChartRecord& record) {
         return Reader(grid, record).read();
     } catch (const base::AutomationError& error) {
         ChartData data;
-        data.failure = u"Nie można odczytać tabeli programu: " + error.description();
+        data.failure = u"Nie można odczytać tabeli programu: " + on_one_line(error.description());
         return data;
     }
 }

@@ -100,7 +100,12 @@ class Plot {
 
     void choose_labels() {
         double widest = 0;
-        for (const Text& label : data_.labels) widest = std::max(widest, canvas_.width_of(label));
+        // Measuring costs by the character, and a label of so many has no room anyway.
+        constexpr std::size_t longest_measured = 200;
+        for (const Text& label : data_.labels) {
+            widest = std::max(widest,
+                              canvas_.width_of(base::TextView(label).substr(0, longest_measured)));
+        }
         const double limit = std::min(canvas_.em() * 12, area_.height() / 4);
         if (widest + canvas_.gap() <= slot()) {
             labels_ = {false, 1, canvas_.line_height(), widest};
@@ -116,18 +121,18 @@ class Plot {
 
     // The longest of them decides for all, so that none seems to be forgotten.
     void choose_values() {
-        if (!chart_.options.values) return;
+        const double room = has_bars() ? bar_width() / 0.8 : slot();
+        if (!chart_.options.values || room < canvas_.em()) return;
         double widest = 0;
         for (const ChartSeries& series : data_.series) {
             for (const std::optional<double>& value : series.values) {
                 if (value) widest = std::max(widest, canvas_.width_of(short_number(*value)));
             }
         }
-        const double room = has_bars() ? bar_width() / 0.8 : slot();
         double height = canvas_.line_height();
         if (widest + canvas_.gap() / 2 <= room) {
             values_ = Values::upright;
-        } else if (has_bars() && canvas_.em() <= room && widest < plot_.height() / 4) {
+        } else if (has_bars() && widest < plot_.height() / 4) {
             values_ = Values::turned;
             height = widest + canvas_.gap();
         } else {

@@ -138,7 +138,8 @@ void CInfo::Wykres(bool Par_Czy_Pełny_Ekran, ports::HostObject& Par_I_wykresy_F
                                              .checks = PAr_I_wykresy_checks,
                                              .options = PAr_I_wykresy_options};
         const bool was_shown = ports_.chart_window.show([&] {
-            return dialogs::Chart{record.title, dialogs::chart_kind(record.kind),
+            return dialogs::Chart{dialogs::on_one_line(record.title),
+                                  dialogs::chart_kind(record.kind),
                                   dialogs::chart_options(record.options), record.full_screen,
                                   dialogs::read_chart_data(Par_I_wykresy_Flex, record)};
         });

@@ -21,8 +21,6 @@ constexpr int chart_buttons[] = {TAVRIX_CHART_TABLE, TAVRIX_CHART_COPY, TAVRIX_C
 constexpr int form_margin = 7;
 constexpr int button_distance = 4;
 
-using Printer = windows::Owned<HDC, DeleteDC>;
-
 // The template's own widths and the form's margins, in the user's font.
 RECT place_in_form(HWND form, HWND control) noexcept {
     RECT place{};
@@ -68,27 +66,36 @@ base::Text ask_for_path(HWND owner, const dialogs::Chart& chart) {
 
 class ChartOnDesktop final : public dialogs::ChartWindow {
   public:
+    explicit ChartOnDesktop(PrinterChooser choose_printer)
+        : choose_printer_(std::move(choose_printer)) {}
+
     bool show(const std::function<dialogs::Chart()>& read) noexcept override {
         static FormPlace place;
         const TakenPlace taken(place);
         if (!taken) return false;
         try {
             // The host's code runs here, and may call again.
-            return ChartDialog(read()).show_at(taken);
+            return ChartDialog(read(), choose_printer_).show_at(taken);
         } catch (...) {
             return false;
         }
     }
+
+  private:
+    PrinterChooser choose_printer_;
 };
 
 }  // namespace
 
-std::unique_ptr<dialogs::ChartWindow> make_chart_window() {
-    return std::make_unique<ChartOnDesktop>();
+std::unique_ptr<dialogs::ChartWindow> make_chart_window(PrinterChooser choose_printer) {
+    return std::make_unique<ChartOnDesktop>(std::move(choose_printer));
 }
 
-ChartDialog::ChartDialog(dialogs::Chart chart)
-    : Dialog(TAVRIX_CHART_FORM), chart_(std::move(chart)), table_(chart_table(chart_.data)) {
+ChartDialog::ChartDialog(dialogs::Chart chart, const PrinterChooser& choose_printer)
+    : Dialog(TAVRIX_CHART_FORM),
+      choose_printer_(choose_printer),
+      chart_(std::move(chart)),
+      table_(chart_table(chart_.data)) {
     INITCOMMONCONTROLSEX wanted{};
     wanted.dwSize = sizeof wanted;
     wanted.dwICC = ICC_LISTVIEW_CLASSES;
@@ -292,15 +299,11 @@ void ChartDialog::save() {
 
 void ChartDialog::print() {
     guarded(u"Nie można wydrukować wykresu.", [&] {
-        PRINTDLGW asked{};
-        asked.lStructSize = sizeof asked;
-        asked.hwndOwner = window();
-        asked.Flags = PD_RETURNDC | PD_NOPAGENUMS | PD_NOSELECTION | PD_HIDEPRINTTOFILE |
-                      PD_USEDEVMODECOPIESANDCOLLATE;
-        const bool is_chosen = PrintDlgW(&asked) != FALSE;
-        const Printer printer(asked.hDC);
-        for (const HGLOBAL memory : {asked.hDevMode, asked.hDevNames}) GlobalFree(memory);
-        if (is_chosen && printer) print_chart(to_send(), printer.get());
+        if (const auto name = choose_printer_()) {
+            print_chart(to_send(), *name);
+        } else {
+            say(u"Nie ma drukarki domyślnej.");
+        }
     });
 }
 

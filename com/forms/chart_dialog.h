@@ -5,6 +5,7 @@
 
 #include "com/forms/chart_output.h"
 #include "com/forms/dialog.h"
+#include "com/forms/forms.h"
 // Needs what they include.
 #include <commctrl.h>
 
@@ -14,7 +15,7 @@ namespace tavrix::com {
 /// out of it.
 class ChartDialog final : public Dialog {
   public:
-    explicit ChartDialog(dialogs::Chart chart);
+    ChartDialog(dialogs::Chart chart, const PrinterChooser& choose_printer);
 
   private:
     void on_open() override;
@@ -37,6 +38,7 @@ class ChartDialog final : public Dialog {
     void guarded(const char16_t* failed, Action action);
     void say(const base::Text& text);
 
+    const PrinterChooser& choose_printer_;
     dialogs::Chart chart_;
     std::vector<std::vector<base::Text>> table_;
     LOGFONTW face_{};

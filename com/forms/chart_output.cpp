@@ -1,7 +1,8 @@
 #include "com/forms/chart_output.h"
 
-// Needs what they include.
+// Need what that includes.
 #include <wincodec.h>
+#include <winspool.h>
 
 #include <algorithm>
 #include <cmath>
@@ -102,6 +103,38 @@ GlobalMemory bitmap_for_clipboard(const PictureBitmap& bitmap) {
     return global_copy({{reinterpret_cast<const std::uint8_t*>(&header), sizeof header}, rows});
 }
 
+using PrinterHandle = windows::Owned<HANDLE, ClosePrinter>;
+using PrinterDevice = windows::Owned<HDC, DeleteDC>;
+
+/// The user's own settings for the printer, but for the paper's orientation.
+std::vector<std::byte> printer_settings(const base::Text& name, bool is_wide) {
+    // Neither function writes there.
+    auto* const device_name = const_cast<wchar_t*>(windows::wide(name));
+    PrinterHandle printer;
+    if (!OpenPrinterW(device_name, printer.out(), nullptr)) throw_last_error(u"OpenPrinter");
+    const auto exchange = [&](DEVMODEW* out, DEVMODEW* in, DWORD what) {
+        const LONG answer = DocumentPropertiesW(nullptr, printer.get(), device_name, out, in, what);
+        if (answer < 0) throw_last_error(u"DocumentProperties");
+        return static_cast<std::size_t>(answer);
+    };
+    std::vector<std::byte> settings(exchange(nullptr, nullptr, 0));
+    auto* const mode = reinterpret_cast<DEVMODEW*>(settings.data());
+    exchange(mode, nullptr, DM_OUT_BUFFER);
+    if ((mode->dmFields & DM_ORIENTATION) != 0) {
+        mode->dmOrientation = is_wide ? DMORIENT_LANDSCAPE : DMORIENT_PORTRAIT;
+        exchange(mode, mode, DM_IN_BUFFER | DM_OUT_BUFFER);
+    }
+    return settings;
+}
+
+PrinterDevice open_printer(const base::Text& name, bool is_wide) {
+    const std::vector<std::byte> settings = printer_settings(name, is_wide);
+    PrinterDevice device(CreateDCW(L"WINSPOOL", windows::wide(name), nullptr,
+                                   reinterpret_cast<const DEVMODEW*>(settings.data())));
+    if (!device) throw_last_error(u"CreateDC");
+    return device;
+}
+
 /// A document on a printer that is abandoned unless it was ended.
 class PrintedDocument {
   public:
@@ -173,7 +206,19 @@ void save_chart(const ChartToSend& sent, const base::Text& path) {
     check(encoder->Commit(), source);
 }
 
-void print_chart(const ChartToSend& sent, HDC printer) {
+std::optional<base::Text> default_printer() {
+    DWORD characters = 0;
+    GetDefaultPrinterW(nullptr, &characters);
+    base::Text name(characters, u'\0');
+    if (!GetDefaultPrinterW(reinterpret_cast<wchar_t*>(name.data()), &characters)) return {};
+    // With the zero at its end.
+    name.resize(characters - 1);
+    return name;
+}
+
+void print_chart(const ChartToSend& sent, const base::Text& printer_name) {
+    const PrinterDevice device = open_printer(printer_name, sent.width_twips > sent.height_twips);
+    HDC const printer = device.get();
     const double x_dots = GetDeviceCaps(printer, LOGPIXELSX);
     const double y_dots = GetDeviceCaps(printer, LOGPIXELSY);
     const double paper_width = GetDeviceCaps(printer, HORZRES) / x_dots * twips_per_inch;

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <functional>
 #include <memory>
+#include <optional>
 
 #include "dialogs/chart_window.h"
 #include "dialogs/informator.h"
@@ -20,6 +22,8 @@ std::unique_ptr<dialogs::InformatorWindow> make_informator_window();
 /// Both retrieval forms; of them too only one at a time.
 std::unique_ptr<mail::RetrievalWindow> make_retrieval_window();
 
-std::unique_ptr<dialogs::ChartWindow> make_chart_window();
+/// The printer to print on; nothing when there is none, or the user has changed his mind.
+using PrinterChooser = std::function<std::optional<base::Text>()>;
+std::unique_ptr<dialogs::ChartWindow> make_chart_window(PrinterChooser choose_printer);
 
 }  // namespace tavrix::com

@@ -138,7 +138,9 @@ TEST(ChartDataTest, BearsWhateverGridItIsGiven) {
 }
 
 TEST(ChartDataTest, IsCopiedAsASpreadsheetTakesIt) {
-    EXPECT_EQ(tab_separated({{u"a\tb", u"c"}, {u"d\r\ne", u""}}), u"a b\tc\r\nd  e\t\r\n");
+    FakeGrid grid{{{u"a\tb", u"c"}, {u"d\r\ne", u"1"}}};
+    EXPECT_EQ(tab_separated(chart_table(read_chart_data(grid, {.column = 1}))),
+              u"a b\tc\r\nd  e\t1\r\n");
     EXPECT_EQ(chart_kind(u" LINIOWY"), ChartKind::lines);
     EXPECT_EQ(chart_kind(u"Kołowy"), ChartKind::pie);
     EXPECT_EQ(chart_kind(u"KOLOWY"), ChartKind::pie);

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "com/forms/chart_output.h"
 #include "com/forms/forms.h"
 #include "tests/com/form_content.h"
 #include "tests/com/form_user.h"
@@ -69,7 +70,8 @@ int main(int argument_count, char** arguments) {
     take(user, folder / "socket-form.bmp", [&] { retrieval->show(content.socket); });
     take(user, folder / "about.bmp", [&] { about_window->show(content.about); });
     take(user, folder / "message-form.bmp", [&] { message_window->show(content.message); });
-    const std::unique_ptr<dialogs::ChartWindow> charts = com::make_chart_window();
+    const std::unique_ptr<dialogs::ChartWindow> charts =
+        com::make_chart_window(&com::default_printer);
     const std::pair<const char*, dialogs::ChartKind> kinds[] = {
         {"chart-bars.bmp", dialogs::ChartKind::bars},
         {"chart-lines.bmp", dialogs::ChartKind::lines},
