@@ -299,11 +299,7 @@ void ChartDialog::save() {
 
 void ChartDialog::print() {
     guarded(u"Nie można wydrukować wykresu.", [&] {
-        if (const auto name = choose_printer_()) {
-            print_chart(to_send(), *name);
-        } else {
-            say(u"Nie ma drukarki domyślnej.");
-        }
+        if (const auto name = choose_printer_()) print_chart(to_send(), *name);
     });
 }
 

@@ -206,16 +206,6 @@ void save_chart(const ChartToSend& sent, const base::Text& path) {
     check(encoder->Commit(), source);
 }
 
-std::optional<base::Text> default_printer() {
-    DWORD characters = 0;
-    GetDefaultPrinterW(nullptr, &characters);
-    base::Text name(characters, u'\0');
-    if (!GetDefaultPrinterW(reinterpret_cast<wchar_t*>(name.data()), &characters)) return {};
-    // With the zero at its end.
-    name.resize(characters - 1);
-    return name;
-}
-
 void print_chart(const ChartToSend& sent, const base::Text& printer_name) {
     const PrinterDevice device = open_printer(printer_name, sent.width_twips > sent.height_twips);
     HDC const printer = device.get();

@@ -24,9 +24,6 @@ bool copy_chart(const ChartToSend& sent, HWND owner);
 /// A PNG file at twice the resolution of the screen, written over what is at `path`.
 void save_chart(const ChartToSend& sent, const base::Text& path);
 
-/// The name of the user's default printer; nothing when there is none.
-std::optional<base::Text> default_printer();
-
 /// One page on the printer of that name, lengthwise where the chart is, as large as the paper
 /// allows with the proportions of the screen. What the printer refuses in the middle is abandoned.
 void print_chart(const ChartToSend& sent, const base::Text& printer_name);

@@ -6,6 +6,7 @@
 
 #include "dialogs/chart_window.h"
 #include "dialogs/informator.h"
+#include "dialogs/printer_choice.h"
 #include "frame/about_box.h"
 #include "mail/message_form.h"
 #include "mail/retrieval_form.h"
@@ -19,10 +20,11 @@ std::unique_ptr<frame::AboutWindow> make_about_window();
 std::unique_ptr<mail::MessageWindow> make_message_window();
 /// Both informators, each with a place of its own.
 std::unique_ptr<dialogs::InformatorWindow> make_informator_window();
+std::unique_ptr<dialogs::PrinterWindow> make_printer_window();
 /// Both retrieval forms; of them too only one at a time.
 std::unique_ptr<mail::RetrievalWindow> make_retrieval_window();
 
-/// The printer to print on; nothing when there is none, or the user has changed his mind.
+/// Asks the user for a printer; nothing when he has changed his mind.
 using PrinterChooser = std::function<std::optional<base::Text>()>;
 std::unique_ptr<dialogs::ChartWindow> make_chart_window(PrinterChooser choose_printer);
 
