@@ -25,6 +25,16 @@ Palette shades(Colour colour) {
     return palette;
 }
 
+/// What a file is made of: rows of bytes, and what they mean.
+struct Content {
+    std::int32_t width_px;
+    std::int32_t height_px;
+    const std::uint8_t* bytes;
+    std::ptrdiff_t bytes_per_row;
+    /// Null for four bytes a pixel, blue first.
+    const Palette* palette;
+};
+
 /// The library's two structures. Its failures jump to where setjmp was last called.
 class PngWriter {
   public:
@@ -41,20 +51,28 @@ class PngWriter {
 
     /// False when memory has run out: the caller has seen that there is a picture. Nothing here may
     /// have a destructor, because a jump would pass it over.
-    bool write(const Coverage& picture, const Palette& palette, png_uint_32 dots_per_metre) {
+    bool write(const Content& content, png_uint_32 dots_per_metre) {
         if (info_ == nullptr || setjmp(png_jmpbuf(png_)) != 0) return false;
         constexpr int bits = 8;
-        png_set_IHDR(png_, info_, static_cast<png_uint_32>(picture.width_px),
-                     static_cast<png_uint_32>(picture.height_px), bits, PNG_COLOR_TYPE_PALETTE,
-                     PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
-        png_set_PLTE(png_, info_, palette.data(), static_cast<int>(palette.size()));
+        const bool has_palette = content.palette != nullptr;
+        png_set_IHDR(png_, info_, static_cast<png_uint_32>(content.width_px),
+                     static_cast<png_uint_32>(content.height_px), bits,
+                     has_palette ? PNG_COLOR_TYPE_PALETTE : PNG_COLOR_TYPE_RGB, PNG_INTERLACE_NONE,
+                     PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
         png_set_pHYs(png_, info_, dots_per_metre, dots_per_metre, PNG_RESOLUTION_METER);
-        // Neighbours in a palette are no neighbours in colour: filters have nothing to gain.
-        png_set_filter(png_, PNG_FILTER_TYPE_BASE, PNG_FILTER_NONE);
+        if (has_palette) {
+            png_set_PLTE(png_, info_, content.palette->data(),
+                         static_cast<int>(content.palette->size()));
+            // Neighbours in a palette are no neighbours in colour: filters have nothing to gain.
+            png_set_filter(png_, PNG_FILTER_TYPE_BASE, PNG_FILTER_NONE);
+        }
         png_write_info(png_, info_);
-        for (std::int32_t y = 0; y < picture.height_px; ++y) {
-            png_write_row(png_,
-                          picture.dark.data() + static_cast<std::ptrdiff_t>(y) * picture.width_px);
+        if (!has_palette) {
+            png_set_filler(png_, 0, PNG_FILLER_AFTER);
+            png_set_bgr(png_);
+        }
+        for (std::int32_t y = 0; y < content.height_px; ++y) {
+            png_write_row(png_, content.bytes + y * content.bytes_per_row);
         }
         png_write_end(png_, info_);
         return true;
@@ -83,19 +101,31 @@ class PngWriter {
     png_infop info_ = nullptr;
 };
 
-}  // namespace
-
-base::Bytes to_png(const Coverage& picture, Colour colour, double dots_per_inch) {
+base::Bytes written(const Content& content, double dots_per_inch) {
     constexpr double metres_per_inch = 0.0254;
     const auto per_metre = static_cast<png_uint_32>(std::lround(dots_per_inch / metres_per_inch));
-    if (picture.width_px <= 0 || picture.height_px <= 0) {
+    if (content.width_px <= 0 || content.height_px <= 0) {
         throw base::AutomationError(base::ErrorNumber::component_failed, u"PNG",
                                     u"Pusty obraz nie może być plikiem PNG");
     }
-    const Palette palette = shades(colour);
     PngWriter writer;
-    if (!writer.write(picture, palette, per_metre)) throw std::bad_alloc();
+    if (!writer.write(content, per_metre)) throw std::bad_alloc();
     return writer.take();
+}
+
+}  // namespace
+
+base::Bytes to_png(const Coverage& picture, Colour colour, double dots_per_inch) {
+    const Palette palette = shades(colour);
+    return written(
+        {picture.width_px, picture.height_px, picture.dark.data(), picture.width_px, &palette},
+        dots_per_inch);
+}
+
+base::Bytes to_png(const Pixels& picture, double dots_per_inch) {
+    return written({picture.width_px, picture.height_px, picture.bytes.data(),
+                    std::ptrdiff_t{4} * picture.width_px, nullptr},
+                   dots_per_inch);
 }
 
 }  // namespace tavrix::drawing

@@ -82,7 +82,10 @@ std::string PathWriter::finish() {
     return std::move(path_);
 }
 
-std::string svg_head(std::int32_t width_twips, std::int32_t height_twips, Colour colour,
+namespace {
+
+/// The file up to its paper.
+std::string paper_of(std::int32_t width_twips, std::int32_t height_twips, std::string_view paper,
                      std::size_t data_bytes) {
     const std::string width = std::to_string(width_twips);
     const std::string height = std::to_string(height_twips);
@@ -97,15 +100,25 @@ std::string svg_head(std::int32_t width_twips, std::int32_t height_twips, Colour
         .append(width)
         .append(" ")
         .append(height)
-        .append("\"><path fill=\"#fff\" d=\"M0 0H")
+        .append("\"><path fill=\"")
+        .append(paper)
+        .append("\" d=\"M0 0H")
         .append(width)
         .append("V")
         .append(height)
+        .append("H0z\"/>");
+    return svg;
+}
+
+}  // namespace
+
+std::string svg_head(std::int32_t width_twips, std::int32_t height_twips, Colour colour,
+                     std::size_t data_bytes) {
+    return paper_of(width_twips, height_twips, "#fff", data_bytes)
         // Crisp edges keep neighbouring modules from showing a seam.
-        .append("H0z\"/><path shape-rendering=\"crispEdges\" fill=\"")
+        .append("<path shape-rendering=\"crispEdges\" fill=\"")
         .append(css_colour(colour))
         .append("\" d=\"");
-    return svg;
 }
 
 std::string to_svg(const Drawing& drawing) {
@@ -116,6 +129,21 @@ std::string to_svg(const Drawing& drawing) {
         .append("M0 0")
         .append(data)
         .append(svg_tail);
+}
+
+std::string to_svg(const Picture& picture) {
+    std::string svg =
+        paper_of(picture.width_twips, picture.height_twips, css_colour(picture.paper), 0);
+    for (const Drawing& layer : picture.layers) {
+        PathWriter path(layer.points().size() * 8);
+        layer.for_each_polygon([&](std::span<const PointTwips> polygon) { path.add(polygon); });
+        svg.append("<path fill=\"")
+            .append(css_colour(layer.colour()))
+            .append("\" d=\"M0 0")
+            .append(path.finish())
+            .append("\"/>");
+    }
+    return svg.append("</svg>\n");
 }
 
 }  // namespace tavrix::drawing

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "base/error.h"
+#include "dialogs/chart_data.h"
 #include "frame/version_text.h"
 
 namespace tavrix::frame {
@@ -15,20 +16,6 @@ constexpr base::TextView description =
     u"© 2026 Autorzy Tavrix, licencja MIT.";
 
 constexpr std::int32_t helpdesk_mode = 2;
-
-class GridOfThisCall {
-  public:
-    GridOfThisCall(dialogs::ChartRecord& record, ports::HostObject& grid) noexcept
-        : record_(record) {
-        record_.grid = &grid;
-    }
-    ~GridOfThisCall() { record_.grid = nullptr; }
-    GridOfThisCall(const GridOfThisCall&) = delete;
-    GridOfThisCall& operator=(const GridOfThisCall&) = delete;
-
-  private:
-    dialogs::ChartRecord& record_;
-};
 
 Text helpdesk_recipients(const mail::Settings& settings, const Text& tax_number) {
     Text recipients = settings.helpdesk_address;
@@ -140,18 +127,23 @@ void CInfo::Wykres(bool Par_Czy_Pełny_Ekran, ports::HostObject& Par_I_wykresy_F
                    const Text& PAr_I_wykresy_Title, const Text& PAr_I_wykresy_rodzaj,
                    const Text& PAr_I_wykresy_checks, std::int16_t PAr_I_wykresy_options) noexcept {
     guarded([&] {
-        dialogs::ChartRecord& record = ports_.hand_over.chart;
-        const GridOfThisCall grid(record, Par_I_wykresy_Flex);
-        record.full_screen = Par_Czy_Pełny_Ekran;
-        record.column = Par_I_wykresy_Col;
-        record.text = Par_I_wykresy_Str;
-        record.x1 = PAr_I_wykresy_X1;
-        record.x2 = X2;
-        record.x3 = X3;
-        record.title = PAr_I_wykresy_Title;
-        record.kind = PAr_I_wykresy_rodzaj;
-        record.checks = PAr_I_wykresy_checks;
-        record.options = PAr_I_wykresy_options;
+        const dialogs::ChartRecord record = {.full_screen = Par_Czy_Pełny_Ekran,
+                                             .column = Par_I_wykresy_Col,
+                                             .text = Par_I_wykresy_Str,
+                                             .x1 = PAr_I_wykresy_X1,
+                                             .x2 = X2,
+                                             .x3 = X3,
+                                             .title = PAr_I_wykresy_Title,
+                                             .kind = PAr_I_wykresy_rodzaj,
+                                             .checks = PAr_I_wykresy_checks,
+                                             .options = PAr_I_wykresy_options};
+        const bool was_shown = ports_.chart_window.show([&] {
+            return dialogs::Chart{dialogs::on_one_line(record.title),
+                                  dialogs::chart_kind(record.kind),
+                                  dialogs::chart_options(record.options), record.full_screen,
+                                  dialogs::read_chart_data(Par_I_wykresy_Flex, record)};
+        });
+        if (was_shown) ports_.hand_over.chart = record;
         return 0;
     });
 }

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "base/secret.h"
+#include "dialogs/chart_window.h"
 #include "frame/about_box.h"
 #include "frame/library_state.h"
 #include "frame/settings.h"
@@ -21,6 +22,7 @@ namespace tavrix::frame {
 struct FramePorts {
     AboutWindow& about_window;
     mail::MessageWindow& message_window;
+    dialogs::ChartWindow& chart_window;
     dialogs::InformatorWindow& informator_window;
     ports::Clock& clock;
     ports::Locale& locale;
@@ -63,7 +65,17 @@ class CInfo {
                                   const base::Text& Plik, const base::Text& Par_nip,
                                   std::int32_t Auto) noexcept;
 
-    /// The chart window. Not built yet: the record is filled and nothing is shown.
+    /// Shows the numbers of the host's grid as a chart until its user closes the window. The grid
+    /// is read late-bound, before the window opens: `Rows`, `Cols`, `TextMatrix(row, column)`.
+    /// `Par_I_wykresy_Col` is the column of values, and `PAr_I_wykresy_checks` says with "1" or "0"
+    /// for each column from the first on which others are drawn beside it, up to twelve in all.
+    /// `PAr_I_wykresy_X1` and `X2` are the first and the last row (both 0: all below the headings;
+    /// 5000 of them at most), `X3` is the column with the labels. `Par_I_wykresy_Str` is what the
+    /// labels are; where there is no column `X3`, each row is that and its number.
+    /// `PAr_I_wykresy_rodzaj` is "słupkowy", "liniowy" or "kołowy", in any letters, and a pie shows
+    /// the first column alone; for anything else bars are drawn. `PAr_I_wykresy_options` adds up 1
+    /// for a legend, 2 for the values, 4 for lines across. While a chart is open another call only
+    /// brings it to the front. A grid that cannot be read is told of in the window.
     void Wykres(bool Par_Czy_Pełny_Ekran, ports::HostObject& Par_I_wykresy_Flex,
                 std::int32_t Par_I_wykresy_Col, const base::Text& Par_I_wykresy_Str,
                 std::int32_t PAr_I_wykresy_X1, std::int32_t X2, std::int32_t X3,

@@ -30,6 +30,8 @@ LAYERS = {
     "ports/native": ["base", "ports", "ports/portable", "fonts", "drawing"],
     "ports/windows": ["base", "ports", "ports/portable", "windows", "fonts", "drawing"],
     **{feature: ["base", "ports"] for feature in FEATURES},
+    # A chart is a drawing.
+    "dialogs": ["base", "ports", "drawing"],
     # Any message as it is; its classes stand on it.
     "mail/mime": ["base", "ports"],
     # A message as it goes out; the dialogue that hands it to a server.
@@ -40,7 +42,7 @@ LAYERS = {
     "barcode/surface": ["base", "ports", "fonts", "drawing", "barcode"],
     "frame": ["base", "ports", *FEATURES],
     "com": ["base", "windows"],
-    "com/forms": ["base", "ports", *FEATURES, "frame", "windows", "com"],
+    "com/forms": ["base", "drawing", "ports", *FEATURES, "frame", "windows", "com"],
     "com/classes": ["base", "ports", *FEATURES, "frame", "windows", "ports/windows", "ports/portable", "com", "com/forms"],
     # Runs while the library is built.
     "com/describe": ["base", "windows", "com", "com/classes"],

@@ -23,12 +23,16 @@ LateBound LateBound::create(const char16_t* prog_id) {
     return LateBound(std::move(object));
 }
 
-Variant LateBound::invoke(const char16_t* name, WORD flags, std::span<Variant> arguments) const {
+DISPID LateBound::id_of(const char16_t* name) const {
     if (!object_) throw_failure(object_not_set, name);
     auto* mutable_name = const_cast<wchar_t*>(wide(name));
     DISPID id = DISPID_UNKNOWN;
     check(object_->GetIDsOfNames(IID_NULL, &mutable_name, 1, LOCALE_USER_DEFAULT, &id), name);
+    return id;
+}
 
+Variant LateBound::invoke(DISPID id, const char16_t* name, WORD flags,
+                          std::span<Variant> arguments) const {
     // Arguments travel last first.
     std::vector<VARIANT> reversed;
     reversed.reserve(arguments.size());

@@ -38,6 +38,13 @@ class LateBound {
     void put_reference(const char16_t* name, const LateBound& object) const {
         pass(name, DISPATCH_PROPERTYPUTREF, object.object_);
     }
+    /// The number of a member, for whoever reads it often.
+    DISPID id_of(const char16_t* name) const;
+    /// A member of that number as Visual Basic reads one: a property or a method, whichever the
+    /// object made of it. `name` is for what fails.
+    Variant read(DISPID id, const char16_t* name, std::span<Variant> arguments) const {
+        return invoke(id, name, DISPATCH_METHOD | DISPATCH_PROPERTYGET, arguments);
+    }
     /// A property that is an object.
     template <typename... Arguments>
     LateBound object(const char16_t* name, Arguments&&... arguments) const {
@@ -49,9 +56,9 @@ class LateBound {
     Variant pass(const char16_t* name, WORD flags, Arguments&&... arguments) const {
         std::array<Variant, sizeof...(Arguments)> values{
             Variant(std::forward<Arguments>(arguments))...};
-        return invoke(name, flags, values);
+        return invoke(id_of(name), name, flags, values);
     }
-    Variant invoke(const char16_t* name, WORD flags, std::span<Variant> arguments) const;
+    Variant invoke(DISPID id, const char16_t* name, WORD flags, std::span<Variant> arguments) const;
 
     ComPointer<IDispatch> object_;
 };

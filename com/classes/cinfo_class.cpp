@@ -26,13 +26,15 @@ constexpr auto cinfo_members = members(
         by_reference(u"MailOD"), by_reference(u"MailDo"), by_reference(u"MailTemat"),
         by_value(u"txt1"), by_value(u"txt2"), by_value(u"txt3"), by_reference(u"Plik"),
         by_reference(u"Par_nip"), by_reference(u"Auto")),
-    pending(method<&CInfo::Wykres>(
-        5, u"Wykres", u"Pokazuje okno wykresu.", by_reference(u"Par_Czy_Pełny_Ekran"),
-        by_reference(u"Par_I_wykresy_Flex"), by_reference(u"Par_I_wykresy_Col"),
-        by_reference(u"Par_I_wykresy_Str"), by_reference(u"PAr_I_wykresy_X1"), by_reference(u"X2"),
-        by_reference(u"X3"), by_reference(u"PAr_I_wykresy_Title"),
-        by_value(u"PAr_I_wykresy_rodzaj"), by_value(u"PAr_I_wykresy_checks"),
-        by_value(u"PAr_I_wykresy_options"))),
+    method<&CInfo::Wykres>(5, u"Wykres",
+                           u"Pokazuje wykres liczb z tabeli programu: słupkowy, liniowy lub "
+                           u"kołowy; opcje to suma 1 (legenda), 2 (wartości) i 4 (linie siatki).",
+                           by_reference(u"Par_Czy_Pełny_Ekran"),
+                           by_reference(u"Par_I_wykresy_Flex"), by_reference(u"Par_I_wykresy_Col"),
+                           by_reference(u"Par_I_wykresy_Str"), by_reference(u"PAr_I_wykresy_X1"),
+                           by_reference(u"X2"), by_reference(u"X3"),
+                           by_reference(u"PAr_I_wykresy_Title"), by_value(u"PAr_I_wykresy_rodzaj"),
+                           by_value(u"PAr_I_wykresy_checks"), by_value(u"PAr_I_wykresy_options")),
     method<&CInfo::Informator>(
         6, u"Informator",
         u"Pokazuje komunikat z przyciskami; wynik 0 dla Prz0 do 12 dla Prz12, bez wyboru -1.",

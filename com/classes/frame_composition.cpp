@@ -17,6 +17,10 @@ std::unique_ptr<ports::InstantMailer> make_mailer(const mail::DeliveryPorts& del
 struct ComposedCInfo {
     std::unique_ptr<frame::AboutWindow> about_window = make_about_window();
     std::unique_ptr<mail::MessageWindow> message_window = make_message_window();
+    std::unique_ptr<ports::Printers> printers = ports::make_windows_printers();
+    std::unique_ptr<dialogs::PrinterWindow> printer_window = make_printer_window();
+    std::unique_ptr<dialogs::ChartWindow> chart_window = make_chart_window(
+        [this] { return printer_window->show(dialogs::printer_choice_form(printers->list())); });
     std::unique_ptr<dialogs::InformatorWindow> informator_window = make_informator_window();
     std::unique_ptr<ports::Clock> clock = ports::make_windows_clock();
     std::unique_ptr<ports::Locale> locale = ports::make_windows_locale();
@@ -28,6 +32,7 @@ struct ComposedCInfo {
     std::unique_ptr<ports::InstantMailer> mailer = make_mailer(delivery.ports());
     frame::CInfo object{{*about_window,
                          *message_window,
+                         *chart_window,
                          *informator_window,
                          *clock,
                          *locale,

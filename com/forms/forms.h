@@ -1,7 +1,10 @@
 #pragma once
 
+#include <functional>
 #include <memory>
+#include <optional>
 
+#include "dialogs/chart_window.h"
 #include "dialogs/informator.h"
 #include "dialogs/printer_choice.h"
 #include "frame/about_box.h"
@@ -20,5 +23,9 @@ std::unique_ptr<dialogs::InformatorWindow> make_informator_window();
 std::unique_ptr<dialogs::PrinterWindow> make_printer_window();
 /// Both retrieval forms; of them too only one at a time.
 std::unique_ptr<mail::RetrievalWindow> make_retrieval_window();
+
+/// Asks the user for a printer; nothing when he has changed his mind.
+using PrinterChooser = std::function<std::optional<base::Text>()>;
+std::unique_ptr<dialogs::ChartWindow> make_chart_window(PrinterChooser choose_printer);
 
 }  // namespace tavrix::com

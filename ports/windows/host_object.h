@@ -1,7 +1,10 @@
 #pragma once
 
+#include <utility>
+#include <vector>
+
 #include "ports/host_object.h"
-#include "windows/com_pointer.h"
+#include "windows/late_bound.h"
 
 namespace tavrix::windows {
 
@@ -10,10 +13,14 @@ namespace tavrix::windows {
 class HostObject final : public ports::HostObject {
   public:
     explicit HostObject(ComPointer<IDispatch> object) noexcept : object_(std::move(object)) {}
-    IDispatch* dispatch() const noexcept { return object_.get(); }
+    base::Value get(const char16_t* name, std::span<const std::int32_t> arguments) override;
 
   private:
-    ComPointer<IDispatch> object_;
+    DISPID id_of(const char16_t* name);
+
+    LateBound object_;
+    // A grid is asked for the same few members thousands of times.
+    std::vector<std::pair<base::Text, DISPID>> known_;
 };
 
 }  // namespace tavrix::windows

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "dialogs/chart.h"
 #include "frame/about_box.h"
 #include "mail/message_form.h"
 #include "mail/retrieval_form.h"
@@ -51,5 +52,31 @@ struct FormContent {
     ShownRetrieval manager{mail::RetrievalForm::manager};
     ShownRetrieval socket{mail::RetrievalForm::socket};
 };
+
+/// Half a year of a shop with one month that nobody entered.
+inline dialogs::Chart chart_of_a_shop(dialogs::ChartKind kind) {
+    const bool is_pie = kind == dialogs::ChartKind::pie;
+    dialogs::Chart chart;
+    chart.title = is_pie ? u"Sprzedaż według miesięcy" : u"Sprzedaż i koszty w 2026 roku";
+    chart.kind = kind;
+    chart.options = dialogs::chart_options(is_pie ? 1 : 5);
+    chart.data = {
+        .label_heading = u"Miesiąc",
+        .labels = {u"styczeń", u"luty", u"marzec", u"kwiecień", u"maj", u"czerwiec"},
+        .series = {{u"Sprzedaż, zł",
+                    {182340.5, 215106, 240829, 254190, 198700, 238250},
+                    {u"182 340,50", u"215 106,00", u"240 829,00", u"254 190,00", u"198 700,00",
+                     u"238 250,00"}},
+                   {u"Koszty, zł",
+                    {157400, 166900, 156300, {}, 148100, 205300},
+                    {u"157 400,00", u"166 900,00", u"156 300,00", u"", u"148 100,00",
+                     u"205 300,00"}},
+                   {u"Zysk, zł",
+                    {24940.5, 48206, 84529, {}, 50600, -12950},
+                    {u"24 940,50", u"48 206,00", u"84 529,00", u"", u"50 600,00", u"-12 950,00"}}},
+        .rows_asked = 6,
+        .failure = {}};
+    return chart;
+}
 
 }  // namespace tavrix::test

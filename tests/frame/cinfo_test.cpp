@@ -7,6 +7,7 @@
 #include "ports/portable/openssl_crypto.h"
 #include "tests/support/fake_clock.h"
 #include "tests/support/fake_desktop.h"
+#include "tests/support/fake_grid.h"
 #include "tests/support/fake_registry.h"
 
 namespace tavrix::frame {
@@ -74,6 +75,18 @@ struct Stages final : mail::smtp::SendingListener {
     Text told;
 };
 
+/// `while_open` happens while it is shown; a second one is not shown then.
+struct FakeChartWindow final : dialogs::ChartWindow {
+    bool show(const std::function<dialogs::Chart()>& read) noexcept override {
+        if (std::exchange(is_open, true)) return false;
+        while_open(read());
+        is_open = false;
+        return true;
+    }
+    bool is_open = false;
+    std::function<void(const dialogs::Chart&)> while_open = [](const dialogs::Chart&) {};
+};
+
 class CInfoTest : public testing::Test {
   protected:
     FakeMailer mailer;
@@ -81,6 +94,7 @@ class CInfoTest : public testing::Test {
     std::unique_ptr<ports::Crypto> crypto = ports::make_openssl_crypto();
     FakeWindow<AboutWindow, AboutBox> about_window;
     FakeWindow<mail::MessageWindow, mail::MessageForm> message_window;
+    FakeChartWindow chart_window;
     FakeInformator informator_window;
     test::FakeClock clock;
     test::FakeRegistry registry;
@@ -96,6 +110,7 @@ class CInfoTest : public testing::Test {
     std::unique_ptr<ports::CodePage> code_page = ports::make_native_code_page();
     CInfo info{{about_window,
                 message_window,
+                chart_window,
                 informator_window,
                 clock,
                 *locale,
@@ -241,15 +256,6 @@ TEST_F(CInfoTest, TheOtherDialogsGetTheirRecords) {
               u"NTVa/b/c/d/e/f/g/h/i/|j/k/l/m/n/");
     EXPECT_EQ(std::tie(orders.outcome_count, orders.outcome), std::tuple(4, 5));
 
-    ports::HostObject grid;
-    info.Wykres(true, grid, 1, u"a", 2, 3, 4, u"b", u"c", u"d", 5);
-    const dialogs::ChartRecord& chart = hand_over.chart;
-    EXPECT_EQ(chart.grid, nullptr) << "the host's own, and only while the call lasts";
-    EXPECT_EQ(chart.text + chart.title + chart.kind + chart.checks, u"abcd");
-    EXPECT_EQ(
-        std::tie(chart.full_screen, chart.column, chart.x1, chart.x2, chart.x3, chart.options),
-        std::tuple(true, 1, 2, 3, 4, 5));
-
     std::vector<Text> databases{u"a", u"b"};
     Text first = u"c";
     Text second = u"d";
@@ -259,6 +265,28 @@ TEST_F(CInfoTest, TheOtherDialogsGetTheirRecords) {
     EXPECT_EQ(
         joined(browser.databases) + browser.connection_1 + browser.connection_2 + browser.server,
         u"a/b/cde");
+}
+
+TEST_F(CInfoTest, ChartsTheHostsGridAndKeepsTheRecordOfTheChartThatWasSeen) {
+    test::FakeGrid grid({{u"a", u"b"}, {u"c", u"1"}, {u"d", u"2"}});
+    int charts = 0;
+    chart_window.while_open = [&](const dialogs::Chart& chart) {
+        ++charts;
+        EXPECT_EQ(chart.title, u"T");
+        EXPECT_EQ(chart.kind, dialogs::ChartKind::lines);
+        EXPECT_TRUE(chart.full_screen && chart.options.legend && chart.options.grid);
+        EXPECT_EQ(joined(chart.data.labels) + chart.data.label_heading, u"d/S");
+        // A host that calls again while the chart is open.
+        test::FakeGrid unread;
+        info.Wykres(false, unread, 9, u"x", 9, 9, 9, u"x", u"x", u"x", 9);
+    };
+    info.Wykres(true, grid, 1, u"S", 2, 3, 0, u"T", u"liniowy", u"01", 5);
+    EXPECT_EQ(charts, 1);
+    const dialogs::ChartRecord& chart = hand_over.chart;
+    EXPECT_EQ(chart.text + chart.title + chart.kind + chart.checks, u"STliniowy01");
+    EXPECT_EQ(
+        std::tie(chart.full_screen, chart.column, chart.x1, chart.x2, chart.x3, chart.options),
+        std::tuple(true, 1, 2, 3, 0, 5));
 }
 
 TEST_F(CInfoTest, TheSystemsInformationIsTheToolThenTheFolderThenThatThereIsNone) {

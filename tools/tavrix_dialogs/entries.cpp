@@ -71,6 +71,16 @@ Text show_sample_printers() {
                           u"Kasa 3 (laserowa)"});
 }
 
+template <dialogs::ChartKind kind>
+Text show_chart() {
+    const auto printers = ports::make_windows_printers();
+    const auto choose = [&] {
+        return com::make_printer_window()->show(dialogs::printer_choice_form(printers->list()));
+    };
+    com::make_chart_window(choose)->show([] { return test::chart_of_a_shop(kind); });
+    return {};
+}
+
 Text show_about() {
     com::make_about_window()->show(test::FormContent().about);
     return {};
@@ -100,6 +110,9 @@ constexpr Entry all_entries[] = {
     {"zamowienie", u"komunikat o zamówieniu: wartość i wyjście", &show_order_informator},
     {"drukarka", u"wybór drukarki, drukarki tego komputera", &show_own_printers},
     {"drukarka-przyklad", u"to samo z przykładową listą", &show_sample_printers},
+    {"wykres-slupkowy", u"wykres słupkowy", &show_chart<dialogs::ChartKind::bars>},
+    {"wykres-liniowy", u"wykres liniowy", &show_chart<dialogs::ChartKind::lines>},
+    {"wykres-kolowy", u"wykres kołowy", &show_chart<dialogs::ChartKind::pie>},
     {"o-programie", u"informacje o bibliotece", &show_about},
     {"wiadomosc", u"formularz wiadomości; nic nie wysyła", &show_message},
     {"odbior", u"odbieranie poczty", &show_retrieval},
