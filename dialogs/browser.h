@@ -14,8 +14,7 @@ class BrowserSession;
 struct BrowserRecord {
     std::int32_t database_count = 0;
     std::vector<base::Text> databases;
-    base::Text connection_1;
-    base::Text connection_2;
+    base::Text connection;  ///< both halves
     base::Text server;
     bool result = false;
 };

@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "dialogs/browser.h"
 #include "frame/about_box.h"
 #include "mail/message_form.h"
 #include "mail/retrieval_form.h"
@@ -15,5 +16,7 @@ std::unique_ptr<frame::AboutWindow> make_about_window();
 std::unique_ptr<mail::MessageWindow> make_message_window();
 /// Both retrieval forms; of them too only one at a time.
 std::unique_ptr<mail::RetrievalWindow> make_retrieval_window();
+
+std::unique_ptr<dialogs::BrowserWindow> make_browser_window();
 
 }  // namespace tavrix::com

@@ -29,6 +29,10 @@ struct Habits {
     int deadlocks = 0;
     /// "Timeouts=1": so many run into the time-out.
     int timeouts = 0;
+    /// "Silent=connect" or "Silent=query": the server never answers what is asked for
+    /// asynchronously.
+    bool never_connects = false;
+    bool never_executes = false;
 };
 
 Habits habits_in(base::TextView connection_string);

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "base/error.h"
+#include "dialogs/browser_session.h"
 #include "ports/native/adapters.h"
 #include "ports/portable/openssl_crypto.h"
 #include "tests/support/fake_clock.h"
@@ -20,6 +21,18 @@ template <typename Window, typename Content>
 struct FakeWindow final : Window {
     std::function<void(const Content&)> while_open = [](const Content&) {};
     void show(const Content& content) noexcept override { while_open(content); }
+};
+
+struct FakeBrowserWindow final : dialogs::BrowserWindow {
+    std::optional<std::size_t> show(dialogs::BrowserSession& session) noexcept override {
+        listed.clear();
+        for (const dialogs::ListedDatabase& database : session.databases()) {
+            listed += database.name + u" " + database.server + u"/";
+        }
+        return chosen;
+    }
+    std::optional<std::size_t> chosen;
+    Text listed;
 };
 
 /// Keeps what it is given, or fails in these words.
@@ -70,6 +83,7 @@ class CInfoTest : public testing::Test {
     std::unique_ptr<ports::Crypto> crypto = ports::make_openssl_crypto();
     FakeWindow<AboutWindow, AboutBox> about_window;
     FakeWindow<mail::MessageWindow, mail::MessageForm> message_window;
+    FakeBrowserWindow browser_window;
     test::FakeClock clock;
     test::FakeRegistry registry;
     test::FakeDesktop desktop;
@@ -92,7 +106,9 @@ class CInfoTest : public testing::Test {
                 {{*files, *crypto, clock, [](auto&) { return std::chrono::minutes(0); }},
                  [](auto&) { return std::make_unique<ObligingServer>(); },
                  [] { return ports::ConnectionSettings(); }},
-                [this] { return load_settings(); }}};
+                [this] { return load_settings(); },
+                browser_window,
+                {}}};
 };
 
 Text joined(const std::vector<Text>& texts) {
@@ -208,16 +224,31 @@ TEST_F(CInfoTest, TheOtherDialogsGetTheirRecords) {
     EXPECT_EQ(
         std::tie(chart.full_screen, chart.column, chart.x1, chart.x2, chart.x3, chart.options),
         std::tuple(true, 1, 2, 3, 4, 5));
+}
 
-    std::vector<Text> databases{u"a", u"b"};
-    Text first = u"c";
-    Text second = u"d";
-    Text server = u"e";
-    EXPECT_FALSE(info.Browse(2, databases, first, second, server));
-    const dialogs::BrowserRecord& browser = hand_over.browser;
-    EXPECT_EQ(
-        joined(browser.databases) + browser.connection_1 + browser.connection_2 + browser.server,
-        u"a/b/cde");
+TEST_F(CInfoTest, BrowseGivesTheChosenDatabaseAndKeepsNoPassword) {
+    std::vector<base::SecretText> entries;
+    for (const char16_t* entry : {u"a", u"Data Source=s2;Database=b;Pwd=tajne", u"c"}) {
+        entries.emplace_back(base::TextView(entry));
+    }
+    base::SecretText first{base::TextView(u"Data Source=s1;Pass")};
+    base::SecretText second{base::TextView(u"word=tajne")};
+    Text server = u"s0";
+    const auto browse = [&](std::int32_t count, std::optional<std::size_t> chosen) {
+        browser_window.chosen = chosen;
+        const bool result = info.Browse(count, entries, first, second, server);
+        EXPECT_EQ(hand_over.browser.result, result);
+        return (result ? u"1 " : u"0 ") + Text(first.view()) + u"|" + Text(second.view()) + u"|" +
+               server;
+    };
+    EXPECT_EQ(browse(9, {}), u"0 Data Source=s1;Pass|word=tajne|s0");
+    EXPECT_EQ(browser_window.listed, u"a s1/b s2/c s1/");
+    const dialogs::BrowserRecord& record = hand_over.browser;
+    EXPECT_EQ(joined(record.databases) + record.connection + record.server,
+              u"a/Data Source=s2;Database=b;Pwd=***/c/Data Source=s1;Password=***s0");
+    EXPECT_EQ(browse(1, 0), u"1 Data Source=s1;Password=tajne;Initial Catalog=a||s1");
+    EXPECT_EQ(browser_window.listed, u"a s1/");
+    EXPECT_EQ(browse(2, 1), u"1 Data Source=s2;Database=b;Pwd=tajne||s2");
 }
 
 TEST_F(CInfoTest, TheSystemsInformationIsTheToolThenTheFolderThenThatThereIsNone) {
