@@ -37,7 +37,7 @@ void AboutDialog::on_open() {
     }
 }
 
-void AboutDialog::on_command(int id) {
+void AboutDialog::on_command(int id, int) {
     if (id == TAVRIX_ABOUT_SYSTEM_INFORMATION) {
         box_.show_system_information();
     } else if (id == IDOK || id == IDCANCEL) {
@@ -45,11 +45,11 @@ void AboutDialog::on_command(int id) {
     }
 }
 
-bool AboutDialog::on_message(UINT message, WPARAM, LPARAM lparam) {
-    if (message != WM_DRAWITEM) return false;
+std::optional<INT_PTR> AboutDialog::on_message(UINT message, WPARAM, LPARAM lparam) {
+    if (message != WM_DRAWITEM) return {};
     const auto& item = *reinterpret_cast<const DRAWITEMSTRUCT*>(lparam);
     draw_emblem(item.hDC, item.rcItem);
-    return true;
+    return TRUE;
 }
 
 // Half as large again as the form's own font, and bold.

@@ -13,8 +13,8 @@ class AboutDialog final : public Dialog {
 
   private:
     void on_open() override;
-    void on_command(int id) override;
-    bool on_message(UINT message, WPARAM wparam, LPARAM lparam) override;
+    void on_command(int id, int notification) override;
+    std::optional<INT_PTR> on_message(UINT message, WPARAM wparam, LPARAM lparam) override;
     void enlarge_title();
 
     const frame::AboutBox& box_;

@@ -2,15 +2,10 @@
 
 #include "com/forms/forms.h"
 #include "com/forms/identifiers.h"
+#include "dialogs/shown_text.h"
 
 namespace tavrix::com {
 namespace {
-
-// Hosts end lines in their own ways; an edit control knows one.
-base::Text with_edit_line_ends(base::TextView text) {
-    const base::Text plain = base::replace_all(text, u"\r\n", u"\n");
-    return base::replace_all(base::replace_all(plain, u"\r", u"\n"), u"\n", u"\r\n");
-}
 
 base::Text one_below_the_other(base::TextView attachments) {
     base::Text lines;
@@ -47,11 +42,13 @@ void MessageDialog::on_open() {
     set_text(TAVRIX_MESSAGE_DATE, form_.date);
     set_text(TAVRIX_MESSAGE_SUBJECT, record.subject);
     int body = TAVRIX_MESSAGE_BODY;
-    for (const base::Text& text : record.body) set_text(body++, with_edit_line_ends(text));
+    for (const base::Text& text : record.body) set_text(body++, dialogs::with_edit_line_ends(text));
     set_text(TAVRIX_MESSAGE_ATTACHMENTS, one_below_the_other(record.attachments));
 }
 
-void MessageDialog::on_command(int id) {
+void MessageDialog::on_command(int id, int notification) {
+    // The boxes' own reports have their own numbers.
+    if (notification != BN_CLICKED) return;
     if (id == IDOK && !sending_) return send();
     // A form goes only when the sending has ended, which asks for that.
     if (id == IDCANCEL) close();

@@ -13,7 +13,7 @@ class MessageDialog final : public Dialog, private mail::smtp::SendingListener {
 
   private:
     void on_open() override;
-    void on_command(int id) override;
+    void on_command(int id, int notification) override;
     void on_stage(mail::smtp::Stage stage) override;
     bool goes_on(std::uint64_t sent_bytes, std::uint64_t all_bytes) override;
     void send();

@@ -52,10 +52,10 @@ void RetrievalDialog::on_open() {
     SetTimer(window(), work_timer, between_pieces_ms, nullptr);
 }
 
-bool RetrievalDialog::on_message(UINT message, WPARAM wparam, LPARAM) {
-    if (message != WM_TIMER || wparam != work_timer) return false;
+std::optional<INT_PTR> RetrievalDialog::on_message(UINT message, WPARAM wparam, LPARAM) {
+    if (message != WM_TIMER || wparam != work_timer) return {};
     work_on();
-    return true;
+    return 0;
 }
 
 void RetrievalDialog::work_on() {

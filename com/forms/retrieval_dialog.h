@@ -13,7 +13,7 @@ class RetrievalDialog final : public Dialog {
 
   private:
     void on_open() override;
-    bool on_message(UINT message, WPARAM wparam, LPARAM lparam) override;
+    std::optional<INT_PTR> on_message(UINT message, WPARAM wparam, LPARAM lparam) override;
     void work_on();
     void show_labels();
     void show_text(int id, const base::Text& text, const base::Text& shown) noexcept;

@@ -21,7 +21,8 @@ SIZE needed_size(HWND control, LONG width_px) {
             (GetWindowLongW(control, GWL_STYLE) & SS_NOPREFIX) != 0 && control_class == L"Static"
                 ? DT_NOPREFIX
                 : 0;
-        const UINT lines = control_class == L"Static" ? DT_WORDBREAK : DT_SINGLELINE;
+        const UINT lines =
+            control_class == L"Static" ? DT_WORDBREAK | DT_EDITCONTROL : DT_SINGLELINE;
         DrawTextW(device, windows::wide(text), -1, &needed, DT_CALCRECT | lines | mnemonics);
     }
     ReleaseDC(control, device);

@@ -177,6 +177,38 @@ TEST_F(Forms, BelongToTheHostAndLeaveItsWindowsAsTheyWere) {
     DestroyWindow(second);
 }
 
+// What VB6's and Delphi's run-time libraries, tool bars and splash windows look like.
+TEST_F(Forms, BelongToARealWindowAndLieAboveASplash) {
+    struct Other {
+        const char* which;
+        DWORD extended_style;
+        DWORD style;
+        int size_px;
+    };
+    constexpr Other others[] = {
+        {"empty", 0, WS_POPUP | WS_VISIBLE, 0},
+        {"hidden", 0, WS_POPUP, 50},
+        {"tool bar", WS_EX_TOOLWINDOW, WS_POPUP | WS_VISIBLE, 50},
+        {"minimised", 0, WS_OVERLAPPEDWINDOW | WS_VISIBLE | WS_MINIMIZE, 50},
+        {"splash", WS_EX_TOPMOST | WS_EX_TOOLWINDOW, WS_POPUP | WS_VISIBLE, 50}};
+    for (const Other& other : others) {
+        SCOPED_TRACE(other.which);
+        const HWND window =
+            CreateWindowExW(other.extended_style, L"Static", L"", other.style, 0, 0, other.size_px,
+                            other.size_px, nullptr, nullptr, nullptr, nullptr);
+        const auto look = [&](HWND form) {
+            EXPECT_EQ(GetWindow(form, GW_OWNER), user.host_window());
+            const LONG on_top = GetWindowLongW(form, GWL_EXSTYLE) & WS_EX_TOPMOST;
+            EXPECT_EQ(on_top != 0, (other.extended_style & WS_EX_TOPMOST) != 0);
+        };
+        for (const HWND active : {window, static_cast<HWND>(nullptr)}) {
+            SetActiveWindow(active);
+            user.use(about, {look, press(VK_ESCAPE)});
+        }
+        DestroyWindow(window);
+    }
+}
+
 TEST_F(Forms, ASecondCallOpensNothingAndBringsTheFirstFormBack) {
     const auto of_another_object = com::make_about_window();
     user.use(about, {[&](HWND form) {
@@ -252,6 +284,40 @@ TEST_F(Forms, AreReadable) {
                      {expect_readable_layout, press(VK_ESCAPE)});
         }
     }
+}
+
+TEST_F(Forms, FollowTheUsersMessageFontAndKeepToTheScreen) {
+    NONCLIENTMETRICSW before{};
+    before.cbSize = sizeof before;
+    SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof before, &before, 0);
+    NONCLIENTMETRICSW larger = before;
+    larger.lfMessageFont.lfHeight = before.lfMessageFont.lfHeight * 3 / 2;
+    larger.lfMessageFont.lfItalic = TRUE;
+    SystemParametersInfoW(SPI_SETNONCLIENTMETRICS, sizeof larger, &larger, 0);
+    const auto in_that_font = [&](HWND form) {
+        LOGFONTW font{};
+        GetObjectW(reinterpret_cast<HFONT>(SendMessageW(form, WM_GETFONT, 0, 0)), sizeof font,
+                   &font);
+        EXPECT_EQ(font.lfHeight, larger.lfMessageFont.lfHeight);
+        EXPECT_TRUE(font.lfItalic);
+        expect_readable_layout(form);
+    };
+    user.use(about, {in_that_font, press(VK_ESCAPE)});
+    SystemParametersInfoW(SPI_SETNONCLIENTMETRICS, sizeof before, &before, 0);
+
+    // One word that no line has room for, then more lines than the screen.
+    content.about.description = base::Text(300, u'x');
+    user.use(about, {expect_readable_layout, press(VK_ESCAPE)});
+    content.about.description = base::Text(500, u'\n');
+    const auto on_the_screen = [](HWND form) {
+        RECT place{};
+        RECT room{};
+        RECT common{};
+        GetWindowRect(form, &place);
+        SystemParametersInfoW(SPI_GETWORKAREA, 0, &room, 0);
+        EXPECT_TRUE(IntersectRect(&common, &place, &room) && EqualRect(&common, &place));
+    };
+    user.use(about, {on_the_screen, press(VK_ESCAPE)});
 }
 
 // A program learns the scale of its screen when it starts.
