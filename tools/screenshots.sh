@@ -28,7 +28,7 @@ cmake --build "$root/build/win32" --target show_forms
 for percent in 100 200; do
     wine_program reg add 'HKCU\Control Panel\Desktop' /v LogPixels /t REG_DWORD /d $((96 * percent / 100)) /f >/dev/null
     wine_program "$root/build/win32/bin/show_forms.exe" "Z:$work"
-    for form in about message-form retrieval-form socket-form; do
+    for form in about message-form retrieval-form socket-form browser; do
         python3 "$root/tools/bitmap_to_png.py" "$work/$form.bmp" "$root/docs/pictures/$form-$percent.png"
     done
 done

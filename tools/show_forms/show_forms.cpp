@@ -6,6 +6,9 @@
 #include <fstream>
 
 #include "com/forms/forms.h"
+#include "com/forms/identifiers.h"
+#include "ports/windows/adapters.h"
+#include "tests/com/browser_content.h"
 #include "tests/com/form_content.h"
 #include "tests/com/form_user.h"
 #include "windows/gdi.h"
@@ -52,6 +55,26 @@ void take(test::FormUser& user, const std::filesystem::path& path,
     user.use(show, {save, test::press(VK_ESCAPE)});
 }
 
+// With the rows of a query in it.
+void take_browser(test::FormUser& user, const std::filesystem::path& path) {
+    const std::unique_ptr<ports::Clock> clock = ports::make_windows_clock();
+    dialogs::BrowserSession session = test::shown_browser(*clock);
+    const auto type = [](HWND form) {
+        SetDlgItemTextW(form, TAVRIX_BROWSER_QUERY,
+                        L"select *\r\nfrom dok_fak\r\nwhere ddout_data_wyst >= '2026-11-01'");
+    };
+    const auto wait = [&](HWND form) {
+        MSG message;
+        while (session.is_busy() && GetMessageW(&message, form, 0, 0) > 0) {
+            DispatchMessageW(&message);
+        }
+        RedrawWindow(form, nullptr, nullptr, RDW_UPDATENOW | RDW_ALLCHILDREN);
+    };
+    const auto save = [&](HWND form) { save_picture(form, path); };
+    user.use([&] { com::make_browser_window()->show(session); },
+             {type, test::click(TAVRIX_BROWSER_RUN), wait, wait, save, test::press(VK_ESCAPE)});
+}
+
 }  // namespace
 
 int main(int argument_count, char** arguments) {
@@ -67,6 +90,7 @@ int main(int argument_count, char** arguments) {
     const std::unique_ptr<mail::RetrievalWindow> retrieval = com::make_retrieval_window();
     take(user, folder / "retrieval-form.bmp", [&] { retrieval->show(content.manager); });
     take(user, folder / "socket-form.bmp", [&] { retrieval->show(content.socket); });
+    take_browser(user, folder / "browser.bmp");
     take(user, folder / "about.bmp", [&] { about_window->show(content.about); });
     take(user, folder / "message-form.bmp", [&] { message_window->show(content.message); });
     return 0;
