@@ -77,22 +77,18 @@ void BrowserDialog::on_open() {
     fill_databases();
     show_page();
     show_status();
-    RECT inside{};
-    GetClientRect(window(), &inside);
-    const dialogs::FormSize first = {static_cast<double>(inside.right),
-                                     static_cast<double>(inside.bottom)};
-    // Smaller than it opens only on a screen that has no room for it.
+    // Not the form's own size: where the screen has no room for it, it is smaller already.
+    const SIZE laid_out = pixels(TAVRIX_BROWSER_WIDTH, TAVRIX_BROWSER_HEIGHT);
+    const dialogs::FormSize first = {static_cast<double>(laid_out.cx),
+                                     static_cast<double>(laid_out.cy)};
     resize_.emplace(first, dialogs::FormSize{first.width / 2, first.height / 2},
                     child_controls(window()));
 }
 
 void BrowserDialog::fill_databases() {
     const HWND list = control(TAVRIX_BROWSER_DATABASES);
-    RECT room{};
-    GetClientRect(list, &room);
-    const int width_px = static_cast<int>(room.right) - GetSystemMetrics(SM_CXVSCROLL);
-    add_list_column(list, 0, u"Baza danych", width_px / 2);
-    add_list_column(list, 1, u"Serwer", width_px - width_px / 2);
+    add_list_column(list, 0, u"Baza danych", 0);
+    add_list_column(list, 1, u"Serwer", 0);
     int index = 0;
     for (const dialogs::ListedDatabase& database : session_.databases()) {
         base::Text name = database.name.empty() ? base::Text(u"(domyślna)") : database.name;
@@ -141,9 +137,15 @@ bool BrowserDialog::on_key(UINT key) {
         on_command(IDCANCEL, BN_CLICKED);
         return true;
     }
-    if (key != VK_RETURN || !only_control_is_down()) return false;
-    if (IsWindowEnabled(control(TAVRIX_BROWSER_RUN))) run_query();
-    return true;
+    if (key != VK_RETURN) return false;
+    if (only_control_is_down()) {
+        if (IsWindowEnabled(control(TAVRIX_BROWSER_RUN))) run_query();
+        return true;
+    }
+    // It presses the default button from wherever it is; among the rows nobody means that.
+    const int focused = GetDlgCtrlID(GetFocus());
+    return focused == TAVRIX_BROWSER_ROWS || focused == TAVRIX_BROWSER_ROW_TEXT ||
+           focused == TAVRIX_BROWSER_STATUS;
 }
 
 std::optional<INT_PTR> BrowserDialog::on_message(UINT message, WPARAM wparam, LPARAM lparam) {
@@ -211,9 +213,6 @@ std::size_t BrowserDialog::selected_database() const noexcept {
 }
 
 void BrowserDialog::choose() {
-    // Enter reaches the default button from every list and box; only from here it is meant.
-    const HWND focused = GetFocus();
-    if (focused != control(TAVRIX_BROWSER_DATABASES) && focused != control(IDOK)) return;
     const std::size_t database = selected_database();
     if (database >= session_.databases().size()) return;
     chosen_ = database;
@@ -314,6 +313,15 @@ int BrowserDialog::column_width(std::size_t column) const {
     return std::min(width_px, widest_in_letters * letter_px) + 3 * letter_px;
 }
 
+void BrowserDialog::fit_database_columns() noexcept {
+    const HWND list = control(TAVRIX_BROWSER_DATABASES);
+    RECT room{};
+    GetClientRect(list, &room);
+    const int width_px = static_cast<int>(room.right) - GetSystemMetrics(SM_CXVSCROLL);
+    SendMessageW(list, LVM_SETCOLUMNWIDTH, 0, width_px / 2);
+    SendMessageW(list, LVM_SETCOLUMNWIDTH, 1, width_px - width_px / 2);
+}
+
 void BrowserDialog::on_size(int width_px, int height_px) {
     if (!resize_) return;
     const dialogs::FormSize size = {static_cast<double>(width_px), static_cast<double>(height_px)};
@@ -321,6 +329,7 @@ void BrowserDialog::on_size(int width_px, int height_px) {
     const bool seen = IsWindowVisible(window()) != FALSE;
     if (seen) SendMessageW(window(), WM_SETREDRAW, FALSE, 0);
     resize_->fit(size);
+    fit_database_columns();
     if (!seen) return;
     SendMessageW(window(), WM_SETREDRAW, TRUE, 0);
     RedrawWindow(window(), nullptr, nullptr,

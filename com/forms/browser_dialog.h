@@ -39,6 +39,7 @@ class BrowserDialog final : public Dialog {
     void show_result();
     void show_page();
     void show_row(int row);
+    void fit_database_columns() noexcept;
     int column_width(std::size_t column) const;
 
     dialogs::BrowserSession& session_;

@@ -33,6 +33,9 @@
 #define TAVRIX_RETRIEVAL_SUBJECT 1205
 #define TAVRIX_RETRIEVAL_PROGRESS 1206
 
+// The size that its controls are laid out in, in the template's units.
+#define TAVRIX_BROWSER_WIDTH 420
+#define TAVRIX_BROWSER_HEIGHT 300
 #define TAVRIX_BROWSER_DATABASES 1601
 #define TAVRIX_BROWSER_CONNECT 1602
 #define TAVRIX_BROWSER_QUERY 1603

@@ -153,8 +153,8 @@ TEST_F(Browser, FailuresAreToldInPolishWithTheProvidersWords) {
              click(TAVRIX_BROWSER_CONNECT), wait_for(u"Połączono z bazą na serwerze "),
              focus(TAVRIX_BROWSER_DATABASES), press(VK_DOWN), click(TAVRIX_BROWSER_CONNECT),
              wait_for(u"Nie udało się połączyć z serwerem.\r\nData Source names no file."),
-             press(VK_ESCAPE)}),
-        std::nullopt);
+             press_with_alt(L'w')}),
+        1u);
 }
 
 TEST_F(Browser, StaysAliveWhileTheServerIsSilentAndCanBeClosed) {
