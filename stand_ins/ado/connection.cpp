@@ -65,8 +65,7 @@ void Connection::Open(const std::optional<base::Text>& connection_string,
         const base::Text file = value_of_key(connection_string_, u"Data Source");
         if (file.empty()) raise(AdoError::unspecified, source, u"Data Source names no file.");
         habits_ = habits_in(connection_string_);
-        connecting_ = asynchronously && habits_.never_connects;
-        if (connecting_) return;
+        if (asynchronously && habits_.never_connects) return connecting_.begin();
         database_ = ports::SqliteConnection::open(base::to_utf8(file));
     });
 }
@@ -121,7 +120,7 @@ void Connection::end(const char* statement) {
 }
 
 std::int32_t Connection::state() const {
-    if (connecting_) return object_state::connecting;
+    if (connecting_.is_going_on()) return object_state::connecting;
     return database_ ? object_state::open : object_state::closed;
 }
 

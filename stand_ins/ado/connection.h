@@ -20,7 +20,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
               const std::optional<base::Text>& user, const std::optional<base::Text>& password,
               const std::optional<std::int32_t>& options);
     void Close();
-    void Cancel() { connecting_ = false; }
+    void Cancel() { connecting_.cancel(); }
     windows::ComPointer<IDispatch> Execute(const base::Text& sql,
                                            std::optional<std::int32_t>& records_affected,
                                            const std::optional<std::int32_t>& options);
@@ -77,7 +77,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
     std::int32_t cursor_location_ = cursor_location::server;
     std::int32_t command_timeout_s_ = 30;
     std::int32_t connection_timeout_s_ = 15;
-    bool connecting_ = false;
+    SilentWork connecting_;
     Habits habits_;
     bool in_transaction_ = false;
     std::weak_ptr<Recordset> executed_;

@@ -75,8 +75,7 @@ void Recordset::Open(const std::optional<base::Text>& sql,
     if (cursor) cursor_ = *cursor;
     if (lock) lock_ = *lock;
     const bool asynchronously = (options.value_or(0) & async_execute) != 0;
-    executing_ = asynchronously && connection_ && habits().never_executes;
-    if (executing_) return;
+    if (asynchronously && connection_ && habits().never_executes) return executing_.begin();
     if (!asynchronously || !connection_) return open();
     connection_->recorded_later(true, [this] { open(); });
 }

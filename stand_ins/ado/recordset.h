@@ -18,7 +18,7 @@ class Recordset : public std::enable_shared_from_this<Recordset> {
               const std::optional<std::int32_t>& cursor, const std::optional<std::int32_t>& lock,
               const std::optional<std::int32_t>& options);
     void Close();
-    void Cancel() { executing_ = false; }
+    void Cancel() { executing_.cancel(); }
     /// The next rows, at most `count`, and moves behind them: columns, then rows.
     windows::Variant GetRows(const std::optional<std::int32_t>& count);
     void AddNew();
@@ -37,7 +37,7 @@ class Recordset : public std::enable_shared_from_this<Recordset> {
     bool at_end();
     std::int32_t record_count();
     std::int32_t state() const {
-        if (executing_) return object_state::executing;
+        if (executing_.is_going_on()) return object_state::executing;
         return rows_ ? object_state::open : object_state::closed;
     }
     std::int32_t edit() const { return edit_; }
@@ -91,7 +91,7 @@ class Recordset : public std::enable_shared_from_this<Recordset> {
     std::int32_t cursor_ = cursor_type::forward_only;
     std::int32_t lock_ = lock_type::read_only;
     std::int32_t most_rows_ = 0;
-    bool executing_ = false;
+    SilentWork executing_;
 };
 
 extern const com::ClassTable recordset_class;
