@@ -129,7 +129,7 @@ std::int32_t CInfo::show_message_form(mail::Origin origin) {
 }
 
 template <typename Action>
-std::int32_t CInfo::guarded(Action action) noexcept {
+std::int32_t CInfo::guarded(Action action, std::int32_t failure) noexcept {
     try {
         try {
             return action();
@@ -140,7 +140,7 @@ std::int32_t CInfo::guarded(Action action) noexcept {
     } catch (...) {
         // The host sees no error.
     }
-    return 0;
+    return failure;
 }
 
 void CInfo::Wykres(bool Par_Czy_Pełny_Ekran, ports::HostObject& Par_I_wykresy_Flex,
@@ -170,15 +170,18 @@ std::int32_t CInfo::Informator(const Text& Nagłówek, const Text& Treść, cons
                                const Text& Prz4, const Text& Prz5, const Text& Prz6,
                                const Text& Prz7, const Text& Prz8, const Text& Prz9,
                                const Text& Prz10, const Text& Prz11, const Text& Prz12) noexcept {
-    return guarded([&] {
-        dialogs::InformatorRecord& record = ports_.hand_over.informator;
-        record.header = Nagłówek;
-        record.text = Treść;
-        record.buttons = {Prz0, Prz1, Prz2, Prz3,  Prz4,  Prz5, Prz6,
-                          Prz7, Prz8, Prz9, Prz10, Prz11, Prz12};
-        record.result = 0;
-        return record.result;
-    });
+    const auto show = [&] {
+        // The call's own until the window is closed: a host may call again while it is open.
+        dialogs::InformatorRecord record{.header = Nagłówek,
+                                         .text = Treść,
+                                         .buttons = {Prz0, Prz1, Prz2, Prz3, Prz4, Prz5, Prz6, Prz7,
+                                                     Prz8, Prz9, Prz10, Prz11, Prz12}};
+        if (const auto choice = ports_.informator_window.show(informator_form(record))) {
+            record.result = choice->button;
+        }
+        return (ports_.hand_over.informator = std::move(record)).result;
+    };
+    return guarded(show, dialogs::no_button);
 }
 
 std::int32_t CInfo::Informator_Zamówień(
@@ -187,18 +190,28 @@ std::int32_t CInfo::Informator_Zamówień(
     const Text& Prz2, const Text& Prz3, const Text& Prz4, const Text& Prz5, const Text& Prz6,
     const Text& Prz7, const Text& Prz8, const Text& Prz9, const Text& Przyc0, const Text& Przyc1,
     const Text& Przyc2, const Text& Przyc3, const Text& Przyc4) noexcept {
-    return guarded([&] {
-        dialogs::OrderInformatorRecord& record = ports_.hand_over.order_informator;
-        record.header = Nagłówek;
-        record.text = Treść;
-        record.buttons = {Prz1, Prz2, Prz3, Prz4, Prz5, Prz6, Prz7, Prz8, Prz9};
-        record.outcome_buttons = {Przyc0, Przyc1, Przyc2, Przyc3, Przyc4};
-        record.outcome_count = Ile_wyj;
-        record.value = REF_Informator_Value_Zamówień;
-        record.outcome = REF_Informator_Value_Zamówień_WYJ;
-        record.result = 0;
-        return record.result;
-    });
+    const auto show = [&] {
+        dialogs::OrderInformatorRecord record{
+            .header = Nagłówek,
+            .text = Treść,
+            .buttons = {Prz1, Prz2, Prz3, Prz4, Prz5, Prz6, Prz7, Prz8, Prz9},
+            .outcome_buttons = {Przyc0, Przyc1, Przyc2, Przyc3, Przyc4},
+            .outcome_count = Ile_wyj,
+            .value = REF_Informator_Value_Zamówień,
+            .outcome = REF_Informator_Value_Zamówień_WYJ};
+        if (const auto choice = ports_.informator_window.show(informator_form(record))) {
+            record.value = choice->value.value_or(record.value);
+            record.outcome = choice->outcome.value_or(record.outcome);
+            record.result = choice->button;
+        }
+        // What can fail comes first: all three go to the host, or none.
+        base::Text value = record.value;
+        ports_.hand_over.order_informator = std::move(record);
+        REF_Informator_Value_Zamówień = std::move(value);
+        REF_Informator_Value_Zamówień_WYJ = ports_.hand_over.order_informator.outcome;
+        return ports_.hand_over.order_informator.result;
+    };
+    return guarded(show, dialogs::no_button);
 }
 
 bool CInfo::Browse(std::int32_t Ile_baz, const std::vector<base::SecretText>& Bazy,

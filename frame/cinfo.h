@@ -22,6 +22,7 @@ namespace tavrix::frame {
 struct FramePorts {
     AboutWindow& about_window;
     mail::MessageWindow& message_window;
+    dialogs::InformatorWindow& informator_window;
     ports::Clock& clock;
     ports::Locale& locale;
     SystemInformationPorts system_information;
@@ -37,7 +38,8 @@ struct FramePorts {
 };
 
 /// The public class `CInfo`: the library's version and its dialogs. No method raises: numbers are 0
-/// and flags False for whatever went wrong, and what the user must know is shown in a message.
+/// (of the informators -1) and flags False for whatever went wrong, and what the user must know is
+/// shown in a message.
 class CInfo {
   public:
     explicit CInfo(FramePorts ports) : ports_(std::move(ports)) {}
@@ -72,7 +74,10 @@ class CInfo {
                 const base::Text& PAr_I_wykresy_checks,
                 std::int16_t PAr_I_wykresy_options) noexcept;
 
-    /// A message with up to thirteen buttons; returns the one chosen. Not built yet: 0.
+    /// A message with up to thirteen buttons, one for each caption that is not blank; "&" before a
+    /// letter makes it the button's key. Returns the chosen one's number, 0 for `Prz0` to 12 for
+    /// `Prz12`; -1 for all else: closed by the cross or Esc, open already (it comes to the front),
+    /// no desktop that anybody sees, the host has ended, out of memory.
     std::int32_t Informator(const base::Text& Nagłówek, const base::Text& Treść,
                             const base::Text& Prz0, const base::Text& Prz1, const base::Text& Prz2,
                             const base::Text& Prz3, const base::Text& Prz4, const base::Text& Prz5,
@@ -80,8 +85,10 @@ class CInfo {
                             const base::Text& Prz9, const base::Text& Prz10,
                             const base::Text& Prz11, const base::Text& Prz12) noexcept;
 
-    /// The same for orders, with a value and an outcome that come back. Not built yet: 0, and both
-    /// are left alone.
+    /// The same for orders: returns 1 for `Prz1` to 9 for `Prz9`. The user may change the value and
+    /// choose one of the first `Ile_wyj` outcomes (0 to 5): 0 for `Przyc0` to 4 for `Przyc4`, and
+    /// the number that comes in is chosen at first. Both come back with a button; without one, and
+    /// where no outcome was chosen, they stay as they came.
     std::int32_t Informator_Zamówień(
         base::Text& REF_Informator_Value_Zamówień, std::int32_t& REF_Informator_Value_Zamówień_WYJ,
         std::int32_t Ile_wyj, const base::Text& Nagłówek, const base::Text& Treść,
@@ -111,9 +118,9 @@ class CInfo {
 
   private:
     std::int32_t show_message_form(mail::Origin origin);
-    /// What `action` gives; 0 when it throws, after the user was told why.
+    /// What `action` gives; `failure` when it throws, after the user was told why.
     template <typename Action>
-    std::int32_t guarded(Action action) noexcept;
+    std::int32_t guarded(Action action, std::int32_t failure = 0) noexcept;
 
     FramePorts ports_;
 };

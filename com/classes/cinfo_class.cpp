@@ -33,20 +33,24 @@ constexpr auto cinfo_members = members(
         by_reference(u"X3"), by_reference(u"PAr_I_wykresy_Title"),
         by_value(u"PAr_I_wykresy_rodzaj"), by_value(u"PAr_I_wykresy_checks"),
         by_value(u"PAr_I_wykresy_options"))),
-    pending(method<&CInfo::Informator>(
-        6, u"Informator", u"Pokazuje komunikat z przyciskami; zwraca numer wybranego.",
+    method<&CInfo::Informator>(
+        6, u"Informator",
+        u"Pokazuje komunikat z przyciskami; wynik 0 dla Prz0 do 12 dla Prz12, bez wyboru -1.",
         by_value(u"Nagłówek"), by_value(u"Treść"), by_value(u"Prz0"), by_value(u"Prz1"),
         by_value(u"Prz2"), by_value(u"Prz3"), by_value(u"Prz4"), by_value(u"Prz5"),
         by_value(u"Prz6"), by_value(u"Prz7"), by_value(u"Prz8"), by_value(u"Prz9"),
-        by_value(u"Prz10"), by_value(u"Prz11"), by_value(u"Prz12"))),
-    pending(method<&CInfo::Informator_Zamówień>(
-        7, u"Informator_Zamówień", u"Pokazuje komunikat o zamówieniach z przyciskami.",
+        by_value(u"Prz10"), by_value(u"Prz11"), by_value(u"Prz12")),
+    method<&CInfo::Informator_Zamówień>(
+        7, u"Informator_Zamówień",
+        u"To samo dla zamówień, z wartością do zmiany i wyborem jednego z Ile_wyj wyjść (0 dla "
+        u"Przyc0 do 4 dla Przyc4); wynik 1 dla Prz1 do 9 dla Prz9, bez wyboru -1 i argumenty bez "
+        u"zmian.",
         by_reference(u"REF_Informator_Value_Zamówień"),
         by_reference(u"REF_Informator_Value_Zamówień_WYJ"), by_value(u"Ile_wyj"),
         by_value(u"Nagłówek"), by_value(u"Treść"), by_value(u"Prz1"), by_value(u"Prz2"),
         by_value(u"Prz3"), by_value(u"Prz4"), by_value(u"Prz5"), by_value(u"Prz6"),
         by_value(u"Prz7"), by_value(u"Prz8"), by_value(u"Prz9"), by_value(u"Przyc0"),
-        by_value(u"Przyc1"), by_value(u"Przyc2"), by_value(u"Przyc3"), by_value(u"Przyc4"))),
+        by_value(u"Przyc1"), by_value(u"Przyc2"), by_value(u"Przyc3"), by_value(u"Przyc4")),
     method<&CInfo::Browse>(
         8, u"Browse", u"Pokazuje okno baz danych i zapytań; True, gdy wybrano bazę.",
         by_value(u"Ile_baz"), by_reference(u"Bazy"), by_reference(u"ConnectionStr1"),

@@ -17,6 +17,7 @@ std::unique_ptr<ports::InstantMailer> make_mailer(const mail::DeliveryPorts& del
 struct ComposedCInfo {
     std::unique_ptr<frame::AboutWindow> about_window = make_about_window();
     std::unique_ptr<mail::MessageWindow> message_window = make_message_window();
+    std::unique_ptr<dialogs::InformatorWindow> informator_window = make_informator_window();
     std::unique_ptr<ports::Clock> clock = ports::make_windows_clock();
     std::unique_ptr<ports::Locale> locale = ports::make_windows_locale();
     std::unique_ptr<ports::Registry> registry = ports::make_windows_registry();
@@ -28,6 +29,7 @@ struct ComposedCInfo {
     std::unique_ptr<dialogs::BrowserWindow> browser_window = make_browser_window();
     frame::CInfo object{{*about_window,
                          *message_window,
+                         *informator_window,
                          *clock,
                          *locale,
                          {*registry, *code_page, *files, *shell},

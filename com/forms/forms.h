@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "dialogs/browser.h"
+#include "dialogs/informator.h"
 #include "frame/about_box.h"
 #include "mail/message_form.h"
 #include "mail/retrieval_form.h"
@@ -14,6 +15,8 @@ namespace tavrix::com {
 
 std::unique_ptr<frame::AboutWindow> make_about_window();
 std::unique_ptr<mail::MessageWindow> make_message_window();
+/// Both informators, each with a place of its own.
+std::unique_ptr<dialogs::InformatorWindow> make_informator_window();
 /// Both retrieval forms; of them too only one at a time.
 std::unique_ptr<mail::RetrievalWindow> make_retrieval_window();
 

@@ -7,12 +7,21 @@
 namespace tavrix::test {
 namespace {
 
-// A label breaks its lines where it must, a button has one, a box of the user's needs a line's
-// height.
+// What a button shows beside its text: the edge and the focus's frame inside it, the sign of one
+// that is chosen among several.
+LONG beside_text(HWND button) {
+    const LONG kind = GetWindowLongW(button, GWL_STYLE) & BS_TYPEMASK;
+    return 2 * (GetSystemMetrics(SM_CXEDGE) + 2) +
+           (kind == BS_AUTORADIOBUTTON ? GetSystemMetrics(SM_CXMENUCHECK) : 0);
+}
+
+// A label breaks its lines where it must, a button where its style says so, a box of the user's
+// needs a line's height.
 SIZE needed_size(HWND control, LONG width_px) {
     const std::wstring control_class = class_of(control);
+    const LONG beside_px = control_class == L"Button" ? beside_text(control) : 0;
     const HDC device = GetDC(control);
-    RECT needed = {0, 0, width_px, 0};
+    RECT needed = {0, 0, width_px - beside_px, 0};
     {
         const windows::Selected font(
             device, reinterpret_cast<HFONT>(SendMessageW(control, WM_GETFONT, 0, 0)));
@@ -21,15 +30,15 @@ SIZE needed_size(HWND control, LONG width_px) {
             (GetWindowLongW(control, GWL_STYLE) & SS_NOPREFIX) != 0 && control_class == L"Static"
                 ? DT_NOPREFIX
                 : 0;
-        const UINT lines =
-            control_class == L"Static" ? DT_WORDBREAK | DT_EDITCONTROL : DT_SINGLELINE;
+        const bool broken_button =
+            control_class == L"Button" && (GetWindowLongW(control, GWL_STYLE) & BS_MULTILINE) != 0;
+        const UINT lines = control_class == L"Static" ? DT_WORDBREAK | DT_EDITCONTROL
+                           : broken_button            ? DT_WORDBREAK
+                                                      : DT_SINGLELINE;
         DrawTextW(device, windows::wide(text), -1, &needed, DT_CALCRECT | lines | mnemonics);
     }
     ReleaseDC(control, device);
-    SIZE size = {needed.right, needed.bottom};
-    // The edge and the focus's frame inside it.
-    if (control_class == L"Button") size.cx += 2 * (GetSystemMetrics(SM_CXEDGE) + 2);
-    return size;
+    return {needed.right + beside_px, needed.bottom};
 }
 
 RECT place_of(HWND window) {

@@ -23,6 +23,17 @@ struct FakeWindow final : Window {
     void show(const Content& content) noexcept override { while_open(content); }
 };
 
+/// A user who chooses what the test says, after what happens while the window is open.
+struct FakeInformator final : dialogs::InformatorWindow {
+    std::function<std::optional<dialogs::InformatorChoice>(const dialogs::InformatorForm&)> user =
+        [](const auto&) { return std::nullopt; };
+    std::optional<dialogs::InformatorChoice> show(
+        const dialogs::InformatorForm& form) noexcept override {
+        // A copy: the next one's choice may be told while this window is open.
+        return std::function(user)(form);
+    }
+};
+
 struct FakeBrowserWindow final : dialogs::BrowserWindow {
     std::optional<std::size_t> show(dialogs::BrowserSession& session) noexcept override {
         listed.clear();
@@ -83,6 +94,7 @@ class CInfoTest : public testing::Test {
     std::unique_ptr<ports::Crypto> crypto = ports::make_openssl_crypto();
     FakeWindow<AboutWindow, AboutBox> about_window;
     FakeWindow<mail::MessageWindow, mail::MessageForm> message_window;
+    FakeInformator informator_window;
     FakeBrowserWindow browser_window;
     test::FakeClock clock;
     test::FakeRegistry registry;
@@ -98,6 +110,7 @@ class CInfoTest : public testing::Test {
     std::unique_ptr<ports::CodePage> code_page = ports::make_native_code_page();
     CInfo info{{about_window,
                 message_window,
+                informator_window,
                 clock,
                 *locale,
                 {registry, *code_page, desktop, desktop},
@@ -196,6 +209,37 @@ TEST_F(CInfoTest, ShowsWhatIsWrongWithTheSettings) {
     };
     EXPECT_EQ(info.sendmail(u"", u"", u"", u"", u"", u"", u"", u""), 0);
     EXPECT_EQ(desktop.done, std::vector<Text>{u"message zły klucz"});
+}
+
+TEST_F(CInfoTest, AnInformatorGivesWhatWasChosenInItAndNothingOfAnotherOne) {
+    const auto ask = [&](const Text& text) {
+        return info.Informator(u"", text, u"a", u"", u"", u"", u"", u"", u"", u"", u"", u"", u"",
+                               u"", u"");
+    };
+    Text value = u"przed";
+    std::int32_t outcome = 4;
+    const auto ask_for_order = [&] {
+        return info.Informator_Zamówień(value, outcome, 5, u"", u"", u"a", u"", u"", u"", u"", u"",
+                                        u"", u"", u"", u"x", u"", u"", u"", u"");
+    };
+    EXPECT_EQ(ask(u""), -1);
+    EXPECT_EQ(ask_for_order(), -1);
+    EXPECT_EQ(std::tie(value, outcome), std::tuple(u"przed", 4));
+    using Choice = dialogs::InformatorChoice;
+    informator_window.user = [](const auto&) { return Choice{1, std::nullopt, std::nullopt}; };
+    EXPECT_EQ(ask_for_order(), 1);
+    EXPECT_EQ(std::tie(value, outcome), std::tuple(u"przed", 4)) << "neither was touched";
+    informator_window.user = [](const auto&) { return Choice{1, u"po", 0}; };
+    EXPECT_EQ(ask_for_order(), 1);
+    EXPECT_EQ(std::tie(value, outcome), std::tuple(u"po", 0));
+
+    informator_window.user = [&](const auto&) {
+        informator_window.user = [](const auto&) { return std::nullopt; };
+        EXPECT_EQ(ask(u"druga"), -1) << "the host's timer asks while the first one is open";
+        return Choice{0, std::nullopt, std::nullopt};
+    };
+    EXPECT_EQ(ask(u"pierwsza"), 0);
+    EXPECT_EQ(hand_over.informator.text, u"pierwsza");
 }
 
 // Dozens of texts in a row: one in another's place is the slip that a compiler does not see.
