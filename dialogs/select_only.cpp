@@ -52,12 +52,14 @@ bool is_blank_in_query(char16_t c) {
 bool is_digit_in_query(char16_t c) {
     return c >= u'0' && c <= u'9';
 }
+// Latin, Greek and Cyrillic letters. Any other sign stands alone: a currency's is a number of its
+// own to the server, and the word behind it counts.
 bool begins_word(char16_t c) {
     return (c >= u'a' && c <= u'z') || (c >= u'A' && c <= u'Z') || c == u'_' || c == u'@' ||
-           c == u'#' || c >= 0x80;
+           c == u'#' || (c >= 0xC0 && c <= 0x52F && c != 0xD7 && c != 0xF7);
 }
 bool continues_word(char16_t c) {
-    return (begins_word(c) && !is_wide_blank(c)) || is_digit_in_query(c) || c == u'$';
+    return begins_word(c) || is_digit_in_query(c) || c == u'$';
 }
 
 class QueryScanner {
@@ -129,9 +131,13 @@ class QueryScanner {
             kind = QueryTokenKind::word;
             while (continues_word(sign(at_))) ++at_;
         } else if (is_digit_in_query(c)) {
-            // "1e5", "0x1F"; "1delete" is two words to the server.
             kind = QueryTokenKind::number;
             number();
+            // "1einto", "0xdelete": which of it is still the number is the server's secret.
+            if (continues_word(sign(at_))) {
+                refuse_query(sql_, start, at_ + 1 - start, u"Liczba",
+                             u"po liczbie brakuje odstępu.");
+            }
         } else {
             ++at_;
         }
@@ -175,24 +181,42 @@ class QueryScanner {
 
 // Words that begin a statement or belong to one that does not only read, and hints that keep others
 // out of what is read. ELSE, END, FETCH and MERGE have a meaning in queries too.
-constexpr TextView refused_words[] = {
-    u"alter",     u"backup",         u"begin",       u"break",
-    u"bulk",      u"checkpoint",     u"close",       u"commit",
-    u"continue",  u"create",         u"dbcc",        u"deallocate",
-    u"declare",   u"delete",         u"deny",        u"drop",
-    u"dump",      u"exec",           u"execute",     u"exit",
-    u"fetch",     u"goto",           u"grant",       u"holdlock",
-    u"if",        u"insert",         u"into",        u"kill",
-    u"lineno",    u"load",           u"merge",       u"open",
-    u"openquery", u"opendatasource", u"openrowset",  u"paglock",
-    u"print",     u"proc",           u"procedure",   u"raiserror",
-    u"readtext",  u"receive",        u"reconfigure", u"restore",
-    u"return",    u"revert",         u"revoke",      u"rollback",
-    u"save",      u"serializable",   u"set",         u"setuser",
-    u"shutdown",  u"tablock",        u"tablockx",    u"throw",
-    u"tran",      u"transaction",    u"trigger",     u"truncate",
-    u"update",    u"updatetext",     u"updlock",     u"use",
-    u"waitfor",   u"while",          u"writetext",   u"xlock"};
+constexpr TextView refused_words[] = {u"add",          u"alter",
+                                      u"backup",       u"begin",
+                                      u"break",        u"bulk",
+                                      u"checkpoint",   u"close",
+                                      u"commit",       u"continue",
+                                      u"conversation", u"create",
+                                      u"dbcc",         u"deallocate",
+                                      u"declare",      u"delete",
+                                      u"deny",         u"drop",
+                                      u"dump",         u"exec",
+                                      u"execute",      u"exit",
+                                      u"fetch",        u"goto",
+                                      u"grant",        u"holdlock",
+                                      u"if",           u"insert",
+                                      u"into",         u"kill",
+                                      u"lineno",       u"load",
+                                      u"merge",        u"open",
+                                      u"openquery",    u"opendatasource",
+                                      u"openrowset",   u"paglock",
+                                      u"print",        u"proc",
+                                      u"procedure",    u"raiserror",
+                                      u"readtext",     u"receive",
+                                      u"reconfigure",  u"repeatableread",
+                                      u"restore",      u"return",
+                                      u"revert",       u"revoke",
+                                      u"rollback",     u"save",
+                                      u"serializable", u"set",
+                                      u"setuser",      u"shutdown",
+                                      u"tablock",      u"tablockx",
+                                      u"throw",        u"tran",
+                                      u"transaction",  u"trigger",
+                                      u"truncate",     u"update",
+                                      u"updatetext",   u"updlock",
+                                      u"use",          u"waitfor",
+                                      u"while",        u"writetext",
+                                      u"xlock"};
 
 class QueryReader {
   public:

@@ -63,7 +63,7 @@ TEST(ConnectionText, PasswordsAreHidden) {
     for (const auto& [text, expected] : cases) {
         EXPECT_EQ(without_passwords(text), expected) << base::to_utf8(without_passwords(text));
     }
-    EXPECT_EQ(words_without_passwords(u"Login failed: 'a;b'", u"Pwd={a;b};Password="),
+    EXPECT_EQ(words_without_passwords(u"Login failed: 'a}b'", u"Pwd={a}}b};Password="),
               u"Login failed: '***'");
 }
 

@@ -4,6 +4,7 @@
 
 #include "base/error.h"
 #include "dialogs/browser_session.h"
+#include "dialogs/cell_text.h"
 #include "tests/support/fake_clock.h"
 
 namespace tavrix::dialogs {
@@ -163,6 +164,23 @@ TEST_F(BrowserSessionTest, PagesOfRowsUpToTheLimit) {
     EXPECT_EQ(session.page_start(), 200u);
     EXPECT_TRUE(session.run(0, u"delete t"));
     EXPECT_FALSE(session.is_busy());
+}
+
+TEST(CellText, IsForPeopleAndExact) {
+    const std::pair<ports::Value, Text> cases[] = {
+        {0.1, u"0,1"},
+        {1e22, u"1e+22"},
+        {true, u"tak"},
+        {false, u"nie"},
+        {std::int64_t{-9007199254740993}, u"-9007199254740993"},
+        {base::DateTime{2026, 11, 14}, u"2026-11-14"},
+        {base::Bytes(32, 0xA5), u"0x" + Text(base::replace_all(Text(32, u'x'), u"x", u"A5"))},
+        {base::Bytes(33, 0), u"0x" + Text(64, u'0') + u"…"},
+        {u"", u""},
+        {Text(4001, u'x'), Text(4000, u'x') + u"…"}};
+    for (const auto& [value, text] : cases) EXPECT_EQ(cell_text(value), text);
+    EXPECT_EQ(cell_text({}), std::nullopt);
+    EXPECT_EQ(one_line(u"a\r\nb\nc\td"), u"a¶b¶c d");
 }
 
 }  // namespace
