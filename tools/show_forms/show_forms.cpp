@@ -8,9 +8,9 @@
 #include "com/forms/forms.h"
 #include "com/forms/identifiers.h"
 #include "ports/windows/adapters.h"
-#include "tests/com/browser_content.h"
 #include "tests/com/form_content.h"
 #include "tests/com/form_user.h"
+#include "tools/show_forms/browser_content.h"
 #include "windows/gdi.h"
 
 namespace {
