@@ -40,14 +40,8 @@ Text place_in_query(TextView sql, std::size_t position) {
         {subject + place_in_query(sql, position) + u": " + Text(why), position, length}};
 }
 
-// What Unicode calls white space beside the four of ASCII, and signs without a width. A server that
-// takes one for a letter instead only finds a name where this found a word.
-bool is_wide_blank(char16_t c) {
-    return c == 0xA0 || c == 0x1680 || (c >= 0x2000 && c <= 0x200F) || c == 0x202F || c == 0x205F ||
-           c == 0x2060 || c == 0x3000 || c == 0xFEFF;
-}
 bool is_blank_in_query(char16_t c) {
-    return c == u' ' || c == u'\t' || c == u'\r' || c == u'\n' || is_wide_blank(c);
+    return c == u' ' || c == u'\t' || c == u'\r' || c == u'\n';
 }
 bool is_digit_in_query(char16_t c) {
     return c >= u'0' && c <= u'9';
