@@ -28,6 +28,8 @@ class BrowserSession {
     bool go_on();
     bool is_busy() const noexcept { return run_.is_busy(); }
 
+    /// The last query that ran.
+    const base::Text& query() const noexcept { return run_.query(); }
     /// What happens, or what came of it.
     const base::Text& status() const noexcept { return status_; }
     const QueryResult& result() const noexcept { return run_.result(); }

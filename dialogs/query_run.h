@@ -50,6 +50,7 @@ class QueryRun {
 
     Stage stage() const noexcept { return stage_; }
     bool is_busy() const noexcept { return stage_ != Stage::idle; }
+    const base::Text& query() const noexcept { return sql_; }
     /// Of the last `test` or `run`, once it is idle again.
     Outcome outcome() const noexcept { return outcome_; }
     /// What went wrong, in Polish, and below it what the provider says, without passwords.

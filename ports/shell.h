@@ -19,7 +19,7 @@ class Shell {
     /// `text` with the value of each environment variable in the place of its %NAME%.
     virtual base::Text expand(base::TextView text) = 0;
     /// A message with an OK button; `help_context` goes along as the message's number in a help
-    /// file.
+    /// file. None where nobody sees the desktop.
     virtual void show_message(base::TextView text, std::int32_t help_context) = 0;
 };
 

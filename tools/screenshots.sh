@@ -24,11 +24,15 @@ cp -a "$root"/build/wine32/*.reg "$TAVRIX_WINEPREFIX/"
 (cd "$work" && apt-get -q -o APT::Sandbox::User=root download fonts-wine && dpkg -x fonts-wine_*.deb fonts)
 cp "$work/fonts/usr/share/wine/fonts/marlett.ttf" "$TAVRIX_WINEPREFIX/drive_c/windows/Fonts/"
 
-cmake --build "$root/build/win32" --target show_forms
+cmake --build "$root/build/win32" --target tavrix_dialogs_program
+# What docs call a picture, and what the program calls its window.
+pictures=(about=o-programie message-form=wiadomosc retrieval-form=odbior socket-form=odbior-gniazdo
+    informator=informator informator-large=informator-duzy order-informator=zamowienie printer-choice=drukarka-przyklad browser=browse)
 for percent in 100 200; do
     wine_program reg add 'HKCU\Control Panel\Desktop' /v LogPixels /t REG_DWORD /d $((96 * percent / 100)) /f >/dev/null
-    wine_program "$root/build/win32/bin/show_forms.exe" "Z:$work"
-    for form in about message-form retrieval-form socket-form browser; do
+    for picture in "${pictures[@]}"; do
+        form=${picture%=*}
+        wine_program "$root/build/win32/bin/tavrix-dialogs.exe" "${picture#*=}" --picture "Z:$work/$form.bmp"
         python3 "$root/tools/bitmap_to_png.py" "$work/$form.bmp" "$root/docs/pictures/$form-$percent.png"
     done
 done

@@ -75,8 +75,8 @@ void BrowserDialog::on_open() {
     // The user's own text may be as long as the server takes it.
     SendMessageW(control(TAVRIX_BROWSER_QUERY), EM_SETLIMITTEXT, 0, 0);
     fill_databases();
-    show_page();
-    show_status();
+    set_text(TAVRIX_BROWSER_QUERY, dialogs::with_edit_line_ends(session_.query()));
+    show_result();
     // Not the form's own size: where the screen has no room for it, it is smaller already.
     const SIZE laid_out = pixels(TAVRIX_BROWSER_WIDTH, TAVRIX_BROWSER_HEIGHT);
     const dialogs::FormSize first = {static_cast<double>(laid_out.cx),

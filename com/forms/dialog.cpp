@@ -8,6 +8,7 @@
 #include "com/forms/host_windows.h"
 #include "com/module.h"
 #include "windows/bstr.h"
+#include "windows/desktop.h"
 #include "windows/owned.h"
 
 namespace tavrix::com {
@@ -69,7 +70,7 @@ bool Dialog::show_in(FormPlace& place) noexcept {
 // Not the system's own DialogBox: its loop would run the host's code under the form's activation
 // context, and windows that the host makes meanwhile would get other controls than usual.
 bool Dialog::show_at(const TakenPlace& place) noexcept {
-    if (!desktop_is_seen()) return false;
+    if (!windows::desktop_is_seen()) return false;
     // The windows are enabled before the form goes, or another program's would become active.
     OwnedWindow made;
     const HostWindows host;

@@ -4,6 +4,7 @@
 
 #include "dialogs/browser.h"
 #include "dialogs/informator.h"
+#include "dialogs/printer_choice.h"
 #include "frame/about_box.h"
 #include "mail/message_form.h"
 #include "mail/retrieval_form.h"
@@ -17,6 +18,7 @@ std::unique_ptr<frame::AboutWindow> make_about_window();
 std::unique_ptr<mail::MessageWindow> make_message_window();
 /// Both informators, each with a place of its own.
 std::unique_ptr<dialogs::InformatorWindow> make_informator_window();
+std::unique_ptr<dialogs::PrinterWindow> make_printer_window();
 /// Both retrieval forms; of them too only one at a time.
 std::unique_ptr<mail::RetrievalWindow> make_retrieval_window();
 

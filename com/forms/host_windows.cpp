@@ -30,13 +30,6 @@ void end_mouse_capture() noexcept {
 
 }  // namespace
 
-bool desktop_is_seen() noexcept {
-    USEROBJECTFLAGS flags{};
-    return !GetUserObjectInformationW(GetProcessWindowStation(), UOI_FLAGS, &flags, sizeof flags,
-                                      nullptr) ||
-           (flags.dwFlags & WSF_VISIBLE) != 0;
-}
-
 HostWindows::HostWindows() noexcept {
     end_mouse_capture();
     const HWND active = GetActiveWindow();

@@ -6,10 +6,6 @@
 
 namespace tavrix::com {
 
-/// Whether somebody can see this process's windows. A service's windows are made and shown like any
-/// other, and wait for a user who never comes.
-bool desktop_is_seen() noexcept;
-
 /// The calling thread's windows under a modal form. Keeps the user out of every one of them, as the
 /// hosts' own modal forms do; a window that was disabled before is left alone.
 class HostWindows {

@@ -281,10 +281,10 @@ PixelSize InformatorDialog::fit_caption(std::size_t index, std::size_t character
     const base::Text caption = form_.buttons.empty() ? only_caption : form_.buttons[index].caption;
     const SIZE padding = pixels(6, 3);
     const SIZE smallest = pixels(smallest_button_width, smallest_button_height);
+    const int line_px = widest_px - 2 * static_cast<int>(padding.cx);
     for (;; characters = characters * 3 / 4) {
         const base::Text shown = dialogs::cut_caption(caption, characters);
-        const SIZE text =
-            size_of_text(button, shown, widest_px - 2 * static_cast<int>(padding.cx), DT_WORDBREAK);
+        const SIZE text = size_of_text(button, shown, line_px, DT_WORDBREAK);
         if (text.cx + 2 * padding.cx > widest_px && characters > 4) continue;
         SetWindowTextW(button, windows::wide(shown));
         return {static_cast<int>(std::max(text.cx + 2 * padding.cx, smallest.cx)),

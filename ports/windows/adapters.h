@@ -8,6 +8,7 @@
 #include "ports/files.h"
 #include "ports/instant_mail.h"
 #include "ports/locale.h"
+#include "ports/printers.h"
 #include "ports/query_connection.h"
 #include "ports/registry.h"
 #include "ports/shell.h"
@@ -33,6 +34,7 @@ std::unique_ptr<FileStore> make_windows_file_store();
 std::unique_ptr<Locale> make_windows_locale();
 /// Drawings become enhanced metafiles; files are loaded by the system.
 std::unique_ptr<Pictures> make_windows_pictures();
+std::unique_ptr<Printers> make_windows_printers();
 /// The registry through its ANSI calls.
 std::unique_ptr<Registry> make_windows_registry();
 /// The user's desktop: Shell.Application, processes and message boxes.

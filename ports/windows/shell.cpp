@@ -8,6 +8,7 @@
 
 #include <set>
 
+#include "windows/desktop.h"
 #include "windows/failure.h"
 #include "windows/handles.h"
 #include "windows/late_bound.h"
@@ -121,6 +122,8 @@ base::Text DesktopShell::expand(base::TextView text) {
 }
 
 void DesktopShell::show_message(base::TextView text, std::int32_t help_context) {
+    // Nobody would ever press the button.
+    if (!windows::desktop_is_seen()) return;
     const base::Text shown(text);
     MSGBOXPARAMSW box{};
     box.cbSize = sizeof box;

@@ -37,6 +37,40 @@ TEST(Facade, ShowsTheAboutBoxAndTheMessageForTheHelpdesk) {
     user.use(send, {look, click_cross()});
 }
 
+TEST(Facade, AsksTheUserOnceAtATimeAndGivesTheAnswerBack) {
+    FormUser user;
+    const auto info = create(u"Tavrix.CInfo");
+    const auto of_another_object = create(u"Tavrix.CInfo");
+    std::vector<Argument> captions(15, Argument(u""));
+    captions[0] = u"Pytanie";
+    captions[14] = u"&Ostatni";
+    const auto ask = [&] { EXPECT_EQ(answer(info, u"Informator", captions), "long 12"); };
+    const auto again = [&](HWND) {
+        EXPECT_EQ(answer(of_another_object, u"Informator", captions), "long -1");
+    };
+    user.use(ask, {again, press_with_alt(L'o')});
+
+    Variant value(u"5");
+    Variant outcome(std::int32_t{3});
+    std::vector<Argument> order(19, Argument(u"x"));
+    order[0] = by_reference(value);
+    order[1] = by_reference(outcome);
+    order[2] = 2;
+    const auto ask_for_order = [&](const char* expected) {
+        return [&, expected] { EXPECT_EQ(answer(info, u"Informator_Zamówień", order), expected); };
+    };
+    user.use(ask_for_order("long -1"), {press(VK_ESCAPE)});
+    EXPECT_EQ(written(value.get()) + written(outcome.get()), "text 5long 3");
+    const auto change = [](HWND form) {
+        const HWND box = GetDlgItem(form, TAVRIX_INFORMATOR_VALUE);
+        SetWindowTextW(box, L"łyżka");
+        SendMessageW(box, EM_SETMODIFY, TRUE, 0);
+    };
+    user.use(ask_for_order("long 9"),
+             {change, click(TAVRIX_INFORMATOR_OUTCOME + 1), click(TAVRIX_INFORMATOR_BUTTON + 9)});
+    EXPECT_EQ(written(value.get()) + written(outcome.get()), "text łyżkalong 1");
+}
+
 TEST(Registry, GivesTheSystemsOwnValues) {
     const wchar_t* key = L"Software\\Tavrix test\\Zażółć";
     const auto rejestr = create(u"Tavrix.Rejestr");

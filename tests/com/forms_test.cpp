@@ -329,9 +329,10 @@ TEST_F(Forms, AreReadableAtTwiceTheSize) {
     // Its results count as this test's, not as another program's.
     _putenv_s("GTEST_OUTPUT", "");
     const base::Text program = beside_program(u"com_test.exe");
-    EXPECT_EQ(_wspawnl(_P_WAIT, windows::wide(program), L"com_test.exe",
-                       L"--gtest_filter=Forms.AreReadable", nullptr),
-              0);
+    EXPECT_EQ(
+        _wspawnl(_P_WAIT, windows::wide(program), L"com_test.exe",
+                 L"--gtest_filter=Forms.AreReadable:*WhateverTheHostGives:PrinterForm.*", nullptr),
+        0);
     _putenv_s(expected_scale, "");
     // Wine's own state: 96 without a value.
     RegDeleteKeyValueW(HKEY_CURRENT_USER, desktop, L"LogPixels");

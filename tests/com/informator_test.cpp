@@ -107,6 +107,16 @@ TEST_F(Informators, AskedAgainWhileOpenGiveNothingAndComeToTheFront) {
               1);
 }
 
+// As a service's process has it.
+TEST_F(Informators, AreNotShownWhereNobodySeesTheDesktop) {
+    const HWINSTA seen = GetProcessWindowStation();
+    const HWINSTA unseen = CreateWindowStationW(L"TavrixUnseen", 0, GENERIC_ALL, nullptr);
+    ASSERT_TRUE(SetProcessWindowStation(unseen));
+    EXPECT_EQ(answer({}), -1);
+    SetProcessWindowStation(seen);
+    CloseWindowStation(unseen);
+}
+
 TEST_F(Informators, ForOrdersGiveTheChangedValueAndTheOutcome) {
     const auto untouched = choose(order, {click(first_button + 1)});
     ASSERT_TRUE(untouched);
@@ -176,6 +186,26 @@ TEST_F(Informators, CopyThemselvesUnlessSomethingIsSelected) {
     EXPECT_EQ(clipboard_text(), copied_text(informator_form(order)));
     choose(order, {select, press_with_control('C'), release_control(), press(VK_ESCAPE)});
     EXPECT_EQ(clipboard_text().find(u"Zamówienie"), Text::npos);
+}
+
+TEST(PrinterForm, GivesTheChosenNameOrNone) {
+    FormUser user;
+    const std::unique_ptr<dialogs::PrinterWindow> window = com::make_printer_window();
+    const Text shared = u"\\\\biuro\\" + Text(200, u'K');
+    const auto form = dialogs::printer_choice_form({{u"Alfa", shared}, u"Alfa"});
+    const auto choose = [&](const dialogs::PrinterChoiceForm& shown, std::vector<Step> steps) {
+        std::optional<Text> choice;
+        user.use([&] { choice = window->show(shown); }, std::move(steps));
+        return choice;
+    };
+    EXPECT_EQ(choose(form, {expect_readable_layout, press(VK_RETURN)}), u"Alfa");
+    const auto double_click = [](HWND list_form) {
+        PostMessageW(list_form, WM_COMMAND, MAKEWPARAM(TAVRIX_PRINTER_LIST, LBN_DBLCLK), 0);
+    };
+    EXPECT_EQ(choose(form, {press(VK_DOWN), double_click}), shared);
+    EXPECT_EQ(choose(form, {press(VK_ESCAPE)}), std::nullopt);
+    EXPECT_EQ(choose(dialogs::printer_choice_form({}), {expect_readable_layout, press(VK_RETURN)}),
+              std::nullopt);
 }
 
 }  // namespace

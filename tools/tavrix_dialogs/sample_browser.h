@@ -2,10 +2,10 @@
 
 #include "dialogs/browser_session.h"
 
-namespace tavrix::test {
+namespace tavrix::dialogs_program {
 
 /// A server that answers at once with a shop's documents.
-struct ShownQuery final : ports::QueryConnection {
+struct SampleQuery final : ports::QueryConnection {
     void open(const base::SecretText&) override {}
     bool done() override { return true; }
     void begin_transaction() override {}
@@ -39,14 +39,14 @@ struct ShownQuery final : ports::QueryConnection {
 };
 
 /// Three databases, one of them elsewhere.
-inline dialogs::BrowserSession shown_browser(ports::Clock& clock) {
+inline dialogs::BrowserSession sample_browser(ports::Clock& clock) {
     std::vector<base::SecretText> entries;
     for (const char16_t* entry : {u"FIRMA_2026", u"FIRMA_2025_archiwum",
                                   u"Data Source=192.168.10.4,1433;Initial Catalog=MAGAZYN"}) {
         entries.emplace_back(base::TextView(entry));
     }
     return {dialogs::list_databases(3, entries, u"Data Source=SERWER\\SQL2019;User ID=biuro", u""),
-            [] { return std::make_unique<ShownQuery>(); }, clock};
+            [] { return std::make_unique<SampleQuery>(); }, clock};
 }
 
-}  // namespace tavrix::test
+}  // namespace tavrix::dialogs_program
