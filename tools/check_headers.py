@@ -16,7 +16,8 @@ import sys
 from tree import ROOT, files
 
 # What only one of the doors can compile; everything else is compiled natively alone.
-WINDOWS_ONLY = ("windows/", "com/", "ports/windows/", "tests/com/", "bench/com/", "stand_ins/")
+WINDOWS_ONLY = ("windows/", "com/", "ports/windows/", "tests/com/", "bench/com/", "stand_ins/",
+                "tools/tavrix_dialogs/")
 
 
 def wanted(path, door):

@@ -49,7 +49,16 @@ RECT place_of(HWND window) {
 
 }  // namespace
 
+void expect_on_the_screen(HWND form) {
+    const RECT place = place_of(form);
+    RECT room{};
+    RECT common{};
+    SystemParametersInfoW(SPI_GETWORKAREA, 0, &room, 0);
+    EXPECT_TRUE(IntersectRect(&common, &place, &room) && EqualRect(&common, &place));
+}
+
 void expect_readable_layout(HWND form) {
+    expect_on_the_screen(form);
     RECT inside{};
     GetClientRect(form, &inside);
     MapWindowPoints(form, nullptr, reinterpret_cast<POINT*>(&inside), 2);

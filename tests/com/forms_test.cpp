@@ -309,15 +309,7 @@ TEST_F(Forms, FollowTheUsersMessageFontAndKeepToTheScreen) {
     content.about.description = base::Text(300, u'x');
     user.use(about, {expect_readable_layout, press(VK_ESCAPE)});
     content.about.description = base::Text(500, u'\n');
-    const auto on_the_screen = [](HWND form) {
-        RECT place{};
-        RECT room{};
-        RECT common{};
-        GetWindowRect(form, &place);
-        SystemParametersInfoW(SPI_GETWORKAREA, 0, &room, 0);
-        EXPECT_TRUE(IntersectRect(&common, &place, &room) && EqualRect(&common, &place));
-    };
-    user.use(about, {on_the_screen, press(VK_ESCAPE)});
+    user.use(about, {expect_on_the_screen, press(VK_ESCAPE)});
 }
 
 // A program learns the scale of its screen when it starts.

@@ -68,15 +68,9 @@ TEST(Informator, CutsWhatNoWindowCanShow) {
                               u"1\u00A0064\u00A0001 znaków. Ctrl+C kopiuje całość.]");
     EXPECT_EQ(large.whole_text, Text(63'999, u'x') + u"\U0001F600" + Text(1'000'000, u' '));
 
-    const struct {
-        const char16_t *caption, *cut;
-    } captions[] = {{u"12345", u"12345"},    {u"123456", u"1234…"},    {u"123&456", u"123…"},
-                    {u"12&&&456", u"12&&…"}, {u"12 && 56", u"12 &&…"}, {u"123 56", u"123…"}};
-    for (const auto& [caption, cut] : captions) {
-        const std::size_t most =
-            Text(caption).starts_with(u"12&&") || Text(caption).starts_with(u"12 &") ? 6 : 5;
-        EXPECT_EQ(cut_caption(caption, most), cut) << base::to_utf8(caption);
-    }
+    EXPECT_EQ(cut_caption(u"123456", 5), u"1234…");
+    EXPECT_EQ(cut_caption(u"123&456", 5), u"123…");
+    EXPECT_EQ(cut_caption(u"12 && 56", 6), u"12 &&…");
 }
 
 TEST(ButtonRows, StandInOneRowOrInColumnsThatFillTheRoom) {
