@@ -136,7 +136,7 @@ TEST_F(Browser, EmptyListAndASecondCallChooseNothing) {
         EXPECT_EQ(answer_to({u"a"}), "bool 0");
         EXPECT_EQ(open_forms(), std::vector<HWND>{form});
     };
-    const auto grow = [](HWND form) { SetWindowPos(form, nullptr, 0, 0, 1100, 900, SWP_NOMOVE); };
+    const auto grow = [](HWND form) { SetWindowPos(form, nullptr, 0, 0, 1100, 900, 0); };
     EXPECT_EQ(browse({u"", u" "}, {wait_for(u"Na liście nie ma"), again, expect_readable_layout,
                                    grow, expect_readable_layout, press(VK_ESCAPE)}),
               "bool 0");
