@@ -166,12 +166,26 @@ base::Bytes Codec<base::Bytes>::read(const VARIANT& source, LCID locale) {
     return bytes;
 }
 
-std::vector<base::Text> Codec<std::vector<base::Text>>::read(const VARIANT& source, LCID locale) {
-    std::vector<base::Text> texts;
+namespace {
+
+template <typename T>
+std::vector<T> read_texts(const VARIANT& source, LCID locale) {
+    std::vector<T> texts;
     for_each(source, locale, [&](const VARIANT& element) {
-        texts.push_back(Codec<base::Text>::read(windows::look_through(element), locale));
+        texts.push_back(Codec<T>::read(windows::look_through(element), locale));
     });
     return texts;
+}
+
+}  // namespace
+
+std::vector<base::Text> Codec<std::vector<base::Text>>::read(const VARIANT& source, LCID locale) {
+    return read_texts<base::Text>(source, locale);
+}
+
+std::vector<base::SecretText> Codec<std::vector<base::SecretText>>::read(const VARIANT& source,
+                                                                         LCID locale) {
+    return read_texts<base::SecretText>(source, locale);
 }
 
 Variant Codec<std::vector<base::Text>>::write(const std::vector<base::Text>& value) {

@@ -109,6 +109,13 @@ struct Codec<std::vector<base::Text>> {
     static windows::Variant write(const std::vector<base::Text>& value);
 };
 
+/// Read only: none of them goes back.
+template <>
+struct Codec<std::vector<base::SecretText>> {
+    static constexpr VARTYPE type = VT_ARRAY | VT_BSTR;
+    static std::vector<base::SecretText> read(const VARIANT& source, LCID locale);
+};
+
 /// Whatever a field can hold; an object gives its default property.
 template <>
 struct Codec<base::Value> {

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "base/error.h"
+#include "dialogs/browser_session.h"
 #include "dialogs/chart_data.h"
 #include "frame/version_text.h"
 
@@ -24,6 +25,14 @@ Text helpdesk_recipients(const mail::Settings& settings, const Text& tax_number)
         if (route.tax_number == digits) return recipients.append(u"; ").append(route.address);
     }
     return recipients;
+}
+
+std::vector<Text> shown_databases(const std::vector<base::SecretText>& entries) {
+    std::vector<Text> shown;
+    for (const base::SecretText& entry : entries) {
+        shown.push_back(dialogs::without_passwords(entry.view()));
+    }
+    return shown;
 }
 
 // What the hosts' own HTML is known by.
@@ -197,17 +206,30 @@ std::int32_t CInfo::Informator_Zamówień(
     return guarded(show, dialogs::no_button);
 }
 
-bool CInfo::Browse(std::int32_t Ile_baz, std::vector<Text>& Bazy, Text& ConnectionStr1,
-                   Text& ConnectionStr2, Text& Server) noexcept {
+bool CInfo::Browse(std::int32_t Ile_baz, const std::vector<base::SecretText>& Bazy,
+                   base::SecretText& ConnectionStr1, base::SecretText& ConnectionStr2,
+                   Text& Server) noexcept {
     return guarded([&]() -> std::int32_t {
-               dialogs::BrowserRecord& record = ports_.hand_over.browser;
-               record.database_count = Ile_baz;
-               record.databases = Bazy;
-               record.connection_1 = ConnectionStr1;
-               record.connection_2 = ConnectionStr2;
-               record.server = Server;
-               record.result = false;
-               return record.result;
+               base::SecretText connection = ConnectionStr1.copy();
+               connection += ConnectionStr2.view();
+               dialogs::BrowserSession session(
+                   dialogs::list_databases(Ile_baz, Bazy, connection.view(), Server),
+                   ports_.make_query_connection, ports_.clock);
+               const auto chosen = ports_.browser_window.show(session);
+               if (chosen) {
+                   const dialogs::ListedDatabase& database = session.databases().at(*chosen);
+                   dialogs::SplitConnection split =
+                       dialogs::split_connection(database.connection.view());
+                   Server = database.server;
+                   ConnectionStr1 = std::move(split.first);
+                   ConnectionStr2 = std::move(split.second);
+               }
+               connection = ConnectionStr1.copy();
+               connection += ConnectionStr2.view();
+               ports_.hand_over.browser = {Ile_baz, shown_databases(Bazy),
+                                           dialogs::without_passwords(connection.view()), Server,
+                                           chosen.has_value()};
+               return chosen.has_value();
            }) != 0;
 }
 

@@ -15,6 +15,7 @@
 #include "ports/host_object.h"
 #include "ports/instant_mail.h"
 #include "ports/locale.h"
+#include "ports/query_connection.h"
 
 namespace tavrix::frame {
 
@@ -34,6 +35,8 @@ struct FramePorts {
     mail::DeliveryPorts delivery;
     /// Reads the settings file; throws when it cannot be taken as it stands.
     std::function<Settings()> load_settings;
+    dialogs::BrowserWindow& browser_window;
+    ports::MakeQueryConnection make_query_connection;
 };
 
 /// The public class `CInfo`: the library's version and its dialogs. No method raises: numbers are 0
@@ -107,9 +110,14 @@ class CInfo {
         const base::Text& Przyc0, const base::Text& Przyc1, const base::Text& Przyc2,
         const base::Text& Przyc3, const base::Text& Przyc4) noexcept;
 
-    /// The query browser. Not built yet: False, and every argument is left alone.
-    bool Browse(std::int32_t Ile_baz, std::vector<base::Text>& Bazy, base::Text& ConnectionStr1,
-                base::Text& ConnectionStr2, base::Text& Server) noexcept;
+    /// The query browser: lets the user look into one of the databases and choose it. The first
+    /// `Ile_baz` of `Bazy` are connection texts, or names of databases on the connection that
+    /// `ConnectionStr1` and `ConnectionStr2` make when they are joined. True when one was chosen:
+    /// then its connection text is in the first two, the second one empty when 255 characters are
+    /// enough, and its server in `Server`. Otherwise they stay as they came.
+    bool Browse(std::int32_t Ile_baz, const std::vector<base::SecretText>& Bazy,
+                base::SecretText& ConnectionStr1, base::SecretText& ConnectionStr2,
+                base::Text& Server) noexcept;
 
     /// Sends one message without a window. Gives "" when it went, otherwise the reason, and
     /// "nieznany błąd" for one without words. A body with "<span style", "</td>" or "</span" in it

@@ -28,7 +28,7 @@ cmake --build "$root/build/win32" --target tavrix_dialogs_program
 # What docs call a picture, and what the program calls its window.
 pictures=(about=o-programie message-form=wiadomosc retrieval-form=odbior socket-form=odbior-gniazdo
     informator=informator informator-large=informator-duzy order-informator=zamowienie printer-choice=drukarka-przyklad
-    chart-bars=wykres-slupkowy chart-lines=wykres-liniowy chart-pie=wykres-kolowy)
+    chart-bars=wykres-slupkowy chart-lines=wykres-liniowy chart-pie=wykres-kolowy browser=browse)
 for percent in 100 200; do
     wine_program reg add 'HKCU\Control Panel\Desktop' /v LogPixels /t REG_DWORD /d $((96 * percent / 100)) /f >/dev/null
     for picture in "${pictures[@]}"; do

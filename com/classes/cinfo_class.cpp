@@ -53,10 +53,10 @@ constexpr auto cinfo_members = members(
         by_value(u"Prz3"), by_value(u"Prz4"), by_value(u"Prz5"), by_value(u"Prz6"),
         by_value(u"Prz7"), by_value(u"Prz8"), by_value(u"Prz9"), by_value(u"Przyc0"),
         by_value(u"Przyc1"), by_value(u"Przyc2"), by_value(u"Przyc3"), by_value(u"Przyc4")),
-    pending(method<&CInfo::Browse>(8, u"Browse", u"Pokazuje okno zapytań do baz danych.",
-                                   by_value(u"Ile_baz"), by_reference(u"Bazy"),
-                                   by_reference(u"ConnectionStr1"), by_reference(u"ConnectionStr2"),
-                                   by_reference(u"Server"))),
+    method<&CInfo::Browse>(
+        8, u"Browse", u"Pokazuje okno baz danych i zapytań; True, gdy wybrano bazę.",
+        by_value(u"Ile_baz"), by_reference(u"Bazy"), by_reference(u"ConnectionStr1"),
+        by_reference(u"ConnectionStr2"), by_reference(u"Server")),
     method<&CInfo::SendMailCDO>(
         9, u"SendMailCDO", u"Wysyła wiadomość bez okna; pusty tekst, gdy poszła.",
         by_reference(u"sTo"), by_reference(u"sSubject"), by_reference(u"sFrom"),

@@ -30,6 +30,7 @@ struct ComposedCInfo {
     std::unique_ptr<ports::Shell> shell = ports::make_windows_shell();
     ComposedDelivery delivery;
     std::unique_ptr<ports::InstantMailer> mailer = make_mailer(delivery.ports());
+    std::unique_ptr<dialogs::BrowserWindow> browser_window = make_browser_window();
     frame::CInfo object{{*about_window,
                          *message_window,
                          *chart_window,
@@ -40,7 +41,9 @@ struct ComposedCInfo {
                          library_state().hand_over,
                          *mailer,
                          delivery.ports(),
-                         &load_installed_settings}};
+                         &load_installed_settings,
+                         *browser_window,
+                         &ports::make_ado_query}};
 };
 
 struct ComposedRejestr {

@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 
+#include "dialogs/browser.h"
 #include "dialogs/chart_window.h"
 #include "dialogs/informator.h"
 #include "dialogs/printer_choice.h"
@@ -27,5 +28,6 @@ std::unique_ptr<mail::RetrievalWindow> make_retrieval_window();
 /// Asks the user for a printer; nothing when he has changed his mind.
 using PrinterChooser = std::function<std::optional<base::Text>()>;
 std::unique_ptr<dialogs::ChartWindow> make_chart_window(PrinterChooser choose_printer);
+std::unique_ptr<dialogs::BrowserWindow> make_browser_window();
 
 }  // namespace tavrix::com

@@ -9,6 +9,7 @@
 #include "ports/instant_mail.h"
 #include "ports/locale.h"
 #include "ports/printers.h"
+#include "ports/query_connection.h"
 #include "ports/registry.h"
 #include "ports/shell.h"
 #include "ports/surface.h"
@@ -21,6 +22,8 @@ namespace tavrix::ports {
 
 /// Collaboration Data Objects; null where they are not registered.
 std::unique_ptr<InstantMailer> make_cdo_mailer();
+/// ADO, late-bound; nothing of it is touched before it opens.
+std::unique_ptr<QueryConnection> make_ado_query();
 /// The system's clock and the thread's sleep.
 std::unique_ptr<Clock> make_windows_clock();
 /// The code page that the system is set to, whichever it is.

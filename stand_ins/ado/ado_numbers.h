@@ -9,8 +9,10 @@ namespace tavrix::ado {
 // Numbers that hosts know from ADO, under the names that its documentation gives them.
 
 namespace object_state {
-inline constexpr std::int32_t closed = 0;  // adStateClosed
-inline constexpr std::int32_t open = 1;    // adStateOpen
+inline constexpr std::int32_t closed = 0;      // adStateClosed
+inline constexpr std::int32_t open = 1;        // adStateOpen
+inline constexpr std::int32_t connecting = 2;  // adStateConnecting
+inline constexpr std::int32_t executing = 4;   // adStateExecuting
 }  // namespace object_state
 
 namespace cursor_location {
@@ -63,6 +65,8 @@ inline constexpr std::int32_t long_text = 203;    // adLongVarWChar
 inline constexpr std::int32_t long_binary = 205;  // adLongVarBinary
 }  // namespace data_type
 
+inline constexpr std::int32_t async_connect = 0x10;       // adAsyncConnect
+inline constexpr std::int32_t async_execute = 0x10;       // adAsyncExecute
 inline constexpr std::int32_t execute_no_records = 0x80;  // adExecuteNoRecords
 
 enum class AdoError : std::uint32_t {

@@ -30,12 +30,20 @@ constexpr auto connection_members = com::members(
     method<&Connection::BeginTrans>(4, u"BeginTrans", u"Zaczyna transakcję; wynik to jej poziom."),
     method<&Connection::CommitTrans>(5, u"CommitTrans", u"Zatwierdza transakcję."),
     method<&Connection::RollbackTrans>(6, u"RollbackTrans", u"Cofa transakcję."),
-    read_only<&Connection::state>(7, u"State", u"0 zamknięte, 1 otwarte."),
+    read_only<&Connection::state>(7, u"State", u"0 zamknięte, 1 otwarte, 2 otwierane."),
     property<&Connection::cursor_location, &Connection::set_cursor_location>(
         8, u"CursorLocation", u"2 serwer, 3 klient."),
     property<&Connection::command_timeout, &Connection::set_command_timeout>(
         9, u"CommandTimeout", u"Sekundy; bez znaczenia."),
-    read_only<&Connection::errors>(10, u"Errors", u"Błędy ostatniej operacji."));
+    read_only<&Connection::errors>(10, u"Errors", u"Błędy ostatniej operacji."),
+    method<&Connection::Cancel>(11, u"Cancel", u"Przerywa otwieranie."),
+    property<&Connection::connection_timeout, &Connection::set_connection_timeout>(
+        12, u"ConnectionTimeout", u"Sekundy; bez znaczenia."));
+
+// Settings of the server's that make no difference to SQLite.
+bool is_session_setting(base::TextView sql) {
+    return base::equal_case_blind(base::trim(sql).substr(0, 4), u"set ");
+}
 
 }  // namespace
 
@@ -49,14 +57,16 @@ Connection::~Connection() {
 
 void Connection::Open(const std::optional<base::Text>& connection_string,
                       const std::optional<base::Text>&, const std::optional<base::Text>&,
-                      const std::optional<std::int32_t>&) {
+                      const std::optional<std::int32_t>& options) {
     if (database_) raise(AdoError::object_open, connection_source);
     if (connection_string) connection_string_ = *connection_string;
-    recorded([&] {
+    const bool asynchronously = (options.value_or(0) & async_connect) != 0;
+    recorded_later(asynchronously, [&] {
         const base::Text file = value_of_key(connection_string_, u"Data Source");
         if (file.empty())
             raise(AdoError::unspecified, connection_source, u"Data Source names no file.");
         habits_ = habits_in(connection_string_);
+        if (asynchronously && habits_.never_connects) return connecting_.begin();
         database_ = ports::SqliteConnection::open(base::to_utf8(file));
     });
 }
@@ -73,6 +83,7 @@ windows::ComPointer<IDispatch> Connection::Execute(const base::Text& sql,
     const auto database = this->database(AdoError::object_closed);
     return recorded([&]() -> windows::ComPointer<IDispatch> {
         require_free();
+        if (is_session_setting(sql)) return {};
         auto rows = std::make_shared<Recordset>();
         if (ports::tsql::translate(base::to_utf8(sql)).is_query) {
             rows->open_on(shared_from_this(), sql);
@@ -110,6 +121,7 @@ void Connection::end(const char* statement) {
 }
 
 std::int32_t Connection::state() const {
+    if (connecting_.is_going_on()) return object_state::connecting;
     return database_ ? object_state::open : object_state::closed;
 }
 

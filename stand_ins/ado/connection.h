@@ -20,6 +20,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
               const std::optional<base::Text>& user, const std::optional<base::Text>& password,
               const std::optional<std::int32_t>& options);
     void Close();
+    void Cancel() { connecting_.cancel(); }
     windows::ComPointer<IDispatch> Execute(const base::Text& sql,
                                            std::optional<std::int32_t>& records_affected,
                                            const std::optional<std::int32_t>& options);
@@ -33,6 +34,8 @@ class Connection : public std::enable_shared_from_this<Connection> {
     void set_cursor_location(std::int32_t value) { cursor_location_ = value; }
     std::int32_t command_timeout() const { return command_timeout_s_; }
     void set_command_timeout(std::int32_t seconds) { command_timeout_s_ = seconds; }
+    std::int32_t connection_timeout() const { return connection_timeout_s_; }
+    void set_connection_timeout(std::int32_t seconds) { connection_timeout_s_ = seconds; }
     windows::ComPointer<IDispatch> errors() const;
 
     /// The open database; throws `when_closed` otherwise.
@@ -54,6 +57,15 @@ class Connection : public std::enable_shared_from_this<Connection> {
             throw;
         }
     }
+    /// As `recorded`; what was asked for asynchronously only lists its failure.
+    template <typename Action>
+    void recorded_later(bool asynchronously, Action action) {
+        try {
+            recorded(action);
+        } catch (const base::AutomationError&) {
+            if (!asynchronously) throw;
+        }
+    }
 
   private:
     /// The end of a transaction.
@@ -64,6 +76,8 @@ class Connection : public std::enable_shared_from_this<Connection> {
     base::Text connection_string_;
     std::int32_t cursor_location_ = cursor_location::server;
     std::int32_t command_timeout_s_ = 30;
+    std::int32_t connection_timeout_s_ = 15;
+    SilentWork connecting_;
     Habits habits_;
     bool in_transaction_ = false;
     std::weak_ptr<Recordset> executed_;

@@ -29,6 +29,8 @@ Habits habits_in(base::TextView connection_string) {
     if (is(u"Locale", u"en")) habits.locale = english;
     if (is(u"Deadlocks", u"1")) habits.deadlocks = 1;
     if (is(u"Timeouts", u"1")) habits.timeouts = 1;
+    habits.never_connects = is(u"Silent", u"connect");
+    habits.never_executes = is(u"Silent", u"query");
     return habits;
 }
 

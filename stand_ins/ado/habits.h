@@ -29,6 +29,32 @@ struct Habits {
     int deadlocks = 0;
     /// "Timeouts=1": so many run into the time-out.
     int timeouts = 0;
+    /// "Silent=connect" or "Silent=query": the server never answers what is asked for
+    /// asynchronously, and cancelling it takes a while.
+    bool never_connects = false;
+    bool never_executes = false;
+};
+
+/// Something asked for asynchronously that never comes.
+class SilentWork {
+  public:
+    void begin() noexcept {
+        begun_ = true;
+        cancelled_ = false;
+    }
+    void cancel() noexcept {
+        if (!cancelled_) cancelled_at_ms_ = GetTickCount();
+        cancelled_ = true;
+    }
+    bool is_going_on() const noexcept {
+        constexpr DWORD late_ms = 500;
+        return begun_ && !(cancelled_ && GetTickCount() - cancelled_at_ms_ > late_ms);
+    }
+
+  private:
+    bool begun_ = false;
+    bool cancelled_ = false;
+    DWORD cancelled_at_ms_ = 0;
 };
 
 Habits habits_in(base::TextView connection_string);

@@ -56,20 +56,28 @@ constexpr auto recordset_members = com::members(
         23, u"LockType", u"1 odczyt, 3 zapis od razu, 4 zapis zbiorczy."),
     read_only<&Recordset::properties>(24, u"Properties", u"Właściwości dostawcy."),
     property<&Recordset::absolute_position, &Recordset::set_absolute_position>(
-        25, u"AbsolutePosition", u"Numer wiersza, od 1."));
+        25, u"AbsolutePosition", u"Numer wiersza, od 1."),
+    method<&Recordset::Cancel>(26, u"Cancel", u"Przerywa zapytanie."),
+    method<&Recordset::GetRows>(27, u"GetRows", u"Następne wiersze w tablicy.", by_value(u"Rows")),
+    property<&Recordset::most_rows, &Recordset::set_most_rows>(28, u"MaxRecords",
+                                                               u"Najwięcej wierszy; 0 wszystkie."));
 
 }  // namespace
 
 void Recordset::Open(const std::optional<base::Text>& sql,
                      const std::optional<windows::Variant>& connection,
                      const std::optional<std::int32_t>& cursor,
-                     const std::optional<std::int32_t>& lock, const std::optional<std::int32_t>&) {
+                     const std::optional<std::int32_t>& lock,
+                     const std::optional<std::int32_t>& options) {
     require_closed();
     if (sql) sql_ = *sql;
     if (connection) set_active_connection(*connection);
     if (cursor) cursor_ = *cursor;
     if (lock) lock_ = *lock;
-    open();
+    const bool asynchronously = (options.value_or(0) & async_execute) != 0;
+    if (asynchronously && connection_ && habits().never_executes) return executing_.begin();
+    if (!asynchronously || !connection_) return open();
+    connection_->recorded_later(true, [this] { open(); });
 }
 
 void Recordset::open_on(std::shared_ptr<Connection> connection, const base::Text& sql) {
@@ -194,12 +202,12 @@ void Recordset::Move(std::int32_t count) {
 }
 
 bool Recordset::at_beginning() {
-    const bool empty = rows().row_count() == 0;
+    const bool empty = row_count() == 0;
     return !on_deleted_ && (empty || position_ < 0);
 }
 
 bool Recordset::at_end() {
-    const auto count = static_cast<std::int64_t>(rows().row_count());
+    const std::int64_t count = row_count();
     return !on_deleted_ && (count == 0 || position_ >= count);
 }
 
@@ -289,6 +297,36 @@ void Recordset::set_absolute_position(std::int32_t position) {
         raise(AdoError::invalid_argument, recordset_source);
     }
     go_to(position - 1);
+}
+
+void Recordset::set_most_rows(std::int32_t value) {
+    require_closed();
+    most_rows_ = value;
+}
+
+std::int64_t Recordset::row_count() {
+    const auto count = static_cast<std::int64_t>(rows().row_count());
+    return most_rows_ > 0 ? std::min<std::int64_t>(count, most_rows_) : count;
+}
+
+windows::Variant Recordset::GetRows(const std::optional<std::int32_t>& count) {
+    require_row();
+    const std::int64_t left = row_count() - position_;
+    const auto given =
+        static_cast<ULONG>(count && *count > 0 ? std::min<std::int64_t>(left, *count) : left);
+    const auto columns = static_cast<ULONG>(rows().columns().size());
+    SAFEARRAYBOUND bounds[] = {{columns, 0}, {given, 0}};
+    windows::SafeArray table(SafeArrayCreate(VT_VARIANT, 2, bounds));
+    if (!table) throw std::bad_alloc();
+    {
+        const windows::SafeArrayAccess access(table.get());
+        auto* cell = static_cast<VARIANT*>(access.data());
+        for (ULONG row = 0; row < given; ++row) {
+            for (ULONG column = 0; column < columns; ++column) *cell++ = value(column).release();
+            go_to(position_ + 1);
+        }
+    }
+    return {std::move(table), VT_VARIANT};
 }
 
 CursorRows& Recordset::rows() {

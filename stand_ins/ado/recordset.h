@@ -18,6 +18,9 @@ class Recordset : public std::enable_shared_from_this<Recordset> {
               const std::optional<std::int32_t>& cursor, const std::optional<std::int32_t>& lock,
               const std::optional<std::int32_t>& options);
     void Close();
+    void Cancel() { executing_.cancel(); }
+    /// The next rows, at most `count`, and moves behind them: columns, then rows.
+    windows::Variant GetRows(const std::optional<std::int32_t>& count);
     void AddNew();
     void Update();
     void UpdateBatch(const std::optional<std::int32_t>& affected);
@@ -33,7 +36,10 @@ class Recordset : public std::enable_shared_from_this<Recordset> {
     bool at_beginning();
     bool at_end();
     std::int32_t record_count();
-    std::int32_t state() const { return rows_ ? object_state::open : object_state::closed; }
+    std::int32_t state() const {
+        if (executing_.is_going_on()) return object_state::executing;
+        return rows_ ? object_state::open : object_state::closed;
+    }
     std::int32_t edit() const { return edit_; }
     base::Text sql() const { return sql_; }
     void set_sql(const base::Text& value);
@@ -41,6 +47,9 @@ class Recordset : public std::enable_shared_from_this<Recordset> {
     void set_active_connection(const windows::Variant& value);
     std::int32_t location() const { return location_; }
     void set_location(std::int32_t value);
+    /// 0 for no limit.
+    std::int32_t most_rows() const { return most_rows_; }
+    void set_most_rows(std::int32_t value);
     std::int32_t cursor() const { return cursor_; }
     void set_cursor(std::int32_t value);
     std::int32_t lock() const { return lock_; }
@@ -67,6 +76,7 @@ class Recordset : public std::enable_shared_from_this<Recordset> {
     /// Leaves the current row: an edit of it is finished first.
     void finish_edit();
     void require_row();
+    std::int64_t row_count();
     /// -1 is before the first row, the number of rows behind the last.
     void go_to(std::int64_t position);
 
@@ -80,6 +90,8 @@ class Recordset : public std::enable_shared_from_this<Recordset> {
     std::int32_t location_ = cursor_location::server;
     std::int32_t cursor_ = cursor_type::forward_only;
     std::int32_t lock_ = lock_type::read_only;
+    std::int32_t most_rows_ = 0;
+    SilentWork executing_;
 };
 
 extern const com::ClassTable recordset_class;

@@ -65,6 +65,8 @@ void expect_readable_layout(HWND form) {
     std::vector<HWND> controls = controls_of(form);
     // One of several may stand in the same place.
     std::erase_if(controls, [](HWND control) { return !IsWindowVisible(control); });
+    // A list's head belongs to the list.
+    std::erase_if(controls, [&](HWND control) { return GetParent(control) != form; });
     for (std::size_t i = 0; i < controls.size(); ++i) {
         const HWND control = controls[i];
         SCOPED_TRACE(base::to_utf8(text_of(control)));

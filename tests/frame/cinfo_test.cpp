@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "base/error.h"
+#include "dialogs/browser_session.h"
 #include "ports/native/adapters.h"
 #include "ports/portable/openssl_crypto.h"
 #include "tests/support/fake_clock.h"
@@ -32,6 +33,11 @@ struct FakeInformator final : dialogs::InformatorWindow {
         // A copy: the next one's choice may be told while this window is open.
         return std::function(user)(form);
     }
+};
+
+struct FakeBrowserWindow final : dialogs::BrowserWindow {
+    std::optional<std::size_t> show(dialogs::BrowserSession&) noexcept override { return chosen; }
+    std::optional<std::size_t> chosen;
 };
 
 /// Keeps what it is given, or fails in these words.
@@ -96,6 +102,7 @@ class CInfoTest : public testing::Test {
     FakeWindow<mail::MessageWindow, mail::MessageForm> message_window;
     FakeChartWindow chart_window;
     FakeInformator informator_window;
+    FakeBrowserWindow browser_window;
     test::FakeClock clock;
     test::FakeRegistry registry;
     test::FakeDesktop desktop;
@@ -120,7 +127,9 @@ class CInfoTest : public testing::Test {
                 {{*files, *crypto, clock, [](auto&) { return std::chrono::minutes(0); }},
                  [](auto&) { return std::make_unique<ObligingServer>(); },
                  [] { return ports::ConnectionSettings(); }},
-                [this] { return load_settings(); }}};
+                [this] { return load_settings(); },
+                browser_window,
+                {}}};
 };
 
 Text joined(const std::vector<Text>& texts) {
@@ -255,16 +264,28 @@ TEST_F(CInfoTest, TheOtherDialogsGetTheirRecords) {
                   joined(orders.outcome_buttons),
               u"NTVa/b/c/d/e/f/g/h/i/|j/k/l/m/n/");
     EXPECT_EQ(std::tie(orders.outcome_count, orders.outcome), std::tuple(4, 5));
+}
 
-    std::vector<Text> databases{u"a", u"b"};
-    Text first = u"c";
-    Text second = u"d";
-    Text server = u"e";
-    EXPECT_FALSE(info.Browse(2, databases, first, second, server));
-    const dialogs::BrowserRecord& browser = hand_over.browser;
-    EXPECT_EQ(
-        joined(browser.databases) + browser.connection_1 + browser.connection_2 + browser.server,
-        u"a/b/cde");
+TEST_F(CInfoTest, BrowseGivesTheChosenDatabaseAndKeepsNoPassword) {
+    std::vector<base::SecretText> entries;
+    entries.emplace_back(base::TextView(u"a"));
+    entries.emplace_back(base::TextView(u"Data Source=s2;Pwd=tajne"));
+    base::SecretText first{base::TextView(u"Data Source=s1;Pass")};
+    base::SecretText second{base::TextView(u"word=tajne")};
+    Text server = u"s0";
+    const auto told = [&] {
+        const dialogs::BrowserRecord& record = hand_over.browser;
+        return Text(first.view()) + u"|" + Text(second.view()) + u"|" + server + u"|" +
+               joined(record.databases) + record.connection + record.server;
+    };
+    EXPECT_FALSE(info.Browse(9, entries, first, second, server));
+    EXPECT_EQ(told(),
+              u"Data Source=s1;Pass|word=tajne|s0|"
+              u"a/Data Source=s2;Pwd=***/Data Source=s1;Password=***s0");
+    browser_window.chosen = 1;
+    EXPECT_TRUE(info.Browse(2, entries, first, second, server));
+    EXPECT_EQ(told(),
+              u"Data Source=s2;Pwd=tajne||s2|a/Data Source=s2;Pwd=***/Data Source=s2;Pwd=***s2");
 }
 
 TEST_F(CInfoTest, ChartsTheHostsGridAndKeepsTheRecordOfTheChartThatWasSeen) {

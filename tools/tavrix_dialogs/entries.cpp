@@ -3,6 +3,7 @@
 #include "com/forms/forms.h"
 #include "ports/windows/adapters.h"
 #include "tests/com/form_content.h"
+#include "tools/tavrix_dialogs/sample_browser.h"
 
 namespace tavrix::dialogs_program {
 namespace {
@@ -81,6 +82,15 @@ Text show_chart() {
     return {};
 }
 
+Text show_browser() {
+    const auto clock = ports::make_windows_clock();
+    dialogs::BrowserSession session = sample_browser(*clock);
+    session.run(0, u"select *\nfrom dok_fak\nwhere ddout_data_wyst >= '2026-11-01'");
+    while (session.is_busy()) session.go_on();
+    const auto chosen = com::make_browser_window()->show(session);
+    return chosen ? u"baza " + session.databases()[*chosen].name : u"bez wyboru";
+}
+
 Text show_about() {
     com::make_about_window()->show(test::FormContent().about);
     return {};
@@ -113,6 +123,7 @@ constexpr Entry all_entries[] = {
     {"wykres-slupkowy", u"wykres słupkowy", &show_chart<dialogs::ChartKind::bars>},
     {"wykres-liniowy", u"wykres liniowy", &show_chart<dialogs::ChartKind::lines>},
     {"wykres-kolowy", u"wykres kołowy", &show_chart<dialogs::ChartKind::pie>},
+    {"browse", u"bazy danych i zapytania, przykładowy serwer", &show_browser},
     {"o-programie", u"informacje o bibliotece", &show_about},
     {"wiadomosc", u"formularz wiadomości; nic nie wysyła", &show_message},
     {"odbior", u"odbieranie poczty", &show_retrieval},
