@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "dialogs/chart_axis.h"
+#include "dialogs/grid_numbers.h"
 
 namespace tavrix::dialogs {
 namespace {
@@ -33,6 +34,17 @@ Text words_of(const ChartSeries& series) {
     if (!smallest) return series.name + u": bez liczb.";
     return series.name + u": od " + short_number(*smallest) + u" do " + short_number(*largest) +
            u".";
+}
+
+/// As a spreadsheet takes it for what it is: not for a formula, nor for several cells.
+Text spreadsheet_cell(const Text& text, bool is_label) {
+    const bool is_formula = !text.empty() && TextView(u"=+@").find(text[0]) != TextView::npos &&
+                            (is_label || !number_of(TextView(text)));
+    Text cell = is_formula ? u"'" + text : text;
+    if (cell.find_first_of(u"\"\t\r\n") == Text::npos) return cell;
+    Text quoted = u"\"";
+    for (const char16_t character : cell) quoted.append(character == u'"' ? 2 : 1, character);
+    return quoted + u"\"";
 }
 
 }  // namespace
@@ -69,8 +81,10 @@ std::vector<std::vector<Text>> chart_table(const ChartData& data) {
 Text tab_separated(const std::vector<std::vector<Text>>& table) {
     Text text;
     for (const std::vector<Text>& row : table) {
-        for (const Text& cell : row) text.append(cell).push_back(u'\t');
-        text.pop_back();
+        for (std::size_t column = 0; column < row.size(); ++column) {
+            if (column > 0) text += u'\t';
+            text += spreadsheet_cell(row[column], column == 0);
+        }
         text.append(u"\r\n");
     }
     return text;

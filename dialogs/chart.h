@@ -58,6 +58,8 @@ struct ChartData {
     std::vector<ChartSeries> series;
     /// How many rows were asked for; more than there are labels when they were too many.
     std::int32_t rows_asked = 0;
+    /// Rows among them that the grid hides from its user; they are not in `rows_asked`.
+    std::int32_t hidden_rows = 0;
     /// Why there is nothing, for the user; empty when the grid was read.
     base::Text failure;
 };
@@ -77,8 +79,8 @@ base::Text on_one_line(base::Text text);
 /// The numbers as a table, its headings first.
 std::vector<std::vector<base::Text>> chart_table(const ChartData& data);
 
-/// The table as spreadsheets take it: cells apart by tabs, rows by CR LF. Its texts are one line
-/// each.
+/// The table as spreadsheets take it: cells apart by tabs, rows by CR LF. A cell with a quote,
+/// a tab or a line end is quoted; an apostrophe keeps texts from being taken for formulas.
 base::Text tab_separated(const std::vector<std::vector<base::Text>>& table);
 
 /// What a chart is, for somebody who does not see it: kind, rows, each series with its smallest and

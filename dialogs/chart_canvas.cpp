@@ -158,10 +158,11 @@ void ChartCanvas::fill(const std::vector<Outline>& outlines, std::size_t series,
     for (const Outline& outline : outlines) add_line(edges, closed(outline), pixel());
 }
 
-void ChartCanvas::draw_series_line(const std::vector<Outline>& paths, std::size_t series) {
+void ChartCanvas::draw_series_line(const std::vector<Outline>& paths, std::size_t series,
+                                   bool has_dashes) {
     drawing::Drawing& lines = add_layer(series_colour(series));
     const double width = std::max(2 * pixel(), em() / 8);
-    const std::vector<double> dashes = dashes_of(series, em());
+    const std::vector<double> dashes = has_dashes ? dashes_of(series, em()) : std::vector<double>();
     for (const Outline& path : paths) {
         if (dashes.empty()) {
             add_line(lines, path, width);
@@ -179,7 +180,8 @@ void ChartCanvas::mark(const std::vector<Place>& places, std::size_t series) {
 void ChartCanvas::draw_key(Place middle, std::size_t series, bool as_line) {
     if (as_line) {
         const double half = em() * 0.8;
-        draw_series_line({{{middle.x - half, middle.y}, {middle.x + half, middle.y}}}, series);
+        draw_series_line({{{middle.x - half, middle.y}, {middle.x + half, middle.y}}}, series,
+                         true);
         mark({middle}, series);
     } else {
         const double half = em() * 0.4;

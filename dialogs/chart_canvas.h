@@ -49,7 +49,8 @@ class ChartCanvas {
     /// One area after another in a series' colour and pattern, with an edge where it is not a
     /// sliver.
     void fill(const std::vector<drawing::Outline>& outlines, std::size_t series, bool has_edges);
-    void draw_series_line(const std::vector<drawing::Outline>& paths, std::size_t series);
+    void draw_series_line(const std::vector<drawing::Outline>& paths, std::size_t series,
+                          bool has_dashes);
     void mark(const std::vector<drawing::Place>& places, std::size_t series);
     /// What stands for a series in a legend: a line with its mark, or a filled square.
     void draw_key(drawing::Place middle, std::size_t series, bool as_line);

@@ -12,6 +12,7 @@ namespace tavrix::dialogs {
 namespace {
 
 using base::Text;
+using base::TextView;
 using base::Value;
 
 struct TextOfValue {
@@ -54,6 +55,10 @@ class OptionalMember {
             return std::nullopt;
         }
     }
+    bool is_zero_for(std::int32_t number) {
+        const std::optional<Value> value = get(std::array{number});
+        return value && number_of(*value) == 0.0;
+    }
     bool is_true_for(std::int32_t number) {
         const std::optional<Value> value = get(std::array{number});
         if (!value) return false;
@@ -66,6 +71,24 @@ class OptionalMember {
     const char16_t* name_;
     bool is_there_ = true;
 };
+
+/// What grids, and hosts' own run-time libraries, say of a row that is not there.
+bool is_subscript_error(base::ErrorNumber number) noexcept {
+    constexpr std::uint32_t of_controls = 0x800A0000;
+    constexpr std::uint32_t numbers[] = {9, 381, 30009, 30010};
+    return std::ranges::any_of(numbers, [&](std::uint32_t each) {
+        return static_cast<std::uint32_t>(number) == of_controls + each;
+    });
+}
+
+/// To what may be read of a cell at all.
+void cut(Text& text) {
+    constexpr std::size_t longest_cell = 4000;
+    if (text.size() <= longest_cell) return;
+    text.resize(longest_cell);
+    // Not between the halves of a character.
+    if ((text.back() & 0xFC00) == 0xD800) text.pop_back();
+}
 
 class Reader {
   public:
@@ -81,13 +104,10 @@ class Reader {
             data_.failure = u"Wskazanej kolumny nie ma w tabeli.";
             return std::move(data_);
         }
-        try {
-            read_headings();
-            read_rows();
-        } catch (const base::AutomationError&) {
-            // A grid that ends before it said so.
-            if (data_.labels.empty()) throw;
-        }
+        read_headings();
+        read_rows();
+        // Not one cell.
+        if (refusal_ && !has_answered_) throw *refusal_;
         return std::move(data_);
     }
 
@@ -113,13 +133,14 @@ class Reader {
         };
         if (is_column(record_.column)) series_columns_.push_back(record_.column);
         OptionalMember hidden(grid_, u"ColHidden");
+        OptionalMember width(grid_, u"ColWidth");
         const auto checks =
             static_cast<std::int32_t>(std::min<std::size_t>(record_.checks.size(), 1000));
         for (std::int32_t column = 0; column < checks; ++column) {
             if (series_columns_.size() == most_chart_series) return;
             if (record_.checks[static_cast<std::size_t>(column)] != u'1' || !is_column(column) ||
                 column == record_.column || (has_labels_ && column == record_.x3) ||
-                hidden.is_true_for(column)) {
+                hidden.is_true_for(column) || width.is_zero_for(column)) {
                 continue;
             }
             series_columns_.push_back(column);
@@ -142,25 +163,48 @@ class Reader {
 
     void read_rows() {
         OptionalMember subtotal(grid_, u"IsSubtotal");
+        OptionalMember hidden(grid_, u"RowHidden");
+        OptionalMember height(grid_, u"RowHeight");
         const std::int32_t count = std::min(data_.rows_asked, most_chart_rows);
         for (std::int32_t row = first_; row - first_ < count; ++row) {
             if (subtotal.is_true_for(row)) {
                 --data_.rows_asked;
+            } else if (hidden.is_true_for(row) || height.is_zero_for(row)) {
+                --data_.rows_asked;
+                ++data_.hidden_rows;
             } else {
                 read_row(row);
+                if (has_ended()) return drop_rows(refused_rows_);
             }
         }
     }
 
-    // All of the row or nothing of it.
     void read_row(std::int32_t row) {
-        Text label = has_labels_ ? text_at(row, record_.x3) : numbered(row);
-        std::vector<Value> cells;
-        for (const std::int32_t column : series_columns_) cells.push_back(cell(row, column));
-        data_.labels.push_back(std::move(label));
-        for (std::size_t i = 0; i < cells.size(); ++i) {
-            data_.series[i].values.push_back(number_of(cells[i]));
-            data_.series[i].texts.push_back(std::visit(TextOfValue{}, cells[i]));
+        const int refused_before = refused_cells_;
+        data_.labels.push_back(has_labels_ ? text_at(row, record_.x3) : numbered(row));
+        for (std::size_t i = 0; i < series_columns_.size(); ++i) {
+            const Value value = cell(row, series_columns_[i]);
+            data_.series[i].values.push_back(number_of(value));
+            data_.series[i].texts.push_back(std::visit(TextOfValue{}, value));
+        }
+        const auto asked = static_cast<int>(series_columns_.size()) + (has_labels_ ? 1 : 0);
+        const bool is_refused = refused_cells_ - refused_before == asked;
+        refused_rows_ = is_refused ? refused_rows_ + 1 : 0;
+    }
+
+    /// A grid may have fewer rows than it says.
+    bool has_ended() const {
+        constexpr std::size_t most_refused_rows = 5;
+        return refused_rows_ == most_refused_rows ||
+               (refused_rows_ > 0 && is_subscript_error(refusal_->number()));
+    }
+
+    void drop_rows(std::size_t count) {
+        const std::size_t kept = data_.labels.size() - count;
+        data_.labels.resize(kept);
+        for (ChartSeries& series : data_.series) {
+            series.values.resize(kept);
+            series.texts.resize(kept);
         }
     }
 
@@ -169,8 +213,18 @@ class Reader {
         return record_.text.empty() ? number : on_one_line(record_.text) + u" " + number;
     }
 
+    /// A cell that the grid does not give is a missing one.
     Value cell(std::int32_t row, std::int32_t column) {
-        return grid_.get(u"TextMatrix", std::array{row, column});
+        try {
+            Value value = grid_.get(u"TextMatrix", std::array{row, column});
+            if (Text* const text = std::get_if<Text>(&value)) cut(*text);
+            has_answered_ = true;
+            return value;
+        } catch (const base::AutomationError& error) {
+            ++refused_cells_;
+            refusal_ = error;
+            return {};
+        }
     }
     Text text_at(std::int32_t row, std::int32_t column) {
         return std::visit(TextOfValue{}, cell(row, column));
@@ -185,7 +239,18 @@ class Reader {
     std::int32_t last_ = 0;
     bool has_labels_ = false;
     std::vector<std::int32_t> series_columns_;
+    bool has_answered_ = false;
+    std::optional<base::AutomationError> refusal_;
+    int refused_cells_ = 0;
+    /// One behind the other, up to the last one that was read.
+    std::size_t refused_rows_ = 0;
 };
+
+ChartData failed(TextView why) {
+    ChartData data;
+    data.failure = u"Nie można odczytać tabeli programu: " + on_one_line(Text(why));
+    return data;
+}
 
 }  // namespace
 
@@ -193,9 +258,11 @@ ChartData read_chart_data(ports::HostObject& grid, const ChartRecord& record) {
     try {
         return Reader(grid, record).read();
     } catch (const base::AutomationError& error) {
-        ChartData data;
-        data.failure = u"Nie można odczytać tabeli programu: " + on_one_line(error.description());
-        return data;
+        return failed(error.description());
+    } catch (const std::bad_alloc&) {
+        return failed(u"brakuje pamięci");
+    } catch (const std::exception&) {
+        return failed(u"błąd wewnętrzny");
     }
 }
 

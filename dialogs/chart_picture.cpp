@@ -1,9 +1,11 @@
 #include "dialogs/chart_picture.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "dialogs/chart_axis.h"
 #include "dialogs/chart_canvas.h"
+#include "dialogs/grid_numbers.h"
 
 namespace tavrix::dialogs {
 namespace {
@@ -51,12 +53,24 @@ void draw_legend(ChartCanvas& canvas, const Chart& chart, ChartArea& area) {
 /// How many rows are not there, below everything else.
 void draw_note(ChartCanvas& canvas, const ChartData& data, ChartArea& area) {
     const auto shown = static_cast<std::int32_t>(data.labels.size());
-    if (shown >= data.rows_asked) return;
-    const Text note = u"Pokazano " + polish_number(shown, 0) + u" z " +
-                      polish_number(data.rows_asked, 0) + u" wierszy";
+    Text note;
+    if (shown < data.rows_asked) {
+        note = u"Pokazano " + polish_number(shown, 0) + u" z " + polish_number(data.rows_asked, 0) +
+               u" wierszy";
+    }
+    if (data.hidden_rows > 0) {
+        note += (note.empty() ? u"" : u". ") + Text(u"Pominięte wiersze ukryte w tabeli: ") +
+                polish_number(data.hidden_rows, 0);
+    }
+    if (note.empty()) return;
     canvas.write(canvas.cut(note, area.width()),
                  {area.right, area.bottom - canvas.line_height() / 2}, drawing::Alignment::right);
     area.bottom -= canvas.line_height() + canvas.gap();
+}
+
+/// Neither endless, nor too large to be divided into an axis.
+bool can_be_drawn(const std::optional<double>& value) {
+    return !value || std::fabs(*value) < largest_amount;
 }
 
 Text why_there_is_no_chart(const ChartData& data) {
@@ -72,6 +86,16 @@ Text why_there_is_no_chart(const ChartData& data) {
 }  // namespace
 
 drawing::Picture draw_chart(const Chart& chart, const ChartLook& look) {
+    for (const ChartSeries& series : chart.data.series) {
+        if (std::ranges::all_of(series.values, can_be_drawn)) continue;
+        Chart drawn = chart;
+        for (ChartSeries& its_series : drawn.data.series) {
+            for (auto& value : its_series.values) {
+                if (!can_be_drawn(value)) value.reset();
+            }
+        }
+        return draw_chart(drawn, look);
+    }
     ChartCanvas canvas(look);
     ChartArea area{canvas.em(), canvas.em(), look.width_twips - canvas.em(),
                    look.height_twips - canvas.em()};

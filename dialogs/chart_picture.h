@@ -20,8 +20,8 @@ struct ChartLook {
     drawing::TextWidth text_width;
 };
 
-/// The chart as a picture of exactly that size. Where there is nothing to draw, or no room for it,
-/// the picture says so.
+/// The chart as a picture of exactly that size, without numbers beyond `largest_amount`. Where
+/// there is nothing to draw, or no room for it, the picture says so.
 drawing::Picture draw_chart(const Chart& chart, const ChartLook& look);
 
 }  // namespace tavrix::dialogs

@@ -193,6 +193,10 @@ class Plot {
         // Thinner than this, edges and patterns would be all there is.
         const bool has_edges = bar_width() >= 5 * canvas_.pixel();
         for (std::size_t series = 0; series < data_.series.size(); ++series) {
+            if (bar_width() < canvas_.pixel()) {
+                canvas_.fill(pixel_bars(series), series, false);
+                continue;
+            }
             std::vector<Outline> bars;
             for (std::size_t row = 0; row < row_count(); ++row) {
                 if (!data_.series[series].values[row]) continue;
@@ -208,6 +212,33 @@ class Plot {
             }
             canvas_.fill(bars, series, has_edges);
         }
+    }
+
+    /// Bars thinner than a pixel: in each pixel's column one as high and as deep as all of them.
+    std::vector<Outline> pixel_bars(std::size_t series) const {
+        std::vector<Outline> bars;
+        double left = 0;
+        double top = 0;
+        double bottom = 0;
+        const auto add = [&] {
+            if (bottom > top) {
+                bars.push_back(drawing::rectangle(left, top, left + canvas_.pixel(), bottom));
+            }
+        };
+        for (std::size_t row = 0; row < row_count(); ++row) {
+            if (!data_.series[series].values[row]) continue;
+            const Place at = bar_top(series, row);
+            const double column = std::floor(at.x / canvas_.pixel()) * canvas_.pixel();
+            if (column != left) {
+                add();
+                left = column;
+                top = bottom = base_line();
+            }
+            top = std::min(top, at.y);
+            bottom = std::max(bottom, at.y);
+        }
+        add();
+        return bars;
     }
 
     Place point(std::size_t series, std::size_t row) const {
@@ -233,7 +264,8 @@ class Plot {
                 }
                 path = with_two_points_a_pixel(path);
             }
-            canvas_.draw_series_line(paths, series);
+            // A line that turns within each dash shows no pattern.
+            canvas_.draw_series_line(paths, series, slot() >= canvas_.em() / 2);
             canvas_.mark(marked, series);
         }
     }

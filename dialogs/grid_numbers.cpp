@@ -13,8 +13,8 @@ using base::TextView;
 constexpr TextView blanks = u" \t\u00A0\u2007\u2009\u202F";
 constexpr TextView minus_signs = u"-\u2212\u2013";
 constexpr TextView separators = u" \u00A0\u2007\u2009\u202F'\u2019.,";
-constexpr TextView units[] = {u"zł", u"pln", u"eur", u"usd", u"€", u"$", u"%"};
-constexpr double largest_amount = 1e28;
+constexpr TextView units[] = {u"zł.", u"zł", u"pln", u"eur", u"usd", u"chf",
+                              u"gbp", u"€",  u"$",   u"£",   u"%"};
 
 bool is_one_of(char16_t character, TextView characters) noexcept {
     return characters.find(character) != TextView::npos;
@@ -100,7 +100,21 @@ std::optional<std::string> ungrouped(TextView whole) {
     return digits;
 }
 
+/// Takes off "E+15" or "E-05", which programs put behind large and small numbers.
+std::string take_power_of_ten(TextView& text) {
+    const std::size_t place = text.find_first_of(u"Ee");
+    if (place == TextView::npos) return {};
+    const TextView power = text.substr(place + 1);
+    if (power.size() < 3 || power.size() > 4 || (power[0] != u'+' && power[0] != u'-') ||
+        !std::ranges::all_of(power.substr(1), is_digit)) {
+        return {};
+    }
+    text = text.substr(0, place);
+    return "e" + std::string(power.begin(), power.end());
+}
+
 std::optional<double> unsigned_number(TextView text) {
+    const std::string power = take_power_of_ten(text);
     const std::size_t decimal = decimal_place(text);
     std::optional<std::string> digits = ungrouped(text.substr(0, decimal));
     if (!digits) return std::nullopt;
@@ -109,6 +123,7 @@ std::optional<double> unsigned_number(TextView text) {
     if (digits->empty() && fraction.empty()) return std::nullopt;
     *digits += '.';
     for (const char16_t digit : fraction) *digits += static_cast<char>(digit);
+    *digits += power;
     double value = 0;
     const char* const end = digits->data() + digits->size();
     const auto [stopped, error] = std::from_chars(digits->data(), end, value);

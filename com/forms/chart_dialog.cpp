@@ -20,6 +20,7 @@ constexpr int chart_buttons[] = {TAVRIX_CHART_TABLE, TAVRIX_CHART_COPY, TAVRIX_C
 // In dialog units.
 constexpr int form_margin = 7;
 constexpr int button_distance = 4;
+constexpr int number_width = 70;
 
 // The template's own widths and the form's margins, in the user's font.
 RECT place_in_form(HWND form, HWND control) noexcept {
@@ -41,7 +42,7 @@ base::Text file_name_of(const dialogs::Chart& chart) {
     constexpr std::size_t longest_name = 80;
     base::Text name = base::remove_characters(chart.title, u"\\/:*?\"<>|\t\r\n");
     name = base::Text(base::trim(name.substr(0, longest_name)));
-    return name.empty() ? u"wykres" : name;
+    return (name.empty() ? u"wykres" : name) + u".png";
 }
 
 /// Empty when the user has changed his mind.
@@ -103,14 +104,6 @@ ChartDialog::ChartDialog(dialogs::Chart chart, const PrinterChooser& choose_prin
 }
 
 void ChartDialog::on_open() {
-    const auto font = reinterpret_cast<HFONT>(SendMessageW(window(), WM_GETFONT, 0, 0));
-    GetObjectW(font, sizeof face_, &face_);
-    const ControlDevice device(window());
-    dots_per_inch_ = GetDeviceCaps(device.get(), LOGPIXELSY);
-    TEXTMETRICW metrics{};
-    GetTextMetricsW(device.get(), &metrics);
-    em_twips_ = static_cast<double>(metrics.tmHeight - metrics.tmInternalLeading) * twips_per_inch /
-                dots_per_inch_;
     if (!base::trim(chart_.title).empty()) {
         SetWindowTextW(window(), windows::wide(chart_.title));
     }
@@ -118,11 +111,28 @@ void ChartDialog::on_open() {
     set_text(TAVRIX_CHART_PICTURE, chart_in_words(chart_));
     make_columns();
     show_table(false);
-    if (!chart_.data.failure.empty()) {
+    if (chart_.data.failure.empty()) {
+        // Or the button that closes would have its frame beside the one with the focus.
+        focus(TAVRIX_CHART_TABLE);
+    } else {
         for (const int id : chart_buttons) EnableWindow(control(id), id == IDCANCEL);
     }
     // After the form is there, so that it knows the size to come back to.
     if (chart_.full_screen) PostMessageW(window(), WM_SYSCOMMAND, SC_MAXIMIZE, 0);
+}
+
+void ChartDialog::read_font() {
+    const auto font = reinterpret_cast<HFONT>(SendMessageW(window(), WM_GETFONT, 0, 0));
+    if (font == font_) return;
+    font_ = font;
+    GetObjectW(font, sizeof face_, &face_);
+    const ControlDevice device(window());
+    dots_per_inch_ = GetDeviceCaps(device.get(), LOGPIXELSY);
+    TEXTMETRICW metrics{};
+    GetTextMetricsW(device.get(), &metrics);
+    em_twips_ = static_cast<double>(metrics.tmHeight - metrics.tmInternalLeading) * twips_per_inch /
+                dots_per_inch_;
+    shown_.reset();
 }
 
 void ChartDialog::make_columns() {
@@ -133,7 +143,7 @@ void ChartDialog::make_columns() {
         column.mask = LVCF_TEXT | LVCF_WIDTH | LVCF_FMT;
         // The first column of a list is always on the left.
         column.fmt = i == 0 ? LVCFMT_LEFT : LVCFMT_RIGHT;
-        column.cx = static_cast<int>(pixels(i == 0 ? 120 : 70, 0).cx);
+        column.cx = static_cast<int>(pixels(i == 0 ? 120 : number_width, 0).cx);
         column.pszText = const_cast<wchar_t*>(windows::wide(table_[0][i]));
         SendMessageW(list, LVM_INSERTCOLUMNW, i, reinterpret_cast<LPARAM>(&column));
     }
@@ -144,10 +154,12 @@ void ChartDialog::make_columns() {
 
 void ChartDialog::show_table(bool shown) {
     const HWND list = control(TAVRIX_CHART_NUMBERS);
+    // What is hidden loses the focus to nobody.
+    if (!shown && GetFocus() == list) focus(TAVRIX_CHART_TABLE);
     ShowWindow(list, shown ? SW_SHOWNA : SW_HIDE);
     ShowWindow(control(TAVRIX_CHART_PICTURE), shown ? SW_HIDE : SW_SHOWNA);
     set_text(TAVRIX_CHART_TABLE, shown ? u"&Wykres" : u"&Tabela");
-    if (shown) SetFocus(list);
+    if (shown) focus(TAVRIX_CHART_NUMBERS);
 }
 
 void ChartDialog::on_command(int id, int notification) {
@@ -229,7 +241,22 @@ void ChartDialog::on_size(int width_px, int height_px) {
                      std::max(0, top - 2 * static_cast<int>(margin.cy)),
                      SWP_NOZORDER | SWP_NOACTIVATE);
     }
+    fill_width();
+    // A window that comes to another screen gets another font.
+    read_font();
     InvalidateRect(control(TAVRIX_CHART_PICTURE), nullptr, FALSE);
+}
+
+/// The table's last column ends where the table does.
+void ChartDialog::fill_width() {
+    const HWND list = control(TAVRIX_CHART_NUMBERS);
+    const int last = static_cast<int>(table_[0].size()) - 1;
+    RECT inside{};
+    GetClientRect(list, &inside);
+    int left = static_cast<int>(inside.right);
+    for (int column = 0; column < last; ++column) left -= ListView_GetColumnWidth(list, column);
+    ListView_SetColumnWidth(list, last,
+                            std::max(left, static_cast<int>(pixels(number_width, 0).cx)));
 }
 
 SIZE ChartDialog::smallest_size() const noexcept {

@@ -24,7 +24,9 @@ class ChartDialog final : public Dialog {
     bool on_key(UINT key) override;
     void on_size(int width_px, int height_px) override;
     SIZE smallest_size() const noexcept override;
+    void read_font();
     void make_columns();
+    void fill_width();
     void show_table(bool shown);
     void tell_cell(NMLVDISPINFOW& asked) const;
     void paint(const DRAWITEMSTRUCT& item);
@@ -41,6 +43,7 @@ class ChartDialog final : public Dialog {
     const PrinterChooser& choose_printer_;
     dialogs::Chart chart_;
     std::vector<std::vector<base::Text>> table_;
+    HFONT font_ = nullptr;
     LOGFONTW face_{};
     int dots_per_inch_ = 96;
     double em_twips_ = 0;

@@ -80,8 +80,11 @@ MetafileHandle metafile_of(const ChartToSend& sent) {
 PictureBitmap bitmap_of(const ChartToSend& sent, int dots_per_inch) {
     const windows::MemoryDevice measuring(CreateCompatibleDC(nullptr));
     const TwipsDevice in_twips(measuring.get(), dots_per_inch, dots_per_inch);
-    GdiText text(measuring.get(), sent.face);
-    return {picture_for(sent, text, static_cast<double>(twips_per_inch) / dots_per_inch), sent.face,
+    LOGFONTW face = sent.face;
+    // Smoothed for this screen's own stripes, letters have coloured edges anywhere else.
+    face.lfQuality = ANTIALIASED_QUALITY;
+    GdiText text(measuring.get(), face);
+    return {picture_for(sent, text, static_cast<double>(twips_per_inch) / dots_per_inch), face,
             dots_per_inch};
 }
 
@@ -101,6 +104,70 @@ GlobalMemory bitmap_for_clipboard(const PictureBitmap& bitmap) {
         rows.insert(rows.end(), bytes.begin(), bytes.end());
     }
     return global_copy({{reinterpret_cast<const std::uint8_t*>(&header), sizeof header}, rows});
+}
+
+/// A file that is written beside its place, which keeps what it has until the new one is whole.
+class FileBeside {
+  public:
+    explicit FileBeside(const base::Text& path)
+        : path_(path), beside_(path + u"." + base::to_decimal(GetCurrentProcessId()) + u".tmp") {}
+    ~FileBeside() { DeleteFileW(windows::wide(beside_)); }
+    FileBeside(const FileBeside&) = delete;
+    FileBeside& operator=(const FileBeside&) = delete;
+
+    const base::Text& path() const noexcept { return beside_; }
+    void keep() const {
+        if (!MoveFileExW(windows::wide(beside_), windows::wide(path_), MOVEFILE_REPLACE_EXISTING)) {
+            throw_last_error(u"MoveFileEx");
+        }
+    }
+
+  private:
+    base::Text path_;
+    base::Text beside_;
+};
+
+/// The picture codecs have errors of their own, for which most systems have no words.
+void check_codec(HRESULT code) {
+    constexpr base::TextView source = u"PNG";
+    constexpr int facility_of_codecs = 0x898;
+    if (FAILED(code) && HRESULT_FACILITY(code) == facility_of_codecs) {
+        throw base::AutomationError(static_cast<base::ErrorNumber>(code), base::Text(source),
+                                    code == WINCODEC_ERR_STREAMWRITE
+                                        ? u"Pliku nie można zapisać do końca."
+                                        : u"Ten system nie potrafi zapisać obrazu PNG.");
+    }
+    check(code, source);
+}
+
+/// The file is whole and closed when this returns.
+void write_png(const PictureBitmap& bitmap, const base::Text& path) {
+    ComPointer<IWICImagingFactory> factory;
+    check_codec(CoCreateInstance(CLSID_WICImagingFactory, nullptr, CLSCTX_INPROC_SERVER,
+                                 __uuidof(IWICImagingFactory), factory.out_void()));
+    ComPointer<IWICStream> stream;
+    check_codec(factory->CreateStream(stream.out()));
+    check_codec(stream->InitializeFromFilename(windows::wide(path), GENERIC_WRITE));
+    ComPointer<IWICBitmapEncoder> encoder;
+    check_codec(factory->CreateEncoder(GUID_ContainerFormatPng, nullptr, encoder.out()));
+    check_codec(encoder->Initialize(stream.get(), WICBitmapEncoderNoCache));
+    ComPointer<IWICBitmapFrameEncode> frame;
+    check_codec(encoder->CreateNewFrame(frame.out(), nullptr));
+    check_codec(frame->Initialize(nullptr));
+    const auto width = static_cast<UINT>(bitmap.width_px());
+    const auto height = static_cast<UINT>(bitmap.height_px());
+    check_codec(frame->SetSize(width, height));
+    check_codec(frame->SetResolution(file_dots_per_inch, file_dots_per_inch));
+    // The encoder may say that it only takes another one; PNG has none with an unused byte.
+    ComPointer<IWICBitmap> pixels;
+    check_codec(factory->CreateBitmapFromMemory(
+        width, height, GUID_WICPixelFormat32bppBGR, width * 4, width * height * 4,
+        const_cast<BYTE*>(bitmap.bytes().data()), pixels.out()));
+    WICPixelFormatGUID format = GUID_WICPixelFormat24bppBGR;
+    check_codec(frame->SetPixelFormat(&format));
+    check_codec(frame->WriteSource(pixels.get(), nullptr));
+    check_codec(frame->Commit());
+    check_codec(encoder->Commit());
 }
 
 using PrinterHandle = windows::Owned<HANDLE, ClosePrinter>;
@@ -135,6 +202,16 @@ PrinterDevice open_printer(const base::Text& name, bool is_wide) {
     return device;
 }
 
+/// What a printing function answers. False when the user called it off: a printer that writes
+/// files asks for a name first.
+bool goes_on(int answer, base::TextView source) {
+    if (answer > 0) return true;
+    const DWORD error = GetLastError();
+    if (error == ERROR_CANCELLED || error == ERROR_PRINT_CANCELLED) return false;
+    SetLastError(error);
+    throw_last_error(source);
+}
+
 /// A document on a printer that is abandoned unless it was ended.
 class PrintedDocument {
   public:
@@ -142,8 +219,7 @@ class PrintedDocument {
         DOCINFOW document{};
         document.cbSize = sizeof document;
         document.lpszDocName = windows::wide(title);
-        if (StartDocW(printer_, &document) <= 0) throw_last_error(u"StartDoc");
-        is_open_ = true;
+        is_open_ = goes_on(StartDocW(printer_, &document), u"StartDoc");
     }
     ~PrintedDocument() {
         if (is_open_) AbortDoc(printer_);
@@ -151,10 +227,8 @@ class PrintedDocument {
     PrintedDocument(const PrintedDocument&) = delete;
     PrintedDocument& operator=(const PrintedDocument&) = delete;
 
-    void end() {
-        if (EndDoc(printer_) <= 0) throw_last_error(u"EndDoc");
-        is_open_ = false;
-    }
+    bool is_open() const noexcept { return is_open_; }
+    void end() { is_open_ = !goes_on(EndDoc(printer_), u"EndDoc"); }
 
   private:
     HDC printer_;
@@ -174,36 +248,9 @@ bool copy_chart(const ChartToSend& sent, HWND owner) {
 }
 
 void save_chart(const ChartToSend& sent, const base::Text& path) {
-    constexpr base::TextView source = u"PNG";
-    const PictureBitmap bitmap = bitmap_of(sent, file_dots_per_inch);
-    ComPointer<IWICImagingFactory> factory;
-    check(CoCreateInstance(CLSID_WICImagingFactory, nullptr, CLSCTX_INPROC_SERVER,
-                           __uuidof(IWICImagingFactory), factory.out_void()),
-          source);
-    ComPointer<IWICStream> stream;
-    check(factory->CreateStream(stream.out()), source);
-    check(stream->InitializeFromFilename(windows::wide(path), GENERIC_WRITE), source);
-    ComPointer<IWICBitmapEncoder> encoder;
-    check(factory->CreateEncoder(GUID_ContainerFormatPng, nullptr, encoder.out()), source);
-    check(encoder->Initialize(stream.get(), WICBitmapEncoderNoCache), source);
-    ComPointer<IWICBitmapFrameEncode> frame;
-    check(encoder->CreateNewFrame(frame.out(), nullptr), source);
-    check(frame->Initialize(nullptr), source);
-    const auto width = static_cast<UINT>(bitmap.width_px());
-    const auto height = static_cast<UINT>(bitmap.height_px());
-    check(frame->SetSize(width, height), source);
-    check(frame->SetResolution(file_dots_per_inch, file_dots_per_inch), source);
-    // The encoder may say that it only takes another one; PNG has none with an unused byte.
-    ComPointer<IWICBitmap> pixels;
-    check(factory->CreateBitmapFromMemory(width, height, GUID_WICPixelFormat32bppBGR, width * 4,
-                                          width * height * 4,
-                                          const_cast<BYTE*>(bitmap.bytes().data()), pixels.out()),
-          source);
-    WICPixelFormatGUID format = GUID_WICPixelFormat24bppBGR;
-    check(frame->SetPixelFormat(&format), source);
-    check(frame->WriteSource(pixels.get(), nullptr), source);
-    check(frame->Commit(), source);
-    check(encoder->Commit(), source);
+    const FileBeside file(path);
+    write_png(bitmap_of(sent, file_dots_per_inch), file.path());
+    file.keep();
 }
 
 void print_chart(const ChartToSend& sent, const base::Text& printer_name) {
@@ -215,16 +262,21 @@ void print_chart(const ChartToSend& sent, const base::Text& printer_name) {
     const double paper_height = GetDeviceCaps(printer, VERTRES) / y_dots * twips_per_inch;
     const double scale = std::min(paper_width / sent.width_twips, paper_height / sent.height_twips);
     PrintedDocument document(printer, sent.chart.title.empty() ? u"Wykres" : sent.chart.title);
-    if (StartPage(printer) <= 0) throw_last_error(u"StartPage");
+    if (!document.is_open() || !goes_on(StartPage(printer), u"StartPage")) return;
     {
         const TwipsDevice in_twips(printer, x_dots, y_dots);
+        const auto half_of_the_rest = [&](double paper, double chart, double dots) {
+            return static_cast<int>(
+                std::lround((paper - chart * scale) / 2 * dots / twips_per_inch));
+        };
+        SetViewportOrgEx(printer, half_of_the_rest(paper_width, sent.width_twips, x_dots),
+                         half_of_the_rest(paper_height, sent.height_twips, y_dots), nullptr);
         GdiText text(printer, sent.face);
         // Thinner lines than a quarter of a millimetre are lost on some printers.
         constexpr double quarter_of_a_millimetre = twips_per_inch / 25.4 / 4;
         draw(printer, picture_for(sent, text, quarter_of_a_millimetre, scale), text);
     }
-    if (EndPage(printer) <= 0) throw_last_error(u"EndPage");
-    document.end();
+    if (goes_on(EndPage(printer), u"EndPage")) document.end();
 }
 
 }  // namespace tavrix::com

@@ -21,11 +21,13 @@ struct ChartToSend {
 /// the window in whose name. False when another program keeps the clipboard to itself.
 bool copy_chart(const ChartToSend& sent, HWND owner);
 
-/// A PNG file at twice the resolution of the screen, written over what is at `path`.
+/// A PNG file at twice the resolution of the screen, in the place of what is at `path`, which stays
+/// until the new one is whole.
 void save_chart(const ChartToSend& sent, const base::Text& path);
 
 /// One page on the printer of that name, lengthwise where the chart is, as large as the paper
-/// allows with the proportions of the screen. What the printer refuses in the middle is abandoned.
+/// allows with the proportions of the screen, in its middle. What the printer refuses is abandoned;
+/// what the user calls off as well, but is no failure.
 void print_chart(const ChartToSend& sent, const base::Text& printer_name);
 
 }  // namespace tavrix::com

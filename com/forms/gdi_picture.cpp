@@ -66,14 +66,15 @@ void GdiText::draw(const drawing::Label& label) {
 }
 
 void draw_layers(HDC device, const drawing::Picture& picture) {
-    const windows::Selected brush(device, GetStockObject(DC_BRUSH));
     const windows::Selected pen(device, GetStockObject(NULL_PEN));
     const RECT whole = {0, 0, picture.width_twips, picture.height_twips};
     const windows::GdiBrush paper(CreateSolidBrush(picture.paper));
     FillRect(device, &whole, paper.get());
     std::vector<POINT> points;
     for (const drawing::Drawing& layer : picture.layers) {
-        SetDCBrushColor(device, layer.colour());
+        // A metafile does not record the colour of the device's own brush.
+        const windows::GdiBrush ink(CreateSolidBrush(layer.colour()));
+        const windows::Selected brush(device, ink.get());
         layer.for_each_polygon([&](std::span<const drawing::PointTwips> polygon) {
             points.clear();
             for (const drawing::PointTwips point : polygon) {

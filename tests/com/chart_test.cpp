@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <set>
 
 #include "com/forms/chart_output.h"
 #include "com/forms/identifiers.h"
@@ -38,6 +39,19 @@ class ChartForm : public testing::Test {
     }
 };
 
+int CALLBACK note_brush(HDC, HANDLETABLE*, const ENHMETARECORD* record, int, LPARAM colours) {
+    if (record->iType == EMR_CREATEBRUSHINDIRECT) {
+        reinterpret_cast<std::set<COLORREF>*>(colours)->insert(
+            reinterpret_cast<const EMRCREATEBRUSHINDIRECT*>(record)->lb.lbColor);
+    } else if (record->iType == EMR_SELECTOBJECT) {
+        constexpr DWORD stock_object = 0x80000000;
+        EXPECT_NE(reinterpret_cast<const EMRSELECTOBJECT*>(record)->ihObject,
+                  stock_object | DC_BRUSH)
+            << "its colour is not recorded";
+    }
+    return TRUE;
+}
+
 base::Text clipboard_text() {
     OpenClipboard(nullptr);
     const HANDLE memory = GetClipboardData(CF_UNICODETEXT);
@@ -46,8 +60,11 @@ base::Text clipboard_text() {
     GlobalUnlock(memory);
     EXPECT_NE(GetClipboardData(CF_DIB), nullptr);
     ENHMETAHEADER header{};
-    GetEnhMetaFileHeader(static_cast<HENHMETAFILE>(GetClipboardData(CF_ENHMETAFILE)), sizeof header,
-                         &header);
+    const auto metafile = static_cast<HENHMETAFILE>(GetClipboardData(CF_ENHMETAFILE));
+    GetEnhMetaFileHeader(metafile, sizeof header, &header);
+    std::set<COLORREF> colours;
+    EnumEnhMetaFile(nullptr, metafile, &note_brush, &colours, nullptr);
+    EXPECT_TRUE(colours.contains(0xB27200)) << "the bars";
     EXPECT_GT(header.nRecords, 20u);
     EXPECT_GT(header.rclFrame.right, 5000) << "five centimetres at least";
     CloseClipboard();
@@ -61,9 +78,9 @@ TEST_F(ChartForm, ShowsTheHostsGridAndGivesItsNumbersAway) {
         expect_texts(form, {{TAVRIX_CHART_PICTURE,
                              u"Wykres słupkowy, wiersze: 2. Kwota: od -2 do 1\u00A0000,5."}});
         expect_readable_layout(form);
-        EXPECT_EQ(grid->lookups, 5) << "each name once; TextMatrix was asked for six times";
+        EXPECT_EQ(grid->lookups, 7) << "each name once; TextMatrix was asked for six times";
         chart(host_grid);
-        EXPECT_EQ(grid->lookups, 5) << "a second call reads nothing";
+        EXPECT_EQ(grid->lookups, 7) << "a second call reads nothing";
         EXPECT_EQ(open_forms(), std::vector<HWND>{form});
     };
     const auto look_at_table = [](HWND form) {
@@ -118,11 +135,17 @@ TEST_F(ChartForm, BecomesAFileOrSaysWhyNot) {
     file.close();
     EXPECT_EQ(bytes.substr(12, 12), std::string("IHDR\0\0\3\x20\0\0\2\x58", 12)) << "800 x 600";
     std::filesystem::remove(std::filesystem::path(path));
+    const std::filesystem::path folder(path);
+    std::filesystem::create_directory(folder);
     const std::function<void()> impossible[] = {
-        [&] { com::save_chart(sent, u"Q:\\nowhere\\x.png"); },
+        [&] { com::save_chart(sent, path); }, [&] { com::save_chart(sent, u"Q:\\nowhere\\x.png"); },
         [&] { com::print_chart(sent, u"Drukarka, której nie ma"); }};
     for (const auto& send : impossible) {
         EXPECT_THROW(send(), base::AutomationError) << &send - impossible;
+    }
+    std::filesystem::remove(folder);
+    for (const auto& beside : std::filesystem::directory_iterator(folder.parent_path())) {
+        EXPECT_FALSE(beside.path().u16string().starts_with(path)) << "nothing unfinished stays";
     }
 }
 

@@ -32,6 +32,10 @@ TEST(GridNumbers, AreReadAsPolesWriteThem) {
         {u"(1 200,00) PLN", -1200},
         {u"-5 zł", -5},
         {u"$ -5", -5},
+        {u"12,50 zł.", 12.5},
+        {u"£ 1,5E+15", 1.5e15},
+        {u"-2E-05", -2e-5},
+        {u"9E+30", {}},
         {u"9999999999999999999999999999", {}},
         {u"", {}},
         {u"-", {}},
@@ -110,6 +114,13 @@ TEST(ChartDataTest, TakesTheRowsAndColumnsThatTheHostAskedFor) {
     EXPECT_EQ(read({.column = 9, .x1 = 1, .x2 = 1, .checks = u"11111111"}),
               "Miesiąc|Kwota|Uwagi|/I|1 000,5|pilne|/");
     EXPECT_EQ(read({.column = 9}), "Wskazanej kolumny nie ma w tabeli.");
+    grid.refused_column = 1;
+    EXPECT_EQ(read({.column = 1}), "Miesiąc|Kwota|/I||/II||/III|-2|/") << "one cell refuses";
+    grid.hidden_row = 1;
+    grid.flat_row = 2;
+    EXPECT_EQ(read({.column = 1}), "Miesiąc|Kwota|/III|-2|/");
+    EXPECT_EQ(read_chart_data(grid, {.column = 1}).hidden_rows, 2);
+    grid.hidden_row = grid.flat_row = 0;
     const ChartData data = read_chart_data(grid, {.column = 3, .x1 = 1, .x2 = 2});
     EXPECT_EQ(data.series[0].values, (std::vector<std::optional<double>>{std::nullopt, 5.0}));
 }
@@ -141,6 +152,8 @@ TEST(ChartDataTest, IsCopiedAsASpreadsheetTakesIt) {
     FakeGrid grid{{{u"a\tb", u"c"}, {u"d\r\ne", u"1"}}};
     EXPECT_EQ(tab_separated(chart_table(read_chart_data(grid, {.column = 1}))),
               u"a b\tc\r\nd  e\t1\r\n");
+    EXPECT_EQ(tab_separated({{}, {u"=A1", u"+5", u"@x"}, {u"18\" \"b\"", u"\"=c\td\""}}),
+              u"\r\n'=A1\t+5\t'@x\r\n\"18\"\" \"\"b\"\"\"\t\"\"\"=c\td\"\"\"\r\n");
     EXPECT_EQ(chart_kind(u" LINIOWY"), ChartKind::lines);
     EXPECT_EQ(chart_kind(u"Kołowy"), ChartKind::pie);
     EXPECT_EQ(chart_kind(u"KOLOWY"), ChartKind::pie);

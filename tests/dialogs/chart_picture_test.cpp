@@ -113,9 +113,10 @@ TEST(ChartPicture, PiesMakeAHundredPercentAndRefuseWhatHasNoShare) {
 }
 
 TEST(ChartPicture, IsWholeWhateverTheNumbersAndTheSize) {
-    const Values odd[] = {{5.0, 5.0, 5.0},     {-5.0, -5.0},     {0.0},
-                          {9e27, -9e27},       {1e-300, 2e-300}, {1e15, 1e15 + 1},
-                          {std::nullopt, 3.0}, Values(3000, 7.5)};
+    const Values odd[] = {
+        {5.0, 5.0, 5.0},     {-5.0, -5.0},      {0.0},
+        {9e27, -9e27},       {1e-300, 2e-300},  {1e15, 1e15 + 1},
+        {std::nullopt, 3.0}, Values(3000, 7.5), {HUGE_VAL, 1e300, std::nan(""), 2.0}};
     for (const Values& values : odd) {
         for (const ChartKind kind : {ChartKind::bars, ChartKind::lines, ChartKind::pie}) {
             for (const auto& [width, height] :
@@ -142,7 +143,9 @@ TEST(ChartPicture, IsWholeWhateverTheNumbersAndTheSize) {
     EXPECT_TRUE(says(draw_chart(chart_of(ChartKind::bars, {{}}), look_of(400, 400)), u"wierszy"));
     Chart many = chart_of(ChartKind::lines, {Values(10, 1.0)});
     many.data.rows_asked = 12345;
-    EXPECT_TRUE(says(draw_chart(many, look_of(400, 400)), u"Pokazano 10 z 12\u00A0345 wierszy"));
+    many.data.hidden_rows = 7;
+    EXPECT_TRUE(says(draw_chart(many, look_of(600, 400)),
+                     u"Pokazano 10 z 12\u00A0345 wierszy. Pominięte wiersze ukryte w tabeli: 7"));
 }
 
 TEST(ChartPicture, BecomesPixelsInItsColours) {
@@ -154,6 +157,20 @@ TEST(ChartPicture, BecomesPixelsInItsColours) {
         coloured += pixels.at(x, 300) == first_colour;
     EXPECT_NEAR(coloured, 255, 60) << "one of two bars on four fifths of the plot";
     EXPECT_EQ(pixels.at(0, 0), 0xFFFFFFu);
+}
+
+TEST(ChartPicture, IsSeenAndSoonDrawnWhereRowsAreThinnerThanPixels) {
+    Values up_and_down(5000);
+    for (std::size_t i = 0; i < up_and_down.size(); ++i) up_and_down[i] = i % 2 == 0 ? 1.0 : -1.0;
+    for (const ChartKind kind : {ChartKind::bars, ChartKind::lines}) {
+        const Picture picture =
+            draw_chart(chart_of(kind, std::vector<Values>(12, up_and_down)), look_of(800, 500));
+        std::size_t polygons = 0;
+        for (const drawing::Drawing& layer : picture.layers) polygons += layer.sizes().size();
+        EXPECT_LT(polygons, 12u * 800 * 4) << static_cast<int>(kind);
+        const drawing::Pixels pixels = drawing::to_pixels(picture, 1 / 60.0);
+        for (const int y : {50, 88}) EXPECT_EQ(pixels.at(100, y), 0x005ED5u) << y;
+    }
 }
 
 }  // namespace

@@ -27,6 +27,10 @@ class FakeGrid final : public ports::HostObject {
             if (!subtotals.empty()) return subtotals.contains(arguments[0]);
         }
         if (member == u"ColHidden" && hidden_column) return arguments[0] == *hidden_column;
+        if (member == u"RowHidden" && hidden_row) return arguments[0] == *hidden_row;
+        if (member == u"RowHeight" && flat_row) {
+            return std::int64_t{arguments[0] == *flat_row ? 0 : 240};
+        }
         refuse(u"brak " + base::Text(member));
     }
 
@@ -34,6 +38,9 @@ class FakeGrid final : public ports::HostObject {
     std::optional<base::Value> rows;
     std::set<std::int32_t> subtotals;
     std::optional<std::int32_t> hidden_column;
+    std::optional<std::int32_t> hidden_row;
+    std::optional<std::int32_t> flat_row;
+    std::optional<std::int32_t> refused_column;
     bool is_matrix_there = true;
     bool repeats_last_row = false;
     int asked_for_subtotals = 0;
@@ -43,6 +50,7 @@ class FakeGrid final : public ports::HostObject {
         throw base::AutomationError(base::ErrorNumber::component_failed, u"grid", why);
     }
     base::Value cell(std::int32_t row, std::int32_t column) const {
+        if (column == refused_column && row == 1) refuse(u"Type mismatch");
         auto place = static_cast<std::size_t>(row);
         if (repeats_last_row) place = std::min(place, cells.size() - 1);
         if (place >= cells.size()) refuse(u"Subscript out of range");
