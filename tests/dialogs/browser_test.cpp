@@ -20,7 +20,9 @@ TEST(SelectOnly, TakesOneStatementThatReads) {
 ~select [update], "into", N'it''s; exec', "d""x" from [a]]b] -- drop table t
 where x=1~/* a /* delete */ b */ select case when a=1 then 2 else 3 end from t
 ~select a from t order by a offset 5 rows fetch next 10 rows only~select 1e5, 0x1F, 1.5, updated, @@version from t with (nolock)
-~select * from a inner merge join b on a.i=b.i option (merge union))";
+~select * from a inner merge join b on a.i=b.i option (merge union)
+~(select 1) union select {ts '2026-11-22 10:00:00'}~select throw, t.receive from d.s.t t where conversation=1~select a.b.c*1.5, d..e from d.[s].t
+)";
     for (const base::Text& sql : base::split(taken, u'~')) {
         EXPECT_FALSE(refusal_of(base::trim(sql))) << base::to_utf8(sql);
     }
@@ -31,7 +33,7 @@ TEST(SelectOnly, RefusesWhatDoesMoreAndShowsTheWord) {
     constexpr base::TextView refused =
         u"|delete| from t~select 1 |delete| t~select 1|;|select 2"
         u"~select 1 |select| 2~select a |into| b from t~with x as (select 1 a) |delete| x~||~||-- x"
-        u"~with x as (select 1 a) select max(a) |select| 2~|exec| sp_who~|(|select 1)~select 1 |)|"
+        u"~with x as (select 1 a) select max(a) |select| 2~|exec| sp_who~|(|exec p)~select 1 |)|"
         u"~select * from |openrowset|('x','delete t')~select * from |OpenQuery|(s,'delete t')"
         u"~select |next| value for n~select * from t with (|tablockx|)~select 1 |waitfor| delay '1'"
         u"~select '''' |update| t set a=1~select 1 /* -- */ |drop| table t -- */~select 1 |{|call "
@@ -40,7 +42,9 @@ TEST(SelectOnly, RefusesWhatDoesMoreAndShowsTheWord) {
         u"~select |0xdel|ete t~select £|into| t~select 1\u00A0|drop|\u3000table t~select 1 "
         u"|'|delete"
         u"~select 1 |/*| /* */ delete t~select 1 --|\r|delete t~select 1 |\uFF44|elete t"
-        u"~select 1 |merge| t using u on 1=1~select 1 |commit|";
+        u"~select 1 |merge| t using u on 1=1~select 1 |commit|~select * from |srv|.db.dbo.t"
+        u"~select * from |[a.b]| . \"d\" /**/ .. t~select * from |srv|.db.\u6570\u636e.t"
+        u"~select a x |receive| * from q~select * from sys.|[fn_trace_gettable]|('x', 1)";
     for (const base::Text& marked : base::split(refused, u'~')) {
         const std::size_t begin = marked.find(u'|');
         const auto refusal = refusal_of(base::remove_characters(marked, u"|"));
@@ -77,7 +81,12 @@ TEST(ConnectionText, EntriesBecomeDatabases) {
          u"b2|s9|Provider=SQLOLEDB;Integrated Security=SSPI;Initial Catalog=b2;Data Source=s9"},
         {u"a;\"b", u"Data Source=s;", u"", u"a;\"b|s|Data Source=s;Initial Catalog=\"a;\"\"b\""},
         {u"a;}b", u"Driver={x};Server=s", u"", u"a;}b|s|Driver={x};Server=s;Database={a;}}b}"},
-        {u"b2", u"DSN=firma", u"s9", u"b2|s9|DSN=firma;Database=b2"}};
+        {u"b2", u"DSN=firma", u"s9", u"b2|s9|DSN=firma;Database=b2"},
+        {u"b2", u"Provider=MSDASQL.1;Extended Properties=\"DRIVER=x;SERVER=s1\"", u"s9",
+         u"b2|s1|Provider=MSDASQL.1;Extended Properties=\"DRIVER=x;SERVER=s1\";Initial Catalog=b2"},
+        {u"b2", u"File Name=x.udl", u"s9", u"b2|s9|File Name=x.udl;Initial Catalog=b2"},
+        {u"b2", u"Initial Catalog=a;Server=s;Database='x;y' ;A=1;Database=c", u"",
+         u"b2|s|Initial Catalog=b2;Server=s;A=1;"}};
     for (const auto& [entry, connection, server, expected] : cases) {
         EXPECT_EQ(listed(1, entry, connection, server), expected);
     }
@@ -91,12 +100,16 @@ TEST(ConnectionText, PasswordsAreHidden) {
         {u" PWD = \"a;\"\"b\" ; Jet OLEDB:Database Password='x;y'",
          u" PWD = *** ; Jet OLEDB:Database Password=***"},
         {u"Pwd={a;}}b};Server=s", u"Pwd=***;Server=s"},
-        {u"Password=\"no end;x", u"Password=***;x"},
+        {u"Password=\"no end;x", u"Password=***"},
+        {u"Extended Properties=\"DRIVER=x;PWD=a;UID='b\";Client Secret\u00A0=b",
+         u"Extended Properties=\"DRIVER=x;PWD=***;UID='b\";Client Secret\u00A0=***"},
+        {u"P='a=\"NewPwd=x''y\"';Q=R=Pwd=z", u"P='a=\"NewPwd=***\"';Q=R=Pwd=***"},
         {u"App={x;Password=a", u"App={x;Password=***"},
         {u"Password=;password=b", u"Password=***;password=***"}};
     for (const auto& [text, expected] : cases) EXPECT_EQ(without_passwords(text), expected);
-    EXPECT_EQ(words_without_passwords(u"Login failed: 'a}b'", u"Pwd={a}}b};Password="),
-              u"Login failed: '***'");
+    EXPECT_EQ(words_without_passwords(u"Login failed: 'a}b', {a}}b}, zzz",
+                                      u"Pwd={a}}b};Password=;X='Token=zz;Pwd=zzz'"),
+              u"Login failed: '***', ***, ***");
 }
 
 TEST(ConnectionText, IsSplitWhereJoiningGivesItBack) {
