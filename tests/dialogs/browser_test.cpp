@@ -132,7 +132,7 @@ TEST(ConnectionText, IsSplitWhereJoiningGivesItBack) {
 /// and the one whose answer does not come.
 struct FakeServer {
     std::string told, fails, silent, step;
-    std::size_t rows = 3;
+    std::size_t rows = 3, nulls = 1, most_at_once = 0;
 };
 
 struct FakeQuery final : ports::QueryConnection {
@@ -145,18 +145,22 @@ struct FakeQuery final : ports::QueryConnection {
     }
     void open(const base::SecretText&) override { hear("open"); }
     bool done() override { return server.step != server.silent; }
+    void set_up() override { hear("set"); }
     void begin_transaction() override { hear("begin"); }
     void execute(base::TextView, std::size_t) override { hear("execute"); }
-    std::vector<Text> columns() override { return {u"nazwa", u""}; }
+    std::vector<Text> columns() override {
+        return server.rows == 0 ? std::vector<Text>() : std::vector<Text>{u"nazwa", u""};
+    }
     std::vector<std::vector<ports::Value>> rows(std::size_t count) override {
         hear("rows");
+        server.most_at_once = std::max(server.most_at_once, count);
         std::vector<std::vector<ports::Value>> page;
         for (; page.size() < count && given < server.rows; ++given)
-            page.push_back({std::int64_t(given), {}});
+            page.emplace_back(1 + server.nulls)[0] = std::int64_t(given);
         return page;
     }
     void cancel() noexcept override { server.told += (server.step = "cancel") + " "; }
-    void roll_back() noexcept override { server.told += "rollback "; }
+    void roll_back() noexcept override { server.told += (server.step = "rollback") + " "; }
     void close() noexcept override { server.told += "close "; }
 
     FakeServer& server;
@@ -191,16 +195,22 @@ TEST_F(BrowserSessionTest, EveryQueryIsCancelledRolledBackAndClosed) {
         std::string told;
         Text status;
     } cases[] = {
-        {"", "", 0, "open begin execute rows rows cancel rollback close ", u"Liczba wierszy: 3."},
+        {"", "", 0, "open set begin execute rows rows cancel rollback close ",
+         u"Liczba wierszy: 3."},
         {"open", "", 0, "open cancel close ", u"Nie udało się połączyć z serwerem."},
-        {"begin", "", 0, "open begin cancel rollback close ", u"Serwer nie wykonał zapytania."},
-        {"rows", "", 0, "open begin execute rows cancel rollback close ",
+        {"begin", "", 0, "open set begin cancel rollback close ", u"Serwer nie wykonał zapytania."},
+        {"rows", "", 0, "open set begin execute rows cancel rollback close ",
          u"Nie udało się odczytać wszystkich wierszy."},
         {"", "open", 200, "open cancel close ", u"Serwer nie odpowiada."},
-        {"", "execute", 400, "open begin execute cancel rollback close ",
+        {"", "set", 100, "open set cancel close ", u"Serwer nie odpowiada."},
+        {"", "begin", 100, "open set begin cancel rollback close ", u"Serwer nie odpowiada."},
+        {"", "rollback", 50, "open set begin execute rows rows cancel rollback ",
+         u"Liczba wierszy: 3."},
+        {"", "execute", 400, "open set begin execute cancel rollback close ",
          u"Zapytanie trwało za długo i zostało przerwane."},
         // The connection is dropped as it is.
-        {"execute", "cancel", 50, "open begin execute cancel ", u"Serwer nie wykonał zapytania."}};
+        {"execute", "cancel", 50, "open set begin execute cancel ",
+         u"Serwer nie wykonał zapytania."}};
     for (const auto& [fails, silent, least_ticks, told, status] : cases) {
         server = {"", fails, silent, ""};
         BrowserSession session = make_session();
@@ -221,10 +231,13 @@ TEST_F(BrowserSessionTest, TheUserCanStopItAndTheWindowCanGo) {
         go_on(session, 5);
         server.told.clear();
         EXPECT_EQ(stops && session.stop(), stops);
-        if (stops) go_on(session);
+        if (stops) {
+            EXPECT_TRUE(session.status() == u"Przerywam…" && !session.stop());
+            go_on(session);
+        }
         EXPECT_EQ(session.status(), stops ? u"Przerwano." : u"Wykonuję zapytanie…");
     }
-    EXPECT_EQ(server.told, "cancel rollback close gone");
+    EXPECT_EQ(server.told, "cancel rollback gone");
 }
 
 TEST_F(BrowserSessionTest, PagesOfRowsUpToTheLimit) {
@@ -243,10 +256,29 @@ TEST_F(BrowserSessionTest, PagesOfRowsUpToTheLimit) {
     session.show_previous_page();
     EXPECT_EQ(session.page_start(), 200u);
     EXPECT_TRUE(session.run(0, u"delete t") && !session.is_busy());
+    session.connect(1);
+    EXPECT_EQ(session.status(), u"Wybierz bazę z listy.");
+    server.rows = 0;
+    session.run(0, u"select 1");
+    go_on(session);
+    EXPECT_EQ(session.status(), u"Zapytanie nie daje żadnych wierszy.");
+}
+
+// Empty cells take memory too.
+TEST_F(BrowserSessionTest, WideRowsAreTakenFewAtATimeUpToTheLimit) {
+    server.rows = 1000;
+    server.nulls = 2000;
+    BrowserSession session = make_session();
+    session.run(0, u"select 1");
+    go_on(session);
+    EXPECT_TRUE(session.result().is_cut);
+    EXPECT_LT(server.most_at_once, 50u);
+    EXPECT_EQ(session.whole_row(0), u"nazwa: 0\nkolumna 2: NULL\n");
 }
 
 TEST(CellText, IsForPeopleAndExact) {
-    EXPECT_EQ(cell_text(0.1), u"0,1");
+    EXPECT_TRUE(cell_text(0.1) == u"0,1" && cell_text(-0.0) == u"0");
+    EXPECT_EQ(cell_text(Text(3999, u'x') + u"\xD83D\xDE00"), Text(3999, u'x') + u"…");
     EXPECT_EQ(cell_text(base::Bytes(33, 0)), u"0x" + Text(64, u'0') + u"…");
     EXPECT_EQ(cell_text(Text(4001, u'x')), Text(4000, u'x') + u"…");
     EXPECT_EQ(one_line(u"a\r\nb\nc\td"), u"a¶b¶c d");
