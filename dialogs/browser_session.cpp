@@ -23,30 +23,40 @@ BrowserSession::BrowserSession(std::vector<ListedDatabase> databases,
     if (databases_.empty()) status_ = u"Na liście nie ma żadnej bazy danych.";
 }
 
+bool BrowserSession::has_database(std::size_t database) {
+    if (database < databases_.size()) return true;
+    if (!databases_.empty()) status_ = u"Wybierz bazę z listy.";
+    return false;
+}
+
 void BrowserSession::connect(std::size_t database) {
-    if (run_.is_busy() || database >= databases_.size()) return;
+    if (run_.is_busy() || !has_database(database)) return;
     database_ = database;
+    asked_to_stop_ = false;
     status_ = u"Łączę się z " + database_words(databases_[database]) + u"…";
     page_start_ = 0;
     run_.test(databases_[database].connection);
 }
 
 std::optional<Refusal> BrowserSession::run(std::size_t database, base::TextView sql) {
-    if (run_.is_busy() || database >= databases_.size()) return std::nullopt;
+    if (run_.is_busy() || !has_database(database)) return std::nullopt;
     if (auto refusal = refusal_of(sql)) {
         status_ = refusal->words;
         return refusal;
     }
     database_ = database;
+    asked_to_stop_ = false;
     status_ = u"Wykonuję zapytanie…";
     page_start_ = 0;
     run_.run(databases_[database].connection, sql);
     return std::nullopt;
 }
 
-bool BrowserSession::stop() noexcept {
-    if (!run_.is_busy()) return false;
+bool BrowserSession::stop() {
+    if (!can_stop()) return false;
+    asked_to_stop_ = true;
     run_.cancel();
+    status_ = u"Przerywam…";
     return true;
 }
 
@@ -105,13 +115,16 @@ std::optional<Text> BrowserSession::cell(std::size_t row, std::size_t column) co
 }
 
 Text BrowserSession::whole_row(std::size_t row) const {
+    constexpr std::size_t longest_row = 64'000;
     Text text;
     if (row >= page_rows()) return text;
     const auto& cells = result().rows[page_start_ + row];
-    for (std::size_t column = 0; column < cells.size(); ++column) {
+    const std::size_t columns = std::min(cells.size(), result().columns.size());
+    for (std::size_t column = 0; column < columns && text.size() <= longest_row; ++column) {
         text += column_title(column) + u": " + cells[column].value_or(u"NULL") + u"\n";
     }
-    return text;
+    if (text.size() <= longest_row) return text;
+    return Text(cut_whole(text, longest_row)) + u"…";
 }
 
 Text BrowserSession::column_title(std::size_t column) const {

@@ -16,13 +16,16 @@ class BrowserSession {
                    ports::Clock& clock);
 
     const std::vector<ListedDatabase>& databases() const noexcept { return databases_; }
+    /// False also tells the user to choose one.
+    bool has_database(std::size_t database);
 
     /// Tries to connect with one of the databases.
     void connect(std::size_t database);
     /// Runs a query on it, unless that does more than read: then it says why, and nothing runs.
     std::optional<Refusal> run(std::size_t database, base::TextView sql);
-    /// Ends what is under way; false when there was nothing.
-    bool stop() noexcept;
+    /// Ends what is under way; false when there was nothing, or it was asked to end before.
+    bool stop();
+    bool can_stop() const noexcept { return run_.is_busy() && !asked_to_stop_; }
     /// To be called every few hundredths of a second while busy. True when the status or the rows
     /// are new.
     bool go_on();
@@ -45,7 +48,7 @@ class BrowserSession {
     base::Text page_text() const;
     /// One cell of the page, in one line; nothing for null or none.
     std::optional<base::Text> cell(std::size_t row, std::size_t column) const;
-    /// A row of the page with everything that is in it, a line for each column.
+    /// A row of the page with what is in it, a line for each column. A very long one ends with "…".
     base::Text whole_row(std::size_t row) const;
 
     /// The name of a column, or its number where it has none.
@@ -58,6 +61,7 @@ class BrowserSession {
     QueryRun run_;
     std::size_t database_ = 0;
     std::size_t page_start_ = 0;
+    bool asked_to_stop_ = false;
     base::Text status_;
 };
 

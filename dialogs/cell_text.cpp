@@ -17,13 +17,14 @@ struct CellText {
     Text operator()(double value) const {
         // The shortest digits that are this number and no other.
         char digits[40];
-        const auto written = std::to_chars(std::begin(digits), std::end(digits), value);
+        const auto written =
+            std::to_chars(std::begin(digits), std::end(digits), value == 0 ? 0.0 : value);
         std::replace(digits, written.ptr, '.', ',');
         return Text(digits, written.ptr);
     }
     Text operator()(const Text& value) const {
         if (value.size() <= longest_cell) return value;
-        return value.substr(0, longest_cell) + u"…";
+        return Text(cut_whole(value, longest_cell)) + u"…";
     }
     Text operator()(const base::Bytes& value) const {
         constexpr char16_t hexadecimal[] = u"0123456789ABCDEF";
@@ -40,6 +41,12 @@ struct CellText {
 };
 
 }  // namespace
+
+base::TextView cut_whole(base::TextView text, std::size_t most) {
+    if (text.size() <= most) return text;
+    const char16_t last = text[most - 1];
+    return text.substr(0, last >= 0xD800 && last < 0xDC00 ? most - 1 : most);
+}
 
 std::optional<Text> cell_text(const ports::Value& value) {
     if (std::holds_alternative<std::monostate>(value)) return std::nullopt;

@@ -18,8 +18,8 @@ namespace tavrix::dialogs {
 std::optional<base::SecretText> value_of_key(base::TextView connection,
                                              std::span<const base::TextView> keys);
 
-/// The text with "***" for the value of every key that is a password's: Pwd, Password, and whatever
-/// ends so ("Database Password").
+/// The text with "***" for the value of every key that ends like a password's ("Database Password",
+/// "NewPwd", "Client Secret", "Access Token"), also in texts that are the values of other keys.
 base::Text without_passwords(base::TextView connection);
 /// What somebody else said, with "***" for every password of the connection that it repeats.
 base::Text words_without_passwords(base::Text words, base::TextView connection);

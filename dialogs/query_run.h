@@ -23,16 +23,21 @@ struct QueryResult {
 class QueryRun {
   public:
     static constexpr std::chrono::seconds connecting_limit{20};
+    /// Each of the statements before the query.
+    static constexpr std::chrono::seconds preparing_limit{10};
     static constexpr std::chrono::seconds running_limit{40};
     /// How long a cancelled query may take to end before its connection is dropped.
     static constexpr std::chrono::seconds stopping_limit{5};
     static constexpr std::size_t row_limit = 2000;
+    /// Fewer while nobody knows how large they are, or where they are large.
+    static constexpr std::size_t first_rows = 10;
     static constexpr std::size_t rows_at_once = 200;
-    /// UTF-16 units of all the rows together.
-    static constexpr std::size_t text_limit = 8 * 1024 * 1024;
+    static constexpr std::size_t block_limit = std::size_t{1} << 20;
+    /// Bytes of all the rows together, their cells and what is in them.
+    static constexpr std::size_t memory_limit = std::size_t{32} << 20;
 
     enum class Outcome { none, connected, rows, cancelled, failed };
-    enum class Stage { idle, connecting, running, reading, stopping };
+    enum class Stage { idle, connecting, setting_up, beginning, running, reading, stopping };
 
     QueryRun(ports::MakeQueryConnection make, ports::Clock& clock)
         : make_(std::move(make)), clock_(clock) {}
@@ -58,15 +63,17 @@ class QueryRun {
     const QueryResult& result() const noexcept { return result_; }
 
   private:
-    void begin(const base::SecretText& connection) noexcept;
+    void begin(const base::SecretText& connection, base::TextView sql) noexcept;
     template <typename Action>
     void guarded(Action action) noexcept;
     void step();
     void go_on_connecting();
+    void go_on_preparing();
     void go_on_running();
     void read_rows();
     void go_on_stopping();
     bool has_ended() noexcept;
+    bool begins_to_roll_back() noexcept;
     void let_go(bool ended) noexcept;
     void stop(Outcome outcome) noexcept;
     void fail(base::TextView sentence, base::Text providers_words) noexcept;
@@ -82,7 +89,8 @@ class QueryRun {
     Outcome outcome_ = Outcome::none;
     std::chrono::milliseconds deadline_{0};
     bool in_transaction_ = false;
-    std::size_t units_read_ = 0;
+    std::size_t bytes_read_ = 0;
+    std::size_t rows_wanted_ = first_rows;
     base::Text failure_;
     QueryResult result_;
 };

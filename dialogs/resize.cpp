@@ -1,9 +1,19 @@
 #include "dialogs/resize.h"
 
 #include <algorithm>
+#include <cmath>
 #include <new>
+#include <utility>
 
 namespace tavrix::dialogs {
+namespace {
+
+bool has_room(FormSize size) noexcept {
+    return std::isfinite(size.width) && std::isfinite(size.height) && size.width > 0 &&
+           size.height > 0;
+}
+
+}  // namespace
 
 Resize::Resize(FormSize first, FormSize smallest,
                std::vector<std::unique_ptr<ResizedControl>> controls)
@@ -12,7 +22,7 @@ Resize::Resize(FormSize first, FormSize smallest,
         try {
             const ControlPlace place = control->place();
             const std::optional<double> font_size = control->font_size();
-            controls_.push_back({std::move(control), place, font_size});
+            controls_.push_back({std::move(control), place, font_size, false});
         } catch (const std::bad_alloc&) {
             throw;
         } catch (...) {
@@ -22,23 +32,41 @@ Resize::Resize(FormSize first, FormSize smallest,
 }
 
 void Resize::fit(FormSize form) noexcept {
-    if (form.width <= 0 || form.height <= 0 || first_.width <= 0 || first_.height <= 0) return;
+    // Controls that fit themselves again each time would go on for ever.
+    constexpr int most_rounds = 4;
+    if (!has_room(form) || !has_room(first_)) return;
+    newest_ = form;
+    if (std::exchange(is_fitting_, true)) return;
+    FormSize fitted;
+    for (int round = 0; round < most_rounds && newest_ != fitted; ++round) {
+        fitted = newest_;
+        fit_controls(fitted);
+    }
+    std::erase_if(controls_, [](const Remembered& remembered) { return remembered.refuses; });
+    is_fitting_ = false;
+}
+
+void Resize::fit_controls(FormSize form) noexcept {
+    constexpr double smallest_letters = 1;
+    constexpr double largest_letters = 2160;
     const double across = std::max(form.width, smallest_.width) / first_.width;
     const double down = std::max(form.height, smallest_.height) / first_.height;
-    std::erase_if(controls_, [&](Remembered& remembered) {
+    for (Remembered& remembered : controls_) {
+        if (remembered.refuses) continue;
         const ControlPlace& place = remembered.place;
         try {
             // Letters first: some controls make themselves as high as theirs.
             if (remembered.font_size) {
-                remembered.control->set_font_size(*remembered.font_size * std::min(across, down));
+                remembered.control->set_font_size(
+                    std::clamp(*remembered.font_size * std::min(across, down), smallest_letters,
+                               largest_letters));
             }
             remembered.control->move(
                 {place.left * across, place.top * down, place.width * across, place.height * down});
-            return false;
         } catch (...) {
-            return true;
+            remembered.refuses = true;
         }
-    });
+    }
 }
 
 }  // namespace tavrix::dialogs

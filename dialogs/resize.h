@@ -9,6 +9,7 @@ namespace tavrix::dialogs {
 struct FormSize {
     double width = 0;
     double height = 0;
+    bool operator==(const FormSize&) const = default;
 };
 
 /// In its form's units, whichever those are.
@@ -41,7 +42,8 @@ class Resize {
            std::vector<std::unique_ptr<ResizedControl>> controls);
 
     /// Fits the controls to the form's new size. A minimised form, which has none, changes nothing;
-    /// a control that refuses once is left alone from then on.
+    /// a control that refuses once is left alone from then on. A
+    /// control's move may tell the form its size again: that one is fitted when this is done.
     void fit(FormSize form) noexcept;
 
   private:
@@ -49,11 +51,15 @@ class Resize {
         std::unique_ptr<ResizedControl> control;
         ControlPlace place;
         std::optional<double> font_size;
+        bool refuses;
     };
+    void fit_controls(FormSize form) noexcept;
 
     FormSize first_;
     FormSize smallest_;
     std::vector<Remembered> controls_;
+    FormSize newest_;
+    bool is_fitting_ = false;
 };
 
 }  // namespace tavrix::dialogs

@@ -1,6 +1,7 @@
 #include "dialogs/select_only.h"
 
 #include <algorithm>
+#include <span>
 #include <vector>
 
 namespace tavrix::dialogs {
@@ -175,42 +176,43 @@ class QueryScanner {
 
 // Words that begin a statement or belong to one that does not only read, and hints that keep others
 // out of what is read. ELSE, END, FETCH and MERGE have a meaning in queries too.
-constexpr TextView refused_words[] = {u"add",          u"alter",
-                                      u"backup",       u"begin",
-                                      u"break",        u"bulk",
-                                      u"checkpoint",   u"close",
-                                      u"commit",       u"continue",
-                                      u"conversation", u"create",
-                                      u"dbcc",         u"deallocate",
-                                      u"declare",      u"delete",
-                                      u"deny",         u"drop",
-                                      u"dump",         u"exec",
-                                      u"execute",      u"exit",
-                                      u"fetch",        u"goto",
-                                      u"grant",        u"holdlock",
-                                      u"if",           u"insert",
-                                      u"into",         u"kill",
-                                      u"lineno",       u"load",
-                                      u"merge",        u"open",
-                                      u"openquery",    u"opendatasource",
-                                      u"openrowset",   u"paglock",
-                                      u"print",        u"proc",
-                                      u"procedure",    u"raiserror",
-                                      u"readtext",     u"receive",
-                                      u"reconfigure",  u"repeatableread",
-                                      u"restore",      u"return",
-                                      u"revert",       u"revoke",
-                                      u"rollback",     u"save",
-                                      u"serializable", u"set",
-                                      u"setuser",      u"shutdown",
-                                      u"tablock",      u"tablockx",
-                                      u"throw",        u"tran",
-                                      u"transaction",  u"trigger",
-                                      u"truncate",     u"update",
-                                      u"updatetext",   u"updlock",
-                                      u"use",          u"waitfor",
-                                      u"while",        u"writetext",
-                                      u"xlock"};
+constexpr TextView refused_words[] = {
+    u"add",        u"alter",       u"backup",         u"begin",
+    u"break",      u"bulk",        u"checkpoint",     u"close",
+    u"commit",     u"continue",    u"create",         u"dbcc",
+    u"deallocate", u"declare",     u"delete",         u"deny",
+    u"drop",       u"dump",        u"exec",           u"execute",
+    u"exit",       u"fetch",       u"goto",           u"grant",
+    u"holdlock",   u"if",          u"insert",         u"into",
+    u"kill",       u"lineno",      u"load",           u"merge",
+    u"open",       u"openquery",   u"opendatasource", u"openrowset",
+    u"paglock",    u"print",       u"proc",           u"procedure",
+    u"raiserror",  u"readtext",    u"reconfigure",    u"repeatableread",
+    u"restore",    u"return",      u"revert",         u"revoke",
+    u"rollback",   u"save",        u"serializable",   u"set",
+    u"setuser",    u"shutdown",    u"tablock",        u"tablockx",
+    u"tran",       u"transaction", u"trigger",        u"truncate",
+    u"update",     u"updatetext",  u"updlock",        u"use",
+    u"waitfor",    u"while",       u"writetext",      u"xlock"};
+
+// Ordinary names too, where no statement can begin.
+constexpr TextView words_of_statements[] = {u"conversation", u"receive", u"throw"};
+constexpr TextView words_before_names[] = {
+    u"select", u"distinct", u"as", u"by", u"on", u"where", u"and", u"or", u"not", u"when", u"then",
+    u"else",   u"(",        u",",  u".",  u"=",  u"<",     u">",   u"+",  u"-",   u"/",    u"%"};
+constexpr TextView driver_dates[] = {u"d", u"t", u"ts"};
+// They read whatever file of the network's they are told, quoted or not.
+constexpr TextView file_functions[] = {u"fn_trace_gettable", u"fn_get_audit_file",
+                                       u"fn_xe_file_target_read_file"};
+
+bool is_one_of(const QueryToken& token, std::span<const TextView> words) {
+    return std::ranges::any_of(words, [&](TextView word) { return token.is(word); });
+}
+
+// A letter of a script that the scanner gives sign by sign.
+bool is_foreign_sign(const QueryToken& token) {
+    return token.kind == QueryTokenKind::symbol && token.text.front() >= 0x80;
+}
 
 class QueryReader {
   public:
@@ -220,7 +222,10 @@ class QueryReader {
     void require_one_select() {
         drop_semicolons();
         if (tokens_.empty()) throw QueryFault{{u"Wpisz zapytanie SELECT.", 0, 0}};
-        if (!tokens_.front().is(u"select") && !tokens_.front().is(u"with")) {
+        const auto opened = std::ranges::find_if_not(
+            tokens_, [](const QueryToken& token) { return token.is(u"("); });
+        const bool selects = opened != tokens_.end() && opened->is(u"select");
+        if (!selects && !tokens_.front().is(u"with")) {
             refuse_token(0, u"zapytanie zaczyna się od SELECT albo WITH.");
         }
         for (std::size_t i = 0; i < tokens_.size(); ++i) look_at(i);
@@ -238,14 +243,49 @@ class QueryReader {
         if (token.is(u"(")) ++depth_;
         if (token.is(u")") && depth_-- == 0) refuse_token(i, u"nie ma nawiasu otwierającego.");
         if (token.is(u";")) refuse_token(i, u"dozwolone jest tylko jedno zapytanie.");
-        // Escapes of drivers, which call procedures too.
-        if (token.is(u"{")) refuse_token(i, u"takiego znaku zapytanie nie może zawierać.");
+        if (token.is(u"{") && !is_driver_date(i))
+            refuse_token(i, u"takiego znaku zapytanie nie może zawierać.");
+        count_name_parts(i);
+        refuse_file_function(i);
         if (token.kind != QueryTokenKind::word) return;
         if (token.is(u"select")) return look_at_select(i);
         if (token.is(u"next") && is_word(i + 1, u"value")) {
             refuse_token(i, u"numer z sekwencji zużywa się na stałe.");
         }
         if (is_refused(i)) refuse_token(i, u"tu można tylko czytać (SELECT).");
+    }
+
+    // Of the drivers' escapes, which call procedures too, only {d '...'}, {t '...'} and {ts '...'}.
+    bool is_driver_date(std::size_t i) const {
+        return i + 3 < tokens_.size() && is_one_of(tokens_[i + 1], driver_dates) &&
+               tokens_[i + 2].text.front() == u'\'' && tokens_[i + 3].is(u"}");
+    }
+
+    // With three dots the first part is another server, also when a part between them is empty.
+    void count_name_parts(std::size_t i) {
+        const QueryToken& token = tokens_[i];
+        if (token.is(u".")) {
+            if (++dots_ < 3) return;
+            const QueryToken& first = tokens_[name_start_];
+            refuse_query(sql_, first.position, first.text.size(), u"Nazwa " + Text(first.text),
+                         u"czteroczłonowa nazwa sięga na inny serwer.");
+        }
+        const bool goes_on = i > 0 && (is_word(i - 1, u".") || is_foreign_sign(token) ||
+                                       is_foreign_sign(tokens_[i - 1]));
+        const bool is_name =
+            (token.kind != QueryTokenKind::symbol && token.text.front() != u'\'') ||
+            is_foreign_sign(token);
+        if (goes_on && is_name && dots_ > 0) return;
+        dots_ = 0;
+        name_start_ = i;
+    }
+
+    void refuse_file_function(std::size_t i) const {
+        QueryToken name = tokens_[i];
+        if (name.kind == QueryTokenKind::quoted) {
+            name = {QueryTokenKind::word, name.text.substr(1, name.text.size() - 2), 0};
+        }
+        if (is_one_of(name, file_functions)) refuse_token(i, u"ta funkcja czyta pliki z dysku.");
     }
 
     void look_at_select(std::size_t i) {
@@ -268,7 +308,10 @@ class QueryReader {
         if (token.is(u"fetch"))
             return i == 0 || !(is_word(i - 1, u"row") || is_word(i - 1, u"rows"));
         if (token.is(u"merge")) return !is_word(i + 1, u"join") && !is_word(i + 1, u"union");
-        return std::ranges::any_of(refused_words, [&](TextView word) { return token.is(word); });
+        if (is_one_of(token, words_of_statements)) {
+            return i == 0 || !is_one_of(tokens_[i - 1], words_before_names);
+        }
+        return is_one_of(token, refused_words);
     }
 
     bool is_word(std::size_t i, TextView word) const {
@@ -287,6 +330,9 @@ class QueryReader {
     TextView sql_;
     std::vector<QueryToken> tokens_;
     std::size_t depth_ = 0;
+    /// Of the name that token `name_start_` begins.
+    std::size_t dots_ = 0;
+    std::size_t name_start_ = 0;
     bool has_select_ = false;
 };
 

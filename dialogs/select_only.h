@@ -14,10 +14,10 @@ struct Refusal {
 };
 
 /// Nothing when `sql` is one SQL Server statement that only reads: it begins with SELECT or WITH
-/// and no word outside texts, quoted names and comments writes, runs a procedure, reaches another
-/// server, locks what it reads or begins a second statement. SQL Server needs no semicolon between
-/// two statements, so that a second SELECT is only taken behind UNION, EXCEPT, INTERSECT or in
-/// parentheses.
+/// (SELECT also behind parentheses) and no word outside texts, quoted names and comments writes,
+/// runs a procedure, reaches another server, locks what it reads or begins a second statement. SQL
+/// Server needs no semicolon between two statements, so that a second SELECT is only taken behind
+/// UNION, EXCEPT, INTERSECT or in parentheses.
 ///
 /// A fence against slips and tricks, not a right: only a login that may do no more than read is
 /// one.

@@ -216,20 +216,24 @@ bool CInfo::Browse(std::int32_t Ile_baz, const std::vector<base::SecretText>& Ba
                    dialogs::list_databases(Ile_baz, Bazy, connection.view(), Server),
                    ports_.make_query_connection, ports_.clock);
                const auto chosen = ports_.browser_window.show(session);
+               dialogs::SplitConnection split;
+               Text chosen_server = Server;
                if (chosen) {
                    const dialogs::ListedDatabase& database = session.databases().at(*chosen);
-                   dialogs::SplitConnection split =
-                       dialogs::split_connection(database.connection.view());
-                   Server = database.server;
-                   ConnectionStr1 = std::move(split.first);
-                   ConnectionStr2 = std::move(split.second);
+                   connection = database.connection.copy();
+                   split = dialogs::split_connection(connection.view());
+                   chosen_server = database.server;
                }
-               connection = ConnectionStr1.copy();
-               connection += ConnectionStr2.view();
-               ports_.hand_over.browser = {Ile_baz, shown_databases(Bazy),
-                                           dialogs::without_passwords(connection.view()), Server,
-                                           chosen.has_value()};
-               return chosen.has_value();
+               dialogs::BrowserRecord record = {Ile_baz, shown_databases(Bazy),
+                                                dialogs::without_passwords(connection.view()),
+                                                chosen_server, chosen.has_value()};
+               // From here on nothing throws: a call that fails changes no argument.
+               ports_.hand_over.browser = std::move(record);
+               if (!chosen) return false;
+               Server = std::move(chosen_server);
+               ConnectionStr1 = std::move(split.first);
+               ConnectionStr2 = std::move(split.second);
+               return true;
            }) != 0;
 }
 

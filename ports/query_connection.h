@@ -22,18 +22,22 @@ class QueryConnection {
     virtual void open(const base::SecretText& connection) = 0;
     /// True when what was begun last is done; throws when it failed.
     virtual bool done() = 0;
-    /// Begins the transaction that the query runs in, with short waits for what others have locked.
+    /// Begins to ask the server for short waits for what others have locked and for no more of a
+    /// huge value than a window shows.
+    virtual void set_up() = 0;
+    /// Begins to begin the transaction that the query runs in.
     virtual void begin_transaction() = 0;
-    /// Begins to run one query that gives at most `row_limit` rows, one after the other, kept by
-    /// the server.
+    /// Begins to run one query and to fetch at most `row_limit` rows of it.
     virtual void execute(base::TextView sql, std::size_t row_limit) = 0;
-    /// The names of the result's columns; they need not be unique, nor filled.
+    /// The names of the result's columns; they need not be unique, nor filled. None where the
+    /// query gave no rows to read.
     virtual std::vector<base::Text> columns() = 0;
-    /// The next rows, at most `count`; none at the end. Exact numbers come as texts with a decimal
-    /// comma.
+    /// The next of the fetched rows, at most `count`; none at the end. Exact numbers come as texts
+    /// with a decimal comma.
     virtual std::vector<std::vector<Value>> rows(std::size_t count) = 0;
     /// Asks for the end of what is under way; `done` tells when it ended.
     virtual void cancel() noexcept = 0;
+    /// Begins to; not while anything else is under way.
     virtual void roll_back() noexcept = 0;
     virtual void close() noexcept = 0;
 };

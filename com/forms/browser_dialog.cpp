@@ -81,6 +81,7 @@ void BrowserDialog::on_open() {
     const SIZE laid_out = pixels(TAVRIX_BROWSER_WIDTH, TAVRIX_BROWSER_HEIGHT);
     const dialogs::FormSize first = {static_cast<double>(laid_out.cx),
                                      static_cast<double>(laid_out.cy)};
+    if (session_.page_rows() > 0) focus(TAVRIX_BROWSER_ROWS);
     resize_.emplace(first, dialogs::FormSize{first.width / 2, first.height / 2},
                     child_controls(window()));
 }
@@ -115,9 +116,9 @@ void BrowserDialog::on_command(int id, int notification) {
         case IDOK:
             return choose();
         case IDCANCEL:
-            // A running query ends first; its end is shown.
-            if (!session_.stop()) close();
-            return;
+            // A running query ends first, and its end is shown; who asks again does not wait.
+            if (!session_.stop()) return close();
+            return show_status();
         case TAVRIX_BROWSER_CONNECT:
             return connect();
         case TAVRIX_BROWSER_RUN:
@@ -214,7 +215,7 @@ std::size_t BrowserDialog::selected_database() const noexcept {
 
 void BrowserDialog::choose() {
     const std::size_t database = selected_database();
-    if (database >= session_.databases().size()) return;
+    if (!session_.has_database(database)) return show_status();
     chosen_ = database;
     close();
 }
@@ -229,9 +230,10 @@ void BrowserDialog::run_query() {
     const HWND box = control(TAVRIX_BROWSER_QUERY);
     const auto refusal = session_.run(selected_database(), text_of_control(box));
     if (refusal) {
+        // Marks the whole text.
+        focus(TAVRIX_BROWSER_QUERY);
         SendMessageW(box, EM_SETSEL, refusal->position, refusal->position + refusal->length);
         SendMessageW(box, EM_SCROLLCARET, 0, 0);
-        SetFocus(box);
         return show_status();
     }
     SetTimer(window(), query_timer, between_looks_ms, nullptr);
@@ -254,7 +256,7 @@ void BrowserDialog::turn_page(bool forward) {
 
 void BrowserDialog::show_status() {
     set_text(TAVRIX_BROWSER_STATUS, dialogs::with_edit_line_ends(session_.status()));
-    set_text(IDCANCEL, session_.is_busy() ? u"Prz&erwij" : u"&Zamknij");
+    set_text(IDCANCEL, session_.can_stop() ? u"Prz&erwij" : u"&Zamknij");
 }
 
 void BrowserDialog::show_result() {
@@ -285,7 +287,7 @@ void BrowserDialog::show_page() {
         {TAVRIX_BROWSER_NEXT, rows > 0 && session_.has_next_page()}};
     for (const auto& [button, enabled] : buttons) {
         // A button that cannot be pressed any more must not keep the keyboard.
-        if (!enabled && GetFocus() == control(button)) SetFocus(list);
+        if (!enabled && GetFocus() == control(button)) focus(TAVRIX_BROWSER_ROWS);
         EnableWindow(control(button), enabled ? TRUE : FALSE);
     }
     if (rows == 0) return;
@@ -317,7 +319,7 @@ void BrowserDialog::fit_database_columns() noexcept {
     const HWND list = control(TAVRIX_BROWSER_DATABASES);
     RECT room{};
     GetClientRect(list, &room);
-    const int width_px = static_cast<int>(room.right) - GetSystemMetrics(SM_CXVSCROLL);
+    const int width_px = static_cast<int>(room.right);
     SendMessageW(list, LVM_SETCOLUMNWIDTH, 0, width_px / 2);
     SendMessageW(list, LVM_SETCOLUMNWIDTH, 1, width_px - width_px / 2);
 }

@@ -14,10 +14,11 @@ namespace {
 constexpr std::int32_t query_async_connect = 0x10;    // adAsyncConnect
 constexpr std::int32_t query_async_execute = 0x10;    // adAsyncExecute
 constexpr std::int32_t query_text = 1;                // adCmdText
+constexpr std::int32_t query_async_fetch = 0x20;      // adAsyncFetch
 constexpr std::int32_t query_no_records = 0x80;       // adExecuteNoRecords
-constexpr std::int32_t query_forward_only = 0;        // adOpenForwardOnly
+constexpr std::int32_t query_static_rows = 3;         // adOpenStatic
 constexpr std::int32_t query_read_only = 1;           // adLockReadOnly, adModeRead
-constexpr std::int32_t query_use_server = 2;          // adUseServer
+constexpr std::int32_t query_use_client = 3;          // adUseClient
 constexpr std::int32_t query_never_prompt = 4;        // adPromptNever
 constexpr std::int64_t query_state_open = 1;          // adStateOpen
 constexpr std::int64_t query_state_busy = 2 | 4 | 8;  // connecting, executing, fetching
@@ -43,6 +44,16 @@ std::int64_t query_number(const Variant& variant) {
 
 std::int64_t query_state(const LateBound& object) {
     return query_number(object.get(u"State"));
+}
+
+// What is begun does not throw: it leaves its errors here. Warnings have numbers above 0.
+bool has_query_error(const LateBound& connection) {
+    const LateBound errors = connection.object(u"Errors");
+    const auto count = static_cast<std::int32_t>(query_number(errors.get(u"Count")));
+    for (std::int32_t i = 0; i < count; ++i) {
+        if (query_number(errors.object(u"Item", i).get(u"Number")) < 0) return true;
+    }
+    return false;
 }
 
 [[noreturn]] void throw_query_errors(const LateBound& connection) {
@@ -143,11 +154,10 @@ class AdoQuery final : public ports::QueryConnection {
   public:
     ~AdoQuery() override {
         if (!connection_) return;
-        cancel();
+        if (!is_rolling_back_) cancel();
         if (query_is_busy(connection_, rows_)) {
             leave_behind();
         } else {
-            roll_back();
             close();
         }
     }
@@ -170,28 +180,38 @@ class AdoQuery final : public ports::QueryConnection {
     bool done() override {
         const std::int64_t state = query_state(rows_ ? rows_ : connection_);
         if ((state & query_state_busy) != 0) return false;
-        if ((state & query_state_open) == 0) throw_query_errors(connection_);
+        const bool is_open = (state & query_state_open) != 0;
+        // A query without rows leaves them closed. A connection may open with complaints.
+        const bool failed =
+            is_executing_ ? has_query_error(connection_) || (!is_open && !rows_) : !is_open;
+        if (failed) throw_query_errors(connection_);
         return true;
     }
 
-    void begin_transaction() override {
-        connection_.put(u"CommandTimeout", query_setup_timeout_s);
-        connection_.call(u"Execute", u"set xact_abort on set lock_timeout 5000", Variant::missing(),
-                         query_text | query_no_records);
-        in_transaction_ = true;
-        connection_.call(u"BeginTrans");
+    void set_up() override {
+        begin_statement(u"set xact_abort on set lock_timeout 5000 set textsize 65536");
     }
 
+    void begin_transaction() override { begin_statement(u"begin transaction"); }
+
+    // Only rows that ADO itself keeps are fetched while the window goes on; those that the server
+    // keeps are waited for one by one.
     void execute(base::TextView sql, std::size_t row_limit) override {
         connection_.put(u"CommandTimeout", query_run_timeout_s);
+        connection_.object(u"Errors").call(u"Clear");
         rows_ = LateBound::create(u"ADODB.Recordset");
-        rows_.put(u"CursorLocation", query_use_server);
+        rows_.put(u"CursorLocation", query_use_client);
         rows_.put(u"MaxRecords", static_cast<std::int32_t>(row_limit));
-        rows_.call(u"Open", sql, ComPointer<IDispatch>(connection_.dispatch()), query_forward_only,
-                   query_read_only, query_text | query_async_execute);
+        // The first rows, fifty otherwise, are waited for.
+        query_attempt([&] {
+            rows_.object(u"Properties").object(u"Item", u"Initial Fetch Size").put(u"Value", 1);
+        });
+        rows_.call(u"Open", sql, ComPointer<IDispatch>(connection_.dispatch()), query_static_rows,
+                   query_read_only, query_text | query_async_execute | query_async_fetch);
     }
 
     std::vector<base::Text> columns() override {
+        if ((query_state(rows_) & query_state_open) == 0) return {};
         const LateBound fields = rows_.object(u"Fields");
         const auto count = static_cast<std::int32_t>(query_number(fields.get(u"Count")));
         std::vector<base::Text> names;
@@ -214,17 +234,27 @@ class AdoQuery final : public ports::QueryConnection {
     void roll_back() noexcept override {
         if (rows_) query_attempt([&] { rows_.call(u"Close"); });
         rows_ = LateBound();
-        if (!std::exchange(in_transaction_, false)) return;
-        // The server may have done it itself, which is reported as a failure.
-        query_attempt([&] { connection_.call(u"RollbackTrans"); });
+        is_rolling_back_ = true;
+        // The server may have done it itself.
+        query_attempt([&] { begin_statement(u"if @@trancount > 0 rollback transaction"); });
     }
 
     void close() noexcept override {
+        if (rows_) query_attempt([&] { rows_.call(u"Close"); });
+        rows_ = LateBound();
         if (connection_) query_attempt([&] { connection_.call(u"Close"); });
         connection_ = LateBound();
     }
 
   private:
+    void begin_statement(base::TextView sql) {
+        is_executing_ = true;
+        connection_.put(u"CommandTimeout", query_setup_timeout_s);
+        connection_.object(u"Errors").call(u"Clear");
+        connection_.call(u"Execute", sql, Variant::missing(),
+                         query_text | query_no_records | query_async_execute);
+    }
+
     void leave_behind() noexcept {
         constexpr UINT between_looks_ms = 500;
         query_attempt([&] {
@@ -239,7 +269,8 @@ class AdoQuery final : public ports::QueryConnection {
 
     LateBound connection_;
     LateBound rows_;
-    bool in_transaction_ = false;
+    bool is_executing_ = false;
+    bool is_rolling_back_ = false;
 };
 
 }  // namespace

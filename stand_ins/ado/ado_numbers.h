@@ -13,6 +13,7 @@ inline constexpr std::int32_t closed = 0;      // adStateClosed
 inline constexpr std::int32_t open = 1;        // adStateOpen
 inline constexpr std::int32_t connecting = 2;  // adStateConnecting
 inline constexpr std::int32_t executing = 4;   // adStateExecuting
+inline constexpr std::int32_t fetching = 8;    // adStateFetching
 }  // namespace object_state
 
 namespace cursor_location {
@@ -67,6 +68,7 @@ inline constexpr std::int32_t long_binary = 205;  // adLongVarBinary
 
 inline constexpr std::int32_t async_connect = 0x10;       // adAsyncConnect
 inline constexpr std::int32_t async_execute = 0x10;       // adAsyncExecute
+inline constexpr std::int32_t async_fetch = 0x20;         // adAsyncFetch
 inline constexpr std::int32_t execute_no_records = 0x80;  // adExecuteNoRecords
 
 enum class AdoError : std::uint32_t {

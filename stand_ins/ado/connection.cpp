@@ -84,6 +84,14 @@ windows::ComPointer<IDispatch> Connection::Execute(const base::Text& sql,
     return recorded([&]() -> windows::ComPointer<IDispatch> {
         require_free();
         if (is_session_setting(sql)) return {};
+        if (base::equal_case_blind(sql, u"begin transaction")) {
+            BeginTrans();
+            return {};
+        }
+        if (base::equal_case_blind(sql, u"if @@trancount > 0 rollback transaction")) {
+            if (in_transaction_) RollbackTrans();
+            return {};
+        }
         auto rows = std::make_shared<Recordset>();
         if (ports::tsql::translate(base::to_utf8(sql)).is_query) {
             rows->open_on(shared_from_this(), sql);

@@ -31,6 +31,7 @@ Habits habits_in(base::TextView connection_string) {
     if (is(u"Timeouts", u"1")) habits.timeouts = 1;
     habits.never_connects = is(u"Silent", u"connect");
     habits.never_executes = is(u"Silent", u"query");
+    habits.never_fetches = is(u"Silent", u"rows");
     return habits;
 }
 

@@ -33,6 +33,9 @@ struct Habits {
     /// asynchronously, and cancelling it takes a while.
     bool never_connects = false;
     bool never_executes = false;
+    /// "Silent=rows": the first row is there, the others do not come. Who asks for them without
+    /// having them fetched asynchronously waits.
+    bool never_fetches = false;
 };
 
 /// Something asked for asynchronously that never comes.

@@ -78,6 +78,11 @@ void Recordset::Open(const std::optional<base::Text>& sql,
     if (asynchronously && connection_ && habits().never_executes) return executing_.begin();
     if (!asynchronously || !connection_) return open();
     connection_->recorded_later(true, [this] { open(); });
+    const bool fetches = (options.value_or(0) & async_fetch) != 0;
+    // Only the client's cursor engine has a thread for it.
+    if (fetches && rows_ && location_ == cursor_location::client && habits().never_fetches) {
+        fetching_.begin();
+    }
 }
 
 void Recordset::open_on(std::shared_ptr<Connection> connection, const base::Text& sql) {
@@ -206,6 +211,11 @@ bool Recordset::at_beginning() {
     return !on_deleted_ && (empty || position_ < 0);
 }
 
+void Recordset::wait_for_rows() const {
+    constexpr DWORD too_long_ms = 15'000;
+    if (connection_ && habits().never_fetches) Sleep(too_long_ms);
+}
+
 bool Recordset::at_end() {
     const std::int64_t count = row_count();
     return !on_deleted_ && (count == 0 || position_ >= count);
@@ -310,6 +320,7 @@ std::int64_t Recordset::row_count() {
 }
 
 windows::Variant Recordset::GetRows(const std::optional<std::int32_t>& count) {
+    wait_for_rows();
     require_row();
     const std::int64_t left = row_count() - position_;
     const auto given =

@@ -18,7 +18,10 @@ class Recordset : public std::enable_shared_from_this<Recordset> {
               const std::optional<std::int32_t>& cursor, const std::optional<std::int32_t>& lock,
               const std::optional<std::int32_t>& options);
     void Close();
-    void Cancel() { executing_.cancel(); }
+    void Cancel() {
+        executing_.cancel();
+        fetching_.cancel();
+    }
     /// The next rows, at most `count`, and moves behind them: columns, then rows.
     windows::Variant GetRows(const std::optional<std::int32_t>& count);
     void AddNew();
@@ -38,7 +41,8 @@ class Recordset : public std::enable_shared_from_this<Recordset> {
     std::int32_t record_count();
     std::int32_t state() const {
         if (executing_.is_going_on()) return object_state::executing;
-        return rows_ ? object_state::open : object_state::closed;
+        if (!rows_) return object_state::closed;
+        return object_state::open | (fetching_.is_going_on() ? object_state::fetching : 0);
     }
     std::int32_t edit() const { return edit_; }
     base::Text sql() const { return sql_; }
@@ -76,6 +80,7 @@ class Recordset : public std::enable_shared_from_this<Recordset> {
     /// Leaves the current row: an edit of it is finished first.
     void finish_edit();
     void require_row();
+    void wait_for_rows() const;
     std::int64_t row_count();
     /// -1 is before the first row, the number of rows behind the last.
     void go_to(std::int64_t position);
@@ -92,6 +97,7 @@ class Recordset : public std::enable_shared_from_this<Recordset> {
     std::int32_t lock_ = lock_type::read_only;
     std::int32_t most_rows_ = 0;
     SilentWork executing_;
+    SilentWork fetching_;
 };
 
 extern const com::ClassTable recordset_class;

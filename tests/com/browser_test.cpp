@@ -115,10 +115,10 @@ TEST_F(Browser, StaysAliveWhileTheServerIsSilentAndCanBeClosed) {
     // Not the test's own file, which is open anyway.
     const base::Text file = database.path() + u"2";
     const auto is_gone = [&] { return DeleteFileW(windows::wide(file)) != FALSE; };
-    for (const char16_t* silent : {u"connect", u"query"}) {
+    for (const char16_t* silent : {u"connect", u"query", u"rows"}) {
         ASSERT_TRUE(CopyFileW(windows::wide(database.path()), windows::wide(file), FALSE));
         EXPECT_EQ(browse({u"Data Source=" + file + u";Silent=" + silent},
-                         {query(u"select 1"), wait_for(u"Wykonuję"), press(VK_ESCAPE),
+                         {query(u"select 1"), wait_for(u"Wykonuję", 300), press(VK_ESCAPE),
                           wait_for(u"Przerwano."), click(TAVRIX_BROWSER_RUN),
                           wait_for(u"Wykonuję", 300), click_cross()}),
                   "bool 0");

@@ -20,7 +20,9 @@ TEST(SelectOnly, TakesOneStatementThatReads) {
 ~select [update], "into", N'it''s; exec', "d""x" from [a]]b] -- drop table t
 where x=1~/* a /* delete */ b */ select case when a=1 then 2 else 3 end from t
 ~select a from t order by a offset 5 rows fetch next 10 rows only~select 1e5, 0x1F, 1.5, updated, @@version from t with (nolock)
-~select * from a inner merge join b on a.i=b.i option (merge union))";
+~select * from a inner merge join b on a.i=b.i option (merge union)
+~(select 1) union select {ts '2026-11-22 10:00:00'}~select throw, t.receive from d.s.t t where conversation=1~select a.b.c*1.5, d..e from d.[s].t
+)";
     for (const base::Text& sql : base::split(taken, u'~')) {
         EXPECT_FALSE(refusal_of(base::trim(sql))) << base::to_utf8(sql);
     }
@@ -31,7 +33,7 @@ TEST(SelectOnly, RefusesWhatDoesMoreAndShowsTheWord) {
     constexpr base::TextView refused =
         u"|delete| from t~select 1 |delete| t~select 1|;|select 2"
         u"~select 1 |select| 2~select a |into| b from t~with x as (select 1 a) |delete| x~||~||-- x"
-        u"~with x as (select 1 a) select max(a) |select| 2~|exec| sp_who~|(|select 1)~select 1 |)|"
+        u"~with x as (select 1 a) select max(a) |select| 2~|exec| sp_who~|(|exec p)~select 1 |)|"
         u"~select * from |openrowset|('x','delete t')~select * from |OpenQuery|(s,'delete t')"
         u"~select |next| value for n~select * from t with (|tablockx|)~select 1 |waitfor| delay '1'"
         u"~select '''' |update| t set a=1~select 1 /* -- */ |drop| table t -- */~select 1 |{|call "
@@ -40,7 +42,9 @@ TEST(SelectOnly, RefusesWhatDoesMoreAndShowsTheWord) {
         u"~select |0xdel|ete t~select £|into| t~select 1\u00A0|drop|\u3000table t~select 1 "
         u"|'|delete"
         u"~select 1 |/*| /* */ delete t~select 1 --|\r|delete t~select 1 |\uFF44|elete t"
-        u"~select 1 |merge| t using u on 1=1~select 1 |commit|";
+        u"~select 1 |merge| t using u on 1=1~select 1 |commit|~select * from |srv|.db.dbo.t"
+        u"~select * from |[a.b]| . \"d\" /**/ .. t~select * from |srv|.db.\u6570\u636e.t"
+        u"~select a x |receive| * from q~select * from sys.|[fn_trace_gettable]|('x', 1)";
     for (const base::Text& marked : base::split(refused, u'~')) {
         const std::size_t begin = marked.find(u'|');
         const auto refusal = refusal_of(base::remove_characters(marked, u"|"));
@@ -77,7 +81,12 @@ TEST(ConnectionText, EntriesBecomeDatabases) {
          u"b2|s9|Provider=SQLOLEDB;Integrated Security=SSPI;Initial Catalog=b2;Data Source=s9"},
         {u"a;\"b", u"Data Source=s;", u"", u"a;\"b|s|Data Source=s;Initial Catalog=\"a;\"\"b\""},
         {u"a;}b", u"Driver={x};Server=s", u"", u"a;}b|s|Driver={x};Server=s;Database={a;}}b}"},
-        {u"b2", u"DSN=firma", u"s9", u"b2|s9|DSN=firma;Database=b2"}};
+        {u"b2", u"DSN=firma", u"s9", u"b2|s9|DSN=firma;Database=b2"},
+        {u"b2", u"Provider=MSDASQL.1;Extended Properties=\"DRIVER=x;SERVER=s1\"", u"s9",
+         u"b2|s1|Provider=MSDASQL.1;Extended Properties=\"DRIVER=x;SERVER=s1\";Initial Catalog=b2"},
+        {u"b2", u"File Name=x.udl", u"s9", u"b2|s9|File Name=x.udl;Initial Catalog=b2"},
+        {u"b2", u"Initial Catalog=a;Server=s;Database='x;y' ;A=1;Database=c", u"",
+         u"b2|s|Initial Catalog=b2;Server=s;A=1;"}};
     for (const auto& [entry, connection, server, expected] : cases) {
         EXPECT_EQ(listed(1, entry, connection, server), expected);
     }
@@ -91,12 +100,16 @@ TEST(ConnectionText, PasswordsAreHidden) {
         {u" PWD = \"a;\"\"b\" ; Jet OLEDB:Database Password='x;y'",
          u" PWD = *** ; Jet OLEDB:Database Password=***"},
         {u"Pwd={a;}}b};Server=s", u"Pwd=***;Server=s"},
-        {u"Password=\"no end;x", u"Password=***;x"},
+        {u"Password=\"no end;x", u"Password=***"},
+        {u"Extended Properties=\"DRIVER=x;PWD=a;UID='b\";Client Secret\u00A0=b",
+         u"Extended Properties=\"DRIVER=x;PWD=***;UID='b\";Client Secret\u00A0=***"},
+        {u"P='a=\"NewPwd=x''y\"';Q=R=Pwd=z", u"P='a=\"NewPwd=***\"';Q=R=Pwd=***"},
         {u"App={x;Password=a", u"App={x;Password=***"},
         {u"Password=;password=b", u"Password=***;password=***"}};
     for (const auto& [text, expected] : cases) EXPECT_EQ(without_passwords(text), expected);
-    EXPECT_EQ(words_without_passwords(u"Login failed: 'a}b'", u"Pwd={a}}b};Password="),
-              u"Login failed: '***'");
+    EXPECT_EQ(words_without_passwords(u"Login failed: 'a}b', {a}}b}, zzz",
+                                      u"Pwd={a}}b};Password=;X='Token=zz;Pwd=zzz'"),
+              u"Login failed: '***', ***, ***");
 }
 
 TEST(ConnectionText, IsSplitWhereJoiningGivesItBack) {
@@ -119,7 +132,7 @@ TEST(ConnectionText, IsSplitWhereJoiningGivesItBack) {
 /// and the one whose answer does not come.
 struct FakeServer {
     std::string told, fails, silent, step;
-    std::size_t rows = 3;
+    std::size_t rows = 3, nulls = 1, most_at_once = 0;
 };
 
 struct FakeQuery final : ports::QueryConnection {
@@ -132,18 +145,22 @@ struct FakeQuery final : ports::QueryConnection {
     }
     void open(const base::SecretText&) override { hear("open"); }
     bool done() override { return server.step != server.silent; }
+    void set_up() override { hear("set"); }
     void begin_transaction() override { hear("begin"); }
     void execute(base::TextView, std::size_t) override { hear("execute"); }
-    std::vector<Text> columns() override { return {u"nazwa", u""}; }
+    std::vector<Text> columns() override {
+        return server.rows == 0 ? std::vector<Text>() : std::vector<Text>{u"nazwa", u""};
+    }
     std::vector<std::vector<ports::Value>> rows(std::size_t count) override {
         hear("rows");
+        server.most_at_once = std::max(server.most_at_once, count);
         std::vector<std::vector<ports::Value>> page;
         for (; page.size() < count && given < server.rows; ++given)
-            page.push_back({std::int64_t(given), {}});
+            page.emplace_back(1 + server.nulls)[0] = std::int64_t(given);
         return page;
     }
     void cancel() noexcept override { server.told += (server.step = "cancel") + " "; }
-    void roll_back() noexcept override { server.told += "rollback "; }
+    void roll_back() noexcept override { server.told += (server.step = "rollback") + " "; }
     void close() noexcept override { server.told += "close "; }
 
     FakeServer& server;
@@ -178,16 +195,22 @@ TEST_F(BrowserSessionTest, EveryQueryIsCancelledRolledBackAndClosed) {
         std::string told;
         Text status;
     } cases[] = {
-        {"", "", 0, "open begin execute rows rows cancel rollback close ", u"Liczba wierszy: 3."},
+        {"", "", 0, "open set begin execute rows rows cancel rollback close ",
+         u"Liczba wierszy: 3."},
         {"open", "", 0, "open cancel close ", u"Nie udało się połączyć z serwerem."},
-        {"begin", "", 0, "open begin cancel rollback close ", u"Serwer nie wykonał zapytania."},
-        {"rows", "", 0, "open begin execute rows cancel rollback close ",
+        {"begin", "", 0, "open set begin cancel rollback close ", u"Serwer nie wykonał zapytania."},
+        {"rows", "", 0, "open set begin execute rows cancel rollback close ",
          u"Nie udało się odczytać wszystkich wierszy."},
         {"", "open", 200, "open cancel close ", u"Serwer nie odpowiada."},
-        {"", "execute", 400, "open begin execute cancel rollback close ",
+        {"", "set", 100, "open set cancel close ", u"Serwer nie odpowiada."},
+        {"", "begin", 100, "open set begin cancel rollback close ", u"Serwer nie odpowiada."},
+        {"", "rollback", 50, "open set begin execute rows rows cancel rollback ",
+         u"Liczba wierszy: 3."},
+        {"", "execute", 400, "open set begin execute cancel rollback close ",
          u"Zapytanie trwało za długo i zostało przerwane."},
         // The connection is dropped as it is.
-        {"execute", "cancel", 50, "open begin execute cancel ", u"Serwer nie wykonał zapytania."}};
+        {"execute", "cancel", 50, "open set begin execute cancel ",
+         u"Serwer nie wykonał zapytania."}};
     for (const auto& [fails, silent, least_ticks, told, status] : cases) {
         server = {"", fails, silent, ""};
         BrowserSession session = make_session();
@@ -208,10 +231,13 @@ TEST_F(BrowserSessionTest, TheUserCanStopItAndTheWindowCanGo) {
         go_on(session, 5);
         server.told.clear();
         EXPECT_EQ(stops && session.stop(), stops);
-        if (stops) go_on(session);
+        if (stops) {
+            EXPECT_TRUE(session.status() == u"Przerywam…" && !session.stop());
+            go_on(session);
+        }
         EXPECT_EQ(session.status(), stops ? u"Przerwano." : u"Wykonuję zapytanie…");
     }
-    EXPECT_EQ(server.told, "cancel rollback close gone");
+    EXPECT_EQ(server.told, "cancel rollback gone");
 }
 
 TEST_F(BrowserSessionTest, PagesOfRowsUpToTheLimit) {
@@ -230,10 +256,29 @@ TEST_F(BrowserSessionTest, PagesOfRowsUpToTheLimit) {
     session.show_previous_page();
     EXPECT_EQ(session.page_start(), 200u);
     EXPECT_TRUE(session.run(0, u"delete t") && !session.is_busy());
+    session.connect(1);
+    EXPECT_EQ(session.status(), u"Wybierz bazę z listy.");
+    server.rows = 0;
+    session.run(0, u"select 1");
+    go_on(session);
+    EXPECT_EQ(session.status(), u"Zapytanie nie daje żadnych wierszy.");
+}
+
+// Empty cells take memory too.
+TEST_F(BrowserSessionTest, WideRowsAreTakenFewAtATimeUpToTheLimit) {
+    server.rows = 1000;
+    server.nulls = 2000;
+    BrowserSession session = make_session();
+    session.run(0, u"select 1");
+    go_on(session);
+    EXPECT_TRUE(session.result().is_cut);
+    EXPECT_LT(server.most_at_once, 50u);
+    EXPECT_EQ(session.whole_row(0), u"nazwa: 0\nkolumna 2: NULL\n");
 }
 
 TEST(CellText, IsForPeopleAndExact) {
-    EXPECT_EQ(cell_text(0.1), u"0,1");
+    EXPECT_TRUE(cell_text(0.1) == u"0,1" && cell_text(-0.0) == u"0");
+    EXPECT_EQ(cell_text(Text(3999, u'x') + u"\xD83D\xDE00"), Text(3999, u'x') + u"…");
     EXPECT_EQ(cell_text(base::Bytes(33, 0)), u"0x" + Text(64, u'0') + u"…");
     EXPECT_EQ(cell_text(Text(4001, u'x')), Text(4000, u'x') + u"…");
     EXPECT_EQ(one_line(u"a\r\nb\nc\td"), u"a¶b¶c d");

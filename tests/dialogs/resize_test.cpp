@@ -15,6 +15,7 @@ struct RoundingControl final : ResizedControl {
         return now;
     }
     void move(const ControlPlace& to) override {
+        if (moves == 0 && tells) tells->fit({150, 100});
         told += ++moves == refused_move ? "refused " : "";
         if (moves == refused_move) throw 383;
         now = {std::floor(to.left), std::floor(to.top), std::floor(to.width),
@@ -27,6 +28,7 @@ struct RoundingControl final : ResizedControl {
 
     std::string& told;
     int refused_move;
+    Resize* tells = nullptr;
     int moves = 0;
     ControlPlace now{10, 20, 33, 15};
     double size = 9;
@@ -43,6 +45,23 @@ TEST(Resize, ScalesFromTheFirstSizesAndLeavesAloneWhatRefuses) {
         resize.fit(form);
     EXPECT_EQ(told,
               "13 35 43 26 11 13 35 43 26 11 20 30 66 22 13 refused 8 18 26 13 7 10 20 33 15 9 ");
+    resize.fit({NAN, 100});
+    told.clear();
+    resize.fit({9e9, 9e9});
+    EXPECT_TRUE(told.ends_with(" 2160 ")) << told;
+}
+
+TEST(Resize, FitsAgainWhenAControlTellsTheFormItsSize) {
+    std::string told;
+    auto telling = std::make_unique<RoundingControl>(told, 99);
+    RoundingControl& control = *telling;
+    std::vector<std::unique_ptr<ResizedControl>> controls;
+    controls.push_back(std::make_unique<RoundingControl>(told, 1));
+    controls.push_back(std::move(telling));
+    Resize resize({100, 100}, {1, 1}, std::move(controls));
+    control.tells = &resize;
+    resize.fit({200, 200});
+    EXPECT_EQ(told, "refused 20 40 66 30 18 15 20 49 15 9 ");
 }
 
 }  // namespace

@@ -8,6 +8,7 @@ namespace tavrix::dialogs_program {
 struct SampleQuery final : ports::QueryConnection {
     void open(const base::SecretText&) override {}
     bool done() override { return true; }
+    void set_up() override {}
     void begin_transaction() override {}
     void execute(base::TextView, std::size_t) override {}
     std::vector<base::Text> columns() override {
