@@ -13,6 +13,11 @@ base::Text system_message(HRESULT code);
 /// for E_OUTOFMEMORY.
 [[noreturn]] void throw_failure(HRESULT code, base::TextView source);
 
+/// The same with what the system's last failing function said.
+[[noreturn]] inline void throw_last_error(base::TextView source) {
+    throw_failure(HRESULT_FROM_WIN32(GetLastError()), source);
+}
+
 inline void check(HRESULT code, base::TextView source) {
     if (FAILED(code)) throw_failure(code, source);
 }

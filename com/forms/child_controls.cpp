@@ -32,7 +32,7 @@ class ChildControl final : public dialogs::ResizedControl {
         const BOOL moved = SetWindowPos(
             control_, nullptr, left, top, whole_pixels(place.left + place.width) - left,
             whole_pixels(place.top + place.height) - top, SWP_NOZORDER | SWP_NOACTIVATE);
-        if (!moved) windows::throw_failure(HRESULT_FROM_WIN32(GetLastError()), u"Resize");
+        if (!moved) windows::throw_last_error(u"Resize");
     }
 
     std::optional<double> font_size() override {

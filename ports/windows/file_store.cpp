@@ -10,18 +10,15 @@
 namespace tavrix::ports {
 namespace {
 
+using windows::throw_last_error;
 using windows::wide;
-
-[[noreturn]] void throw_last_error(base::TextView source) {
-    windows::throw_failure(HRESULT_FROM_WIN32(GetLastError()), source);
-}
 
 HANDLE open_for_writing(const base::Text& path, DWORD disposition) {
     return CreateFileW(wide(path), GENERIC_WRITE, FILE_SHARE_READ, nullptr, disposition,
                        FILE_ATTRIBUTE_NORMAL, nullptr);
 }
 
-void write_all(HANDLE file, base::ByteView bytes) {
+void write_and_flush(HANDLE file, base::ByteView bytes) {
     DWORD written = 0;
     if (!WriteFile(file, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr)) {
         throw_last_error(u"WriteFile");
@@ -38,7 +35,7 @@ void write_into(base::TextView path, DWORD disposition, base::ByteView bytes) {
     const HANDLE opened = open_for_writing(base::Text(path), disposition);
     if (opened == INVALID_HANDLE_VALUE) throw_last_error(u"CreateFile");
     const windows::KernelHandle file(opened);
-    write_all(file.get(), bytes);
+    write_and_flush(file.get(), bytes);
 }
 
 bool holds(const base::Text& path, base::ByteView bytes) {
@@ -82,7 +79,7 @@ class WindowsFileStore final : public FileStore {
         }
         try {
             const windows::KernelHandle file(opened);
-            write_all(file.get(), bytes);
+            write_and_flush(file.get(), bytes);
         } catch (...) {
             // Half a file under its name would be taken for another one.
             DeleteFileW(wide(name));

@@ -16,11 +16,8 @@ namespace tavrix::ports {
 namespace {
 
 using windows::KernelHandle;
+using windows::throw_last_error;
 using windows::wide;
-
-[[noreturn]] void throw_last_error(base::TextView source) {
-    windows::throw_failure(HRESULT_FROM_WIN32(GetLastError()), source);
-}
 
 void check(BOOL succeeded, base::TextView source) {
     if (!succeeded) throw_last_error(source);
