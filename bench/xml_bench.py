@@ -42,8 +42,8 @@ def validation(program, schema, names):
 
 def rendering(program, name, what):
     sheet = str(ROOT / "stylesheets/faktura-fa3.xsl")
-    ours = seconds([program, "render", name, "--xsl", sheet, "-o", "page.html"])
-    theirs = seconds(["xsltproc", "--nonet", "-o", "peer.html", sheet, name])
+    ours = seconds([program, "render", name, "--xsl", sheet, "-o", f"{name}.html"])
+    theirs = seconds(["xsltproc", "--nonet", "-o", f"{name}.peer.html", sheet, name])
     print(f"page of {what}: {ours * 1e3:.0f} ms; xsltproc {theirs * 1e3:.0f} ms; ratio {theirs / ours:.2f}", flush=True)
 
 

@@ -12,8 +12,6 @@ namespace tavrix::windows {
 namespace {
 
 // Numbers of the ADO type library.
-constexpr std::int32_t use_client = 3;             // adUseClient
-constexpr std::int32_t open_static = 3;            // adOpenStatic
 constexpr std::int32_t lock_batch_optimistic = 4;  // adLockBatchOptimistic
 constexpr std::int32_t criteria_key = 0;           // adCriteriaKey
 

@@ -4,6 +4,7 @@
 
 #include "base/error.h"
 #include "ports/windows/adapters.h"
+#include "ports/windows/ado_constants.h"
 #include "windows/late_bound.h"
 #include "windows/variant_value.h"
 
@@ -13,12 +14,8 @@ namespace {
 // Numbers of the ADO type library.
 constexpr std::int32_t query_async_connect = 0x10;    // adAsyncConnect
 constexpr std::int32_t query_async_execute = 0x10;    // adAsyncExecute
-constexpr std::int32_t query_text = 1;                // adCmdText
 constexpr std::int32_t query_async_fetch = 0x20;      // adAsyncFetch
-constexpr std::int32_t query_no_records = 0x80;       // adExecuteNoRecords
-constexpr std::int32_t query_static_rows = 3;         // adOpenStatic
 constexpr std::int32_t query_read_only = 1;           // adLockReadOnly, adModeRead
-constexpr std::int32_t query_use_client = 3;          // adUseClient
 constexpr std::int32_t query_never_prompt = 4;        // adPromptNever
 constexpr std::int64_t query_state_open = 1;          // adStateOpen
 constexpr std::int64_t query_state_busy = 2 | 4 | 8;  // connecting, executing, fetching
@@ -200,14 +197,14 @@ class AdoQuery final : public ports::QueryConnection {
         connection_.put(u"CommandTimeout", query_run_timeout_s);
         connection_.object(u"Errors").call(u"Clear");
         rows_ = LateBound::create(u"ADODB.Recordset");
-        rows_.put(u"CursorLocation", query_use_client);
+        rows_.put(u"CursorLocation", use_client);
         rows_.put(u"MaxRecords", static_cast<std::int32_t>(row_limit));
         // The first rows, fifty otherwise, are waited for.
         query_attempt([&] {
             rows_.object(u"Properties").object(u"Item", u"Initial Fetch Size").put(u"Value", 1);
         });
-        rows_.call(u"Open", sql, ComPointer<IDispatch>(connection_.dispatch()), query_static_rows,
-                   query_read_only, query_text | query_async_execute | query_async_fetch);
+        rows_.call(u"Open", sql, ComPointer<IDispatch>(connection_.dispatch()), open_static,
+                   query_read_only, command_text | query_async_execute | query_async_fetch);
     }
 
     std::vector<base::Text> columns() override {
@@ -252,7 +249,7 @@ class AdoQuery final : public ports::QueryConnection {
         connection_.put(u"CommandTimeout", query_setup_timeout_s);
         connection_.object(u"Errors").call(u"Clear");
         connection_.call(u"Execute", sql, Variant::missing(),
-                         query_text | query_no_records | query_async_execute);
+                         command_text | no_records | query_async_execute);
     }
 
     void leave_behind() noexcept {
