@@ -42,9 +42,9 @@ build_one_library() {
     local library=$1 bits=$2 install
     install=$(library_folder "$library" "$bits")
     load_recipe "$library"
-    source "$root/tools/deps/common.sh"
     triplet=$(triplet_of "$bits")
     work=$(mktemp -d "$tavrix_cache/work-$library-$bits.XXXXXX")
+    source "$root/tools/deps/common.sh"
     trap 'rm -rf "$work"' EXIT
     stage=$work/install
     mkdir -p "$stage"

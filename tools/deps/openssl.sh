@@ -22,7 +22,7 @@ build_library() {
     # would make every DLL another one.
     export SOURCE_DATE_EPOCH=0
     ./Configure "$target" "CC=$triplet-gcc-posix" "AR=$triplet-ar" "RANLIB=$triplet-ranlib" \
-        "WINDRES=$triplet-windres" CPPDEFINES=_WIN32_WINNT=0x0601 CFLAGS="-O2 -ffunction-sections -fdata-sections" \
+        "WINDRES=$triplet-windres" CPPDEFINES=_WIN32_WINNT=0x0601 CFLAGS="-O2 $windows_hardening -ffile-prefix-map=$work=." \
         "${off[@]}" --prefix="$stage" --libdir=lib
 
     # The default folders would be this machine's cache, which on Windows names a folder anybody may create.
