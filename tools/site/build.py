@@ -35,6 +35,8 @@ NAVIGATION = [
 ]
 EXAMPLE_KINDS = {".vbs", ".js", ".bas", ".cs", ".ps1", ".py", ".dpr"}
 FOLDED = str.maketrans("ąćęłńóśźż", "acelnoszz")
+LONG_PAGE = 5  # parts; from here on a page begins with a list of them
+SHORT_TITLES = {"index.md": "O bibliotece"}
 ERRORS = []
 
 
@@ -61,6 +63,10 @@ class Page:
         self.body = converter.convert(text)
         found = re.search(r"^# (.+)$", text, re.M)
         self.title = re.sub(r"[`*]", "", found.group(1)) if found else source
+        parts = [token for top in converter.toc_tokens for token in top["children"]]
+        if len(parts) >= LONG_PAGE:
+            links = " ".join(f'<a href="#{part["id"]}">{part["name"]}</a>' for part in parts)
+            self.body = self.body.replace("</h1>", f'</h1>\n<p class="parts">{links}</p>', 1)
         if not found:
             complain(f"{source}: no title")
 
@@ -194,7 +200,7 @@ def whole(page, groups):
         menu.append(f"<p>{title}</p><ul>")
         for other in group:
             current = ' aria-current="page"' if other is page else ""
-            menu.append(f'<li><a href="{other.out}"{current}>{html.escape(other.title)}</a></li>')
+            menu.append(f'<li><a href="{other.out}"{current}>{html.escape(SHORT_TITLES.get(other.source, other.title))}</a></li>')
         menu.append("</ul>")
     template = (HERE / "page.html").read_text(encoding="utf-8")
     for name, value in (("title", html.escape(page.title)), ("menu", "\n".join(menu)), ("body", page.body)):

@@ -45,13 +45,12 @@ def page(name, what, members, text, complain):
         complain(f"docs/pl/klasy/{name}.md: {name} has no member {stray}")
     title, _, rest = introduction.strip().partition("\n")
     identity = what.partition(". ProgID ")[2]
-    lines = [title, "", f"ProgID {identity}" if identity else "", rest.strip(), ""]
+    lines = [title, "", f"ProgID {identity}" if identity else "", "", rest.strip(), ""]
     for member in members.values():
         described = texts.get(member.name, "").strip()
         if not described:
             complain(f"docs/pl/klasy/{name}.md: no text for {member.name}")
         for stray in sorted(set(DESCRIBED.findall(described)) - set(member.arguments)):
             complain(f"docs/pl/klasy/{name}.md: {member.name} has no argument {stray}")
-        lines += [f"## {member.name}", "", "```vb", member.declaration, "```", "", described, "",
-                  f"DISPID {member.number}.", ""]
+        lines += [f"## {member.name}", "", "```vb", member.declaration, f"' DISPID {member.number}", "```", "", described, ""]
     return "\n".join(lines)
