@@ -62,7 +62,7 @@ StopOnError "Plik faktury"
 Set connection = WScript.CreateObject("ADODB.Connection")
 connection.Open arguments(0)
 StopOnError "Baza"
-' Dokument, ktory ma juz numer, jest w KSeF: drugie wyslanie bylo by duplikatem.
+' Dokument, ktory ma juz numer, jest w KSeF: drugie wyslanie byloby duplikatem.
 before = ColumnText(connection, "numer_ksef", arguments(4), arguments(5))
 StopOnError "Wiersz dokumentu"
 If before <> "" Then

@@ -160,7 +160,8 @@ def example_files():
 
 
 def examples_page():
-    lines = ["# Przykłady", "", "Całe programy, do skopiowania. Te w VBScript, JScript, Delphi i Pythonie (wiersz poleceń) uruchamiają testy Tavrix."]
+    lines = ["# Przykłady", "", "Całe programy, do skopiowania. Te w VBScript, JScript, Delphi i Pythonie z poleceniem `tavrix` uruchamiają testy Tavrix; "
+             "te w VBA, C#, PowerShellu i Pythonie z pywin32 napisano bez możliwości uruchomienia."]
     folder = None
     for path in example_files():
         if path.parent != folder:
