@@ -230,6 +230,14 @@ def check_links(pages, folder):
             complain(f"{page.source}: loads from elsewhere: {address}")
 
 
+def check_settings(text):
+    listed = re.findall(r"`((?:[a-z]+\.)?profile|[a-z]+\.[a-z_]+)`(?=,? )", (ROOT / "docs/settings.md").read_text(encoding="utf-8"))
+    sections = ("ksef.", "qr.", "http.", "mail.", "xml.", "helpdesk.", "trace.", "profile")
+    for key in sorted(set(listed)):
+        if key.startswith(sections) and f"`{key}`" not in text:
+            complain(f"ustawienia.md: the key {key} is missing")
+
+
 def check_messages(text):
     # What a message is stands in the first column; the explanations may use its words.
     known = messages.plain("\n".join(re.findall(r"^\| (.*?) \| ", text, re.M)))
@@ -263,6 +271,7 @@ def main():
         shutil.copyfile(HERE / name, folder / name)
     (folder / "index.js").write_text(index_of(pages), encoding="utf-8")
     check_links(pages, folder)
+    check_settings(texts.get("ustawienia.md", ""))
     check_messages(texts.get("komunikaty.md", ""))
     if ERRORS:
         print("\n".join(ERRORS))
