@@ -68,6 +68,8 @@ check_the_tree() {
     check_tree layers python3 "$root/tools/check_layers.py"
     check_tree format python3 "$root/tools/check_format.py" --cache "$tavrix_cache/formatted"
     check_tree stylesheets python3 "$root/tests/stylesheets/faktura_test.py"
+    # Debian's own python3 has Debian's python3-markdown; another one on the path need not.
+    check_tree site /usr/bin/python3 "$root/tools/site/build.py"
     for door in "$@"; do
         case $door in
             native) check_tree headers-native python3 "$root/tools/check_headers.py" native -j "$jobs" ;;
