@@ -155,6 +155,30 @@ class Site(Tree):
             self.assertIn(complaint, done.stdout)
 
 
+class Hardening(Tree):
+    HARD = ["-O2", "-fPIE", "-pie", "-fstack-protector-all", "-D_FORTIFY_SOURCE=2", "-Wl,-z,relro,-z,now"]
+    WINDOWS = ["x86_64-w64-mingw32-gcc-posix"]
+    CASES = [
+        (["gcc", *HARD], ""), (["gcc", *HARD, "-no-pie"], "lacks a position independent program"),
+        (["gcc", *HARD, "-fno-stack-protector"], "lacks a stack protector"), (["gcc", *HARD, "-Wl,-z,lazy"], "lacks BIND_NOW"),
+        (["gcc", *HARD, "-Wl,-z,execstack"], "lacks a stack that"), (["gcc", *HARD, "-Wl,-rpath,/x"], "RPATH"),
+        (["gcc", *HARD, "-U_FORTIFY_SOURCE"], "lacks FORTIFY"), (WINDOWS, ""),
+        ([*WINDOWS, "-Wl,--disable-nxcompat"], "lacks NXCOMPAT"), ([*WINDOWS, "-Wl,--disable-dynamicbase"], "lacks DYNAMICBASE"),
+        ([*WINDOWS, "-Wl,--disable-high-entropy-va"], "lacks HIGHENTROPYVA"),
+        ([*WINDOWS, '-DMORE=__asm__(".section both,\\"wx\\"\\n.long 1\\n.text");'], "writable and executable"),
+    ]
+
+    def test_refuses_what_lacks_one_of_its_fences(self):
+        self.write("a.c", "#include <stdio.h>\n#include <string.h>\n#ifndef MORE\n#define MORE\n#endif\nMORE\n"
+                          "int main(int c, char** v) { char b[9]; strcpy(b, v[0]); return printf(v[0]) + b[c]; }\n")
+        for command, fault in self.CASES:
+            with self.subTest(" ".join(command)):
+                subprocess.run([*command, "-w", self.root / "a.c", "-o", self.root / "a.exe"], check=True)
+                status, output = self.run_tool("check_hardening.py", f"{self.root}/a.exe")
+                self.assertEqual(status, 1 if fault else 0, output)
+                self.assertIn(fault, output)
+
+
 class Sources(Tree):
     LIST = """
 deb http://mirror/debian bookworm main contrib
