@@ -143,7 +143,7 @@ class Site(Tree):
     ]
 
     def test_refuses_what_leads_nowhere_and_what_has_no_words(self):
-        for folder in ["docs", "examples", "ksef", "mail", "pdfsign", "barcode", "dialogs", "frame", "com", "ports"]:
+        for folder in ["base", "docs", "examples", "ksef", "mail", "pdfsign", "barcode", "dialogs", "frame", "com", "ports"]:
             shutil.copytree(TOOLS.parent / folder, self.root / folder)
         for path, old, new, _ in self.DAMAGE:
             text = (self.root / path).read_text(encoding="utf-8")
