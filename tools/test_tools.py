@@ -130,31 +130,6 @@ class Imports(Tree):
         self.assertEqual(self.check("FILETIME t; GetSystemTimeAsFileTime(&t)")[0], 0)
 
 
-class Site(Tree):
-    """The documentation's pages, built from a copy of this tree with a few things broken in it."""
-
-    DAMAGE = [
-        ("docs/pl/ksef.md", "## Limity", "## Granice", "komunikaty.md: ksef.md#limity: no such anchor"),
-        ("docs/pl/pdf.md", "pdf-box.png", "pdf-bix.png", "pdf.md: ../pictures/pdf-bix.png leads nowhere"),
-        ("docs/pl/okna.md", "# Okna", "# Okna\n\n[sieć](https://example.com/)", "okna.md: leads out of the pages"),
-        ("docs/pl/klasy/Rejestr.md", "## RegGetValue", "## RegValue", "no text for RegGetValue"),
-        ("docs/pl/klasy/ClsPdfPodpis.md", "- `pin`", "- `haslo`", "pdfpodpis has no argument haslo"),
-        ("docs/pl/komunikaty.md", "| `Nie podano adresata.` |", "| |", "does not say what this means: Nie podano adresata."),
-    ]
-
-    def test_refuses_what_leads_nowhere_and_what_has_no_words(self):
-        for folder in ["docs", "examples", "ksef", "mail", "pdfsign", "barcode", "dialogs", "frame", "com", "ports"]:
-            shutil.copytree(TOOLS.parent / folder, self.root / folder)
-        for path, old, new, _ in self.DAMAGE:
-            text = (self.root / path).read_text(encoding="utf-8")
-            self.assertIn(old, text)
-            (self.root / path).write_text(text.replace(old, new, 1), encoding="utf-8")
-        done = subprocess.run(["/usr/bin/python3", self.root / "tools/site/build.py"], capture_output=True, text=True)
-        self.assertEqual(done.returncode, 1, done.stderr)
-        for _, _, _, complaint in self.DAMAGE:
-            self.assertIn(complaint, done.stdout)
-
-
 class Hardening(Tree):
     HARD = ["-O2", "-fPIE", "-pie", "-fstack-protector-all", "-D_FORTIFY_SOURCE=2", "-Wl,-z,relro,-z,now"]
     WINDOWS = ["x86_64-w64-mingw32-gcc-posix"]
@@ -221,6 +196,31 @@ Components: main
         self.assertIn("Suites: bookworm bookworm-updates", stanzas)
         self.assertNotIn("mirror/off", stanzas)
         self.assertNotIn("trixie", stanzas)
+
+
+class Site(Tree):
+    """The documentation's pages, built from a copy of this tree with a few things broken in it."""
+
+    DAMAGE = [
+        ("docs/pl/ksef.md", "## Limity", "## Granice", "komunikaty.md: ksef.md#limity: no such anchor"),
+        ("docs/pl/pdf.md", "pdf-box.png", "pdf-bix.png", "pdf.md: ../pictures/pdf-bix.png leads nowhere"),
+        ("docs/pl/okna.md", "# Okna", "# Okna\n\n[sieć](https://example.com/)", "okna.md: leads out of the pages"),
+        ("docs/pl/klasy/Rejestr.md", "## RegGetValue", "## RegValue", "no text for RegGetValue"),
+        ("docs/pl/klasy/ClsPdfPodpis.md", "- `pin`", "- `haslo`", "pdfpodpis has no argument haslo"),
+        ("docs/pl/komunikaty.md", "| `Nie podano adresata.` |", "| |", "does not say what this means: Nie podano adresata."),
+    ]
+
+    def test_refuses_what_leads_nowhere_and_what_has_no_words(self):
+        for folder in ["base", "docs", "examples", "ksef", "mail", "pdfsign", "barcode", "dialogs", "frame", "com", "ports"]:
+            shutil.copytree(TOOLS.parent / folder, self.root / folder)
+        for path, old, new, _ in self.DAMAGE:
+            text = (self.root / path).read_text(encoding="utf-8")
+            self.assertIn(old, text)
+            (self.root / path).write_text(text.replace(old, new, 1), encoding="utf-8")
+        done = subprocess.run(["/usr/bin/python3", self.root / "tools/site/build.py"], capture_output=True, text=True)
+        self.assertEqual(done.returncode, 1, done.stderr)
+        for _, _, _, complaint in self.DAMAGE:
+            self.assertIn(complaint, done.stdout)
 
 
 if __name__ == "__main__":

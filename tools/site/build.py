@@ -230,6 +230,15 @@ def check_links(pages, folder):
             complain(f"{page.source}: loads from elsewhere: {address}")
 
 
+def check_versions(texts):
+    numbers = re.findall(r"version_(?:major|minor|revision) = (\d+)", (ROOT / "base/version.h").read_text(encoding="utf-8"))
+    version = ".".join(numbers)
+    for source, text in texts.items():
+        for named in re.findall(r"Tavrix-(\d+\.\d+\.\d+)|(\d+\.\d+\.\d+)\.Tavrix", text):
+            if version not in named:
+                complain(f"{source}: this is version {version}, not {''.join(named)}")
+
+
 def check_settings(text):
     listed = re.findall(r"`((?:[a-z]+\.)?profile|[a-z]+\.[a-z_]+)`(?=,? )", (ROOT / "docs/settings.md").read_text(encoding="utf-8"))
     sections = ("ksef.", "qr.", "http.", "mail.", "xml.", "helpdesk.", "trace.", "profile")
@@ -256,6 +265,8 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("folder", nargs="?", type=pathlib.Path, default=ROOT / "build/site")
     folder = parser.parse_args().folder
+    if folder.exists() and any(folder.iterdir()) and not (folder / "search.js").exists():
+        parser.error(f"{folder} holds something else")
     shutil.rmtree(folder, ignore_errors=True)
     (folder / "obrazy").mkdir(parents=True)
     texts = sources()
@@ -271,6 +282,7 @@ def main():
         shutil.copyfile(HERE / name, folder / name)
     (folder / "index.js").write_text(index_of(pages), encoding="utf-8")
     check_links(pages, folder)
+    check_versions(texts)
     check_settings(texts.get("ustawienia.md", ""))
     check_messages(texts.get("komunikaty.md", ""))
     if ERRORS:
