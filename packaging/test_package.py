@@ -90,6 +90,9 @@ class Setup(unittest.TestCase):
         # The first programs leave notes of their own in a new prefix.
         for bits in (32, 64):
             answers(bits)
+        # Every Windows has these keys of a user; Wine makes them when something is put below.
+        for key in ("Classes", "Microsoft\\Windows\\CurrentVersion\\Uninstall"):
+            wine("reg", "add", f"HKCU\\Software\\{key}", "/f")
         wine("regsvr32", "/s", "C:\\nothing.dll")
         cls.files, cls.registry = files(), registry()
 

@@ -145,7 +145,7 @@ pack_into() {
     LC_ALL=C.UTF-8 makensis -V2 -WX -INPUTCHARSET UTF8 "-DVERSION=$version" "-DSTAGE=$stage/windows" "-DFILES=$stage/files.nsh" \
         "-DOUTPUT=$to/Tavrix-$version-setup.exe" "$root/packaging/setup.nsi"
     python3 "$root/packaging/zip.py" "$stage/zip" "Tavrix-$version" "$to/Tavrix-$version-windows.zip"
-    dpkg-deb --root-owner-group -Zxz --build "$stage/debian" "$to/tavrix_${version}_amd64.deb"
+    dpkg-deb --root-owner-group -Zxz --threads-max=1 --build "$stage/debian" "$to/tavrix_${version}_amd64.deb"
 }
 
 stage_all() {
