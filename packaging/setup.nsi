@@ -533,6 +533,7 @@ Function PutShortcuts
   CreateDirectory "$SMPROGRAMS\Tavrix"
   CreateShortcut "$SMPROGRAMS\Tavrix\$(Documentation).lnk" "$INSTDIR\docs\index.html"
   ${If} ${RunningX64}
+  ${AndIf} ${FileExists} "$INSTDIR\bin\tavrix-sandbox.exe"
     CreateShortcut "$SMPROGRAMS\Tavrix\$(Sandbox).lnk" "$INSTDIR\bin\tavrix-sandbox.exe"
   ${EndIf}
   CreateShortcut "$SMPROGRAMS\Tavrix\$(Removal).lnk" "$INSTDIR\Uninstall.exe"
