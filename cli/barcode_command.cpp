@@ -5,6 +5,7 @@
 
 #include "barcode/qr_generator.h"
 #include "barcode/symbol_drawing.h"
+#include "base/path.h"
 #include "cli/class_drawing.h"
 #include "cli/command.h"
 #include "cli/picture_file.h"
@@ -121,7 +122,7 @@ bool draw_batch(const barcode::Symbology& symbology, const BarcodeOptions& optio
     }
     std::ifstream file;
     if (options.batch_file != "-") {
-        file.open(options.batch_file, std::ios::binary);
+        file.open(base::path_of(options.batch_file), std::ios::binary);
         if (!file) throw CLI::ValidationError(options.batch_file, "nie można odczytać pliku");
     }
     std::istream& lines = options.batch_file == "-" ? std::cin : file;

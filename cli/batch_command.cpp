@@ -4,6 +4,7 @@
 #include "cli/answer.h"
 #include "cli/command.h"
 #include "cli/ksef_options.h"
+#include "cli/path_checks.h"
 #include "cli/ports_bundle.h"
 #include "cli/progress_bar.h"
 #include "ksef/authentication.h"
@@ -124,7 +125,7 @@ void add_batch_command(CLI::App& app, int& exit_code) {
         "się od tego, czego jeszcze nie wysłano");
     command->add_option("package", options->package, "Plik paczki, np. z `tavrix pack`")
         ->required()
-        ->check(CLI::ExistingFile);
+        ->check(existing_file());
     add_token_options(*command, options->token);
     add_environment_option(*command, options->environment);
     add_form_options(*command, options->form);

@@ -6,7 +6,7 @@
 #include "barcode/surface/ean_cls.h"
 #include "barcode/surface/ean_cls128.h"
 #include "barcode/surface/ean_cls813.h"
-#include "ports/native/adapters.h"
+#include "cli/system_ports.h"
 #include "ports/native/canvas.h"
 
 namespace tavrix::cli {
@@ -62,7 +62,7 @@ drawing::Drawing draw_as_class(const barcode::Symbology& symbology, const std::s
     ports::Canvas page(page_twips, page_twips);
     page.set_current_x(margin_twips);
     base::Text given = base::from_utf8(text);
-    const auto code_page = ports::make_native_code_page();
+    const auto code_page = make_code_page();
     switch (symbology.kind) {
         case barcode::Kind::ean8:
         case barcode::Kind::ean13:

@@ -4,6 +4,7 @@
 
 #include "base/error.h"
 #include "cli/command.h"
+#include "cli/path_checks.h"
 #include "cli/ports_bundle.h"
 #include "ksef/invoice_documents.h"
 
@@ -129,7 +130,7 @@ void add_validate_command(CLI::App& app, int& exit_code) {
         ->add_option("--schema", options->schema,
                      "Plik schematu (XSD); schematów, które dołącza, szuka w tym samym folderze")
         ->required()
-        ->check(CLI::ExistingFile);
+        ->check(existing_file());
     command->add_flag("--json", options->json,
                       "Wynik jako JSON: obiekt, a dla kilku dokumentów tablica obiektów");
     command->callback([options, &exit_code] { exit_code = validate(*options); });

@@ -1,7 +1,11 @@
 #include "cli/ksef_options.h"
 
-#include <cstdlib>
+#include <cstdio>
 #include <fstream>
+#include <iostream>
+
+#include "base/path.h"
+#include "console/console.h"
 
 namespace tavrix::cli {
 
@@ -22,7 +26,11 @@ void add_nip_option(CLI::App& command, std::string& nip) {
 }
 
 void add_database_option(CLI::App& command, std::string& file) {
-    command.add_option("--db", file, "Plik bazy SQLite z dokumentami")->required();
+    command
+        .add_option("--db", file,
+                    "Plik bazy SQLite z dokumentami; w Windows także tekst połączenia ADO, np. "
+                    "Provider=...")
+        ->required();
 }
 
 void add_form_options(CLI::App& command, FormOptions& form) {
@@ -48,7 +56,8 @@ base::SecretText token_from(const TokenSource& source) {
         return base::from_secret_utf8(
             line.view().substr(0, line.view().find_last_not_of("\n\r ") + 1));
     }
-    if (const char* variable = std::getenv("TAVRIX_TOKEN")) return base::from_secret_utf8(variable);
+    if (const char* variable = console::variable("TAVRIX_TOKEN"))
+        return base::from_secret_utf8(variable);
     throw CLI::RequiredError("--token, --token-file albo zmienna TAVRIX_TOKEN");
 }
 
@@ -56,15 +65,26 @@ base::SecretText token_from(const TokenSource& source) {
 base::SecretUtf8 read_secret_file(const std::string& path) {
     std::ifstream file;
     file.rdbuf()->pubsetbuf(nullptr, 0);
-    file.open(path, std::ios::binary);
+    file.open(base::path_of(path), std::ios::binary);
     base::SecretUtf8 text;
     for (char c = 0; file.get(c);) text += c;
     if (!file.is_open() || file.bad()) throw CLI::ValidationError(path, "nie można odczytać pliku");
     return text;
 }
 
+namespace {
+
+base::SecretUtf8 read_secret_input() {
+    std::setvbuf(stdin, nullptr, _IONBF, 0);
+    base::SecretUtf8 text;
+    for (char c = 0; std::cin.get(c);) text += c;
+    return text;
+}
+
+}  // namespace
+
 base::SecretUtf8 read_secret_line(const std::string& path) {
-    const base::SecretUtf8 file = read_secret_file(path);
+    const base::SecretUtf8 file = path == "-" ? read_secret_input() : read_secret_file(path);
     std::string_view line = file.view();
     if (line.starts_with("\xEF\xBB\xBF")) line.remove_prefix(3);
     // Only the end of the line: a password may end with blanks.

@@ -36,8 +36,8 @@ base::SecretText token_from(const TokenSource& source);
 
 /// A file's content. Throws CLI::ValidationError when it cannot be read.
 base::SecretUtf8 read_secret_file(const std::string& path);
-/// What stands in it before the blanks and line ends at its end, without the mark that editors put
-/// in front of UTF-8.
+/// What stands in it, or in standard input where `path` is "-", before the blanks and line ends at
+/// its end, without the mark that editors put in front of UTF-8.
 base::SecretUtf8 read_secret_line(const std::string& path);
 
 }  // namespace tavrix::cli

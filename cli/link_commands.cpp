@@ -1,4 +1,3 @@
-#include <cstdlib>
 #include <iostream>
 #include <memory>
 
@@ -7,6 +6,7 @@
 #include "cli/command.h"
 #include "cli/ksef_options.h"
 #include "cli/ports_bundle.h"
+#include "console/console.h"
 #include "ksef/encoding.h"
 #include "ksef/environment.h"
 #include "ksef/verification_links.h"
@@ -104,7 +104,7 @@ ExitCode make_invoice_link(const InvoiceOptions& options, const std::string& iss
 
 base::SecretUtf8 pass_phrase_from(const std::string& file) {
     if (!file.empty()) return read_secret_line(file);
-    const char* variable = std::getenv("TAVRIX_KEY_PASS");
+    const char* variable = console::variable("TAVRIX_KEY_PASS");
     return base::SecretUtf8(std::string_view(variable == nullptr ? "" : variable));
 }
 

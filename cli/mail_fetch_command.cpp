@@ -1,4 +1,3 @@
-#include <cstdlib>
 #include <iostream>
 #include <limits>
 #include <memory>
@@ -11,6 +10,7 @@
 #include "cli/mail_output.h"
 #include "cli/ports_bundle.h"
 #include "cli/progress_bar.h"
+#include "console/console.h"
 
 namespace tavrix::cli {
 namespace {
@@ -35,11 +35,9 @@ struct FetchOptions {
 // Never an argument: other users of the machine see those.
 base::SecretText password_from(const FetchOptions& options) {
     if (!options.password_file.empty()) {
-        const bool from_input = options.password_file == "-";
-        const std::string path = from_input ? "/dev/stdin" : options.password_file;
-        return base::from_secret_utf8(read_secret_line(path).view());
+        return base::from_secret_utf8(read_secret_line(options.password_file).view());
     }
-    if (const char* variable = std::getenv("TAVRIX_MAIL_PASSWORD")) {
+    if (const char* variable = console::variable("TAVRIX_MAIL_PASSWORD")) {
         return base::from_secret_utf8(variable);
     }
     throw CLI::RequiredError("--password-file albo zmienna TAVRIX_MAIL_PASSWORD");

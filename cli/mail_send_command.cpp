@@ -1,4 +1,3 @@
-#include <cstdlib>
 #include <iostream>
 #include <memory>
 #include <nlohmann/json.hpp>
@@ -11,6 +10,7 @@
 #include "cli/mail_output.h"
 #include "cli/ports_bundle.h"
 #include "cli/progress_bar.h"
+#include "console/console.h"
 #include "mail/delivery.h"
 #include "mail/outgoing/notification.h"
 
@@ -65,11 +65,9 @@ class ShownProgress final : public mail::smtp::SendingListener {
 
 base::SecretText password_of(const MailSendOptions& options) {
     if (!options.password_file.empty()) {
-        const bool from_input = options.password_file == "-";
-        return base::from_secret_utf8(
-            read_secret_line(from_input ? "/dev/stdin" : options.password_file).view());
+        return base::from_secret_utf8(read_secret_line(options.password_file).view());
     }
-    if (const char* variable = std::getenv("TAVRIX_SMTP_PASS")) {
+    if (const char* variable = console::variable("TAVRIX_SMTP_PASS")) {
         return base::from_secret_utf8(variable);
     }
     if (options.user.empty()) return {};

@@ -6,6 +6,7 @@
 #include "base/version.h"
 #include "cli/answer.h"
 #include "cli/command.h"
+#include "console/console.h"
 
 namespace {
 
@@ -35,8 +36,11 @@ int tell(const char* text, int code, bool as_json) {
 
 }  // namespace
 
-int main(int argc, char** argv) {
+int main(int given_count, char** given) {
     using namespace tavrix;
+    const console::Console console(given_count, given);
+    const int argc = console.count();
+    char** const argv = console.arguments();
     int exit_code = cli::exit_usage;
     CLI::App app("Tavrix - faktury KSeF i kody kreskowe z wiersza poleceń");
     app.set_help_flag("-h,--help", "Pokazuje tę pomoc");

@@ -7,8 +7,10 @@
 
 #include "base/base64.h"
 #include "base/error.h"
+#include "base/path.h"
 #include "cli/answer.h"
 #include "cli/command.h"
+#include "cli/path_checks.h"
 #include "cli/ports_bundle.h"
 #include "cli/zip_writer.h"
 #include "ksef/batch_manifest.h"
@@ -27,11 +29,11 @@ constexpr std::array<std::string_view, 4> document_tables = {"dok_fak", "dok_KFA
                                                              "dok_kda"};
 
 [[noreturn]] void refuse(const fs::path& file, const char* why) {
-    throw CLI::ValidationError(file.filename().string(), why);
+    throw CLI::ValidationError(base::utf8_of(file.filename()), why);
 }
 
 void check_name(const fs::path& file) {
-    const std::string name = file.filename().string();
+    const std::string name = base::utf8_of(file.filename());
     const auto is_plain = [](char c) {
         return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
                c == '.' || c == '-' || c == '_';
@@ -45,13 +47,13 @@ void check_name(const fs::path& file) {
 // In the order of their names, whatever order the disk gives them in.
 std::vector<fs::path> invoices_in(const std::string& folder) {
     std::vector<fs::path> files;
-    for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
+    for (const fs::directory_entry& entry : fs::directory_iterator(base::path_of(folder))) {
         if (!entry.is_regular_file()) refuse(entry.path(), "w folderze mają być same faktury");
         check_name(entry.path());
         files.push_back(entry.path());
     }
     if (files.empty() || files.size() > most_invoices)
-        refuse(folder, "w folderze ma być od 1 do 10 000 faktur");
+        refuse(base::path_of(folder), "w folderze ma być od 1 do 10 000 faktur");
     std::ranges::sort(files);
     return files;
 }
@@ -89,11 +91,11 @@ ExitCode pack(const PackOptions& options) {
     for (const fs::path& file : invoices_in(options.folder)) {
         if (fs::file_size(file) == 0 || fs::file_size(file) > largest_invoice_bytes)
             refuse(file, "faktura ma mieć od 1 do 3 000 000 bajtów");
-        const base::Bytes invoice = read_file(file.string());
+        const base::Bytes invoice = read_file(base::utf8_of(file));
         if (base::chars_of(invoice).starts_with("\xEF\xBB\xBF"))
             refuse(file, "faktura zaczyna się od znacznika BOM, którego KSeF nie przyjmuje");
         ksef::ManifestEntry entry;
-        entry.file = file.filename().string();
+        entry.file = base::utf8_of(file.filename());
         entry.hash = base::base64_encode(bundle.crypto().sha256(invoice));
         name_document(entry);
         zip.add(entry.file, invoice);
@@ -125,7 +127,7 @@ void add_pack_command(CLI::App& app, int& exit_code) {
                      "Folder, w którym są same faktury; nazwa TABELA-KLUCZ.xml, np. "
                      "dok_fak-1001.xml, wskazuje dokument")
         ->required()
-        ->check(CLI::ExistingDirectory);
+        ->check(existing_folder());
     command->add_option("package", options->package, "Plik paczki, np. paczka.zip")->required();
     add_json_option(*command, options->json);
     command->callback([options, &exit_code] { exit_code = pack(*options); });

@@ -6,6 +6,7 @@
 #include <iostream>
 
 #include "barcode/qr_generator.h"
+#include "base/path.h"
 #include "drawing/png.h"
 #include "drawing/svg.h"
 
@@ -23,7 +24,7 @@ base::Bytes png_of(const drawing::Drawing& drawing, const PictureOptions& option
 }
 
 void write_file(const std::string& path, std::string_view content) {
-    std::ofstream file(path, std::ios::binary);
+    std::ofstream file(base::path_of(path), std::ios::binary);
     file.write(content.data(), static_cast<std::streamsize>(content.size()));
     file.close();
     if (!file) throw CLI::ValidationError(path, "nie można zapisać pliku");

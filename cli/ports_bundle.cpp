@@ -1,11 +1,13 @@
 #include "cli/ports_bundle.h"
 
 #include <CLI/CLI.hpp>
-#include <cstdlib>
 #include <fstream>
 #include <iostream>
 #include <iterator>
 
+#include "base/path.h"
+#include "cli/system_ports.h"
+#include "console/console.h"
 #include "frame/settings_file.h"
 #include "ports/native/adapters.h"
 #include "ports/portable/curl_http.h"
@@ -28,19 +30,19 @@ class TalkingClock final : public ports::Clock {
     }
 
   private:
-    std::unique_ptr<ports::Clock> clock_ = ports::make_native_clock();
+    std::unique_ptr<ports::Clock> clock_ = make_clock();
 };
 
 frame::Settings settings_of_environment() {
-    const char* file = std::getenv("TAVRIX_SETTINGS");
+    const char* file = console::variable("TAVRIX_SETTINGS");
     return file == nullptr ? frame::Settings{} : frame::load_settings(file);
 }
 
 base::Text folder_of_settings() {
-    const char* file = std::getenv("TAVRIX_SETTINGS");
+    const char* file = console::variable("TAVRIX_SETTINGS");
     if (file == nullptr) return {};
     const std::string path(file);
-    const std::size_t name = path.rfind('/') + 1;
+    const std::size_t name = path.find_last_of("/\\") + 1;
     return base::from_utf8(name == 0 ? "./" : path.substr(0, name));
 }
 
@@ -53,12 +55,12 @@ PortsBundle::PortsBundle()
       clock_(std::make_unique<TalkingClock>()),
       locale_(ports::make_native_locale()),
       xml_(ports::make_native_xml()),
-      code_page_(ports::make_native_code_page()),
-      files_(ports::make_native_files({})),
-      text_files_(ports::make_native_text_files({})),
+      code_page_(make_code_page()),
+      files_(make_files({})),
+      text_files_(make_text_files()),
       xml_documents_(ports::make_native_xml_documents()),
-      file_store_(ports::make_native_file_store("")),
-      traced_drive_(ports::make_native_files(settings_.trace_root)),
+      file_store_(make_file_store()),
+      traced_drive_(make_files(settings_.trace_root)),
       trace_(trace_switch_, {*traced_drive_, *clock_, *locale_, *code_page_}) {}
 
 ksef::KsefPorts PortsBundle::for_ksef() {
@@ -101,7 +103,7 @@ mail::RetrievalPorts PortsBundle::for_retrieval() {
 }
 
 base::Bytes read_file(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
+    std::ifstream file(base::path_of(path), std::ios::binary);
     base::Bytes bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
     if (!file.is_open() || file.bad()) throw CLI::ValidationError(path, "nie można odczytać pliku");
     return bytes;

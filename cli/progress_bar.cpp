@@ -1,15 +1,16 @@
 #include "cli/progress_bar.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <cstdio>
 #include <string>
 
+#include "console/console.h"
+
 namespace tavrix::cli {
 
 ProgressBar::ProgressBar(std::uint64_t total, bool wanted)
-    : total_(std::max<std::uint64_t>(total, 1)), shown_(wanted && isatty(STDERR_FILENO) != 0) {}
+    : total_(std::max<std::uint64_t>(total, 1)),
+      shown_(wanted && console::is_error_output_watched()) {}
 
 ProgressBar::~ProgressBar() {
     if (shown_ && last_percent_ >= 0) std::fputc('\n', stderr);

@@ -1,5 +1,3 @@
-#include <unistd.h>
-
 #include <cstdio>
 #include <iostream>
 #include <map>
@@ -8,9 +6,10 @@
 #include "cli/answer.h"
 #include "cli/command.h"
 #include "cli/ksef_options.h"
+#include "cli/open_database.h"
 #include "cli/ports_bundle.h"
+#include "console/console.h"
 #include "ksef/client.h"
-#include "ports/portable/sqlite_database.h"
 
 namespace tavrix::cli {
 namespace {
@@ -106,10 +105,11 @@ void report(const Text& result, bool is_done, const Json& counts, bool as_json) 
 ExitCode run(const PullOptions& options) {
     PortsBundle bundle;
     const base::SecretText token = token_from(options.token);
-    ports::SqliteDatabase database(ports::SqliteConnection::open(options.database_file));
+    const auto opened = open_database(options.database_file);
+    ports::Database& database = *opened;
     ksef::KsefPorts ports = bundle.for_ksef();
     Answers answers;
-    const bool talks = !options.json && isatty(STDERR_FILENO) != 0;
+    const bool talks = !options.json && console::is_error_output_watched();
     ports.make_http = [make = ports.make_http, &answers, talks] {
         return std::make_unique<WatchingHttp>(make(), answers, talks);
     };

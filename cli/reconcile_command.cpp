@@ -5,12 +5,12 @@
 #include "cli/answer.h"
 #include "cli/command.h"
 #include "cli/ksef_options.h"
+#include "cli/open_database.h"
 #include "cli/ports_bundle.h"
 #include "ksef/authentication.h"
 #include "ksef/reconciliation.h"
 #include "ksef/reconciliation_by_name.h"
 #include "ksef/token.h"
-#include "ports/portable/sqlite_database.h"
 
 namespace tavrix::cli {
 namespace {
@@ -61,7 +61,8 @@ Json outcomes(ports::Database& database) {
 ExitCode run(const ReconcileOptions& options) {
     PortsBundle bundle;
     ksef::KsefPorts ports = bundle.for_ksef();
-    ports::SqliteDatabase database(ports::SqliteConnection::open(options.database_file));
+    const auto opened = open_database(options.database_file);
+    ports::Database& database = *opened;
     Text failure;
     try {
         failure = reconcile(ports, database, options);

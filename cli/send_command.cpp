@@ -5,9 +5,9 @@
 #include "cli/answer.h"
 #include "cli/command.h"
 #include "cli/ksef_options.h"
+#include "cli/open_database.h"
 #include "cli/ports_bundle.h"
 #include "ksef/rows/columns.h"
-#include "ports/portable/sqlite_database.h"
 
 namespace tavrix::cli {
 namespace {
@@ -100,7 +100,8 @@ ExitCode send(const SendOptions& options) {
     PortsBundle bundle;
     const base::SecretText token = token_from(options.token);
     const Text xml = bundle.code_page().to_text(read_file(options.xml_file));
-    ports::SqliteDatabase database(ports::SqliteConnection::open(options.database_file));
+    const auto opened = open_database(options.database_file);
+    ports::Database& database = *opened;
     ksef::KseF_comm client(bundle.for_ksef());
     const Json before = row_now(database, options);
     const Text result = client.SendInvoiceToKSeF(

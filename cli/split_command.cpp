@@ -3,6 +3,7 @@
 
 #include "cli/answer.h"
 #include "cli/command.h"
+#include "cli/path_checks.h"
 #include "cli/ports_bundle.h"
 #include "ksef/split_file.h"
 
@@ -19,9 +20,9 @@ void add_split_command(CLI::App& app, int& exit_code) {
         "split", "Dzieli plik na części po 100 000 000 bajtów: PLIK.001, PLIK.002, ...");
     command->add_option("file", options->file, "Plik do podzielenia")
         ->required()
-        ->check(CLI::ExistingFile);
+        ->check(existing_file());
     command->add_option("folder", options->folder, "Folder, w którym staną części")
-        ->check(CLI::ExistingDirectory)
+        ->check(existing_folder())
         ->capture_default_str();
     add_json_option(*command, options->json);
     command->callback([options, &exit_code] {

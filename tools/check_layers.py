@@ -46,7 +46,10 @@ LAYERS = {
     "com/classes": ["base", "ports", *FEATURES, "frame", "windows", "ports/windows", "ports/portable", "com", "com/forms"],
     # Runs while the library is built.
     "com/describe": ["base", "windows", "com", "com/classes"],
-    "cli": ["base", "ports", *FEATURES, "frame", "fonts", "drawing", "ports/native", "ports/portable"],
+    # What programs share with the system that started them; knows nothing of the product.
+    "console": [],
+    "cli": ["base", "ports", *FEATURES, "frame", "fonts", "drawing", "console", "ports/native", "ports/portable"],
+    "cli/windows": ["base", "ports", "cli", "windows", "ports/windows"],
     # What a development machine lacks, on the product's own plumbing; never part of the product.
     "stand_ins": ["base", "ports", "windows", "com", "ports/windows", "ports/portable"],
     "stand_ins/cdo": ["base", "ports", "windows", "com", "ports/windows", "ports/portable", "mail"],
@@ -59,9 +62,10 @@ OUTSIDE = [
     (r"windows\.h|windowsx\.h|win(sock2?|inet|http|crypt|spool|reg|nls|error)\.h|ws2tcpip\.h|ole2?\.h|oleauto\.h|olectl\.h|"
      r"oaidl\.h|ocidl\.h|objbase\.h|unknwn\.h|dispex\.h|comdef\.h|combaseapi\.h|shlobj.*\.h|shellapi\.h|msxml\d?\.h|"
      r"commdlg\.h|commctrl\.h|initguid\.h|tchar\.h|wtypes\.h|exdisp\.h|gdiplus.*\.h",
-     ["windows", "ports/windows", "com", "stand_ins"], "Windows headers"),
+     ["windows", "ports/windows", "com", "stand_ins", "console/windows"],
+     "Windows headers"),
     (r"unistd\.h|fcntl\.h|poll\.h|pwd\.h|dlfcn\.h|sys/.*\.h|arpa/.*\.h|netinet/.*\.h|netdb\.h",
-     ["ports/native", "cli", "sandbox"], "POSIX headers"),
+     ["ports/native", "console", "sandbox"], "POSIX headers"),
     (r"curl/.*|libxslt/.*", ADAPTERS, "a library behind a port"),
     (r"libxml/.*", ADAPTERS + ["sandbox/basics", "sandbox/documents"], "a library behind a port"),
     (r"sqlite3\.h", ADAPTERS + ["sandbox/store"], "a library behind a port"),

@@ -5,8 +5,11 @@
 # everything that decides the result, so two checkouts with different recipes share a cache without meeting.
 # Sourced, never run.
 
-# In the order of building: a recipe may use the ones before it.
-windows_libraries=(openssl curl sqlite googletest json cli11 qrcodegen zlib jpeg qpdf)
+# In the order of building: a recipe may use the ones before it. The command line, and what only it links, is 64-bit.
+windows_libraries() {
+    echo openssl curl sqlite googletest json cli11 qrcodegen zlib jpeg qpdf
+    [[ $1 == 32 ]] || echo png xml xslt
+}
 
 # recipe_fields library: sets source_package, native_package, needs and the function build_library.
 load_recipe() {
@@ -33,7 +36,7 @@ library_folder() { echo "$tavrix_cache/libraries/$1-$2-$(library_key "$1" "$2")"
 
 windows_prefix() {
     local bits=$1 library keys=()
-    for library in "${windows_libraries[@]}"; do keys+=("$(library_key "$library" "$bits")"); done
+    for library in $(windows_libraries "$bits"); do keys+=("$(library_key "$library" "$bits")"); done
     echo "$tavrix_cache/win$bits-$(hash_of "${keys[@]}")"
 }
 
@@ -65,7 +68,7 @@ assemble_prefix() {
     local bits=$1 prefix=$2 library
     rm -rf "$prefix.new"
     mkdir -p "$prefix.new"
-    for library in "${windows_libraries[@]}"; do
+    for library in $(windows_libraries "$bits"); do
         cp -al "$(library_folder "$library" "$bits")/." "$prefix.new/"
     done
     mv "$prefix.new" "$prefix"
@@ -74,7 +77,7 @@ assemble_prefix() {
 # All sources at once, so that builds that run side by side find them there.
 fetch_windows_sources() {
     local library
-    for library in "${windows_libraries[@]}"; do
+    for library in $(windows_libraries 64); do
         load_recipe "$library"
         [[ -z $source_package ]] || fetch_source "$source_package" "$(installed_version "$native_package")"
     done
@@ -84,7 +87,7 @@ setup_windows_libraries() {
     local bits=$1 prefix library
     prefix=$(windows_prefix "$bits")
     if [[ -d $prefix ]]; then return; fi
-    for library in "${windows_libraries[@]}"; do
+    for library in $(windows_libraries "$bits"); do
         [[ -d $(library_folder "$library" "$bits") ]] && continue
         step "cross-build $library for $bits-bit Windows" \
             "read the log; a download that failed is cured by running ./dev setup again" \

@@ -3,8 +3,8 @@
 #include <array>
 #include <map>
 
-#include "base/windows_1250.h"
 #include "ports/native/adapters.h"
+#include "ports/portable/windows_1250.h"
 
 namespace tavrix::ports {
 namespace {
@@ -86,25 +86,8 @@ class Converters {
     std::map<std::uint32_t, Converter> known_;
 };
 
-class Windows1250 final : public CodePage {
+class NativeCodePage final : public Windows1250 {
   public:
-    std::optional<std::uint8_t> byte_of(char16_t character) const override {
-        return base::windows_1250_byte(character);
-    }
-
-    base::Bytes to_bytes(base::TextView text) const override {
-        base::Bytes bytes;
-        bytes.reserve(text.size());
-        for (const char16_t c : text) bytes.push_back(byte_of(c).value_or(std::uint8_t{'?'}));
-        return bytes;
-    }
-
-    base::Text to_text(base::ByteView bytes) const override {
-        base::Text text(bytes.size(), u'\0');
-        for (std::size_t i = 0; i < bytes.size(); ++i) text[i] = base::windows_1250[bytes[i]];
-        return text;
-    }
-
     std::optional<base::Text> decode(std::uint32_t code_page, base::ByteView bytes) const override {
         if (code_page == 1250) return to_text(bytes);
         const Converter& converter = converters_.of(code_page);
@@ -119,7 +102,7 @@ class Windows1250 final : public CodePage {
 }  // namespace
 
 std::unique_ptr<CodePage> make_native_code_page() {
-    return std::make_unique<Windows1250>();
+    return std::make_unique<NativeCodePage>();
 }
 
 }  // namespace tavrix::ports

@@ -7,7 +7,6 @@
 
 #include "base/error.h"
 #include "ports/native/adapters.h"
-#include "ports/native/path.h"
 
 namespace tavrix::ports {
 namespace {
@@ -36,7 +35,8 @@ class LibxmlDocuments final : public XmlDocuments {
   public:
     std::unique_ptr<XmlSchema> load_schema(base::TextView path,
                                            SchemaNamespace schema_namespace) override {
-        return load_xml_schema(native_path(path, {}), schema_namespace);
+        return load_xml_schema(base::to_utf8(base::replace_all(path, u"\\", u"/")),
+                               schema_namespace);
     }
     XmlTransformation transform(base::TextView xml, base::TextView stylesheet,
                                 XmlParameters parameters) override {

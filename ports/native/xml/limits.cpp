@@ -3,7 +3,6 @@
 #include <libxml/parser.h>
 #include <libxml/parserInternals.h>
 #include <libxslt/security.h>
-#include <malloc.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -11,6 +10,9 @@
 #include <fstream>
 #include <iterator>
 #include <mutex>
+
+#include "base/path.h"
+#include "ports/native/xml/block_size.h"
 
 namespace tavrix::ports {
 namespace {
@@ -53,12 +55,12 @@ bool refuses(std::size_t bytes) {
 // What the system made of what was asked for; it comes back with the block.
 void* charged(void* block) {
     if (allowance.is_limited && block != nullptr)
-        allowance.memory_bytes -= std::min(allowance.memory_bytes, malloc_usable_size(block));
+        allowance.memory_bytes -= std::min(allowance.memory_bytes, block_size(block));
     return block;
 }
 
 std::size_t size_of(void* block) {
-    return block == nullptr ? 0 : malloc_usable_size(block);
+    return block == nullptr ? 0 : block_size(block);
 }
 
 void* allocate(std::size_t bytes) {
@@ -94,7 +96,7 @@ xmlParserInputPtr load(const char* address, const char* id, xmlParserCtxtPtr par
     std::string name(address);
     name.erase(0, name.find_last_of("/\\") + 1);
     if (name.empty() || name == "..") return nullptr;
-    std::ifstream file(allowance.folder + name, std::ios::binary | std::ios::ate);
+    std::ifstream file(base::path_of(allowance.folder + name), std::ios::binary | std::ios::ate);
     if (!file || file.tellg() > longest_schema_bytes) return nullptr;
     file.seekg(0);
     const std::string text{std::istreambuf_iterator<char>(file), {}};

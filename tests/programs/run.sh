@@ -1,0 +1,55 @@
+#!/usr/bin/env bash
+# run.sh WINDOWS_BIN SANDBOX: tavrix.exe works with a sandbox, in a folder with blanks and Polish letters.
+set -euo pipefail
+
+windows_bin=$1 sandbox=$2
+here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
+root=$(cd "$here/../.." && pwd)
+# shellcheck source=tools/host.sh
+source "$root/tools/host.sh"
+[[ -x $sandbox ]] || {
+    echo "SKIPPED: $sandbox is not built; ./dev build native builds it"
+    exit 77
+}
+work=$(mktemp -d)
+trap 'leave_host; rm -rf "$work"' EXIT
+fail() {
+    echo "FAILED: $*"
+    exit 1
+}
+
+# expect STATUS TEXT argument...: tavrix.exe ends so, and says TEXT among the rest.
+expect() {
+    local status=0 wanted=$1 text=$2
+    shift 2
+    "$root/tools/wine-run" 64 "$windows_bin/tavrix.exe" "$@" >"$work/said" 2>&1 || status=$?
+    [[ $status == "$wanted" ]] || fail "status $status of: $* ($(cat "$work/said"))"
+    [[ -z $text ]] || grep -qF -- "$text" "$work/said" || fail "no '$text' from: $* ($(cat "$work/said"))"
+}
+
+folder="$work/Faktury żółć i ąę"
+mkdir "$folder"
+start_sandbox "$sandbox" "$work"
+write_settings "$folder/Ustawienia ś.json"
+make_host_database "$folder/baza ł.db"
+cp "$root/demo/faktura.xml" "$folder/faktura ź.xml"
+cp "$root/demo/korekta.xml" "$folder/korekta.xml"
+printf 'R|nip-5265877635|s\n' >"$folder/token.txt"
+export TAVRIX_SETTINGS="Z:$folder/Ustawienia ś.json"
+send=(send --nip 5265877635 --table dok_fak --token-file "Z:$folder/token.txt" --db)
+
+expect 0 'tavrix 10.' --version
+expect 2 --zła hash plik.xml --zła
+expect 2 "nie ma pliku Z:$folder/brak ó.xsd" validate "Z:$folder/faktura ź.xml" --schema "Z:$folder/brak ó.xsd"
+expect 0 "Faktura przyjęta, UPO zapisane w bazie." "${send[@]}" "Z:$folder/baza ł.db" --id 1001 --xml "Z:$folder/faktura ź.xml"
+register_dlls 64 "$windows_bin" "$work/dll"
+expect 0 "Faktura przyjęta" "${send[@]}" "Provider=SQLOLEDB;Data Source=Z:$folder/baza ł.db" --id 1002 --xml "Z:$folder/korekta.xml"
+numbers=$(sqlite3 "$folder/baza ł.db" "select count(distinct numer_ksef) from dok_fak where UPO_ksef <> ''")
+[[ $numbers == 2 ]] || fail "$numbers numbers in the database"
+
+cp "$root/stylesheets/faktura-fa3.xsl" "$folder/arkusz ć.xsl"
+expect 0 '' render "Z:$folder/faktura ź.xml" --xsl "Z:$folder/arkusz ć.xsl" -o "Z:$folder/strona ę.html"
+grep -q '<html' "$folder/strona ę.html" || fail "no page"
+expect 0 '' qr --text 'zażółć' --out "Z:$folder/kod ń.png"
+[[ $(zbarimg -q --raw "$folder/kod ń.png") == 'zażółć' ]] || fail "another QR code"
+echo KONIEC
