@@ -57,6 +57,8 @@ stage_windows() {
         split_symbols x86_64-w64-mingw32- "$to/bin/$file"
     done
     copy_tree examples "$to/examples"
+    # What the examples are tried with.
+    install -m 644 "$root/demo/faktura.xml" "$root/demo/schema.sql" "$to/examples/"
     copy_tree stylesheets "$to/stylesheets"
     need_file "$root/build/site/index.html" "tools/site/build.py makes it"
     cp -r "$root/build/site" "$to/docs"
