@@ -6,6 +6,7 @@
 
 #include "sandbox/basics/crypto.h"
 #include "sandbox/basics/ksef_number.h"
+#include "sandbox/basics/path.h"
 #include "sandbox/basics/text.h"
 #include "sandbox/exchange/body.h"
 #include "sandbox/service/certificates.h"
@@ -53,8 +54,8 @@ Service::Service(Options given, Clock& its_clock, std::unique_ptr<Store> its_sto
       secret(stored_secret(*store)),
       keys(stored_keys(*store, clock.now())),
       bearer_tokens(secret),
-      packages(options.data_folder) {
-    if (!options.schema_folder.empty()) schemas.emplace(options.schema_folder);
+      packages(path_of(options.data_folder)) {
+    if (!options.schema_folder.empty()) schemas.emplace(path_of(options.schema_folder));
     load(*store, state);
     forget_packages_not_waiting();
     take_over_options();
@@ -109,7 +110,7 @@ void Service::forget_packages_not_waiting() {
 
 void Service::take_over_options() {
     for (const std::string& file : options.certificate_files) {
-        std::ifstream stream(file, std::ios::binary);
+        std::ifstream stream(path_of(file), std::ios::binary);
         const std::string pem{std::istreambuf_iterator<char>(stream), {}};
         try {
             register_certificate(*this, {pem, {}, {}, {}});
