@@ -34,10 +34,10 @@ endif()
 if(TAVRIX_FUZZ)
   target_compile_options(tavrix_options INTERFACE -fsanitize=fuzzer-no-link -O1)
 endif()
-# A build knows no folder of its machine: the same commit gives the same bytes wherever it was checked out.
-target_compile_options(tavrix_options INTERFACE -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.
-  $<$<BOOL:${TAVRIX_WINDOWS_PREFIX}>:-ffile-prefix-map=${TAVRIX_WINDOWS_PREFIX}=libraries>)
 if(NOT TAVRIX_SANITIZE)
+  # A build knows no folder of its machine: the same commit gives the same bytes wherever it was checked out.
+  target_compile_options(tavrix_options INTERFACE -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.
+    $<$<BOOL:${TAVRIX_WINDOWS_PREFIX}>:-ffile-prefix-map=${TAVRIX_WINDOWS_PREFIX}=libraries>)
   # Hostile mail, XML and PDF come this way: what overwrites a buffer ends the program instead of going on.
   target_compile_options(tavrix_options INTERFACE -fstack-protector-strong -D_FORTIFY_SOURCE=2)
   target_link_options(tavrix_options INTERFACE -fstack-protector-strong)

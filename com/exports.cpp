@@ -69,12 +69,16 @@ HRESULT STDAPICALLTYPE DllUnregisterServer() {
     return guarded([] { unregister_everywhere(server(), system_registry()); });
 }
 
-// `regsvr32 /n /i:user` registers for the current user on purpose; any other command line does what
-// DllRegisterServer does.
+// `regsvr32 /n /i:user` and `/n /i:machine` register and unregister in that one place and touch no
+// other; any other command line does what the two functions above do.
 HRESULT STDAPICALLTYPE DllInstall(BOOL install, LPCWSTR command_line) {
-    const bool user = command_line != nullptr && lstrcmpiW(command_line, L"user") == 0;
-    if (!user) return install != FALSE ? DllRegisterServer() : DllUnregisterServer();
-    return install != FALSE ? register_in(Scope::user) : unregister_in(Scope::user);
+    const LPCWSTR place = command_line != nullptr ? command_line : L"";
+    const bool user = lstrcmpiW(place, L"user") == 0;
+    if (!user && lstrcmpiW(place, L"machine") != 0) {
+        return install != FALSE ? DllRegisterServer() : DllUnregisterServer();
+    }
+    const Scope scope = user ? Scope::user : Scope::machine;
+    return install != FALSE ? register_in(scope) : unregister_in(scope);
 }
 
 }  // extern "C"

@@ -9,6 +9,7 @@
 #include "com/guid_text.h"
 #include "com/module.h"
 #include "com/type_library.h"
+#include "windows/same_file.h"
 
 namespace tavrix::com {
 namespace {
@@ -169,15 +170,20 @@ void write_entries(const Server& server, HKEY root, RegistryDoor& door) {
     }
 }
 
-// Each group as the copy wrote it that its owner entry names.
-void remove_users_entries(const Server& server, RegistryDoor& door) {
+// Each group as the copy wrote it that its owner entry names, where `of_this_copy` says so of the
+// copy's path. The stored path may spell this very DLL's in another way, and its entries with it.
+template <typename Condition>
+void remove_named_groups(const Server& server, HKEY root, RegistryDoor& door,
+                         Condition of_this_copy) {
     const std::vector<Group> groups = groups_of(server, module_path());
     for (std::size_t i = 0; i < groups.size(); ++i) {
         const RegistryEntry& owner = groups[i].owner;
-        const auto path = door.value(HKEY_CURRENT_USER, owner.key, owner.name);
-        if (path) remove_group(door, HKEY_CURRENT_USER, groups_of(server, *path)[i]);
+        const auto path = door.value(root, owner.key, owner.name);
+        if (path && of_this_copy(*path)) {
+            remove_group(door, root, groups_of(server, *path)[i]);
+        }
     }
-    common_keys().remove_from(door, HKEY_CURRENT_USER);
+    common_keys().remove_from(door, root);
 }
 
 // With `advice` in place of the system's words where the machine's classes are closed to the user.
@@ -203,22 +209,25 @@ void register_classes(const Server& server, Scope scope, RegistryDoor& door) {
         file;
     with_advice(server, advice, [&] {
         write_entries(server, HKEY_LOCAL_MACHINE, door);
-        remove_users_entries(server, door);
+        remove_named_groups(server, HKEY_CURRENT_USER, door,
+                            [](const base::Text&) { return true; });
     });
 }
 
 void unregister_classes(const Server& server, Scope scope, RegistryDoor& door) {
     const HKEY root = scope == Scope::machine ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER;
-    for (const Group& group : groups_of(server, module_path())) {
-        if (is_stored(door, root, group.owner)) remove_group(door, root, group);
-    }
-    common_keys().remove_from(door, root);
+    const base::Text own_path = module_path();
+    with_advice(server, u"Wyrejestrowanie dla całego komputera wymaga uprawnień administratora.",
+                [&] {
+                    remove_named_groups(server, root, door, [&](const base::Text& path) {
+                        return windows::same_file(path, own_path);
+                    });
+                });
 }
 
 void unregister_everywhere(const Server& server, RegistryDoor& door) {
     unregister_classes(server, Scope::user, door);
-    with_advice(server, u"Wyrejestrowanie dla całego komputera wymaga uprawnień administratora.",
-                [&] { unregister_classes(server, Scope::machine, door); });
+    unregister_classes(server, Scope::machine, door);
 }
 
 }  // namespace tavrix::com

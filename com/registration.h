@@ -16,10 +16,11 @@ enum class Scope { machine, user };
 /// registered before.
 void register_classes(const Server& server, Scope scope, RegistryDoor& door);
 
-/// Removes what register_classes wrote, as far as it names this very DLL: a class or type library
-/// that another copy was registered for meanwhile stays that copy's, whole. What the DLLs of 32 and
-/// of 64 bits share goes with the last of them. Throws base::AutomationError when entries must not
-/// be removed; where there are none, nothing needs to be changed.
+/// Removes what register_classes wrote, as far as it names this very DLL, however its path is
+/// spelt: a class or type library that another copy was registered for meanwhile stays that copy's,
+/// whole. What the DLLs of 32 and of 64 bits share goes with the last of them. Throws
+/// base::AutomationError when entries must not be removed; where there are none, nothing needs to
+/// be changed.
 void unregister_classes(const Server& server, Scope scope, RegistryDoor& door);
 
 /// The user's entries, then the machine's.

@@ -77,6 +77,12 @@ class SystemRegistry final : public RegistryDoor {
     }
 };
 
+// Paths are among the values.
+bool is_stored(const RegistryDoor& door, HKEY root, const RegistryEntry& entry) {
+    const std::optional<base::Text> stored = door.value(root, entry.key, entry.name);
+    return stored && entry.value && base::equal_case_blind(*stored, *entry.value);
+}
+
 }  // namespace
 
 RegistryDoor& system_registry() noexcept {
@@ -87,11 +93,6 @@ RegistryDoor& system_registry() noexcept {
 void write(RegistryDoor& door, HKEY root, const RegistryEntry& entry) {
     door.create_key(root, entry.key);
     if (entry.value) door.set_value(root, entry.key, entry.name, *entry.value);
-}
-
-bool is_stored(const RegistryDoor& door, HKEY root, const RegistryEntry& entry) {
-    const std::optional<base::Text> stored = door.value(root, entry.key, entry.name);
-    return stored && entry.value && base::equal_case_blind(*stored, *entry.value);
 }
 
 void remove(RegistryDoor& door, HKEY root, const RegistryEntry& entry) {

@@ -41,9 +41,6 @@ RegistryDoor& system_registry() noexcept;
 /// Makes the key and stores the value.
 void write(RegistryDoor& door, HKEY root, const RegistryEntry& entry);
 
-/// True when the value is stored as the entry has it; paths are compared as the file system does.
-bool is_stored(const RegistryDoor& door, HKEY root, const RegistryEntry& entry);
-
 /// Removes the value where it still is what the entry says, and the key when it is empty then.
 /// Asks for no right to change anything where there is nothing to remove.
 void remove(RegistryDoor& door, HKEY root, const RegistryEntry& entry);

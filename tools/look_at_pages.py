@@ -6,6 +6,7 @@ console. Status 0 when nothing is, 1 when something is, 77 where there is no Chr
 """
 import argparse
 import base64
+import contextlib
 import json
 import os
 import pathlib
@@ -13,6 +14,9 @@ import shutil
 import subprocess
 import sys
 import tempfile
+import time
+import urllib.error
+import urllib.request
 
 SCREENS = [(1280, 900, False), (400, 800, True)]
 
@@ -26,7 +30,7 @@ CHECKS = r"""(width => {
   }
   if (width < 500 && [...document.querySelectorAll('thead')].some(it => it.offsetParent !== null))
     wrong.push('a table is no pile of cards');
-  for (const field of document.querySelectorAll('input'))
+  for (const field of document.querySelectorAll('input, select'))
     if (field.labels.length === 0) wrong.push('no label: ' + field.outerHTML);
   const channels = text => text.match(/[\d.]+/g).map(Number);
   const luminance = color => channels(color).slice(0, 3).map(c => c / 255)
@@ -148,11 +152,41 @@ def submit(browser, options, path, field, value):
     return [] if arrived == path else [f"{path}: {field}={value} leads to {arrived}: {browser.evaluate('document.title')}"]
 
 
+def live(browser, options, path):
+    """Lets a request arrive while somebody types and reads at the end of the page, which has to take it over and to disturb neither."""
+    browser.open(options.address + path, *SCREENS[0], "light")
+    browser.evaluate("scrollTo(0, document.documentElement.scrollHeight); document.querySelector('input').value = 'pisane'")
+    reader = """[...document.querySelectorAll('[data-live] a')].find(it => it.getAttribute('href') === window.held)"""
+    browser.evaluate("window.held = [...document.querySelectorAll('[data-live] a')].find(it => it.getBoundingClientRect().top > 0).getAttribute('href')")
+    before = browser.evaluate(f"{reader}.getBoundingClientRect().top")
+    news = f"news-{time.monotonic_ns()}"
+    direct = urllib.request.build_opener(urllib.request.ProxyHandler({}))
+    with contextlib.suppress(urllib.error.HTTPError):
+        direct.open(f"{options.address}/v2/{news}")
+    for _ in range(100):
+        if browser.evaluate(f"document.querySelector('main').textContent.includes('{news}')"):
+            break
+        time.sleep(0.1)
+    else:
+        return [f"{path}: what arrived is not shown"] + browser.console_errors()
+    wrong = []
+    if abs(browser.evaluate(f"{reader}.getBoundingClientRect().top") - before) > 1:
+        wrong.append(f"{path}: the row that is read moves")
+    if browser.evaluate("document.querySelector('input').value") != "pisane":
+        wrong.append(f"{path}: what was typed is lost")
+    browser.evaluate("document.querySelector('#na-zywo button').click()")
+    if "wyłączone" not in browser.evaluate("document.getElementById('na-zywo').textContent"):
+        wrong.append(f"{path}: does not say that it is switched off")
+    browser.evaluate("document.querySelector('#na-zywo button').click()")
+    return wrong
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("address", help="of the sandbox, without a path")
     parser.add_argument("pages", nargs="+", metavar="NAME=PATH")
     parser.add_argument("--submit", nargs=3, action="append", default=[], metavar=("PATH", "FIELD", "VALUE"))
+    parser.add_argument("--live", action="append", default=[], metavar="PATH", help="a page with a list of requests and a field")
     parser.add_argument("--pictures", type=pathlib.Path, help="folder that gets a picture of each page at each width")
     parser.add_argument("--dark", help="name of the page that is also pictured dark")
     parser.add_argument("--height", type=int, default=1400, help="where a picture is cut")
@@ -169,6 +203,8 @@ def main():
                 wrong += submit(browser, options, path, field, value)
             for page in options.pages:
                 wrong += look(browser, options, *page.split("=", 1))
+            for path in options.live:
+                wrong += live(browser, options, path)
         finally:
             browser.close()
     print("\n".join(wrong) or f"{len(options.pages)} pages are as they should be")

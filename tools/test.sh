@@ -68,13 +68,20 @@ check_the_tree() {
     check_tree layers python3 "$root/tools/check_layers.py"
     check_tree format python3 "$root/tools/check_format.py" --cache "$tavrix_cache/formatted"
     check_tree stylesheets python3 "$root/tests/stylesheets/faktura_test.py"
+    # Debian's own python3 has Debian's python3-markdown; another one on the path need not.
+    check_tree site /usr/bin/python3 "$root/tools/site/build.py"
     for door in "$@"; do
         case $door in
-            native) check_tree headers-native python3 "$root/tools/check_headers.py" native -j "$jobs" ;;
+            native)
+                check_tree headers-native python3 "$root/tools/check_headers.py" native -j "$jobs"
+                check_tree hardening-native python3 "$root/tools/check_hardening.py" "$root"/build/native/bin/tavrix{,-sandbox}
+                ;;
             win32 | win64)
                 [[ $door == win64 ]] || check_tree headers-windows python3 "$root/tools/check_headers.py" win32 -j "$jobs"
                 mapfile -t dlls < <(find "$root/build/$door/bin" -name '*.dll' -o -name '*.exe' 2>/dev/null)
                 ((${#dlls[@]} == 0)) || check_tree "imports-$door" python3 "$root/tools/check_imports.py" "${dlls[@]}"
+                mapfile -t dlls < <(find "$root/build/$door/bin" -name 'Tavrix.dll' -o -name 'tavrix.exe' -o -name 'tavrix-sandbox.exe' 2>/dev/null)
+                ((${#dlls[@]} == 0)) || check_tree "hardening-$door" python3 "$root/tools/check_hardening.py" "${dlls[@]}"
                 ;;
         esac
     done

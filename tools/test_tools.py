@@ -130,6 +130,30 @@ class Imports(Tree):
         self.assertEqual(self.check("FILETIME t; GetSystemTimeAsFileTime(&t)")[0], 0)
 
 
+class Hardening(Tree):
+    HARD = ["-O2", "-fPIE", "-pie", "-fstack-protector-all", "-D_FORTIFY_SOURCE=2", "-Wl,-z,relro,-z,now"]
+    WINDOWS = ["x86_64-w64-mingw32-gcc-posix"]
+    CASES = [
+        (["gcc", *HARD], ""), (["gcc", *HARD, "-no-pie"], "lacks a position independent program"),
+        (["gcc", *HARD, "-fno-stack-protector"], "lacks a stack protector"), (["gcc", *HARD, "-Wl,-z,lazy"], "lacks BIND_NOW"),
+        (["gcc", *HARD, "-Wl,-z,execstack"], "lacks a stack that"), (["gcc", *HARD, "-Wl,-rpath,/x"], "RPATH"),
+        (["gcc", *HARD, "-U_FORTIFY_SOURCE"], "lacks FORTIFY"), (WINDOWS, ""),
+        ([*WINDOWS, "-Wl,--disable-nxcompat"], "lacks NXCOMPAT"), ([*WINDOWS, "-Wl,--disable-dynamicbase"], "lacks DYNAMICBASE"),
+        ([*WINDOWS, "-Wl,--disable-high-entropy-va"], "lacks HIGHENTROPYVA"),
+        ([*WINDOWS, '-DMORE=__asm__(".section both,\\"wx\\"\\n.long 1\\n.text");'], "writable and executable"),
+    ]
+
+    def test_refuses_what_lacks_one_of_its_fences(self):
+        self.write("a.c", "#include <stdio.h>\n#include <string.h>\n#ifndef MORE\n#define MORE\n#endif\nMORE\n"
+                          "int main(int c, char** v) { char b[9]; strcpy(b, v[0]); return printf(v[0]) + b[c]; }\n")
+        for command, fault in self.CASES:
+            with self.subTest(" ".join(command)):
+                subprocess.run([*command, "-w", self.root / "a.c", "-o", self.root / "a.exe"], check=True)
+                status, output = self.run_tool("check_hardening.py", f"{self.root}/a.exe")
+                self.assertEqual(status, 1 if fault else 0, output)
+                self.assertIn(fault, output)
+
+
 class Sources(Tree):
     LIST = """
 deb http://mirror/debian bookworm main contrib
@@ -172,6 +196,31 @@ Components: main
         self.assertIn("Suites: bookworm bookworm-updates", stanzas)
         self.assertNotIn("mirror/off", stanzas)
         self.assertNotIn("trixie", stanzas)
+
+
+class Site(Tree):
+    """The documentation's pages, built from a copy of this tree with a few things broken in it."""
+
+    DAMAGE = [
+        ("docs/pl/ksef.md", "## Limity", "## Granice", "komunikaty.md: ksef.md#limity: no such anchor"),
+        ("docs/pl/pdf.md", "pdf-box.png", "pdf-bix.png", "pdf.md: ../pictures/pdf-bix.png leads nowhere"),
+        ("docs/pl/okna.md", "# Okna", "# Okna\n\n[sieć](https://example.com/)", "okna.md: leads out of the pages"),
+        ("docs/pl/klasy/Rejestr.md", "## RegGetValue", "## RegValue", "no text for RegGetValue"),
+        ("docs/pl/klasy/ClsPdfPodpis.md", "- `pin`", "- `haslo`", "pdfpodpis has no argument haslo"),
+        ("docs/pl/komunikaty.md", "| `Nie podano adresata.` |", "| |", "does not say what this means: Nie podano adresata."),
+    ]
+
+    def test_refuses_what_leads_nowhere_and_what_has_no_words(self):
+        for folder in ["base", "docs", "examples", "ksef", "mail", "pdfsign", "barcode", "dialogs", "frame", "com", "ports"]:
+            shutil.copytree(TOOLS.parent / folder, self.root / folder)
+        for path, old, new, _ in self.DAMAGE:
+            text = (self.root / path).read_text(encoding="utf-8")
+            self.assertIn(old, text)
+            (self.root / path).write_text(text.replace(old, new, 1), encoding="utf-8")
+        done = subprocess.run(["/usr/bin/python3", self.root / "tools/site/build.py"], capture_output=True, text=True)
+        self.assertEqual(done.returncode, 1, done.stderr)
+        for _, _, _, complaint in self.DAMAGE:
+            self.assertIn(complaint, done.stdout)
 
 
 if __name__ == "__main__":

@@ -53,6 +53,27 @@ std::string ascii_folded(std::string_view text) {
     return result;
 }
 
+// One pass: everything that the sandbox remembers goes through it.
+std::string search_folded(std::string_view text) {
+    std::string result(text.size(), '\0');
+    std::size_t size = 0;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const char c = text[i];
+        // All of the letters are two bytes long and begin with one of these.
+        const PolishLetter* letter = nullptr;
+        if (c == '\xC3' || c == '\xC4' || c == '\xC5')
+            for (const PolishLetter& known : polish_letters)
+                if (text.substr(i, 2) == known.small || text.substr(i, 2) == known.large)
+                    letter = &known;
+        if (letter != nullptr) ++i;
+        result[size++] = letter != nullptr      ? letter->plain
+                         : c >= 'A' && c <= 'Z' ? char(c + 32)
+                                                : c;
+    }
+    result.resize(size);
+    return result;
+}
+
 std::size_t character_count(std::string_view text) {
     return std::size_t(
         std::count_if(text.begin(), text.end(), [](char c) { return (c & 0xC0) != 0x80; }));

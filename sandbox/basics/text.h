@@ -19,6 +19,10 @@ std::string lower_polish(std::string text);
 /// A text in UTF-8 with Polish letters as their ASCII neighbours and every other foreign one gone.
 std::string ascii_folded(std::string_view text);
 
+/// The same in lower case, other foreign letters as they are: what texts are compared by when
+/// somebody searches.
+std::string search_folded(std::string_view text);
+
 /// How many characters, not bytes, a text in UTF-8 has.
 std::size_t character_count(std::string_view text);
 

@@ -55,6 +55,18 @@ ParsedXml parse_xml(std::string_view text) {
     return result;
 }
 
+std::string set_out_xml(const std::string& text) {
+    const ParsedXml parsed = parse_xml(text);
+    xmlChar* lines = nullptr;
+    int size = 0;
+    if (parsed.document)
+        xmlDocDumpFormatMemoryEnc(parsed.document.get(), &lines, &size, "UTF-8", 1);
+    if (lines == nullptr) return text;
+    std::string result(as_text(lines), std::size_t(size));
+    xmlFree(lines);
+    return result;
+}
+
 std::string declared_encoding(const XmlDocument& document) {
     if (!document || document->encoding == nullptr) return {};
     return upper(as_text(document->encoding));

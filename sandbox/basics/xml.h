@@ -26,6 +26,10 @@ struct ParsedXml {
 /// of every kind.
 ParsedXml parse_xml(std::string_view text);
 
+/// The document in UTF-8 with its elements on lines of their own, as far as it has no lines yet; as
+/// it came when it cannot be read.
+std::string set_out_xml(const std::string& text);
+
 /// The encoding a document declares, in upper case; empty when it declares none.
 std::string declared_encoding(const XmlDocument& document);
 

@@ -5,7 +5,7 @@
 namespace tavrix::sandbox {
 namespace {
 
-constexpr std::size_t longest_body = 64 * 1024;
+constexpr std::size_t longest_body = 64 * 1024, longest_answer = 16 * 1024;
 constexpr std::size_t longest_text_of_large_body = 256, shown_of_it = 64;
 
 /// Texts inside a large body, above all the encrypted invoice, are shortened and their length
@@ -52,8 +52,14 @@ void RequestLog::add(LoggedRequest entry) {
         // A body of very many short texts is still large.
         if (entry.body.size() > longest_body) entry.body.resize(longest_body);
     }
+    if (entry.answer.size() > longest_answer) entry.answer.resize(longest_answer);
     entries_.push_back(std::move(entry));
     while (entries_.size() > capacity_) entries_.pop_front();
+}
+
+const LoggedRequest* RequestLog::find(std::uint64_t number) const {
+    if (entries_.empty() || number < entries_.front().number || number > total_) return nullptr;
+    return &entries_[std::size_t(number - entries_.front().number)];
 }
 
 void RequestLog::clear() {

@@ -237,6 +237,7 @@ void Dispatcher::log(const Request& request, const Route* route, const Outcome& 
     const bool part = route != nullptr && route->handler == upload_part;
     entry.body =
         part ? "(" + std::to_string(request.body.size()) + " bytes)" : std::string(request.body);
+    entry.answer = outcome.answer.body;
     entry.step = route == nullptr ? "unknown" : std::string(route->step);
     for (const Fault& fault : faults) entry.faults.emplace_back(to_string(fault.kind));
     entry.status = outcome.answer.status;

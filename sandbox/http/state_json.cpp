@@ -86,6 +86,7 @@ Json state_json(const ControlRoom& room, const StatePage& page) {
                   {{"requests", room.log.total()},
                    {"steps", room.log.counts()},
                    {"sessions", state.sessions.size()},
+                   {"waiting", state.pending_invoices.size() + state.closing_sessions.size()},
                    {"invoices", state.invoices.size()}}},
                  {"requests", part(room.log.entries(), [&](const LoggedRequest& entry) {
                       return to_json(entry, service.options.time);

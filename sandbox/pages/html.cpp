@@ -5,6 +5,7 @@
 #include "sandbox/basics/crypto.h"
 #include "sandbox/basics/text.h"
 #include "sandbox/basics/xml.h"
+#include "sandbox/pages/live.h"
 #include "sandbox/pages/polish.h"
 #include "sandbox/pages/style.h"
 #include "sandbox/pages/validator_words.h"
@@ -19,7 +20,11 @@ constexpr const char* header_html =
     "<p>Lokalny system do prób. Wystawione tu faktury nie trafiają do Ministerstwa Finansów.</p>"
     "<nav aria-label=\"Strony\"><ul><li><a href=\"/faktury\">Faktury</a></li>"
     "<li><a href=\"/sesje\">Sesje</a></li><li><a href=\"/zadania\">Żądania</a></li>"
-    "<li><a href=\"/ustawienia\">Tempo i usterki</a></li></ul></nav></header>";
+    "<li><a href=\"/szukaj\">Szukaj</a></li>"
+    "<li><a href=\"/ustawienia\">Tempo i usterki</a></li>"
+    "<li><a href=\"/start\">Jak zacząć</a></li></ul></nav>"
+    // Without a script this is true; the script says something else.
+    "<p id=\"na-zywo\">Ta strona nie odświeża się sama.</p></header>";
 
 std::string trail_html(const std::vector<std::string>& trail) {
     if (trail.empty()) return "";
@@ -30,8 +35,9 @@ std::string trail_html(const std::vector<std::string>& trail) {
 
 const std::string& content_policy() {
     static const std::string policy =
-        "default-src 'none'; style-src 'sha256-" + sha256_base64(style) +
-        "'; form-action 'self'; base-uri 'none'; frame-ancestors 'none'";
+        "default-src 'none'; style-src 'sha256-" + sha256_base64(style) + "'; script-src 'sha256-" +
+        sha256_base64(live_script) +
+        "'; connect-src 'self'; form-action 'self'; base-uri 'none'; frame-ancestors 'none'";
     return policy;
 }
 
@@ -44,8 +50,8 @@ Answer page(const std::string& title, const std::string& content,
         "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\"><title>" +
         xml_escape(title) + "</title><style>" + style +
         "</style></head><body><a class=\"skip\" href=\"#tresc\">Przejdź do treści</a>" +
-        header_html + "<main id=\"tresc\">" + trail_html(trail) + content +
-        "</main></body></html>");
+        header_html + "<main id=\"tresc\">" + trail_html(trail) + content + "</main><script>" +
+        live_script + "</script></body></html>");
     answer.headers = {{"Content-Security-Policy", content_policy()},
                       {"X-Content-Type-Options", "nosniff"},
                       {"Referrer-Policy", "same-origin"}};
@@ -75,6 +81,10 @@ std::string shortened(std::string_view text, std::size_t most) {
 
 std::string section(const std::string& title, const std::string& content) {
     return "<section><h2>" + xml_escape(title) + "</h2>" + content + "</section>";
+}
+
+std::string live(const char* name, const std::string& content) {
+    return std::string("<div id=\"") + name + "\" data-live>" + content + "</div>";
 }
 
 std::string link(const std::string& address, const std::string& text) {
@@ -151,7 +161,9 @@ Slice slice_of(const Request& request, std::size_t total, std::size_t size) {
 std::string slice_links(const std::string& address, const Slice& slice) {
     if (slice.count == 1) return "";
     const auto to = [&](std::size_t number, const char* text) {
-        return link(address + "?strona=" + std::to_string(number), text);
+        return link(address + (address.find('?') == std::string::npos ? "?strona=" : "&strona=") +
+                        std::to_string(number),
+                    text);
     };
     std::string html = "<nav class=\"parts\" aria-label=\"Strony listy\">";
     if (slice.number > 1) html += to(slice.number - 1, "‹ Nowsze");
@@ -161,11 +173,10 @@ std::string slice_links(const std::string& address, const Slice& slice) {
     return html + "</nav>";
 }
 
-std::string excerpt(const std::string& text) {
+std::string excerpt(const std::string& text, const std::string& when_cut) {
     return "<pre tabindex=\"0\">" + xml_escape(shortened(text, most_shown_bytes)) + "</pre>" +
-           (text.size() > most_shown_bytes
-                ? "<p class=\"note\">To tylko początek; całość jest w pliku.</p>"
-                : "");
+           (text.size() > most_shown_bytes ? "<p class=\"note\">" + xml_escape(when_cut) + "</p>"
+                                           : "");
 }
 
 }  // namespace tavrix::sandbox

@@ -11,8 +11,8 @@
 
 namespace tavrix::sandbox {
 
-/// A whole page. Its headers forbid it to load or run anything, should a document slip past the
-/// escaping.
+/// A whole page. Its headers forbid it to load or run anything but its own script, should a
+/// document slip past the escaping.
 /// \param content HTML.
 /// \param trail where the reader came from, HTML links in order; empty on the first page.
 Answer page(const std::string& title, const std::string& content,
@@ -28,6 +28,10 @@ std::string shortened(std::string_view text, std::size_t most);
 
 /// \param content HTML.
 std::string section(const std::string& title, const std::string& content);
+/// A part of a page that its script keeps up to date; no form that takes text stands in one.
+/// \param name its own within the page, the same as long as the page is the same.
+/// \param content HTML.
+std::string live(const char* name, const std::string& content);
 std::string link(const std::string& address, const std::string& text);
 /// `/faktura/{reference}` and its like.
 std::string address_of(const char* kind, const std::string& reference);
@@ -76,9 +80,11 @@ struct Slice {
 /// The part that `?strona=N` of the request asks for; the nearest there is for any other N.
 Slice slice_of(const Request& request, std::size_t total, std::size_t size);
 /// Links to the parts before and after; nothing when there is one part only.
+/// \param address of the list, with or without a query.
 std::string slice_links(const std::string& address, const Slice& slice);
 
-/// The beginning of a long text in a frame of its own, with a remark where it was cut.
-std::string excerpt(const std::string& text);
+/// The beginning of a long text in a frame of its own.
+/// \param when_cut what is said below it when there is more.
+std::string excerpt(const std::string& text, const std::string& when_cut = "");
 
 }  // namespace tavrix::sandbox

@@ -208,6 +208,8 @@ void read_heading(const std::string& xml, InvoiceHeading& heading) {
     if (body) heading.number = body.text("P_2");
     if (buyer) heading.buyer = buyer.child("Nazwa") ? buyer.text("Nazwa") : party_identifier(buyer);
     heading.amount = money_text(body.text("P_15"), body.text("KodWaluty"));
+    const Element seller = root.child("Podmiot1").child("DaneIdentyfikacyjne");
+    heading.parties = seller.text("Nazwa") + ' ' + seller.text("NIP") + ' ' + buyer.text("NIP");
     heading.attachment = bool(root.child("Zalacznik"));
     if (heading.number.empty()) heading.number = body ? "(bez numeru)" : "(nie do odczytania)";
 }
@@ -220,7 +222,7 @@ InvoiceHeading heading_of(const Invoice& invoice) {
         const InvoiceSummary& summary = *invoice.summary;
         heading = {summary.invoice_number.empty() ? "(bez numeru)" : summary.invoice_number,
                    summary.buyer.name.empty() ? summary.buyer.identifier : summary.buyer.name,
-                   money_text(summary.gross_amount, summary.currency), summary.has_attachment};
+                   money_text(summary.gross_amount, summary.currency), "", summary.has_attachment};
     } else if (invoice.xml.empty()) {
         heading.number = invoice.stage == InvoiceStage::finished ? "(nie do odszyfrowania)"
                                                                  : "(w przetwarzaniu)";

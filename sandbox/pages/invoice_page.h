@@ -18,6 +18,9 @@ struct InvoiceHeading {
     std::string buyer;
     /// With its currency.
     std::string amount;
+    /// Name of the seller and the tax numbers of both, to be searched; empty where the summary has
+    /// them.
+    std::string parties;
     bool attachment = false;
 };
 InvoiceHeading heading_of(const Invoice& invoice);

@@ -75,6 +75,17 @@ std::string count_text(std::uint64_t count) {
     return grouped(std::to_string(count));
 }
 
+std::string size_text(std::int64_t bytes) {
+    return count_text(std::uint64_t(bytes)) + hard_blank + "B";
+}
+
+std::string milliseconds_text(double milliseconds) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%.1f", milliseconds);
+    std::replace(std::begin(text), std::end(text), '.', ',');
+    return text;
+}
+
 std::string date_text(std::string_view date) {
     if (date.size() != 10 || date[4] != '-' || date[7] != '-') return std::string(date);
     const std::string year(date.substr(0, 4)), month(date.substr(5, 2)), day(date.substr(8));

@@ -19,6 +19,11 @@ std::string quantity_text(std::string_view quantity);
 /// `12345` as `12 345`.
 std::string count_text(std::uint64_t count);
 
+/// `1 234 B`.
+std::string size_text(std::int64_t bytes);
+/// `0.25` as `0,3`.
+std::string milliseconds_text(double milliseconds);
+
 /// `2026-11-22` as `22.11.2026`.
 std::string date_text(std::string_view date);
 /// `22.11.2026, 09:15:30`, Polish local time.

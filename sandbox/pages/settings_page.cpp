@@ -8,6 +8,7 @@
 #include "sandbox/pages/html.h"
 #include "sandbox/pages/polish.h"
 #include "sandbox/service/pace_limits.h"
+#include "sandbox/service/purchases.h"
 
 namespace tavrix::sandbox {
 namespace {
@@ -98,12 +99,12 @@ std::string fault_table(const Json& faults) {
 }
 
 std::string fault_section(const Json& faults) {
-    std::string html =
+    const std::string html =
         faults.empty() ? "<p class=\"empty\">Nie ustawiono żadnej usterki.</p>"
                        : fault_table(faults) + form("usterki/usun", "", "Usuń wszystkie usterki");
     return section(
         "Usterki",
-        html + "<h3>Nowa usterka</h3>" +
+        live("usterki", html) + "<h3>Nowa usterka</h3>" +
             form("usterki",
                  "<label class=\"wide\">Opis, jak po opcji <code>--fault</code>, na przykład "
                  "<code>step=sessions/online/invoices kind=drop</code>"
@@ -150,16 +151,28 @@ void clear_faults(PageRoom& room, const Request&) {
     room.service.faults.clear();
 }
 
+/// Something to look at, for whoever has no program yet.
+void add_examples(PageRoom& room, const Request&) {
+    Purchases purchases;
+    purchases.seller = "5265877635";
+    purchases.buyer = "7352765225";
+    purchases.count = 3;
+    add_purchases(room.service, purchases);
+}
+
 struct Form {
     std::string_view address;
     /// Throws with the reason when a field is wrong.
     void (*carry_out)(PageRoom& room, const Request& request);
+    /// The page that comes next.
+    const char* then = "/ustawienia";
 };
 
 constexpr Form forms[] = {
     {"/ustawienia/tempo", set_pace},
     {"/ustawienia/usterki", add_fault},
     {"/ustawienia/usterki/usun", clear_faults},
+    {"/ustawienia/przyklad", add_examples, "/"},
 };
 
 }  // namespace
@@ -194,7 +207,7 @@ Answer submit_settings(PageRoom& room, const Request& request) {
     } catch (const std::exception& error) {
         return notice_page(400, "Nie ustawiono", error.what());
     }
-    return {303, "", "", {{"Location", "/ustawienia"}}};
+    return {303, "", "", {{"Location", form->then}}};
 }
 
 }  // namespace tavrix::sandbox

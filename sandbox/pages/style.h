@@ -11,13 +11,17 @@ inline constexpr const char* style = R"css(
 @media(prefers-color-scheme:dark){:root{--ink:#e4eaf0;--dim:#a3b2c0;--paper:#17212b;--ground:#0e151c;
 --line:#2c3a47;--link:#7db8f5;--head:#0b2036;--headdim:#a9c0d6;--okbg:#12381f;--ok:#8fe0a8;--waitbg:#3d2f08;
 --wait:#f2cf7a;--badbg:#451a1a;--bad:#f5a9a5}}
-*{box-sizing:border-box}
+*{box-sizing:border-box}html{overflow-anchor:none}
 body{font:16px/1.5 system-ui,"DejaVu Sans",sans-serif;color:var(--ink);background:var(--ground);margin:0}
-a{color:var(--link)}a:focus-visible,button:focus-visible,input:focus-visible{outline:3px solid var(--link);outline-offset:2px}
+a{color:var(--link)}a:focus-visible,button:focus-visible,input:focus-visible,select:focus-visible,pre:focus-visible{outline:3px solid var(--link);outline-offset:2px}
 .skip{position:absolute;left:-9999px}.skip:focus{left:8px;top:8px;background:var(--paper);padding:8px}
 header{background:var(--head);color:#fff;padding:14px 24px}header a{color:#fff}
 header h1{font-size:20px;margin:0}header h1 a{text-decoration:none}header p{margin:0;color:var(--headdim);font-size:14px}
 nav ul{list-style:none;display:flex;flex-wrap:wrap;gap:4px 18px;margin:8px 0 0;padding:0}
+#na-zywo{margin-top:6px}#na-zywo button{background:none;color:#fff;border:1px solid var(--headdim);padding:1px 10px;margin:0 0 0 6px}
+::placeholder{color:var(--dim);opacity:1}.search{display:flex;flex-wrap:wrap;gap:4px 14px;align-items:end;margin-top:14px}.search label{margin:0}.search input,.search select{display:block;min-height:38px}
+.search label:first-child{flex:1 1 22em}.search input{width:100%}.search button{margin:0}.search p{margin:0 0 6px}
+.steps{padding-left:1.3em}.steps>li{margin-bottom:14px}.steps p{margin:4px 0}.steps h3{margin:0}.steps pre{margin:4px 0;padding:6px 12px}
 .trail{margin:14px 0 0;font-size:14px}.trail ol{list-style:none;display:flex;flex-wrap:wrap;gap:0 6px;margin:0;padding:0}
 .trail li+li::before{content:"› ";color:var(--dim)}
 main{max-width:1320px;margin:0 auto;padding:0 24px 48px}
@@ -41,7 +45,7 @@ max-height:480px;line-height:1.45;white-space:pre-wrap;overflow-wrap:anywhere}
 .paces{display:grid;grid-template-columns:repeat(auto-fit,minmax(min(17em,100%),1fr));gap:0 14px}
 fieldset{border:1px solid var(--line);border-radius:6px;margin:0 0 10px;padding:6px 14px 12px;min-width:0}
 label{display:inline-block;margin:6px 18px 0 0}
-input{font:inherit;color:inherit;background:var(--paper);border:1px solid var(--field);border-radius:4px;padding:5px 8px;max-width:100%}
+input,select{font:inherit;color:inherit;background:var(--paper);border:1px solid var(--field);border-radius:4px;padding:5px 8px;max-width:100%}
 input[type=number]{width:9em;display:block}.wide{width:100%}.wide input{width:100%;display:block}
 button{font:inherit;background:var(--link);color:var(--paper);border:0;border-radius:6px;padding:8px 16px;margin-top:8px}
 @media(max-width:760px){header{padding:12px 16px}main{padding:0 8px 32px}section{padding:4px 14px 14px}

@@ -147,6 +147,7 @@ TEST_F(Registration, GoesInAndOutWithoutATrace) {
         run_program((in ? u"regsvr32.exe /s" : u"regsvr32.exe /s /u") + quoted);
     };
     const auto for_the_user = [&](bool in) { EXPECT_EQ(install(in, L"user"), S_OK); };
+    const auto for_the_machine = [&](bool in) { EXPECT_EQ(install(in, L"machine"), S_OK); };
     const auto in_and_out = [&](HKEY root, HKEY other_root, const auto& go) {
         const std::wstring before = classes_of(root);
         const std::wstring of_the_other = classes_of(other_root);
@@ -161,7 +162,12 @@ TEST_F(Registration, GoesInAndOutWithoutATrace) {
         go(false);  // there may be nothing to remove
     };
     in_and_out(HKEY_LOCAL_MACHINE, HKEY_CURRENT_USER, by_setup);
+    in_and_out(HKEY_LOCAL_MACHINE, HKEY_CURRENT_USER, for_the_machine);
     in_and_out(HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE, for_the_user);
+    for_the_user(true);
+    for_the_machine(false);
+    expect_every_class(HKEY_CURRENT_USER);
+    for_the_user(false);
 }
 
 TEST_F(Registration, IsNotNeededByAHostWithAManifest) {

@@ -3,6 +3,7 @@
 
 #include "com/registration.h"
 #include "base/error.h"
+#include "com/module.h"
 #include "tests/com/late_host.h"
 #include "tests/com/probe.h"
 #include "windows/failure.h"
@@ -138,6 +139,19 @@ TEST_F(RegistrationRights, TheMachinesEntriesAreNotHiddenByOldOnesOfTheUser) {
     EXPECT_EQ(found(), "user") << "what did not become the machine's stays the user's";
     register_classes(server, Scope::machine, administrator);
     EXPECT_EQ(found(), "machine");
+}
+
+TEST_F(RegistrationRights, EntriesUnderAnotherSpellingOfThePathGoAndAnotherCopysStay) {
+    const base::Text own = com::module_path();
+    base::Text detour = own;
+    detour.insert(own.find_last_of(u'\\'), u"\\.");
+    for (const auto& [path, left] : {std::pair(detour, ""), std::pair(own + u".old", "user")}) {
+        register_classes(server, Scope::user, administrator);
+        administrator.set_value(HKEY_CURRENT_USER, key(u"\\InprocServer32"), u"", path);
+        unregister_classes(server, Scope::user, administrator);
+        EXPECT_EQ(found(), left);
+    }
+    register_classes(server, Scope::user, administrator);
 }
 
 }  // namespace

@@ -79,10 +79,12 @@ TEST_F(PageTest, NothingInADocumentBecomesMarkup) {
     client().get("/sessions/<script>alert(3)</script>");
     const std::string wrong = state().at("invoices")[1].at("referenceNumber");
     for (const std::string& path : {std::string("/"), "/faktura/" + reference, "/faktura/" + wrong,
-                                    "/sesja/" + client().session, std::string("/zadania")}) {
+                                    "/sesja/" + client().session, std::string("/zadania"),
+                                    "/zadanie/" + std::to_string(state()["requests"].size()),
+                                    std::string("/szukaj?q=%22%3E%3Cscript%3Ealert(4)")}) {
         const Reply page = control().get(path);
         EXPECT_EQ(page.status, 200) << path;
-        EXPECT_EQ(page.body.find("<script"), std::string::npos) << path;
+        EXPECT_EQ(page.body.find("<script"), page.body.rfind("<script")) << path << ": its own one";
         EXPECT_EQ(page.body.find("<img"), std::string::npos) << path;
         EXPECT_EQ(page.header("Content-Security-Policy").substr(0, 18), "default-src 'none'")
             << path;
@@ -92,6 +94,70 @@ TEST_F(PageTest, NothingInADocumentBecomesMarkup) {
         EXPECT_EQ(file.body, "<script>alert(2)</script>");
         EXPECT_TRUE(file.header("Content-Disposition").starts_with("attachment;")) << room;
     }
+}
+
+TEST_F(PageTest, SearchFindsByWhatPeopleKnow) {
+    open_as_seller();
+    const std::string accepted = client().send(SampleInvoice{.number = "FV/ŻÓŁĆ/7"}.xml());
+    client().send(replaced(SampleInvoice{.number = "FV/8"}.xml(), "<P_1>", "<P_1>x"));
+    const Json invoices = state().at("invoices");
+    const std::string ksef_number = invoices[0].at("ksefNumber"),
+                      refused = invoices[1].at("referenceNumber");
+    const struct {
+        std::string query;
+        bool finds_accepted, finds_refused;
+    } cases[] = {
+        {"q=fv%2Fzolc", true, false},        {"q=%C5%BB%C3%93%C5%81%C4%86+nabywca", true, false},
+        {"q=nabywca+s.a.", true, true},      {"q=" + ksef_number, true, false},
+        {"q=526-587-76-35", true, true},     {"q=450", false, true},
+        {"q=nabywca&stan=bad", false, true}, {"stan=ok", true, false},
+        {"q=nabywca+zolw", false, false},    {"q=%D0%96", false, false},
+    };
+    for (const auto& [query, finds_accepted, finds_refused] : cases)
+        for (const char* address : {"/szukaj?", "/faktury?"}) {
+            const std::string found = page(address + query);
+            EXPECT_EQ(found.find("/faktura/" + accepted) != found.npos, finds_accepted) << query;
+            EXPECT_EQ(found.find("/faktura/" + refused) != found.npos, finds_refused) << query;
+        }
+    for (int i = 0; i < 51; ++i) client().get("/nieznane/" + std::to_string(i));
+    expect_texts(page("/zadania?q=NIEZNANE&stan=bad"),
+                 {"Żądania (51)", "/zadania?q=NIEZNANE&amp;stan=bad&amp;strona=2"});
+}
+
+TEST_F(PageTest, TellsWhichRequestsMadeARecordAndWhatTheySaid) {
+    open_as_seller();
+    const std::string reference = client().send(SampleInvoice().xml());
+    for (int i = 0; i < 20; ++i) client().invoice_status(reference);
+    client().bearer = client().access_token;
+    const std::string token =
+        client()
+            .post("/tokens", {{"permissions", {"InvoiceRead"}}, {"description", "Do odczytu"}})
+            .json()
+            .at("token");
+    std::string opening, sending, pages;
+    const Json requests = state().at("requests");
+    for (const Json& entry : requests) {
+        const std::string address = "/zadanie/" + std::to_string(entry.at("number").get<int>());
+        if (entry.at("step") == "sessions/online") opening = address;
+        if (entry.at("step") == "sessions/online/invoices") sending = address;
+        pages += page(address);
+    }
+    // The oldest of many.
+    expect_texts(page("/faktura/" + reference), {(sending + "\"").c_str()});
+    expect_texts(page("/sesja/" + client().session), {(opening + "\"").c_str()});
+    expect_texts(page(sending), {"encryptedInvoiceContent", "access (rodzaj tokena",
+                                 ("/faktura/" + reference).c_str()});
+    for (const std::string& secret : {client().access_token, client().refresh_token, token})
+        EXPECT_EQ(pages.find(secret), std::string::npos);
+    EXPECT_EQ(control().get("/zadanie/9999").status, 404);
+}
+
+TEST_F(PageTest, AnEmptySandboxSaysHowToBegin) {
+    expect_texts(page("/"), {"Jak zacząć", own_origin().c_str(), "|nip-5265877635|"});
+    EXPECT_EQ(submit("https://example.com", "przyklad", "").status, 403);
+    EXPECT_EQ(submit(own_origin(), "przyklad", "").header("Location"), "/");
+    expect_texts(page("/faktury"), {"Faktury (3)"});
+    EXPECT_EQ(page("/").find("|nip-5265877635|"), std::string::npos);
 }
 
 TEST_F(PageTest, LongListsComeInParts) {
@@ -163,12 +229,13 @@ TEST_F(PageTest, FitsALargeAndASmallScreen) {
     client().get(session_path());
 
     const char* pictures = std::getenv("TAVRIX_PICTURES");
-    const std::string command = "python3 " TAVRIX_SOURCE_FOLDER "/tools/look_at_pages.py " +
-                                own_origin() + " overview=/ invoice=/faktura/" + reference +
-                                " session=" + "/sesja/" + client().session +
-                                " settings=/ustawienia --submit /ustawienia opis "
-                                "'step=auth/challenge kind=drop' --dark overview" +
-                                (pictures == nullptr ? "" : std::string(" --pictures ") + pictures);
+    const std::string command =
+        "python3 " TAVRIX_SOURCE_FOLDER "/tools/look_at_pages.py " + own_origin() +
+        " overview=/ invoice=/faktura/" + reference + " session=" + "/sesja/" + client().session +
+        " search='/szukaj?q=zuraw' request=/zadanie/7 settings=/ustawienia" +
+        " start=/start --live / --live /zadania --submit /ustawienia opis "
+        "'step=auth/challenge kind=drop' --dark overview" +
+        (pictures == nullptr ? "" : std::string(" --pictures ") + pictures);
     EXPECT_EQ(WEXITSTATUS(std::system(command.c_str())), 0);
     EXPECT_EQ(client().post("/auth/challenge").status, 0) << "the form set a fault";
 }

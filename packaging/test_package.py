@@ -1,0 +1,244 @@
+#!/usr/bin/env python3
+"""Installs and removes what ./dev package made, as a user would: test_package.py PACKAGE_FOLDER WINE_PATTERN
+
+The setup program runs in copies of an empty Wine prefix; files and registry are compared with what they were before.
+What Wine cannot show (elevation, a second user, Windows' own font cache) is not shown here.
+"""
+import json
+import os
+import pathlib
+import re
+import shutil
+import sqlite3
+import subprocess
+import sys
+import time
+import unittest
+
+HERE = pathlib.Path(__file__).resolve().parent
+RUN = HERE.parent / "tools" / "wine-run"
+PACKAGE = pathlib.Path(sys.argv.pop(1))
+PATTERN = pathlib.Path(sys.argv.pop(1))
+WORK = PACKAGE / "test"
+PREFIX = WORK / "wine"
+SETUP = next(PACKAGE.glob("Tavrix-*-setup.exe"))
+FOLDER = "C:\\Program Files\\Tavrix"
+USERS_FOLDER = "C:\\users\\{user}\\AppData\\Local\\Programs\\Tavrix"
+IN_USE, ELSEWHERE, ABSENT = 5, 8, 11
+ASK_VERSION = 'WScript.Echo CreateObject("Tavrix.CInfo").VersjaLib()\n'
+
+
+def wine(*command, wait=True, **options):
+    done = subprocess.run([RUN, "64", *command], capture_output=True, text=True, errors="replace", **options)
+    if wait:
+        subprocess.run([RUN, "64", "--server", "--wait"], check=True)
+    return done
+
+
+def unix(windows_path):
+    return PREFIX / "drive_c" / windows_path.removeprefix("C:\\").replace("\\", "/")
+
+
+def files():
+    """Every file of the prefix that is not scratch, with its size."""
+    drive = PREFIX / "drive_c"
+    return {f"{path.relative_to(drive)}": path.stat().st_size for path in drive.rglob("*")
+            if path.is_file() and "Temp" not in path.parts and "temp" not in path.parts}
+
+
+def registry():
+    """Both roots with both views, as Wine keeps them; without the times of keys."""
+    entries = {}
+    for name in ("system.reg", "user.reg"):
+        key = None
+        for line in (PREFIX / name).read_text(encoding="utf-8", errors="replace").splitlines():
+            if line.startswith("["):
+                key = f"{name} {line[:line.rindex(']') + 1].lower()}"
+                entries[key] = []
+            elif key and line and not line.startswith("#time"):
+                entries[key].append(line)
+    # Below System Wine notes which display it was started on; the stand-in for ADO takes Wine's own place.
+    return {key: sorted(values) for key, values in entries.items() if "[software" in key and "adodb" not in key}
+
+
+def answers(bits):
+    """What a script host of so many bits is told of the version, and nothing when there is no class."""
+    (WORK / "ask.vbs").write_text(ASK_VERSION)
+    system = "syswow64" if bits == 32 else "system32"
+    done = wine(f"C:\\windows\\{system}\\cscript.exe", "//nologo", f"Z:{WORK}/ask.vbs", wait=False)
+    return done.stdout.strip()
+
+
+class Setup(unittest.TestCase):
+    SANDBOX = [f"{FOLDER}\\bin\\tavrix-sandbox.exe"]
+
+    @classmethod
+    def setUpClass(cls):
+        os.environ["TAVRIX_WINEPREFIX"] = f"{PREFIX}"
+        reader, writer = os.pipe()
+        cls.display = subprocess.Popen(["Xvfb", "-displayfd", f"{writer}", "-screen", "0", "1024x768x24", "-nolisten",
+                                        "tcp"], pass_fds=[writer], stderr=subprocess.DEVNULL)
+        os.close(writer)
+        with os.fdopen(reader) as number:
+            os.environ["TAVRIX_DISPLAY"] = f":{number.readline().strip()}"
+        shutil.rmtree(WORK, ignore_errors=True)
+        WORK.mkdir()
+        subprocess.run(["cp", "-al", PATTERN, PREFIX], check=True)
+        for hive in PATTERN.glob("*.reg"):
+            (PREFIX / hive.name).unlink()
+            shutil.copy2(hive, PREFIX)
+        # The first programs leave notes of their own in a new prefix.
+        for bits in (32, 64):
+            answers(bits)
+        # Every Windows has these keys of a user; Wine makes them when something is put below.
+        for key in ("Classes", "Microsoft\\Windows\\CurrentVersion\\Uninstall"):
+            wine("reg", "add", f"HKCU\\Software\\{key}", "/f")
+        wine("regsvr32", "/s", "C:\\nothing.dll")
+        cls.files, cls.registry = files(), registry()
+
+    @classmethod
+    def tearDownClass(cls):
+        subprocess.run([RUN, "64", "--server", "--kill"], check=False)
+        cls.display.terminate()
+        cls.display.wait()
+
+    def install(self, *options, status=0):
+        done = wine(f"Z:{SETUP}", "/S", *options)
+        self.assertEqual(done.returncode, status, self.text())
+
+    def text(self):
+        """What the box would have said."""
+        logs = sorted(PREFIX.glob("drive_c/users/*/Temp/Tavrix-setup.log"))
+        return logs[-1].read_text(encoding="utf-16") if logs else ""
+
+    def remove(self, folder, *options, status=0, start=None):
+        """With _?= the uninstaller stays where it is: its status is told, but it cannot delete itself."""
+        done = wine(start or f"{folder}\\Uninstall.exe", "/S", *options)
+        self.assertEqual(done.returncode, status, self.text())
+
+    def expect_nothing_left(self):
+        self.assertEqual((answers(32), answers(64)), ("", ""))
+        wine("regsvr32", "/s", "C:\\nothing.dll")
+        self.maxDiff = 4000
+        after, now = registry(), files()
+        self.assertEqual({k: v for k, v in after.items() if self.registry.get(k) != v}, {})
+        self.assertEqual(set(self.registry) - set(after), set())
+        self.assertEqual({k: v for k, v in now.items() if self.files.get(k) != v}, {})
+        self.assertEqual(set(self.files) - set(now), set())
+
+    def expect_installed(self, for_all=True):
+        if not for_all:
+            # Wine looks for classes in the machine's part of the registry alone, and keeps a user's in one view.
+            keys = [key for key in registry() if key.startswith("user.reg [software\\\\classes") and
+                    key.endswith("}\\\\inprocserver32]")]
+            self.assertGreater(len(keys), 5)
+            return
+        for bits in (32, 64):
+            self.assertRegex(answers(bits), r"^\d+\.\d+\.\d+\.Tavrix$", f"{bits} bits")
+
+    def test_comes_and_goes_without_a_trace(self):
+        polish = "C:\\Moje żółte pliki\\Tavrix x"
+        users = USERS_FOLDER.format(user=next((PREFIX / "drive_c/users").glob("[!P]*")).name)
+        spelt = f"Z:{unix(FOLDER)}\\Uninstall.exe"
+        for name, folder, options, start in [("for all", FOLDER, (), None), ("for one", users, ("/CurrentUser",), None),
+                                             ("path", polish, (f"/D={polish}".split(" ")), None),
+                                             ("other spelling", FOLDER, (), spelt)]:
+            with self.subTest(name):
+                began = time.monotonic()
+                self.install(*options)
+                print(f"{name}: installed in {time.monotonic() - began:.1f} s", file=sys.stderr)
+                self.expect_installed("/CurrentUser" not in options)
+                began = time.monotonic()
+                self.remove(folder, start=start)
+                print(f"{name}: removed in {time.monotonic() - began:.1f} s", file=sys.stderr)
+                self.expect_nothing_left()
+
+    def test_an_update_keeps_what_a_user_changed_and_no_older_file(self):
+        settings = unix(FOLDER) / "x86" / "Tavrix.json"
+        foreign = unix("C:\\windows\\Fonts\\free3of9.ttf")
+        foreign.write_bytes(b"somebody else's")
+        self.install()
+        folder = unix(FOLDER)
+        settings.write_text('{ "profile": "classic" }')
+        listed = (folder / "files.txt").read_bytes() + "docs\\older.html\r\n".encode("utf-16-le")
+        (folder / "files.txt").write_bytes(listed)
+        (folder / "docs" / "older.html").write_text("of an older version")
+        self.install("/D=C:\\elsewhere", status=ELSEWHERE)
+        self.install()
+        self.expect_installed()
+        self.assertEqual(settings.read_text(), '{ "profile": "classic" }')
+        self.assertFalse((folder / "docs" / "older.html").exists())
+        self.assertEqual(list(folder.rglob("*.old")), [])
+        self.remove(FOLDER)
+        self.assertEqual([path for path in folder.rglob("*") if path.is_file()], [settings])
+        self.assertEqual(foreign.read_bytes(), b"somebody else's")
+        foreign.unlink()
+        shutil.rmtree(folder)
+        self.expect_nothing_left()
+
+    def test_an_installed_example_sends_to_the_installed_sandbox(self):
+        ado = HERE.parent / "build" / "win32" / "bin" / "TavrixDevAdo.dll"
+        if not ado.exists():
+            self.skipTest("Wine has no ADO, and its stand-in is not built (target tavrix_dev_ado)")
+        if not (PACKAGE / "stage" / "windows" / "bin" / "tavrix-sandbox.exe").exists():
+            self.skipTest("the package has no tavrix-sandbox.exe")
+        self.install()
+        registrar = "C:\\windows\\syswow64\\regsvr32.exe"
+        wine(registrar, "/s", f"Z:{ado}", wait=False)
+        with subprocess.Popen([RUN, "64", *self.SANDBOX, "--port", "0", "--port-file", f"{WORK}/port", "--quiet"],
+                              env=os.environ | {"TAVRIX_WINE_TIMEOUT_S": "120"}) as sandbox:
+            while not (WORK / "port").exists() or not (WORK / "port").read_text().strip():
+                self.assertIsNone(sandbox.poll())
+                time.sleep(0.2)
+            origin = f"http://127.0.0.1:{(WORK / 'port').read_text().strip()}"
+            (unix(FOLDER) / "x86" / "Tavrix.json").write_text(json.dumps(
+                {"profile": "current", "ksef": {"test": origin, "demo": origin, "production": origin}, "http": {"proxy": "direct"}}))
+            schema = (HERE.parent / "demo" / "schema.sql").read_text().replace("(max)", "")
+            with sqlite3.connect(WORK / "firma.db") as database:
+                database.executescript(schema)
+                database.execute("insert or ignore into dok_fak (ddout_id, ddout_data_wyst) values (1001, date('now'))")
+            invoice = (HERE.parent / "demo" / "faktura.xml").read_text()
+            (WORK / "invoice.xml").write_text(re.sub("<P_1>[^<]*", f"<P_1>{time.strftime('%Y-%m-%d')}", invoice))
+            (WORK / "token.txt").write_text("R|nip-5265877635|s")
+            done = wine("C:\\windows\\syswow64\\cscript.exe", "//nologo",
+                        f"{FOLDER}\\examples\\vbscript\\wyslij_fakture.vbs", f"Data Source=Z:{WORK}/firma.db", "5265877635",
+                        f"Z:{WORK}/token.txt", f"Z:{WORK}/invoice.xml", "dok_fak", "1001", "2", wait=False)
+            sandbox.terminate()
+        self.assertRegex(done.stdout, "numer_ksef: 5265877635-", done.stdout + done.stderr)
+        wine(registrar, "/s", "/u", f"Z:{ado}", wait=False)
+        subprocess.run([RUN, "64", "--server", "--kill"], check=False)
+        self.remove(FOLDER)
+        shutil.rmtree(unix(FOLDER))
+        self.expect_nothing_left()
+
+    def test_changes_nothing_while_a_host_is_at_work(self):
+        self.install()
+        # Wine lets a loaded DLL be written to; Windows holds it as this program does.
+        (WORK / "hold.nsi").write_text('Unicode true\nSilentInstall silent\nRequestExecutionLevel user\nOutFile hold.exe\n'
+                                       f'Section\nFileOpen $0 "{FOLDER}\\x64\\Tavrix.dll" r\n'
+                                       'FileOpen $1 "C:\\held" w\nSleep 120000\nSectionEnd\n')
+        subprocess.run(["makensis", "-V1", "hold.nsi"], cwd=WORK, check=True)
+        host = subprocess.Popen([RUN, "64", f"Z:{WORK}/hold.exe"], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        while not unix("C:\\held").exists():
+            self.assertIsNone(host.poll())
+            time.sleep(0.2)
+        before = files()
+        for program in (lambda: wine(f"Z:{SETUP}", "/S", wait=False),
+                        lambda: wine(f"{FOLDER}\\Uninstall.exe", "/S", *f"_?={FOLDER}".split(" "), wait=False)):
+            self.assertEqual(program().returncode, IN_USE, self.text())
+            self.assertIn("x64\\Tavrix.dll", self.text())
+            self.assertEqual(files(), before)
+        host.terminate()
+        host.wait()
+        subprocess.run([RUN, "64", "--server", "--kill"], check=False)
+        self.expect_installed()
+        shutil.copy2(unix(FOLDER) / "Uninstall.exe", unix("C:\\again.exe"))
+        self.remove(FOLDER)
+        self.remove(FOLDER, *f"_?={FOLDER}".split(" "), start="C:\\again.exe", status=ABSENT)
+        unix("C:\\again.exe").unlink()
+        unix("C:\\held").unlink()
+        self.expect_nothing_left()
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)
