@@ -142,7 +142,7 @@ std::string read_key_id(const Service& service, std::string_view usage, const Js
     return key_id;
 }
 
-std::size_t page_size(const Request& request, std::size_t most) {
+std::size_t requested_page_size(const Request& request, std::size_t most) {
     constexpr std::size_t least = 10;
     const auto text = request.parameter("pageSize");
     if (!text) return least;
@@ -154,7 +154,7 @@ std::size_t page_size(const Request& request, std::size_t most) {
 }
 
 Page page_of(const Request& request, std::size_t total, std::size_t most) {
-    const std::size_t size = page_size(request, most);
+    const std::size_t size = requested_page_size(request, most);
     std::string token(request.header("x-continuation-token"));
     if (token.empty()) token = request.parameter("x-continuation-token").value_or("");
     // A token in a query is rarely encoded, and '+' then arrives as a blank.
