@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <stdexcept>
 
+#include "sandbox/basics/path.h"
 #include "sandbox/http/routes.h"
 
 namespace tavrix::sandbox {
@@ -16,6 +17,27 @@ void add_pace(CLI::App& app, const std::string& name, const std::string& what, P
                    what + ": how often it answers \"not yet\" first")
         ->check(CLI::NonNegativeNumber)
         ->group("Waiting");
+}
+
+// As the command line's library has them, for paths in UTF-8 on any system.
+CLI::Validator existing_folder() {
+    return {[](const std::string& folder) {
+                std::error_code ignored;
+                return std::filesystem::is_directory(path_of(folder), ignored)
+                           ? std::string()
+                           : "Directory does not exist: " + folder;
+            },
+            "DIR"};
+}
+
+CLI::Validator existing_file() {
+    return {[](const std::string& file) {
+                std::error_code ignored;
+                return std::filesystem::is_regular_file(path_of(file), ignored)
+                           ? std::string()
+                           : "File does not exist: " + file;
+            },
+            "FILE"};
 }
 
 }  // namespace
@@ -60,7 +82,7 @@ CommandLine read_command_line(int count, char** arguments) {
     app.add_option(
            "--schemas", options.schema_folder,
            "folder with the published invoice schemas (*.xsd); invoices are then checked fully")
-        ->check(CLI::ExistingDirectory)
+        ->check(existing_folder())
         ->group("Contents");
     app.add_option(
            "--token", options.tokens,
@@ -72,7 +94,7 @@ CommandLine read_command_line(int count, char** arguments) {
                    "file (PEM) with a KSeF certificate of a company, named by its subject; may be "
                    "repeated")
         ->allow_extra_args(false)
-        ->check(CLI::ExistingFile)
+        ->check(existing_file())
         ->group("Contents");
     app.add_flag("--strict", options.strict,
                  "take only what is published, not what older clients send")

@@ -1,18 +1,20 @@
 // tavrix-sandbox: a KSeF of one's own on loopback. An independent second reading of the published
 // interface: nothing here includes anything of the library that is tested against it.
-#include <spdlog/sinks/stdout_color_sinks.h>
+#include <spdlog/sinks/ostream_sink.h>
 #include <spdlog/spdlog.h>
-#include <sys/stat.h>
 
 #include <csignal>
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <iomanip>
 #include <iostream>
 
+#include "console/console.h"
+#include "sandbox/basics/path.h"
 #include "sandbox/command_line.h"
 #include "sandbox/http/dispatcher.h"
 #include "sandbox/http/http_server.h"
+#include "sandbox/store/private_folder.h"
 
 namespace {
 
@@ -21,23 +23,19 @@ using namespace tavrix::sandbox;
 void write_file(const std::string& path, const std::string& content) {
     // Beside and then in place, so that whoever waits for the file never reads half of it.
     const std::string partial = path + ".part";
-    std::ofstream file(partial, std::ios::binary);
+    std::ofstream file(path_of(partial), std::ios::binary);
     file << content;
     file.close();
     if (!file) throw std::runtime_error("cannot write " + path);
-    std::filesystem::rename(partial, path);
+    std::filesystem::rename(path_of(partial), path_of(path));
 }
 
 std::unique_ptr<Store> open_store(const Options& options) {
     if (options.data_folder.empty()) return std::make_unique<NoStore>();
-    std::filesystem::create_directories(options.data_folder);
-    const std::string file =
-        (std::filesystem::path(options.data_folder) / "sandbox.sqlite").string();
+    const std::filesystem::path folder = path_of(options.data_folder);
     // The file holds private keys. SQLite gives its companions the permissions of the file itself.
-    const mode_t usual = umask(077);
-    auto store = open_sqlite_store(file);
-    umask(usual);
-    return store;
+    const PrivateFolder nobody_else(folder);
+    return open_sqlite_store(utf8_of(folder / "sandbox.sqlite"));
 }
 
 /// The same identity after a restart, so that clients that trust its authority go on doing so.
@@ -78,23 +76,24 @@ int serve(Options options) {
 
 void list_steps() {
     for (const Route& route : interface_routes())
-        std::printf("%-32s %-6s %s\n", std::string(route.step).c_str(),
-                    std::string(route.method).c_str(), std::string(route.pattern).c_str());
-    for (const std::string_view step : processing_steps())
-        std::printf("%s\n", std::string(step).c_str());
+        std::cout << std::left << std::setw(32) << route.step << ' ' << std::setw(6) << route.method
+                  << ' ' << route.pattern << '\n';
+    for (const std::string_view step : processing_steps()) std::cout << step << '\n';
 }
 
 }  // namespace
 
 int main(int count, char** arguments) {
-    CommandLine command_line = read_command_line(count, arguments);
+    const tavrix::console::Console console(count, arguments);
+    CommandLine command_line = read_command_line(console.count(), console.arguments());
     if (!command_line.options) return command_line.exit_status;
     if (command_line.options->list_steps) {
         list_steps();
         return 0;
     }
     // Standard output carries the one line programs wait for; everything else goes beside it.
-    spdlog::set_default_logger(spdlog::stderr_color_mt("sandbox"));
+    spdlog::set_default_logger(std::make_shared<spdlog::logger>(
+        "sandbox", std::make_shared<spdlog::sinks::ostream_sink_mt>(std::cerr)));
     spdlog::set_pattern("%H:%M:%S.%e %v");
 #ifdef SIGPIPE
     // Whoever reads standard error may go before the sandbox does.

@@ -11,7 +11,7 @@ import sys
 
 DLLS = set("""
 advapi32 bcrypt comctl32 comdlg32 crypt32 dnsapi gdi32 gdiplus imm32 iphlpapi kernel32 mpr msimg32 msvcrt ncrypt
-normaliz ntdll ole32 oleaut32 oledlg propsys psapi rpcrt4 secur32 setupapi shell32 shlwapi urlmon user32 userenv
+mswsock normaliz ntdll ole32 oleaut32 oledlg propsys psapi rpcrt4 secur32 setupapi shell32 shlwapi urlmon user32 userenv
 usp10 uxtheme version winhttp wininet winmm winspool.drv wintrust wldap32 ws2_32
 """.split())
 

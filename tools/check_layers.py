@@ -53,7 +53,7 @@ LAYERS = {
     # What a development machine lacks, on the product's own plumbing; never part of the product.
     "stand_ins": ["base", "ports", "windows", "com", "ports/windows", "ports/portable"],
     "stand_ins/cdo": ["base", "ports", "windows", "com", "ports/windows", "ports/portable", "mail"],
-    "sandbox": [f"sandbox/{room}" for room in SANDBOX],
+    "sandbox": ["console", *(f"sandbox/{room}" for room in SANDBOX)],
     **{f"sandbox/{room}": [f"sandbox/{below}" for below in SANDBOX[:place]] for place, room in enumerate(SANDBOX)},
 }
 
@@ -62,10 +62,10 @@ OUTSIDE = [
     (r"windows\.h|windowsx\.h|win(sock2?|inet|http|crypt|spool|reg|nls|error)\.h|ws2tcpip\.h|ole2?\.h|oleauto\.h|olectl\.h|"
      r"oaidl\.h|ocidl\.h|objbase\.h|unknwn\.h|dispex\.h|comdef\.h|combaseapi\.h|shlobj.*\.h|shellapi\.h|msxml\d?\.h|"
      r"commdlg\.h|commctrl\.h|initguid\.h|tchar\.h|wtypes\.h|exdisp\.h|gdiplus.*\.h",
-     ["windows", "ports/windows", "com", "stand_ins", "console/windows"],
+     ["windows", "ports/windows", "com", "stand_ins", "console/windows", "sandbox/store/windows", "sandbox/http/windows"],
      "Windows headers"),
     (r"unistd\.h|fcntl\.h|poll\.h|pwd\.h|dlfcn\.h|sys/.*\.h|arpa/.*\.h|netinet/.*\.h|netdb\.h",
-     ["ports/native", "console", "sandbox"], "POSIX headers"),
+     ["ports/native", "console", "sandbox/store/native"], "POSIX headers"),
     (r"curl/.*|libxslt/.*", ADAPTERS, "a library behind a port"),
     (r"libxml/.*", ADAPTERS + ["sandbox/basics", "sandbox/documents"], "a library behind a port"),
     (r"sqlite3\.h", ADAPTERS + ["sandbox/store"], "a library behind a port"),

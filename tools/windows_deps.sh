@@ -5,10 +5,10 @@
 # everything that decides the result, so two checkouts with different recipes share a cache without meeting.
 # Sourced, never run.
 
-# In the order of building: a recipe may use the ones before it. The command line, and what only it links, is 64-bit.
+# In the order of building: a recipe may use the ones before it. The programs, and what only they link, are 64-bit.
 windows_libraries() {
     echo openssl curl sqlite googletest json cli11 qrcodegen zlib jpeg qpdf
-    [[ $1 == 32 ]] || echo png xml xslt
+    [[ $1 == 32 ]] || echo png xml xslt archive logging boost
 }
 
 # recipe_fields library: sets source_package, native_package, needs and the function build_library.

@@ -90,7 +90,10 @@ std::string der_of(const Object* object, int (*encode)(const Object*, unsigned c
 Instant instant_of(const ASN1_TIME* time) {
     tm broken{};
     require(ASN1_TIME_to_tm(time, &broken) == 1, "read a certificate's validity");
-    return Instant(std::chrono::seconds(timegm(&broken)));
+    using namespace std::chrono;
+    const year_month_day day{year(broken.tm_year + 1900), month(unsigned(broken.tm_mon + 1)),
+                             std::chrono::day(unsigned(broken.tm_mday))};
+    return sys_days(day) + hours(broken.tm_hour) + minutes(broken.tm_min) + seconds(broken.tm_sec);
 }
 
 }  // namespace

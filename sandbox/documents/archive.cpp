@@ -6,9 +6,10 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <cstdio>
+#include <fstream>
 
 #include "sandbox/basics/crypto.h"
+#include "sandbox/basics/path.h"
 #include "sandbox/basics/text.h"
 #include "sandbox/documents/verification.h"
 
@@ -59,10 +60,11 @@ std::string beginning_of(std::string_view name) {
 
 /// Nothing but the record that ends a directory, with its comment. The library takes it for no
 /// archive.
-bool is_empty_zip(FILE* file) {
+bool is_empty_zip(std::ifstream& file) {
     std::array<char, 22> end{};
-    const bool whole = std::fread(end.data(), 1, end.size(), file) == end.size();
-    fseeko(file, 0, SEEK_SET);
+    const bool whole = bool(file.read(end.data(), std::streamsize(end.size())));
+    file.clear();
+    file.seekg(0);
     const std::string_view record(end.data(), 20);
     return whole && record.starts_with("PK\5\6") &&
            record.find_first_not_of('\0', 4) == std::string_view::npos;
@@ -73,18 +75,16 @@ bool is_empty_zip(FILE* file) {
 /// The file, read for the library and with a limit: a directory is read whole before the first of
 /// its files is known, and takes many times its size in memory.
 struct ArchiveReader::Source {
-    FILE* file = nullptr;
+    std::ifstream file;
     std::array<char, 64 * 1024> buffer{};
     bool limited = false;
     std::int64_t read_since_file = 0;
 
-    ~Source() {
-        if (file != nullptr) std::fclose(file);
-    }
-
     static la_ssize_t read(archive* handle, void* data, const void** piece) {
         auto& self = *static_cast<Source*>(data);
-        const std::size_t count = std::fread(self.buffer.data(), 1, self.buffer.size(), self.file);
+        self.file.clear();
+        self.file.read(self.buffer.data(), std::streamsize(self.buffer.size()));
+        const std::streamsize count = self.file.gcount();
         *piece = self.buffer.data();
         self.read_since_file += std::int64_t(count);
         if (!self.limited || self.read_since_file <= most_of_a_directory) return la_ssize_t(count);
@@ -94,8 +94,12 @@ struct ArchiveReader::Source {
 
     static la_int64_t seek(archive*, void* data, la_int64_t offset, int whence) {
         auto& self = *static_cast<Source*>(data);
-        if (fseeko(self.file, offset, whence) != 0) return ARCHIVE_FATAL;
-        return ftello(self.file);
+        self.file.clear();
+        const auto from = whence == SEEK_SET   ? std::ios::beg
+                          : whence == SEEK_CUR ? std::ios::cur
+                                               : std::ios::end;
+        if (!self.file.seekg(offset, from)) return ARCHIVE_FATAL;
+        return self.file.tellg();
     }
 };
 
@@ -114,8 +118,8 @@ ArchiveReader::ArchiveReader(const std::filesystem::path& file, const std::strin
         archive_read_support_format_zip_seekable(handle);
         source_->limited = true;
     }
-    source_->file = std::fopen(file.c_str(), "rb");
-    if (source_->file == nullptr) throw std::runtime_error("cannot open " + file.string());
+    source_->file.open(file, std::ios::binary);
+    if (!source_->file) throw std::runtime_error("cannot open " + utf8_of(file));
     empty_ = source_->limited && is_empty_zip(source_->file);
     if (empty_) return;
     archive_read_set_callback_data(handle, source_.get());

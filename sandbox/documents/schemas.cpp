@@ -8,6 +8,7 @@
 #include <mutex>
 #include <stdexcept>
 
+#include "sandbox/basics/path.h"
 #include "sandbox/basics/text.h"
 
 namespace tavrix::sandbox {
@@ -23,9 +24,11 @@ thread_local const std::filesystem::path* readable_folder = nullptr;
 xmlParserInput* load_from_folder(const char* address, const char*, xmlParserCtxt* parser) {
     if (readable_folder == nullptr || address == nullptr) return nullptr;
     const std::string_view text = address;
-    const std::filesystem::path file = *readable_folder / text.substr(text.find_last_of("/\\") + 1);
-    return std::filesystem::is_regular_file(file) ? xmlNewInputFromFile(parser, file.c_str())
-                                                  : nullptr;
+    const std::filesystem::path file =
+        *readable_folder / path_of(text.substr(text.find_last_of("/\\") + 1));
+    return std::filesystem::is_regular_file(file)
+               ? xmlNewInputFromFile(parser, utf8_of(file).c_str())
+               : nullptr;
 }
 
 struct FolderOpen {
@@ -62,7 +65,7 @@ void SchemaFolder::FreeSchema::operator()(_xmlSchema* schema) const {
 
 SchemaFolder::SchemaFolder(std::filesystem::path folder) : folder_(std::move(folder)) {
     if (!std::filesystem::is_directory(folder_))
-        throw std::runtime_error("no folder of schemas: " + folder_.string());
+        throw std::runtime_error("no folder of schemas: " + utf8_of(folder_));
     static std::once_flag installed;
     std::call_once(installed, [] { xmlSetExternalEntityLoader(load_from_folder); });
 }
@@ -81,20 +84,20 @@ _xmlSchema* SchemaFolder::schema_for(const FormCode& form) {
 
     std::filesystem::path file;
     for (const auto& entry : std::filesystem::directory_iterator(folder_))
-        if (lower(entry.path().filename().string()) == lower(name)) file = entry.path();
+        if (lower(utf8_of(entry.path().filename())) == lower(name)) file = entry.path();
     if (file.empty())
         spdlog::warn("no {} in {}: documents of {} are checked without a schema", name,
-                     folder_.string(), form.system_code);
+                     utf8_of(folder_), form.system_code);
     if (file.empty()) return schemas_.emplace(name, nullptr).first->second.get();
 
     std::vector<std::string> errors;
     const FolderOpen open(folder_);
     const std::unique_ptr<xmlSchemaParserCtxt, FreeSchemaParser> parser(
-        xmlSchemaNewParserCtxt(file.c_str()));
+        xmlSchemaNewParserCtxt(utf8_of(file).c_str()));
     xmlSchemaSetParserStructuredErrors(parser.get(), collect_error, &errors);
     xmlSchema* schema = xmlSchemaParse(parser.get());
     if (schema == nullptr)
-        throw std::runtime_error("cannot read the schema " + file.string() +
+        throw std::runtime_error("cannot read the schema " + utf8_of(file) +
                                  (errors.empty() ? "" : ": " + errors.front()));
     return schemas_.emplace(name, schema).first->second.get();
 }

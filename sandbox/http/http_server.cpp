@@ -2,14 +2,13 @@
 
 #include <boost/asio/co_spawn.hpp>
 #include <boost/asio/redirect_error.hpp>
-#include <boost/asio/signal_set.hpp>
 #include <boost/asio/steady_timer.hpp>
 #include <boost/asio/use_awaitable.hpp>
-#include <csignal>
 #include <optional>
 #include <stdexcept>
 
 #include "sandbox/http/connection.h"
+#include "sandbox/http/end_request.h"
 
 namespace tavrix::sandbox {
 namespace {
@@ -48,7 +47,10 @@ class HttpServer::Implementation {
         throw std::runtime_error(
             "cannot listen on " + address + ":" + std::to_string(port) + ": " + error.message() +
             (error == asio::error::address_in_use ? "; the port may be taken by another program"
-                                                  : ""));
+             : error == asio::error::access_denied
+                 ? "; the port may be taken by another program or "
+                   "kept back by the system; take another"
+                 : ""));
     }
 
     void run(Dispatcher& dispatcher) {
@@ -59,19 +61,19 @@ class HttpServer::Implementation {
 
     void stop() { io_.stop(); }
 
-    void stop_on_signals() {
-        signals_.add(SIGTERM);
-        signals_.add(SIGINT);
-        signals_.async_wait([this](const error_code&, int) { stop(); });
-    }
+    void stop_on_signals() { end_request_.emplace(io_); }
 
   private:
     error_code listen(const tcp::endpoint& endpoint) {
         error_code error;
         acceptor_ = tcp::acceptor(io_);
         acceptor_.open(endpoint.protocol(), error);
-#ifndef SO_EXCLUSIVEADDRUSE
-        // Where that option is known, this one would let two programs share a port.
+        // Each system's way to say that the port is this program's alone, and at once again after
+        // it.
+#ifdef SO_EXCLUSIVEADDRUSE
+        using Exclusive = asio::detail::socket_option::boolean<SOL_SOCKET, SO_EXCLUSIVEADDRUSE>;
+        if (!error) acceptor_.set_option(Exclusive(true), error);
+#else
         if (!error) acceptor_.set_option(tcp::acceptor::reuse_address(true), error);
 #endif
         if (!error) acceptor_.bind(endpoint, error);
@@ -108,7 +110,7 @@ class HttpServer::Implementation {
     /// One thread runs it: what is behind the dispatcher is done one request at a time anyway.
     asio::io_context io_{1};
     tcp::acceptor acceptor_{io_};
-    asio::signal_set signals_{io_};
+    std::optional<EndRequest> end_request_;
     unsigned open_ = 0;
 };
 

@@ -42,7 +42,7 @@ class HttpServer {
     void run(Dispatcher& dispatcher);
     /// May be called from any thread, more than once, also before run().
     void stop();
-    /// From now on SIGTERM and SIGINT are calls of stop().
+    /// From now on the user's or the system's wish that the program ends is a call of stop().
     void stop_on_signals();
 
   private:

@@ -141,7 +141,7 @@ Json certificate_json(const Service& service, const Certificate& it) {
 
 Answer query_certificates(Service& service, Request& request) {
     const CertificateFilter filter = read_certificate_filter(request);
-    const std::size_t size = page_size(request, 50);
+    const std::size_t size = requested_page_size(request, 50);
     const auto offset = number_of<std::uint32_t>(request.parameter("pageOffset").value_or("0"));
     if (!offset) throw invalid_input("Parametr 'pageOffset' ma nieprawidłową wartość.");
     // A certificate belongs to who signed in, not to a context; with a token these are the same.

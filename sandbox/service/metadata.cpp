@@ -107,7 +107,7 @@ Answer query_metadata(Service& service, Request& request) {
     const std::string order = request.parameter("sortOrder").value_or("Asc");
     if (order != "Asc" && order != "Desc")
         throw invalid_input("Parametr 'sortOrder' musi mieć wartość Asc lub Desc.");
-    const std::size_t size = page_size(request, 250), first = first_result(request, size);
+    const std::size_t size = requested_page_size(request, 250), first = first_result(request, size);
     DateRange range = read_date_range(body, service.now());
     const auto conditions = read_conditions(body);
     const Context& context = service.authentication_of(request).context;

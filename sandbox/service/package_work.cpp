@@ -156,7 +156,9 @@ void PackageWork::finish(Status failure) {
     Session& session = this->session();
     session.package->unpacked = true;
     session.package->failure = std::move(failure);
+    // Windows removes no file that is open.
     reader_.reset();
+    part_file_.close();
     archive_file_.close();
     service_.packages.remove(reference_);
     service_.save(session);

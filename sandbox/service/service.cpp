@@ -6,6 +6,7 @@
 
 #include "sandbox/basics/crypto.h"
 #include "sandbox/basics/ksef_number.h"
+#include "sandbox/basics/path.h"
 #include "sandbox/basics/text.h"
 #include "sandbox/exchange/body.h"
 #include "sandbox/service/certificates.h"
@@ -53,8 +54,8 @@ Service::Service(Options given, Clock& its_clock, std::unique_ptr<Store> its_sto
       secret(stored_secret(*store)),
       keys(stored_keys(*store, clock.now())),
       bearer_tokens(secret),
-      packages(options.data_folder) {
-    if (!options.schema_folder.empty()) schemas.emplace(options.schema_folder);
+      packages(path_of(options.data_folder)) {
+    if (!options.schema_folder.empty()) schemas.emplace(path_of(options.schema_folder));
     load(*store, state);
     forget_packages_not_waiting();
     take_over_options();
@@ -109,7 +110,7 @@ void Service::forget_packages_not_waiting() {
 
 void Service::take_over_options() {
     for (const std::string& file : options.certificate_files) {
-        std::ifstream stream(file, std::ios::binary);
+        std::ifstream stream(path_of(file), std::ios::binary);
         const std::string pem{std::istreambuf_iterator<char>(stream), {}};
         try {
             register_certificate(*this, {pem, {}, {}, {}});
@@ -141,7 +142,7 @@ std::string read_key_id(const Service& service, std::string_view usage, const Js
     return key_id;
 }
 
-std::size_t page_size(const Request& request, std::size_t most) {
+std::size_t requested_page_size(const Request& request, std::size_t most) {
     constexpr std::size_t least = 10;
     const auto text = request.parameter("pageSize");
     if (!text) return least;
@@ -153,7 +154,7 @@ std::size_t page_size(const Request& request, std::size_t most) {
 }
 
 Page page_of(const Request& request, std::size_t total, std::size_t most) {
-    const std::size_t size = page_size(request, most);
+    const std::size_t size = requested_page_size(request, most);
     std::string token(request.header("x-continuation-token"));
     if (token.empty()) token = request.parameter("x-continuation-token").value_or("");
     // A token in a query is rarely encoded, and '+' then arrives as a blank.

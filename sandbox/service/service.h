@@ -86,7 +86,7 @@ struct Page {
 };
 Page page_of(const Request& request, std::size_t total, std::size_t most);
 /// Reads `pageSize`, or refusal 21405 when it is outside 10 to `most`.
-std::size_t page_size(const Request& request, std::size_t most);
+std::size_t requested_page_size(const Request& request, std::size_t most);
 
 /// The answer that carries one page of a list under a name.
 template <typename List, typename Render>

@@ -4,6 +4,7 @@
 #include <stdexcept>
 
 #include "sandbox/basics/crypto.h"
+#include "sandbox/basics/path.h"
 
 namespace tavrix::sandbox {
 
@@ -29,7 +30,7 @@ fs::path PackageFiles::archive(const std::string& session) const {
 
 void PackageFiles::write_part(const std::string& session, int ordinal,
                               std::string_view content) const {
-    const fs::path file = part(session, ordinal), partial = file.string() + ".partial";
+    const fs::path file = part(session, ordinal), partial = fs::path(file) += ".partial";
     fs::create_directories(file.parent_path());
     // Invoices are nobody else's business.
     fs::permissions(root_, fs::perms::owner_all);
@@ -38,7 +39,7 @@ void PackageFiles::write_part(const std::string& session, int ordinal,
     stream.close();
     if (!stream) {
         fs::remove(partial);
-        throw std::runtime_error("a part could not be written to " + file.string());
+        throw std::runtime_error("a part could not be written to " + utf8_of(file));
     }
     fs::rename(partial, file);
 }
@@ -57,7 +58,7 @@ void PackageFiles::remove(const std::string& session) const {
 void PackageFiles::keep_only(const std::set<std::string>& sessions) const {
     if (!fs::exists(root_)) return;
     for (const auto& entry : fs::directory_iterator(root_))
-        if (!sessions.contains(entry.path().filename().string())) fs::remove_all(entry.path());
+        if (!sessions.contains(utf8_of(entry.path().filename()))) fs::remove_all(entry.path());
 }
 
 }  // namespace tavrix::sandbox

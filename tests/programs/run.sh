@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# run.sh WINDOWS_BIN SANDBOX: tavrix.exe works with a sandbox, in a folder with blanks and Polish letters.
+# run.sh WINDOWS_BIN SANDBOX: tavrix.exe works with a sandbox, in a folder with blanks and Polish letters. The sandbox is
+# tavrix-sandbox.exe where it is built, otherwise SANDBOX.
 set -euo pipefail
 
 windows_bin=$1 sandbox=$2
@@ -7,7 +8,7 @@ here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 root=$(cd "$here/../.." && pwd)
 # shellcheck source=tools/host.sh
 source "$root/tools/host.sh"
-[[ -x $sandbox ]] || {
+[[ -x $sandbox || -x $windows_bin/tavrix-sandbox.exe ]] || {
     echo "SKIPPED: $sandbox is not built; ./dev build native builds it"
     exit 77
 }
@@ -18,18 +19,25 @@ fail() {
     exit 1
 }
 
-# expect STATUS TEXT argument...: tavrix.exe ends so, and says TEXT among the rest.
+# expect STATUS TEXT argument...: tavrix.exe, or another $program, ends so, and says TEXT among the rest.
 expect() {
     local status=0 wanted=$1 text=$2
     shift 2
-    "$root/tools/wine-run" 64 "$windows_bin/tavrix.exe" "$@" >"$work/said" 2>&1 || status=$?
+    "$root/tools/wine-run" 64 "$windows_bin/${program:-tavrix}.exe" "$@" >"$work/said" 2>&1 || status=$?
     [[ $status == "$wanted" ]] || fail "status $status of: $* ($(cat "$work/said"))"
     [[ -z $text ]] || grep -qF -- "$text" "$work/said" || fail "no '$text' from: $* ($(cat "$work/said"))"
 }
 
 folder="$work/Faktury żółć i ąę"
 mkdir "$folder"
-start_sandbox "$sandbox" "$work"
+start_own_sandbox() { start_sandbox "$sandbox" "$work"; }
+if [[ -x $windows_bin/tavrix-sandbox.exe ]]; then
+    # Called by start_sandbox.
+    windows_sandbox() { exec "$root/tools/wine-run" 64 "$windows_bin/tavrix-sandbox.exe" "$@"; }
+    start_own_sandbox() { start_sandbox windows_sandbox "$work" --data "Z:$folder/dane ó"; }
+    program=tavrix-sandbox expect 0 'tavrix-sandbox 10.' --version
+fi
+start_own_sandbox
 write_settings "$folder/Ustawienia ś.json"
 make_host_database "$folder/baza ł.db"
 cp "$root/demo/faktura.xml" "$folder/faktura ź.xml"
@@ -46,6 +54,16 @@ register_dlls 64 "$windows_bin" "$work/dll"
 expect 0 "Faktura przyjęta" "${send[@]}" "Provider=SQLOLEDB;Data Source=Z:$folder/baza ł.db" --id 1002 --xml "Z:$folder/korekta.xml"
 numbers=$(sqlite3 "$folder/baza ł.db" "select count(distinct numer_ksef) from dok_fak where UPO_ksef <> ''")
 [[ $numbers == 2 ]] || fail "$numbers numbers in the database"
+
+if [[ -x $windows_bin/tavrix-sandbox.exe ]]; then
+    program=tavrix-sandbox expect 1 'the port may be taken' --port "${origin##*:}"
+    # What is Ctrl+C to a Windows program; not to what started it.
+    kill -INT "$(pgrep -f "^$windows_bin/tavrix-sandbox.exe .*$folder")"
+    wait "$sandbox_pid" || fail "status $? of an interrupted sandbox"
+    start_own_sandbox
+    number=$(sqlite3 "$folder/baza ł.db" 'select numer_ksef from dok_fak where ddout_id = 1002')
+    curl -sf "$origin/faktury" | grep -qF "$number" || fail "the sandbox has forgotten $number"
+fi
 
 cp "$root/stylesheets/faktura-fa3.xsl" "$folder/arkusz ć.xsl"
 expect 0 '' render "Z:$folder/faktura ź.xml" --xsl "Z:$folder/arkusz ć.xsl" -o "Z:$folder/strona ę.html"
