@@ -19,10 +19,10 @@ build_library() {
         no-rfc3779 no-dsa no-ec2m no-gost no-sm2 no-sm3 no-sm4 no-aria no-bf no-blake2 no-camellia no-cast no-idea no-md4
         no-mdc2 no-multiblock no-ocb no-rc5 no-rmd160 no-seed no-siphash no-siv no-whirlpool)
     # What is not used can be left out of a program only when each function has a section of its own. The build's date
-    # would make every DLL another one.
+    # would make every DLL another one. It remembers its flags too, so none of them may name the folder it is built in.
     export SOURCE_DATE_EPOCH=0
     ./Configure "$target" "CC=$triplet-gcc-posix" "AR=$triplet-ar" "RANLIB=$triplet-ranlib" \
-        "WINDRES=$triplet-windres" CPPDEFINES=_WIN32_WINNT=0x0601 CFLAGS="-O2 $windows_hardening -ffile-prefix-map=$work=." \
+        "WINDRES=$triplet-windres" CPPDEFINES=_WIN32_WINNT=0x0601 CFLAGS="-O2 $windows_hardening" \
         "${off[@]}" --prefix="$stage" --libdir=lib
 
     # The default folders would be this machine's cache, which on Windows names a folder anybody may create.
