@@ -10,26 +10,26 @@ if ((EUID != 0)) || ! command -v debootstrap >/dev/null; then
 fi
 work=$(mktemp -d)
 leave() {
-    umount "$work/root/proc" 2>/dev/null || true
+    umount "$work/system/proc" 2>/dev/null || true
     # Nothing is taken away through a mount that is still there.
-    mountpoint -q "$work/root/proc" || rm -rf "$work"
+    mountpoint -q "$work/system/proc" || rm -rf "$work"
 }
 trap leave EXIT
 archive=$cache/debian-12-minimal.tar
-mkdir "$work/root"
+mkdir "$work/system"
 if [[ ! -f $archive ]]; then
-    debootstrap --variant=minbase bookworm "$work/root" >"$work/log" 2>&1 || { tail "$work/log"; exit 1; }
-    tar -C "$work/root" -cf "$archive.new" . && mv "$archive.new" "$archive"
+    debootstrap --variant=minbase bookworm "$work/system" >"$work/log" 2>&1 || { tail "$work/log"; exit 1; }
+    tar -C "$work/system" -cf "$archive.new" . && mv "$archive.new" "$archive"
 else
-    tar -C "$work/root" -xf "$archive"
+    tar -C "$work/system" -xf "$archive"
 fi
 # The machine's own sources and settings, whatever mirror they name.
-rm -rf "$work/root/etc/apt"
-cp -a /etc/apt "$work/root/etc/apt"
-cp /etc/resolv.conf "$work/root/etc/" 2>/dev/null || true
-mount -t proc proc "$work/root/proc"
-inside() { chroot "$work/root" env DEBIAN_FRONTEND=noninteractive LC_ALL=C.UTF-8 "$@"; }
-cp "$deb" "$work/root/tavrix.deb"
+rm -rf "$work/system/etc/apt"
+cp -a /etc/apt "$work/system/etc/apt"
+cp /etc/resolv.conf "$work/system/etc/" 2>/dev/null || true
+mount -t proc proc "$work/system/proc"
+inside() { chroot "$work/system" env DEBIAN_FRONTEND=noninteractive LC_ALL=C.UTF-8 "$@"; }
+cp "$deb" "$work/system/tavrix.deb"
 inside apt-get -q update >"$work/log" 2>&1 || true
 inside apt-get -q -y install --no-install-recommends /tavrix.deb >"$work/log" 2>&1 || { tail "$work/log"; exit 1; }
 inside tavrix --version
@@ -44,7 +44,7 @@ inside bash -euc '
     head -n 1 <&3 | grep -q " 200 "
     kill "$sandbox"'
 inside dpkg --purge tavrix >/dev/null
-[[ ! -e $work/root/usr/bin/tavrix && ! -e $work/root/usr/share/doc/tavrix ]]
+[[ ! -e $work/system/usr/bin/tavrix && ! -e $work/system/usr/share/doc/tavrix ]]
 echo "installed, asked, served and removed"
 if inside apt-get -q -y install --no-install-recommends lintian >"$work/log" 2>&1; then
     inside lintian --allow-root --fail-on error /tavrix.deb
