@@ -62,7 +62,9 @@ if [[ -x $windows_bin/tavrix-sandbox.exe ]]; then
     wait "$sandbox_pid" || fail "status $? of an interrupted sandbox"
     start_own_sandbox
     number=$(sqlite3 "$folder/baza ł.db" 'select numer_ksef from dok_fak where ddout_id = 1002')
-    curl -sf "$origin/faktury" | grep -qF "$number" || fail "the sandbox has forgotten $number"
+    # Not a pipe: grep -q closes it at the first hit, and curl's failed write would count as a failure.
+    curl -sf "$origin/faktury" -o "$work/faktury.html" || fail "the sandbox shows no page of invoices"
+    grep -qF "$number" "$work/faktury.html" || fail "the sandbox has forgotten $number"
 fi
 
 cp "$root/stylesheets/faktura-fa3.xsl" "$folder/arkusz ć.xsl"
