@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 """Compiles every header on its own, so that none leans on what its users happen to include before it. A header that its
-own source includes before anything else is compiled so by the door's build already.
+own source includes before anything else is compiled so already by a door that compiles file by file.
 
 Ninja does the work in build/<door>/headers, so a second run compiles only what changed. The flags are those of the
 door's own compile commands. Usage: check_headers.py native|win32|win64 [-j N]
@@ -30,6 +30,16 @@ def is_first_in_its_source(header, compiled):
         return False
     first = re.search(r'^\s*#\s*include\s*(\S+)', (ROOT / source).read_text(), re.MULTILINE)
     return first is not None and first.group(1) == f'"{header}"'
+
+
+def compiled_alone():
+    """The sources that some door's build compiles one by one."""
+    return {
+        os.path.relpath(entry["file"], ROOT)
+        for door in ("native", "win32", "win64")
+        if (commands := ROOT / "build" / door / "compile_commands.json").exists()
+        for entry in json.loads(commands.read_text())
+    }
 
 
 def compiler_and_flags(commands):
@@ -77,7 +87,7 @@ def main():
     options = parser.parse_args()
     folder = ROOT / "build" / options.door
     commands = json.loads((folder / "compile_commands.json").read_text())
-    compiled = {os.path.relpath(entry["file"], ROOT) for entry in commands}
+    compiled = compiled_alone()
     headers = [
         path for path in files(".h", ".hpp") if wanted(path, options.door) and not is_first_in_its_source(path, compiled)
     ]

@@ -13,8 +13,8 @@ namespace {
 using sandbox::testing::SampleInvoice;
 using test::Json;
 
-const std::string failed = "Nieznany błąd pobierania upo";
-const char* const list = "sessions";
+const std::string not_fetched = "Nieznany błąd pobierania upo";
+const char* const session_list = "sessions";
 const char* const invoices = "sessions/invoices";
 const std::string one_by_one = "/api/v2/sessions?pageSize=1000&sessionType=Batch&statuses=";
 
@@ -113,7 +113,7 @@ class Reconciliation : public SendFixture {
         std::vector<std::string> targets;
         const Json state = sandbox->state();
         for (const Json& request : state.at("requests")) {
-            if (request.at("step") != list && request.at("step") != invoices) continue;
+            if (request.at("step") != session_list && request.at("step") != invoices) continue;
             std::string target = request.at("target");
             for (std::size_t i = 0; i < sessions.size(); ++i)
                 target = base::to_utf8(base::replace_all(
@@ -136,7 +136,7 @@ TEST_F(Reconciliation, EachPassLeavesItsOutcomeAndTheLastOneStays) {
         return Json::array({{{"referenceNumber", sessions[index]}, {"number", number}}});
     };
     const std::string next = one_by_one + "Failed&x-continuation-token=t=+/&";
-    test::set_trouble(*sandbox, list,
+    test::set_trouble(*sandbox, session_list,
                       {status(200, page(session(0, "FV/1"), "t=+/&"), 1, 1), status(503, "", 1, 2),
                        status(401, "{}", 1, 3), status(200, page(Json::array()), 1, 4),
                        status(200, page(session(1, "FV/3")), 1, 5)});
@@ -160,23 +160,23 @@ TEST_F(Reconciliation, TroubleAtEachStepHasItsTextAndLeavesWhatWasWritten) {
     const test::Troubles troubles = {
         {"auth/challenge", kind("drop"), session_failed + "auth/challenge:STATUS:0", none},
         {"auth/status", wrong_token, session_failed + "{*", none},
-        {list, harmless, "", both},
-        {list, status(503, "", 7), "", both},
-        {list, kind("drop", 0, -1), failed, none},
-        {list, kind("html"), failed, none},
-        {list, kind("empty"), failed, none},
-        {list, value_at("sessions", entries), "", none},
+        {session_list, harmless, "", both},
+        {session_list, status(503, "", 7), "", both},
+        {session_list, kind("drop", 0, -1), not_fetched, none},
+        {session_list, kind("html"), not_fetched, none},
+        {session_list, kind("empty"), not_fetched, none},
+        {session_list, value_at("sessions", entries), "", none},
         // As the service writes them today.
-        {list, without("sessions[*].invoiceNumber"), "", none},
-        {list, value_at("sessions[1].invoiceNumber", "A'"), failed, newest},
+        {session_list, without("sessions[*].invoiceNumber"), "", none},
+        {session_list, value_at("sessions[1].invoiceNumber", "A'"), not_fetched, newest},
         // Somebody who does not look at the token.
-        {list,
+        {session_list,
          {value_at("continuationToken", "T", 0, 1), status(200, page(Json::array(), "T"), 9, 1)},
          "",
          both},
         {invoices, status(500), "", oldest},
-        {invoices, kind("truncated", 1), failed, newest},
-        {invoices, kind("drop", 1, -1), failed, newest},
+        {invoices, kind("truncated", 1), not_fetched, newest},
+        {invoices, kind("drop", 1, -1), not_fetched, newest},
         {invoices, value_at("invoices", short_ones, 0, 1), "", oldest},
         {invoices, value_at("invoices[0].referenceNumber", "R9", 1, 1), "",
          "|| K|201|OK. K|201|OK. old||"},
@@ -193,7 +193,7 @@ TEST_F(Reconciliation, TroubleAtEachStepHasItsTextAndLeavesWhatWasWritten) {
             "create trigger t before update on dok_fak when new.ddout_id=1 "
             "begin select raise(abort,'locked'); end");
     };
-    run_through(*sandbox, {{list, harmless, failed, newest}}, lock, call);
+    run_through(*sandbox, {{session_list, harmless, not_fetched, newest}}, lock, call);
 }
 
 // Rows: those of dok_fak, and the correction that was noted.
@@ -222,26 +222,26 @@ TEST_F(Reconciliation, ByNameEachInvoiceIsFoundAndJudgedByItself) {
         at_step(invoices, value_at("invoices", {7, nullptr, Json::object()}, 0, 1));
     const Json duplicate{{"code", 440}, {"extensions", {{"originalKsefNumber", "O"}}}};
     const test::Troubles troubles = {
-        {list, harmless, "", whole},
-        {list,
+        {session_list, harmless, "", whole},
+        {session_list,
          {value_at("sessions[1].status.code", 445), nothing},
          "",
          "|| || K|201|OK. old|| / |500|Failed"},
-        {list,
+        {session_list,
          {value_at("sessions[1].status.code", 440), nothing},
          "",
          "|| || K|201|OK. old|| / |500|Canseled"},
-        {list, without("sessions[1].status"), "", whole},
+        {session_list, without("sessions[1].status"), "", whole},
         // To the end of the lists, with one new login.
-        {list,
+        {session_list,
          {value_at("continuationToken", "T"), status(401, "", 1, 1),
           status(200, page(Json::array(), "T"), 1, 2)},
          "",
          whole},
-        {list, status(401, "", -1), "sessions:STATUS:401", "|| || || old|| / ||"},
-        {list, status(503, "e"), "e", "|| || || old|| / ||"},
-        {list, kind("drop", 0, -1), failed, "|| || || old|| / ||"},
-        {list, kind("html"), failed, "|| || || old|| / ||"},
+        {session_list, status(401, "", -1), "sessions:STATUS:401", "|| || || old|| / ||"},
+        {session_list, status(503, "e"), "e", "|| || || old|| / ||"},
+        {session_list, kind("drop", 0, -1), not_fetched, "|| || || old|| / ||"},
+        {session_list, kind("html"), not_fetched, "|| || || old|| / ||"},
         {invoices, first_status(duplicate), "", "O|201|OK. || K|201|OK. old|| / ||"},
         {invoices, first_status({{"code", 450}}), "", "|500|Failed || K|201|OK. old|| / ||"},
         {invoices, first_status({{"code", 100}}), "", none},
@@ -271,8 +271,8 @@ TEST_F(Reconciliation, ByNameARunBeginsWhereTheLastOneEnded) {
     const std::tuple<Json, std::string, Paths, Paths> runs[] = {
         {status(429, "limit", 1, 1), "limit", {first, second}, {second}},
         {status(403, "e"), "e", {first, second}, {first}},
-        {kind("cut"), failed, {first, second}, {first}},
-        {value_at("invoices[0].ksefNumber", "", 0, 1), failed, {first, second}, {first}},
+        {kind("cut"), not_fetched, {first, second}, {first}},
+        {value_at("invoices[0].ksefNumber", "", 0, 1), not_fetched, {first, second}, {first}},
         {without("invoices[0].status", 1), "", {first, second}, {first}},
         {status(200, std::string(5 << 20, ' ')), "", {first, half, second}, {}},
     };
@@ -301,7 +301,7 @@ TEST_F(Reconciliation, ByNameAFirstRunOfManyPackagesEndsInSeveralCalls) {
                         {"status", {{"code", 200}}},
                         {"dateUpdated", "2026-03-01T00:00:" + std::to_string(100 + i)}});
     }
-    test::set_trouble(*sandbox, list, status(200, page(many), -1));
+    test::set_trouble(*sandbox, session_list, status(200, page(many), -1));
     test::set_trouble(*sandbox, invoices,
                       {status(200, R"({"invoices":[]})", 200), status(429, "limit", 1, 200),
                        status(200, R"({"invoices":[]})", -1, 201)});
