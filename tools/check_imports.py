@@ -33,6 +33,9 @@ NEWER = {
         GetPackageFamilyName GetPackageFullName GetCurrentPackageFullName GetCurrentPackageId
         FindPackagesByPackageFamily CompareObjectHandles GetOverlappedResultEx GetUserDefaultGeoName
         CreatePseudoConsole ResizePseudoConsole ClosePseudoConsole
+        InterlockedPushListSListEx GetCurrentPackageInfo GetCurrentPackagePath SetProcessDefaultCpuSetMasks
+        SetThreadSelectedCpuSets SetThreadSelectedCpuSetMasks GetSystemCpuSetInformation
+        GetFileInformationByName GetStagedPackagePathByFullName OpenPackageInfoByFullName
         """,
     "user32": """
         AdjustWindowRectExForDpi EnableNonClientDpiScaling GetDpiForSystem GetDpiForWindow GetSystemMetricsForDpi

@@ -34,10 +34,12 @@ start_own_sandbox() { start_sandbox "$sandbox" "$work"; }
 if [[ -x $windows_bin/tavrix-sandbox.exe ]]; then
     # Called by start_sandbox.
     windows_sandbox() { exec "$root/tools/wine-run" 64 "$windows_bin/tavrix-sandbox.exe" "$@"; }
-    start_own_sandbox() { start_sandbox windows_sandbox "$work" --data "Z:$folder/dane ó"; }
+    start_own_sandbox() { start_sandbox windows_sandbox "$work" --data "Z:$folder/dane ó/"; }
     program=tavrix-sandbox expect 0 'tavrix-sandbox 10.' --version
 fi
 start_own_sandbox
+# Keys lie there; the end of the name is how a shell completes it.
+[[ ! -d "$folder/dane ó" || $(stat -c %A "$folder/dane ó") == *--- ]] || fail "anybody may read the sandbox's data"
 write_settings "$folder/Ustawienia ś.json"
 make_host_database "$folder/baza ł.db"
 cp "$root/demo/faktura.xml" "$folder/faktura ź.xml"
