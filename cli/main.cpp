@@ -6,6 +6,7 @@
 #include "base/version.h"
 #include "cli/answer.h"
 #include "cli/command.h"
+#include "cli/usage_fault.h"
 #include "console/console.h"
 
 namespace {
@@ -46,6 +47,11 @@ int main(int given_count, char** given) {
     app.set_help_flag("-h,--help", "Pokazuje tę pomoc");
     app.set_version_flag("--version", version(), "Pokazuje wersję");
     app.footer(footer);
+    app.failure_message([](const CLI::App*, const CLI::Error& error) {
+        const auto* fault = dynamic_cast<const CLI::ParseError*>(&error);
+        return "Niepowodzenie: " + (fault ? cli::usage_fault(*fault) : error.what()) +
+               "\nOpis: tavrix --help, tavrix POLECENIE --help\n";
+    });
     app.require_subcommand(1);
     cli::add_send_command(app, exit_code);
     cli::add_batch_command(app, exit_code);
@@ -68,7 +74,7 @@ int main(int given_count, char** given) {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         if (app.exit(error) == 0) return cli::exit_done;
-        if (as_json) cli::print({{"result", error.what()}});
+        if (as_json) cli::print({{"result", cli::usage_fault(error)}});
         return cli::exit_usage;
     } catch (const cli::Failure& failure) {
         return tell(failure.what(), failure.code, as_json);

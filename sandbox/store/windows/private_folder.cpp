@@ -17,7 +17,8 @@ constexpr const wchar_t* owner_only =
 }  // namespace
 
 PrivateFolder::PrivateFolder(const std::filesystem::path& named) {
-    // What a shell completes ends in a backslash, and the folder above that would be the folder itself.
+    // What a shell completes ends in a backslash, and the folder above that would be the folder
+    // itself.
     const auto folder = named.has_filename() ? named : named.parent_path();
     // What stands there already keeps the rights that its owner gave it.
     if (std::filesystem::is_directory(folder)) return;
