@@ -1,14 +1,16 @@
 { Wysyla fakture do KSeF biblioteka Tavrix. Delphi 7 i nowsze; Free Pascal dla Windows.
 
-    SendInvoice POLACZENIE NIP TOKEN PLIK_XML TABELA ID SRODOWISKO
+    SendInvoice POLACZENIE NIP PLIK_TOKENU PLIK_XML TABELA ID SRODOWISKO
 
     POLACZENIE   napis polaczenia ADO
-    NIP, TOKEN   numer podatkowy firmy i jej token KSeF
+    NIP          numer podatkowy firmy, ten sam co w tokenie
+    PLIK_TOKENU  plik, w ktorym jest tylko token KSeF
     PLIK_XML     faktura FA(3) w UTF-8
     TABELA, ID   tabela dokumentow i ddout_id dokumentu
     SRODOWISKO   1 produkcja, 0 demo, 2 test
 
-  Kod wyjscia 0, gdy w wierszu dokumentu stoi numer KSeF, 1, gdy nie, 2 przy zlych argumentach. }
+  Kod wyjscia: 0 numer i UPO sa w wierszu, 1 numeru nie ma, 2 zle argumenty, 3 blad programu, 4 numer jest, UPO nie. Przy 1 KSeF
+  odrzucil fakture albo nie wiadomo (przerwane polaczenie); ponownie wysyla sie te same bajty, nie fakture zrobiona od nowa. }
 program SendInvoice;
 
 {$APPTYPE CONSOLE}
@@ -37,6 +39,14 @@ begin
   end;
 end;
 
+{ Sam token: bez konca wiersza i bez trzech bajtow znacznika UTF-8, od ktorych Notatnik bywa, ze zaczyna plik. }
+function ReadToken(const FileName: string): WideString;
+begin
+  Result := Trim(ReadBytesAsCharacters(FileName));
+  if (Result <> '') and (Ord(Result[1]) > 127) then
+    Delete(Result, 1, 3);
+end;
+
 { NULL w kolumnie to pusty tekst. }
 function ColumnText(const Connection: OleVariant; const Column, Table: WideString; Id: Integer): WideString;
 var
@@ -63,7 +73,7 @@ var
 begin
   Database := ParamStr(1);
   Nip := ParamStr(2);
-  Token := ParamStr(3);
+  Token := ReadToken(ParamStr(3));
   Xml := ReadBytesAsCharacters(ParamStr(4));
   Table := ParamStr(5);
   Id := StrToInt(ParamStr(6));
@@ -71,6 +81,14 @@ begin
   Connection := CreateOleObject('ADODB.Connection');
   Connection.Open(Database);
   try
+    { Dokument, ktory ma juz numer, jest w KSeF: drugie wyslanie byloby duplikatem. }
+    Number := ColumnText(Connection, 'numer_ksef', Table, Id);
+    if Number <> '' then
+    begin
+      WriteLn('Dokument ma juz numer: ', Number);
+      Result := 0;
+      Exit;
+    end;
     KseF := CreateOleObject('Tavrix.KseF_comm');
     Answer := KseF.SendInvoiceToKSeF(Connection, Nip, Token, Xml, 'FA (3)', '1-0E', 'FA', Environment, Table, Id);
     if Answer <> '' then
@@ -78,7 +96,12 @@ begin
     { O przyjeciu faktury mowi wiersz, nie tekst: przyjeta bywa takze wtedy, gdy UPO jeszcze nie ma. }
     Number := ColumnText(Connection, 'numer_ksef', Table, Id);
     WriteLn('numer_ksef: ', Number);
-    Result := Ord(Number = '');
+    if Number = '' then
+      Result := 1
+    else if Answer <> '' then
+      Result := 4
+    else
+      Result := 0;
   finally
     Connection.Close;
   end;
@@ -87,7 +110,7 @@ end;
 begin
   if ParamCount <> 7 then
   begin
-    WriteLn('SendInvoice POLACZENIE NIP TOKEN PLIK_XML TABELA ID SRODOWISKO');
+    WriteLn('SendInvoice POLACZENIE NIP PLIK_TOKENU PLIK_XML TABELA ID SRODOWISKO');
     Halt(2);
   end;
   CoInitialize(nil);
@@ -98,7 +121,7 @@ begin
     on E: Exception do
     begin
       WriteLn(E.ClassName, ': ', E.Message);
-      ExitCode := 1;
+      ExitCode := 3;
     end;
   end;
 end.

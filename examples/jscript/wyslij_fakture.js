@@ -26,12 +26,13 @@ function columnText(connection, column, table, id) {
 }
 
 function send(database, nip, tokenFile, xmlFile, table, id, environment) {
-    var token = readBytes(tokenFile).replace(/\s+$/, "");
+    // Bez trzech bajtow znacznika UTF-8, od ktorych Notatnik bywa, ze zaczyna plik.
+    var token = readBytes(tokenFile).replace(/\s+$/, "").replace(/^[^\x00-\x7f]{3}/, "");
     var xml = readBytes(xmlFile);
     var connection = new ActiveXObject("ADODB.Connection");
     connection.Open(database);
     try {
-        // Dokument, ktory ma juz numer, jest w KSeF: drugie wyslanie bylo by duplikatem.
+        // Dokument, ktory ma juz numer, jest w KSeF: drugie wyslanie byloby duplikatem.
         var number = columnText(connection, "numer_ksef", table, id);
         if (number !== "") {
             WScript.Echo("Dokument ma juz numer: " + number);

@@ -3,7 +3,8 @@
 Wysyła jedną fakturę do KSeF i mówi, jaki dostała numer. Windows PowerShell 5.1 i nowsze.
 .DESCRIPTION
 32-bitowa Tavrix.dll chce 32-bitowego PowerShella (C:\Windows\SysWOW64\WindowsPowerShell\v1.0\powershell.exe), 64-bitowa 64-bitowego.
-Kod wyjścia: 0 numer i UPO są w wierszu, 1 KSeF nie ma tej faktury, 3 błąd programu, 4 numer jest, UPO nie.
+Kod wyjścia: 0 numer i UPO są w wierszu, 1 numeru nie ma, 3 błąd programu, 4 numer jest, UPO nie.
+Przy 1 KSeF odrzucił fakturę albo nie wiadomo (przerwane połączenie); ponownie wysyła się te same bajty, nie fakturę zrobioną od nowa.
 .EXAMPLE
 .\Wyslij-Fakture.ps1 -Connection 'Provider=SQLOLEDB;Data Source=serwer;Initial Catalog=firma;Integrated Security=SSPI' `
     -Nip 5265877635 -TokenFile token.txt -XmlFile faktura.xml -Table dok_fak -Id 1001 -Environment 2

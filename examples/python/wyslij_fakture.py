@@ -5,8 +5,9 @@
 
     ŚRODOWISKO   prod, demo albo test
 
-Polecenia tavrix szuka w zmiennej TAVRIX, potem w PATH. Kod wyjścia: 0 numer i UPO są w wierszu, 1 KSeF nie ma tej faktury,
-2 złe argumenty, 3 błąd programu albo ustawień, 4 numer jest, UPO nie.
+Polecenia tavrix szuka w zmiennej TAVRIX, potem w PATH. Kod wyjścia: 0 numer i UPO są w wierszu, 1 numeru nie ma, 2 złe
+argumenty, 3 błąd programu albo ustawień, 4 numer jest, UPO nie. Przy 1 KSeF odrzucił fakturę albo nie wiadomo (przerwane
+połączenie); ponownie wysyła się te same bajty, nie fakturę zrobioną od nowa.
 """
 import json
 import os

@@ -22,7 +22,7 @@ def column_text(connection, column, table, document):
 
 
 def send(database, nip, token_file, xml_file, table, document, environment):
-    with open(token_file, encoding="utf-8") as file:
+    with open(token_file, encoding="utf-8-sig") as file:
         token = file.read().strip()
     # Jeden znak na każdy bajt; newline="" zostawia końce wierszy takimi, jakie są.
     with open(xml_file, encoding="latin-1", newline="") as file:

@@ -1,4 +1,4 @@
-Attribute VB_Name = "WyslijFakture"
+Attribute VB_Name = "TavrixFaktury"
 ' Wysylanie faktury do KSeF z VBA i VB6: plik importuje sie do projektu. Bez polskich liter, bo edytor czyta go w stronie
 ' kodowej systemu. W VB6 i 32-bitowym Office trzeba zarejestrowac 32-bitowa Tavrix.dll, w 64-bitowym Office 64-bitowa.
 '
@@ -15,10 +15,12 @@ Public Function WyslijFakture(ByVal Polaczenie As String, ByVal Nip As String, B
     Dim Wynik As String, Numer As String, Opis As String, NumerBledu As Long
     On Error GoTo Blad
     Token = Trim$(Replace(Replace(CzytajBajty(PlikTokenu), vbCr, ""), vbLf, ""))
+    ' Notatnik bywa, ze zaczyna plik trzema bajtami znacznika UTF-8.
+    If Left$(Token, 1) > "~" Then Token = Mid$(Token, 4)
     Xml = CzytajBajty(PlikXml)
     Set Baza = CreateObject("ADODB.Connection")
     Baza.Open Polaczenie
-    ' Dokument, ktory ma juz numer, jest w KSeF: drugie wyslanie bylo by duplikatem.
+    ' Dokument, ktory ma juz numer, jest w KSeF: drugie wyslanie byloby duplikatem.
     Numer = Kolumna(Baza, "numer_ksef", Tabela, Id)
     If Numer = "" Then
         Set KseF = CreateObject("Tavrix.KseF_comm")

@@ -9,7 +9,8 @@
 '   TABELA, ID   tabela dokumentow i ddout_id dokumentu
 '   SRODOWISKO   1 produkcja, 0 demo, 2 test
 '
-' Kod wyjscia: 0 numer i UPO sa w wierszu, 1 KSeF nie ma tej faktury, 2 zle argumenty, 3 blad programu, 4 numer jest, UPO nie.
+' Kod wyjscia: 0 numer i UPO sa w wierszu, 1 numeru nie ma, 2 zle argumenty, 3 blad programu, 4 numer jest, UPO nie. Przy 1 KSeF
+' odrzucil fakture albo nie wiadomo (przerwane polaczenie); ponownie wysyla sie te same bajty, nie fakture zrobiona od nowa.
 ' Ostatni wiersz to KONIEC. Plik nie ma polskich liter, bo host skryptow czyta go w stronie kodowej systemu.
 Option Explicit
 
@@ -25,8 +26,10 @@ Function ReadBytes(path)
     stream.Close
 End Function
 
-Function WithoutLineEnd(text)
-    WithoutLineEnd = Trim(Replace(Replace(text, vbCr, ""), vbLf, ""))
+' Sam token: bez konca wiersza i bez trzech bajtow znacznika UTF-8, od ktorych Notatnik bywa, ze zaczyna plik.
+Function OnlyToken(text)
+    OnlyToken = Trim(Replace(Replace(text, vbCr, ""), vbLf, ""))
+    If Left(OnlyToken, 1) > "~" Then OnlyToken = Mid(OnlyToken, 4)
 End Function
 
 Function ColumnText(connection, column, table, id)
@@ -55,7 +58,7 @@ If arguments.Count <> 7 Then
 End If
 
 On Error Resume Next
-token = WithoutLineEnd(ReadBytes(arguments(2)))
+token = OnlyToken(ReadBytes(arguments(2)))
 StopOnError "Plik tokenu"
 xml = ReadBytes(arguments(3))
 StopOnError "Plik faktury"

@@ -26,6 +26,10 @@ TEST_F(Cli, SendsOverTlsOfAPrivateAuthorityAndTellsMachines) {
     EXPECT_EQ(row.size(), 8u) << "every column that the library writes";
     EXPECT_GT(row.at("upo_bytes"), 1000);
     EXPECT_EQ(run("hash '" + folder_ + "faktura.xml'").output.substr(0, 44), row.at("HashFaktury"));
+
+    const Outcome again = run(send);
+    EXPECT_EQ(again.exit_code, 0) << "a duplicate keeps number and UPO: " << again.output;
+    EXPECT_EQ(Json::parse(again.output).at("row").at("numer_ksef"), row.at("numer_ksef"));
 }
 
 // The documents share a schema, and a document may name one of its own: none has a say in the next.

@@ -20,7 +20,8 @@ register_dlls 32 "$windows_bin" "$work"
 write_settings "$work/Tavrix.json"
 export TAVRIX_SETTINGS=$work/Tavrix.json
 make_host_database "$work/firma.db"
-echo 'R|nip-5265877635|s' >"$work/token.txt"
+# With the mark that an editor may put before it.
+printf '\xef\xbb\xbfR|nip-5265877635|s\r\n' >"$work/token.txt"
 column() { sqlite3 "$work/firma.db" "select coalesce($1, '') from dok_fak where ddout_id = $2"; }
 
 # expect STATUS TEXT command...: the command's status and what it says, without the sentinel of scripts.

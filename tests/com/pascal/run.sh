@@ -30,7 +30,13 @@ wine_program 32 "$work/host.exe" "${origin##*:}" | tr -d '\r' | tee "$work/host.
 [[ $(cat "$work/host.txt") == KONIEC ]]
 
 make_host_database "$work/firma.db"
-wine_program 32 "$work/SendInvoice.exe" "Data Source=Z:$work/firma.db" 5265877635 'R|nip-5265877635|s' \
-    "Z:$root/demo/faktura.xml" dok_fak 1001 2 | tr -d '\r' | tee "$work/send.txt"
+# With the mark that an editor may put before it.
+printf '\xef\xbb\xbfR|nip-5265877635|s\r\n' >"$work/token.txt"
+send() {
+    wine_program 32 "$work/SendInvoice.exe" "Data Source=Z:$work/firma.db" 5265877635 "Z:$work/token.txt" \
+        "Z:$root/demo/faktura.xml" dok_fak 1001 2 | tr -d '\r'
+}
+send | tee "$work/send.txt"
 number=$(sqlite3 "$work/firma.db" "select numer_ksef from dok_fak where ddout_id = 1001")
 [[ -n $number && $(cat "$work/send.txt") == "numer_ksef: $number" ]]
+[[ $(send) == "Dokument ma juz numer: $number" ]]
