@@ -64,8 +64,8 @@ std::string ksef_number_in(const Json& row) {
 
 // What failed after the number was recorded has a text of its own, which says nothing of the
 // number: then the row does. A number from an earlier sending says nothing of this one; every
-// acceptance leaves its new reference in the row. A duplicate gets the first one's number, and keeps
-// the UPO that came with it.
+// acceptance leaves its new reference in the row. A duplicate gets the first one's number, and
+// keeps the UPO that came with it.
 ExitCode exit_code_of(const Text& result, const Json& before, const Json& now) {
     if (result.empty()) return exit_done;
     const bool recorded = before.is_object() && !ksef_number_in(now).empty() && now != before;
