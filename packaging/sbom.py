@@ -28,12 +28,13 @@ STATIC = {
     "libqrcodegencpp": "libqrcodegencpp-dev", "libspdlog": "libspdlog-dev", "libsqlite3": "libsqlite3-dev",
     "libssl": "libssl-dev", "libxml2": "libxml2-dev", "libxslt": "libxslt1-dev", "libz": "libz-mingw-w64-dev",
 }
-# Without a library of their own; which program includes them is written down here.
-HEADERS = {
-    "Tavrix.dll": ["nlohmann-json3-dev"],
-    "tavrix": ["nlohmann-json3-dev", "libcli11-dev"],
-    "tavrix-sandbox": ["libcli11-dev", "libboost1.74-dev", "libspdlog-dev", "libfmt-dev"],
-}
+# Without a library of their own: folder of headers, and its package.
+HEADERS = {"boost": "libboost1.74-dev", "CLI": "libcli11-dev", "fmt": "libfmt-dev", "nlohmann": "nlohmann-json3-dev",
+           "spdlog": "libspdlog-dev"}
+# Rooms that an artefact has none of.
+ABSENT = {"Tavrix.dll": ("sandbox/", "cli/", "console/"), "tavrix": ("sandbox/", "com/", "windows/"), "tavrix-sandbox": ()}
+ALWAYS_ABSENT = ("tests/", "bench/", "fuzz/", "tools/", "stand_ins/", "demo/")
+COMMON = pathlib.Path("/usr/share/common-licenses")
 RUNTIME = ["gcc-mingw-w64-base", "mingw-w64-common"]
 ACKNOWLEDGEMENT = "This software is based in part on the work of the Independent JPEG Group."
 
@@ -72,6 +73,20 @@ def linked_statically(folder, file):
     return packages + RUNTIME
 
 
+def included(folder, base):
+    """Packages of headers, by what ninja noted when it compiled the artefact's rooms."""
+    packages, is_ours = set(), False
+    for line in run("ninja", "-C", folder, "-t", "deps").splitlines():
+        if line and not line[0].isspace():
+            is_ours = not line.startswith(ALWAYS_ABSENT + ABSENT[base]) and (
+                base != "tavrix-sandbox" or line.startswith(("sandbox/", "console/")))
+        elif is_ours and (found := re.search(r"/include/(\w+)/", line)) and found.group(1) in HEADERS:
+            packages.add(HEADERS[found.group(1)])
+    if not packages:
+        raise SystemExit(f"{folder}: ninja knows nothing of what {base} includes")
+    return sorted(packages)
+
+
 def linked_dynamically(file):
     # With what those need in turn: the package manager's business, and no part of ours.
     needed = re.findall(r"NEEDED.*\[(.*)\]", run("readelf", "-d", file))
@@ -88,7 +103,8 @@ def main():
         base = pathlib.Path(name).name.removesuffix(".exe")
         packages = linked_statically(*where.split(":")) if kind == "windows" else linked_dynamically(where)
         found = {}
-        for package in packages + HEADERS[base]:
+        folder = where.partition(":")[0] if kind == "windows" else pathlib.Path(where).parent.parent
+        for package in packages + included(folder, base):
             component = Component(package)
             found[component.reference] = components.setdefault(component.source, component)
         files.append({"type": "library" if name.endswith(".dll") else "application", "bom-ref": name, "name": name,
@@ -110,9 +126,18 @@ def main():
     folder = pathlib.Path(licences)
     folder.mkdir(parents=True, exist_ok=True)
     page = ["PODZIĘKOWANIA", "", "Tavrix korzysta z tych programów i bibliotek. Pełne teksty licencji leżą obok, w plikach o ich nazwach.", ""]
+    referred = set()
     for component in ordered:
-        (folder / f"{component.source}.txt").write_bytes(component.text.read_bytes())
+        text = component.text.read_bytes()
+        (folder / f"{component.source}.txt").write_bytes(text)
+        referred |= {name.decode().rstrip(".") for name in re.findall(rb"/usr/share/common-licenses/([\w.+-]+)", text)}
         page.append(f"{component.source} {component.version}: {LICENCES[component.source]}")
+    # Debian has the common texts once; whoever gets ours has no Debian.
+    for name in sorted(referred):
+        if not (COMMON / name).is_file():
+            raise SystemExit(f"{COMMON / name}: a licence refers to it, and it is not there")
+        (folder / f"{name}.txt").write_bytes((COMMON / name).read_bytes())
+    page += ["", f"Teksty, na które tamte wskazują ({COMMON}/NAZWA), leżą obok: {', '.join(f'{name}.txt' for name in sorted(referred))}"]
     page += ["", "Kontury liter podpisu w PDF: czcionka DejaVu Sans (dejavu.txt)", "", ACKNOWLEDGEMENT, ""]
     (folder / "PODZIEKOWANIA.txt").write_text("\n".join(page))
 

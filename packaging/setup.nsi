@@ -16,10 +16,12 @@ BrandingText "Tavrix ${VERSION}"
 !include WinVer.nsh
 !include FileFunc.nsh
 !include WinMessages.nsh
+!include StrFunc.nsh
+${StrLoc}
 !include "${FILES}"
 
 !define FAILED_RIGHTS 3    ; no administrator, and /CurrentUser was not asked for
-!define FAILED_FOLDER 4    ; the folder cannot be made or written to
+!define FAILED_FOLDER 4    ; the folder cannot be made or written to, or holds files of others
 !define FAILED_IN_USE 5    ; another program holds a file
 !define FAILED_SPACE 6     ; not enough room on the disk
 !define FAILED_SECOND 7    ; another setup is at work
@@ -35,6 +37,9 @@ Var Place       ; machine or user: what DllInstall is told, too
 Var Trouble     ; first file that cannot be changed
 Var TroubleCode ; and the system's error number
 Var Updating    ; 1 when a version was there before
+Var Changing    ; 1 while there is something to put back
+Var OldVersion  ; what the entry said before the update
+Var OldSize
 Var FontFolder
 
 !define MUI_ABORTWARNING
@@ -69,6 +74,10 @@ VIProductVersion "${VERSION}.0"
 !insertmacro Text NoRights "Instalacja dla wszystkich użytkowników wymaga uprawnień administratora: uruchom ten program jako administrator. Instalacja tylko dla bieżącego użytkownika: uruchom go z parametrem /CurrentUser." \
   "Installing for all users needs administrator rights: run this program as administrator. For the current user alone, run it with /CurrentUser."
 !insertmacro Text NoFolder "Nie można utworzyć folderu albo w nim zapisywać: $INSTDIR" "The folder cannot be made or written to: $INSTDIR"
+!insertmacro Text NotOurs "W folderze $INSTDIR jest już plik, który nie należy do zainstalowanego Tavrix: $Trouble$\r$\n$\r$\nWskaż inny folder. Niczego nie zmieniono." \
+  "The folder $INSTDIR has a file that belongs to no installed Tavrix: $Trouble$\r$\n$\r$\nChoose another folder. Nothing was changed."
+!insertmacro Text OtherPlace "W folderze $INSTDIR jest Tavrix zainstalowany inaczej: dla wszystkich użytkowników albo tylko dla jednego. Najpierw odinstaluj go." \
+  "$INSTDIR has Tavrix installed in the other way, for all users or for one alone. Remove it first."
 !insertmacro Text InUse "Plik jest używany przez inny program: $Trouble$\r$\n$\r$\nZamknij programy, które korzystają z Tavrix, i spróbuj ponownie. Niczego nie zmieniono." \
   "Another program is using this file: $Trouble$\r$\n$\r$\nClose the programs that use Tavrix and try again. Nothing was changed."
 !insertmacro Text NoRightToFile "Nie ma prawa do zmiany pliku: $Trouble$\r$\n$\r$\nNiczego nie zmieniono." \
@@ -79,11 +88,20 @@ VIProductVersion "${VERSION}.0"
   "Tavrix is installed in another folder: $R1$\r$\n$\r$\nRemove it first, or install into that folder."
 !insertmacro Text NoCopy "Nie udało się zapisać plików w folderze $INSTDIR. Przywrócono poprzedni stan." "The files could not be written to $INSTDIR. Everything was put back."
 !insertmacro Text NoRegistration "Nie udało się zarejestrować biblioteki (regsvr32: $R2). Przywrócono poprzedni stan." "The library could not be registered (regsvr32: $R2). Everything was put back."
-!insertmacro Text NoUnregistration "Nie udało się wyrejestrować biblioteki (regsvr32: $R2). Pliki zostały na miejscu." "The library could not be unregistered (regsvr32: $R2). The files were left in place."
+!insertmacro Text NoUnregistration "Nie udało się wyrejestrować biblioteki (regsvr32: $R2). Pliki zostały na miejscu. Jeśli biblioteka jest uszkodzona, zainstaluj tę samą wersję ponownie, a potem ją usuń." \
+  "The library could not be unregistered (regsvr32: $R2). The files were left in place. If the library is damaged, install the same version again and then remove it."
 !insertmacro Text Absent "Tavrix nie jest zainstalowany w folderze $INSTDIR." "Tavrix is not installed in $INSTDIR."
-!insertmacro Text Documentation "Dokumentacja Tavrix" "Tavrix documentation"
-!insertmacro Text Sandbox "Piaskownica KSeF" "KSeF sandbox"
-!insertmacro Text Removal "Odinstaluj Tavrix" "Remove Tavrix"
+; Whoever removes it may see another language than whoever installed it.
+!macro EachShortcutText ACTION
+  !insertmacro ${ACTION} Documentation "Dokumentacja Tavrix" "Tavrix documentation"
+  !insertmacro ${ACTION} Sandbox "Piaskownica KSeF" "KSeF sandbox"
+  !insertmacro ${ACTION} Removal "Odinstaluj Tavrix" "Remove Tavrix"
+!macroend
+!macro DeleteShortcut NAME POLISH ENGLISH
+  Delete "$SMPROGRAMS\Tavrix\${POLISH}.lnk"
+  Delete "$SMPROGRAMS\Tavrix\${ENGLISH}.lnk"
+!macroend
+!insertmacro EachShortcutText Text
 
 ; What setup and uninstaller share. An uninstaller's functions have names of their own.
 !macro Shared UN
@@ -98,6 +116,41 @@ Function ${UN}Fail
   FileClose $2
   SetErrorLevel $0
   Quit
+FunctionEnd
+
+; In all sessions of the computer. A mutex that another user made may not be opened, which is as good an answer.
+Function ${UN}BeAlone
+  System::Call 'kernel32::CreateMutexW(p 0, i 0, w "Global\TavrixSetup") p .r0 ?e'
+  Pop $0
+  ${If} $0 = 183
+  ${OrIf} $0 = 5
+    Push $(Second)
+    Push ${FAILED_SECOND}
+    Call ${UN}Fail
+  ${EndIf}
+  Delete "$TEMP\Tavrix-setup.log"
+FunctionEnd
+
+; A path on the stack. What looks through new and old files may hold one for a moment.
+Function ${UN}DeleteFile
+  Exch $0
+  Push $1
+  StrCpy $1 0
+  ${Do}
+    ClearErrors
+    Delete $0
+    IntOp $1 $1 + 1
+    ${IfNot} ${Errors}
+    ${OrIf} $1 > 10
+      ${ExitDo}
+    ${EndIf}
+    Sleep 300
+  ${Loop}
+  ${If} ${FileExists} $0
+    Delete /REBOOTOK $0
+  ${EndIf}
+  Pop $1
+  Pop $0
 FunctionEnd
 
 ; A path on the stack. Asks for the right to write and changes nothing; a file that is not there is no trouble.
@@ -168,23 +221,32 @@ Function ${UN}SameContent
   Pop $4
   Pop $3
   Pop $2
-  Pop $1
   Exch $0
+  Exch
+  Pop $1
 FunctionEnd
 
-; regsvr32 of the DLL's own bits, which runs in a process of its own: $R2 is its exit code, 0 for a DLL that is absent.
-; "/i:..." alone on the stack registers, "/u /i:..." unregisters. This program is one of 32 bits, so $SYSDIR is
-; its system folder and Sysnative the other one.
+; regsvr32 of the DLL's own bits, which runs in a process of its own: $R2 is its exit code, 0 for a DLL that is absent, -1
+; when it could not be started. "/i:..." alone on the stack registers, "/u /i:..." unregisters. This program is one of 32
+; bits, so $SYSDIR is its system folder and Sysnative the other one, whose regsvr32 reads a DLL of its processor alone.
 Function ${UN}Regsvr32
   Pop $0
   StrCpy $R2 0
   ${If} ${FileExists} "$INSTDIR\x86\Tavrix.dll"
+    ClearErrors
     ExecWait '"$SYSDIR\regsvr32.exe" /s /n $0:$Place "$INSTDIR\x86\Tavrix.dll"' $R2
+    ${If} ${Errors}
+      StrCpy $R2 -1
+    ${EndIf}
   ${EndIf}
-  ${If} ${RunningX64}
+  ${If} ${IsNativeAMD64}
   ${AndIf} $R2 = 0
   ${AndIf} ${FileExists} "$INSTDIR\x64\Tavrix.dll"
+    ClearErrors
     ExecWait '"$WINDIR\Sysnative\regsvr32.exe" /s /n $0:$Place "$INSTDIR\x64\Tavrix.dll"' $R2
+    ${If} ${Errors}
+      StrCpy $R2 -1
+    ${EndIf}
   ${EndIf}
 FunctionEnd
 
@@ -221,6 +283,13 @@ Function ${UN}TestAllFiles
   Call ${UN}TestFile
   Push "$INSTDIR\x64\Tavrix.json"
   Call ${UN}TestFile
+  !if "${UN}" == ""
+    ; The uninstaller may be running where it stands.
+    Push "$INSTDIR\Uninstall.exe"
+    Call TestFile
+    Push "$INSTDIR\install.ini"
+    Call TestFile
+  !endif
   ${If} $Trouble != ""
     ${If} $TroubleCode = 5
       Push $(NoRightToFile)
@@ -261,16 +330,15 @@ Function ${UN}RemoveFont
 FunctionEnd
 
 Function ${UN}RemoveShortcuts
-  Delete "$SMPROGRAMS\Tavrix\$(Documentation).lnk"
-  Delete "$SMPROGRAMS\Tavrix\$(Sandbox).lnk"
-  Delete "$SMPROGRAMS\Tavrix\$(Removal).lnk"
+  !insertmacro EachShortcutText DeleteShortcut
   RMDir "$SMPROGRAMS\Tavrix"
 FunctionEnd
 
 ; The files of this version, and nothing that it did not bring.
 Function ${UN}RemoveFiles
-  !insertmacro EachFile DeleteFile
+  !insertmacro EachFile ${UN}DeleteInstalled
   Delete "$INSTDIR\install.ini"
+  Delete "$INSTDIR\Uninstall.exe.old"
   Delete "$INSTDIR\Uninstall.exe"
   !insertmacro EachFolder RemoveFolder
   RMDir "$INSTDIR"
@@ -285,8 +353,26 @@ FunctionEnd
   Push "$INSTDIR\${PATH}"
   Call un.TestFile
 !macroend
-!macro DeleteFile SOURCE PATH
-  Delete "$INSTDIR\${PATH}"
+; An update that was interrupted leaves the older version's files under their other names.
+!macro DeleteInstalled SOURCE PATH
+  Push "$INSTDIR\${PATH}"
+  Call DeleteFile
+  Delete "$INSTDIR\${PATH}.old"
+!macroend
+!macro un.DeleteInstalled SOURCE PATH
+  Push "$INSTDIR\${PATH}"
+  Call un.DeleteFile
+  Delete "$INSTDIR\${PATH}.old"
+!macroend
+!macro DeleteNew SOURCE PATH
+  Push "$INSTDIR\${PATH}"
+  Call DeleteFile
+!macroend
+!macro AskWhetherThere SOURCE PATH
+  ${If} $Trouble == ""
+  ${AndIf} ${FileExists} "$INSTDIR\${PATH}"
+    StrCpy $Trouble "${PATH}"
+  ${EndIf}
 !macroend
 !macro PutFile SOURCE PATH
   File "/oname=$INSTDIR\${PATH}" "${STAGE}/${SOURCE}"
@@ -302,13 +388,7 @@ FunctionEnd
 !insertmacro Shared "un."
 
 Function .onInit
-  System::Call 'kernel32::CreateMutexW(p 0, i 0, w "TavrixSetup") p .r0 ?e'
-  Pop $0
-  ${If} $0 = 183
-    Push $(Second)
-    Push ${FAILED_SECOND}
-    Call Fail
-  ${EndIf}
+  Call BeAlone
   StrCpy $Place machine
   ${GetParameters} $R0
   ClearErrors
@@ -348,10 +428,41 @@ Function SkipFolderPage
   ${EndIf}
 FunctionEnd
 
-; Line by line what the older version installed; "away" or "back" on the stack. A file that is renamed can be put back
-; whatever happens to its successor.
+; Two names on the stack: the second one's file gets the first one's place, if it is there.
+Function Replace
+  Exch $1
+  Exch
+  Exch $0
+  ${If} ${FileExists} $1
+    Delete $0
+    Rename $1 $0
+  ${EndIf}
+  Pop $0
+  Pop $1
+FunctionEnd
+
+; "away", "back" or "forget" on the stack, for one file of $INSTDIR in $1.
+Function MoveOne
+  ${If} $3 == away
+    Push "$INSTDIR\$1.old"
+    Push "$INSTDIR\$1"
+    Call Replace
+  ${ElseIf} $3 == back
+    Push "$INSTDIR\$1"
+    Push "$INSTDIR\$1.old"
+    Call Replace
+  ${Else}
+    Delete "$INSTDIR\$1.old"
+  ${EndIf}
+FunctionEnd
+
+; Line by line what the older version installed; "away", "back" or "forget" on the stack. A file that is renamed can be
+; put back whatever happens to its successor. The list lies where others may have changed it: it names nothing outside.
 Function MoveOlder
   Pop $3
+  ${If} $Updating <> 1
+    Return
+  ${EndIf}
   ClearErrors
   ${If} $3 == away
     FileOpen $0 "$INSTDIR\files.txt" r
@@ -375,41 +486,38 @@ Function MoveOlder
       ${EndIf}
       StrCpy $1 $1 -1
     ${Loop}
+    ${StrLoc} $2 "\$1" "\.." ">"
+    ${StrLoc} $4 "$1" ":" ">"
     ${If} $1 != ""
     ${AndIf} $1 != "files.txt"
-      ${If} $3 == away
-        Delete "$INSTDIR\$1.old"
-        Rename "$INSTDIR\$1" "$INSTDIR\$1.old"
-      ${ElseIf} $3 == back
-        Rename "$INSTDIR\$1.old" "$INSTDIR\$1"
-      ${Else}
-        Delete "$INSTDIR\$1.old"
-      ${EndIf}
+    ${AndIf} $2 == ""
+    ${AndIf} $4 == ""
+      Call MoveOne
     ${EndIf}
   ${Loop}
   FileClose $0
-  ${If} $3 == away
-    Delete "$INSTDIR\files.txt.old"
-    Rename "$INSTDIR\files.txt" "$INSTDIR\files.txt.old"
-  ${ElseIf} $3 == back
-    Rename "$INSTDIR\files.txt.old" "$INSTDIR\files.txt"
-  ${Else}
-    Delete "$INSTDIR\files.txt.old"
-  ${EndIf}
+  StrCpy $1 Uninstall.exe
+  Call MoveOne
+  StrCpy $1 files.txt
+  Call MoveOne
 FunctionEnd
 
 ; As it was before: the older version, or nothing.
 Function PutBack
+  StrCpy $Changing 0
   Push "/u /i"
   Call Regsvr32
   ${If} $Updating = 1
-    !insertmacro EachFile DeleteFile
+    !insertmacro EachFile DeleteNew
     Push back
     Call MoveOlder
+    WriteRegStr SHCTX "${UNINSTALL_KEY}" DisplayVersion $OldVersion
+    WriteRegDWORD SHCTX "${UNINSTALL_KEY}" EstimatedSize $OldSize
     Push "/i"
     Call Regsvr32
   ${Else}
     Call RemoveAllFonts
+    Call RemoveShortcuts
     DeleteRegKey SHCTX "${UNINSTALL_KEY}"
     Push x86
     Call RemoveSettings
@@ -499,14 +607,46 @@ FunctionEnd
   Call PutFont
 !macroend
 
+; What the disk has for this user, where the folder will be: another disk may be mounted below the drive's root.
 Function TestSpace
-  ${GetRoot} "$INSTDIR" $0
-  ClearErrors
-  ${DriveSpace} "$0\" "/D=F /S=K" $1
-  ${IfNot} ${Errors}
-  ${AndIf} $1 < ${NEEDED_KB}
-    Push $(NoSpace)
-    Push ${FAILED_SPACE}
+  StrCpy $0 $INSTDIR
+  ${Do}
+    ${If} ${FileExists} "$0\*.*"
+      ${ExitDo}
+    ${EndIf}
+    ${GetParent} $0 $0
+  ${LoopUntil} $0 == ""
+  System::Call 'kernel32::GetDiskFreeSpaceExW(w "$0\", *l .r1, p 0, p 0) i .r2'
+  ${If} $2 <> 0
+    System::Int64Op $1 / 1024
+    Pop $1
+    System::Int64Op $1 < ${NEEDED_KB}
+    Pop $1
+    ${If} $1 = 1
+      Push $(NoSpace)
+      Push ${FAILED_SPACE}
+      Call Fail
+    ${EndIf}
+  ${EndIf}
+FunctionEnd
+
+; Whose the folder is: ours to update, or a new one in which nothing of others is overwritten.
+Function KnowFolder
+  ReadINIStr $0 "$INSTDIR\install.ini" Tavrix Place
+  ${If} $0 == $Place
+    StrCpy $Updating 1
+    Return
+  ${ElseIf} $0 != ""
+    Push $(OtherPlace)
+    Push ${FAILED_ELSEWHERE}
+    Call Fail
+  ${EndIf}
+  StrCpy $Updating 0
+  StrCpy $Trouble ""
+  !insertmacro EachFile AskWhetherThere
+  ${If} $Trouble != ""
+    Push $(NotOurs)
+    Push ${FAILED_FOLDER}
     Call Fail
   ${EndIf}
 FunctionEnd
@@ -539,7 +679,18 @@ Function PutShortcuts
   CreateShortcut "$SMPROGRAMS\Tavrix\$(Removal).lnk" "$INSTDIR\Uninstall.exe"
 FunctionEnd
 
+; A file that cannot be written ends the work here, without a word to what comes after it.
+Function .onInstFailed
+  ${If} $Changing = 1
+    Call PutBack
+    Push $(NoCopy)
+    Push ${FAILED_COPY}
+    Call Fail
+  ${EndIf}
+FunctionEnd
+
 Section
+  Call KnowFolder
   Call TestAllFiles
   Call TestSpace
   ClearErrors
@@ -551,11 +702,19 @@ Section
     Call Fail
   ${EndIf}
   FileClose $0
+  ; What an interrupted update left.
+  ${If} ${FileExists} "$INSTDIR\files.txt.old"
+    Push back
+    Call MoveOlder
+  ${EndIf}
+  ReadRegStr $OldVersion SHCTX "${UNINSTALL_KEY}" DisplayVersion
+  ReadRegDWORD $OldSize SHCTX "${UNINSTALL_KEY}" EstimatedSize
+  StrCpy $Changing 1
   Push away
   Call MoveOlder
+  ClearErrors
   Call WriteEntry
   !insertmacro EachFolderDown MakeFolder
-  ClearErrors
   !insertmacro EachFile PutFile
   ${If} ${Errors}
     Call PutBack
@@ -580,11 +739,13 @@ Section
   !insertmacro EachFont PutFontOf ""
   Call TellOfFonts
   Call PutShortcuts
+  StrCpy $Changing 0
   Push forget
   Call MoveOlder
 SectionEnd
 
 Function un.onInit
+  Call un.BeAlone
   ReadINIStr $Place "$INSTDIR\install.ini" Tavrix Place
   ${If} $Place == ""
     Push $(Absent)

@@ -9,6 +9,7 @@ import os
 import pathlib
 import re
 import shutil
+import signal
 import sqlite3
 import subprocess
 import sys
@@ -24,7 +25,9 @@ PREFIX = WORK / "wine"
 SETUP = next(PACKAGE.glob("Tavrix-*-setup.exe"))
 FOLDER = "C:\\Program Files\\Tavrix"
 USERS_FOLDER = "C:\\users\\{user}\\AppData\\Local\\Programs\\Tavrix"
-IN_USE, ELSEWHERE, ABSENT = 5, 8, 11
+FOLDER_TAKEN, IN_USE, SPACE, SECOND, ELSEWHERE, COPY, REGISTER, ABSENT = 4, 5, 6, 7, 8, 9, 10, 11
+MENU = "C:\\ProgramData\\Microsoft\\Windows\\Start Menu\\Programs\\Tavrix"
+POLISH = "C:\\Moje żółte pliki\\Tavrix x"
 ASK_VERSION = 'WScript.Echo CreateObject("Tavrix.CInfo").VersjaLib()\n'
 
 
@@ -102,8 +105,8 @@ class Setup(unittest.TestCase):
         cls.display.terminate()
         cls.display.wait()
 
-    def install(self, *options, status=0):
-        done = wine(f"Z:{SETUP}", "/S", *options)
+    def install(self, *options, status=0, setup=SETUP):
+        done = wine(f"Z:{setup}", "/S", *options)
         self.assertEqual(done.returncode, status, self.text())
 
     def text(self):
@@ -115,6 +118,35 @@ class Setup(unittest.TestCase):
         """With _?= the uninstaller stays where it is: its status is told, but it cannot delete itself."""
         done = wine(start or f"{folder}\\Uninstall.exe", "/S", *options)
         self.assertEqual(done.returncode, status, self.text())
+
+    def tearDown(self):
+        """One failure is one failure: the next test finds nothing of this one's."""
+        subprocess.run([RUN, "64", "--server", "--kill"], check=False)
+        for folder in (FOLDER, POLISH):
+            if (unix(folder) / "Uninstall.exe").exists():
+                wine(f"{folder}\\Uninstall.exe", "/S")
+            shutil.rmtree(unix(folder), ignore_errors=True)
+
+    def variant(self, name, *damage, needed_kb=None):
+        """The setup program packed anew, with a stage in which some files hold something else."""
+        stage = WORK / f"stage-{name}"
+        subprocess.run(["cp", "-al", PACKAGE / "stage" / "windows", stage], check=True)
+        for path, content in damage:
+            (stage / path).unlink()
+            (stage / path).write_bytes(content)
+        target = WORK / f"{name}.exe"
+        listed = subprocess.run([sys.executable, HERE / "file_list.py", stage, HERE.parent / "build/win32/bin/fonts"],
+                                check=True, capture_output=True, text=True).stdout
+        if needed_kb:
+            listed = re.sub("NEEDED_KB .*", f"NEEDED_KB {needed_kb}", listed)
+        (WORK / f"{name}.nsh").write_text(listed)
+        # Packed fast: what is looked at is what it does.
+        script = (HERE / "setup.nsi").read_text().replace("SetCompressor /SOLID lzma", "SetCompress off")
+        (WORK / f"{name}.nsi").write_text(script, encoding="utf-8")
+        subprocess.run(["makensis", "-V1", "-INPUTCHARSET", "UTF8", "-DVERSION=99.0.0", f"-DSTAGE={stage}",
+                        f"-DFILES={WORK / name}.nsh", f"-DOUTPUT={target}", WORK / f"{name}.nsi"], check=True,
+                       env=os.environ | {"LC_ALL": "C.UTF-8"})
+        return target
 
     def expect_nothing_left(self):
         self.assertEqual((answers(32), answers(64)), ("", ""))
@@ -136,18 +168,44 @@ class Setup(unittest.TestCase):
         for bits in (32, 64):
             self.assertRegex(answers(bits), r"^\d+\.\d+\.\d+\.Tavrix$", f"{bits} bits")
 
+    def expect_whole(self, folder):
+        """What was listed is there, with what Windows shows of it."""
+        stage = PACKAGE / "stage" / "windows"
+        listed = (stage / "files.txt").read_bytes().decode("utf-16-le").split()
+        self.assertGreater(len(listed), 50)
+        for name in map(lambda line: line.replace("\\", "/"), listed):
+            self.assertEqual((unix(folder) / name).read_bytes(), (stage / name).read_bytes(), name)
+        for settings in ("x86", "x64"):
+            self.assertEqual((unix(folder) / settings / "Tavrix.json").read_bytes(),
+                             (stage / "Tavrix.default.json").read_bytes())
+        self.assertEqual(len(list(unix(MENU).glob("*.lnk"))), 3)
+        entries = registry()
+        entry = entries["system.reg [software\\\\microsoft\\\\windows\\\\currentversion\\\\uninstall\\\\tavrix]"]
+        program = f"{folder}\\Uninstall.exe".replace("\\", "\\\\")
+        version = re.search(r"-([\d.]+)-setup", SETUP.name).group(1)
+        self.assertIn(f'"DisplayVersion"="{version}"', entry)
+        # Wine writes other letters by their numbers.
+        if folder.isascii():
+            self.assertIn(f'"UninstallString"="\\"{program}\\""', entry)
+            self.assertIn(f'"QuietUninstallString"="\\"{program}\\" /S"', entry)
+        fonts = entries["system.reg [software\\\\microsoft\\\\windows nt\\\\currentversion\\\\fonts]"]
+        for font in (stage / "x86").glob("*.ttf"):
+            self.assertTrue((unix("C:\\windows\\Fonts") / font.name).exists(), font.name)
+            self.assertTrue([line for line in fonts if line.endswith(f'="{font.name}"')], font.name)
+
     def test_comes_and_goes_without_a_trace(self):
-        polish = "C:\\Moje żółte pliki\\Tavrix x"
         users = USERS_FOLDER.format(user=next((PREFIX / "drive_c/users").glob("[!P]*")).name)
         spelt = f"Z:{unix(FOLDER)}\\Uninstall.exe"
         for name, folder, options, start in [("for all", FOLDER, (), None), ("for one", users, ("/CurrentUser",), None),
-                                             ("path", polish, (f"/D={polish}".split(" ")), None),
+                                             ("path", POLISH, (f"/D={POLISH}".split(" ")), None),
                                              ("other spelling", FOLDER, (), spelt)]:
             with self.subTest(name):
                 began = time.monotonic()
                 self.install(*options)
                 print(f"{name}: installed in {time.monotonic() - began:.1f} s", file=sys.stderr)
                 self.expect_installed("/CurrentUser" not in options)
+                if "/CurrentUser" not in options:
+                    self.expect_whole(folder)
                 began = time.monotonic()
                 self.remove(folder, start=start)
                 print(f"{name}: removed in {time.monotonic() - began:.1f} s", file=sys.stderr)
@@ -159,14 +217,21 @@ class Setup(unittest.TestCase):
         foreign.write_bytes(b"somebody else's")
         self.install()
         folder = unix(FOLDER)
-        settings.write_text('{ "profile": "classic" }')
+        self.assertEqual(len(settings.read_bytes()), len(settings.read_bytes().replace(b"current", b"classic")))
+        # As long as what was there, so that nothing but the bytes tells them apart.
+        own = settings.read_bytes().replace(b"current", b"classic")
+        settings.write_bytes(own)
+        # These nobody changed since an older version brought them.
+        for name in ("Tavrix.default.json", "x64/Tavrix.json"):
+            (folder / name).write_text("{ }")
         listed = (folder / "files.txt").read_bytes() + "docs\\older.html\r\n".encode("utf-16-le")
         (folder / "files.txt").write_bytes(listed)
         (folder / "docs" / "older.html").write_text("of an older version")
         self.install("/D=C:\\elsewhere", status=ELSEWHERE)
         self.install()
         self.expect_installed()
-        self.assertEqual(settings.read_text(), '{ "profile": "classic" }')
+        self.assertEqual(settings.read_bytes(), own)
+        self.assertIn(b"current", (folder / "x64" / "Tavrix.json").read_bytes())
         self.assertFalse((folder / "docs" / "older.html").exists())
         self.assertEqual(list(folder.rglob("*.old")), [])
         self.remove(FOLDER)
@@ -174,6 +239,77 @@ class Setup(unittest.TestCase):
         self.assertEqual(foreign.read_bytes(), b"somebody else's")
         foreign.unlink()
         shutil.rmtree(folder)
+        self.expect_nothing_left()
+
+    def test_one_at_a_time(self):
+        (WORK / "other.nsi").write_text("Unicode true\nSilentInstall silent\nRequestExecutionLevel user\nOutFile other.exe\nSection\n"
+                                        "System::Call 'kernel32::CreateMutexW(p 0, i 0, w \"Global\\TavrixSetup\")'\n"
+                                        'FileOpen $1 "C:\\held" w\nSleep 120000\nSectionEnd\n')
+        subprocess.run(["makensis", "-V1", "other.nsi"], cwd=WORK, check=True)
+        other = subprocess.Popen([RUN, "64", f"Z:{WORK}/other.exe"], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        while not unix("C:\\held").exists():
+            self.assertIsNone(other.poll())
+            time.sleep(0.2)
+        self.assertEqual(wine(f"Z:{SETUP}", "/S", wait=False).returncode, SECOND)
+        other.terminate()
+        other.wait()
+        subprocess.run([RUN, "64", "--server", "--kill"], check=False)
+        unix("C:\\held").unlink()
+        self.expect_nothing_left()
+
+    def test_takes_no_folder_of_others(self):
+        theirs = unix("C:\\moje")
+        (theirs / "docs").mkdir(parents=True)
+        (theirs / "files.txt").write_bytes("faktury.db\r\n..\\moje\\wazne.txt\r\n".encode("utf-16-le"))
+        for name in ("faktury.db", "wazne.txt", "LICENSE.txt"):
+            (theirs / name).write_text("theirs")
+        before = files()
+        self.install("/D=C:\\moje", status=FOLDER_TAKEN)
+        self.assertEqual(files(), before)
+        shutil.rmtree(theirs)
+        self.install()
+        self.install("/CurrentUser", *f"/D={FOLDER}".split(" "), status=ELSEWHERE)
+        self.expect_installed()
+        self.remove(FOLDER)
+        self.expect_nothing_left()
+
+    def test_what_fails_leaves_what_was_there(self):
+        broken = self.variant("broken", ("x64/Tavrix.dll", b"no DLL"))
+        self.install(status=REGISTER, setup=broken)
+        self.expect_nothing_left()
+        self.install(*f"/D={POLISH}".split(" "))
+        # An update goes where the older version is.
+        self.install(status=REGISTER, setup=broken)
+        self.expect_installed()
+        self.expect_whole(POLISH)
+        self.assertEqual(list(unix(POLISH).rglob("*.old")), [])
+        # What an interrupted update leaves, and then its repetition.
+        listed = unix(POLISH) / "files.txt"
+        (unix(POLISH) / "x64" / "Tavrix.dll").rename(unix(POLISH) / "x64" / "Tavrix.dll.old")
+        listed.rename(listed.with_name("files.txt.old"))
+        self.install()
+        self.expect_whole(POLISH)
+        self.assertEqual(list(unix(POLISH).rglob("*.old")), [])
+        # Removed by somebody who sees another language.
+        english = os.environ | {"LC_ALL": "C.UTF-8", "WINEPREFIX": f"{PREFIX}", "WINEDEBUG": "-all", "DISPLAY": os.environ["TAVRIX_DISPLAY"]}
+        subprocess.run(["/usr/lib/wine/wine64", f"{POLISH}\\Uninstall.exe", "/S"], check=True, env=english)
+        subprocess.run([RUN, "64", "--server", "--wait"], check=True)
+        self.expect_nothing_left()
+
+    def test_a_full_disk_leaves_nothing(self):
+        small = unix("C:\\maly")
+        small.mkdir()
+        if subprocess.run(["mount", "-t", "tmpfs", "-o", "size=20m", "none", small], capture_output=True).returncode:
+            small.rmdir()
+            self.skipTest("mounting a small disk needs root")
+        try:
+            self.install("/D=C:\\maly\\x", status=SPACE)
+            # Room when it is asked for, and none when it is needed.
+            self.install("/D=C:\\maly\\x", status=COPY, setup=self.variant("small", needed_kb=1))
+            self.assertEqual(list(small.iterdir()), [])
+        finally:
+            subprocess.run(["umount", small], check=True)
+        small.rmdir()
         self.expect_nothing_left()
 
     def test_an_installed_example_sends_to_the_installed_sandbox(self):
@@ -203,7 +339,8 @@ class Setup(unittest.TestCase):
             done = wine("C:\\windows\\syswow64\\cscript.exe", "//nologo",
                         f"{FOLDER}\\examples\\vbscript\\wyslij_fakture.vbs", f"Data Source=Z:{WORK}/firma.db", "5265877635",
                         f"Z:{WORK}/token.txt", f"Z:{WORK}/invoice.xml", "dok_fak", "1001", "2", wait=False)
-            sandbox.terminate()
+            # Ctrl+C; it would sit out the other signal.
+            sandbox.send_signal(signal.SIGINT)
         self.assertRegex(done.stdout, "numer_ksef: 5265877635-", done.stdout + done.stderr)
         wine(registrar, "/s", "/u", f"Z:{ado}", wait=False)
         subprocess.run([RUN, "64", "--server", "--kill"], check=False)

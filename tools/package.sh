@@ -90,12 +90,18 @@ stage_debian() {
 maintainer='The Tavrix authors <pomoc@tavrix.example>'
 
 debian_texts() {
-    local to=$1 doc=$2 depends
+    local to=$1 doc=$2 depends package
     {
         printf 'Format: https://www.debian.org/doc/packaging-manuals/copyright-format/1.0/\nUpstream-Name: Tavrix\n\n'
         printf 'Files: *\nCopyright: 2026 The Tavrix authors\nLicense: Expat\n'
         sed -n '/^Permission/,$p' "$root/LICENSE" | sed 's/^$/./; s/^/ /'
     } >"$doc/copyright"
+    # Compiled in, with no package of their own beside this one.
+    for package in libboost1.74-dev libcli11-dev nlohmann-json3-dev libspdlog-dev libfmt-dev; do
+        printf '%s\n\n' "$package"
+        cat "/usr/share/doc/$package/copyright"
+        printf '\n'
+    done | gzip -9n >"$doc/included-libraries.txt.gz"
     {
         printf 'tavrix (%s) stable; urgency=medium\n\n  * Version %s.\n\n -- %s  %s\n' "$version" "$version" "$maintainer" \
             "$(LC_ALL=C date -u -R -d "@$SOURCE_DATE_EPOCH")"
@@ -114,6 +120,7 @@ Section: utils
 Priority: optional
 Installed-Size: $(du -sk --apparent-size "$to/usr" | cut -f1)
 Depends: $depends
+Recommends: ca-certificates
 Description: invoices for KSeF and bar codes from the command line
  tavrix sends and fetches invoices of the Polish national e-invoicing system,
  draws bar codes and QR symbols, sends and fetches mail and signs PDF files.
