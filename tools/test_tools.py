@@ -141,6 +141,10 @@ class Hardening(Tree):
         ([*WINDOWS, "-Wl,--disable-nxcompat"], "lacks NXCOMPAT"), ([*WINDOWS, "-Wl,--disable-dynamicbase"], "lacks DYNAMICBASE"),
         ([*WINDOWS, "-Wl,--disable-high-entropy-va"], "lacks HIGHENTROPYVA"),
         ([*WINDOWS, '-DMORE=__asm__(".section both,\\"wx\\"\\n.long 1\\n.text");'], "writable and executable"),
+        (["gcc", *HARD, "-Wl,-z,norelro"], "lacks RELRO"),
+        (["gcc", *HARD, '-DMORE=__asm__(".section both,\\"awx\\"\\n.long 1\\n.text");'], "has a segment that is writable"),
+        ([*WINDOWS, "-Wl,--disable-reloc-section"], "has no relocations"),
+        (["gcc", *HARD, '-DMORE=const char* made = __FILE__;'], "holds the path"),
     ]
 
     def test_refuses_what_lacks_one_of_its_fences(self):
