@@ -3,7 +3,6 @@
 #include <spdlog/sinks/ostream_sink.h>
 #include <spdlog/spdlog.h>
 
-#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <iomanip>
@@ -95,10 +94,6 @@ int main(int count, char** arguments) {
     spdlog::set_default_logger(std::make_shared<spdlog::logger>(
         "sandbox", std::make_shared<spdlog::sinks::ostream_sink_mt>(std::cerr)));
     spdlog::set_pattern("%H:%M:%S.%e %v");
-#ifdef SIGPIPE
-    // Whoever reads standard error may go before the sandbox does.
-    std::signal(SIGPIPE, SIG_IGN);
-#endif
     try {
         return serve(std::move(*command_line.options));
     } catch (const std::exception& error) {

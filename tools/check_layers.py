@@ -77,7 +77,8 @@ OUTSIDE = [
     (r"spdlog/.*|CLI/.*", ["cli", "sandbox"], "a library of the applications"),
 ]
 
-PLATFORM = re.compile(r"\b(_WIN32|_WIN64|WIN32|__MINGW\w*|_MSC_VER|__CYGWIN__|__linux__|__unix__|__APPLE__|__GNUC__)\b")
+PLATFORM = re.compile(r"\b(_WIN32|_WIN64|WIN32|__MINGW\w*|_MSC_VER|__CYGWIN__|__linux__|__unix__|__APPLE__|__GNUC__|"
+                      r"SO_EXCLUSIVEADDRUSE|SIG[A-Z]{3,})\b")
 MAY_ASK_PLATFORM = ["ports", "windows", "com", "tests/ports", "tests/com", "tools"]
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]')
 CONDITION = re.compile(r"^\s*#\s*(?:if|ifdef|ifndef|elif)\b(.*)")

@@ -46,6 +46,8 @@ class Layers(Tree):
         ("com/a.cpp", '#include "ports/native/curl_http.h"'),
         ("base/a.h", "#ifdef _WIN32\n#endif"),
         ("cli/a.cpp", "#if defined(__linux__) && 1\n#endif"),
+        ("sandbox/http/a.cpp", "#ifdef SO_EXCLUSIVEADDRUSE\n#endif"),
+        ("sandbox/a.cpp", "#if defined(SIGPIPE)\n#endif"),
     ]
     ALLOWED = [
         ("base/a.h", '#include "base/text.h"\n#include <string>'),

@@ -7,7 +7,8 @@
 namespace tavrix::sandbox {
 
 /// Stops `io` when the program is asked to end: a signal, Ctrl+C, or a console that is closed. One
-/// for a process; where the system waits for an answer, its end is the answer.
+/// for a process; where the system waits for an answer, its end is the answer. Output that nobody
+/// reads any more is no such request.
 class EndRequest {
   public:
     explicit EndRequest(boost::asio::io_context& io);

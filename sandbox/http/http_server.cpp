@@ -9,6 +9,7 @@
 
 #include "sandbox/http/connection.h"
 #include "sandbox/http/end_request.h"
+#include "sandbox/http/exclusive_port.h"
 
 namespace tavrix::sandbox {
 namespace {
@@ -68,14 +69,7 @@ class HttpServer::Implementation {
         error_code error;
         acceptor_ = tcp::acceptor(io_);
         acceptor_.open(endpoint.protocol(), error);
-        // Each system's way to say that the port is this program's alone, and at once again after
-        // it.
-#ifdef SO_EXCLUSIVEADDRUSE
-        using Exclusive = asio::detail::socket_option::boolean<SOL_SOCKET, SO_EXCLUSIVEADDRUSE>;
-        if (!error) acceptor_.set_option(Exclusive(true), error);
-#else
-        if (!error) acceptor_.set_option(tcp::acceptor::reuse_address(true), error);
-#endif
+        if (!error) claim_port(acceptor_, error);
         if (!error) acceptor_.bind(endpoint, error);
         if (!error) acceptor_.listen(tcp::acceptor::max_listen_connections, error);
         return error;

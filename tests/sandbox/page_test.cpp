@@ -1,6 +1,8 @@
 // The pages a person looks at.
 #include <sys/wait.h>
 
+#include <regex>
+
 #include "sandbox/pages/polish.h"
 #include "tests/sandbox/fixture.h"
 
@@ -86,13 +88,18 @@ TEST_F(PageTest, NothingInADocumentBecomesMarkup) {
         EXPECT_EQ(page.status, 200) << path;
         EXPECT_EQ(page.body.find("<script"), page.body.rfind("<script")) << path << ": its own one";
         EXPECT_EQ(page.body.find("<img"), std::string::npos) << path;
-        EXPECT_EQ(page.header("Content-Security-Policy").substr(0, 18), "default-src 'none'")
-            << path;
+        const std::string hash = "'sha256-[A-Za-z0-9+/]{43}='";
+        const std::regex policy("default-src 'none'; style-src " + hash + "; script-src " + hash +
+                                "; connect-src 'self'; form-action 'self'; base-uri 'none'; "
+                                "frame-ancestors 'none'");
+        EXPECT_TRUE(std::regex_match(page.header("Content-Security-Policy"), policy)) << path;
     }
     for (const char* room : {"/faktura/", "/sandbox/invoices/"}) {
         const Reply file = control().get(room + wrong + "/xml");
         EXPECT_EQ(file.body, "<script>alert(2)</script>");
         EXPECT_TRUE(file.header("Content-Disposition").starts_with("attachment;")) << room;
+        EXPECT_EQ(file.header("X-Content-Type-Options"), "nosniff") << room;
+        EXPECT_EQ(file.header("Content-Security-Policy"), "default-src 'none'; sandbox") << room;
     }
 }
 
@@ -134,7 +141,11 @@ TEST_F(PageTest, TellsWhichRequestsMadeARecordAndWhatTheySaid) {
             .post("/tokens", {{"permissions", {"InvoiceRead"}}, {"description", "Do odczytu"}})
             .json()
             .at("token");
-    std::string opening, sending, pages;
+    // Where no token belongs, and yet one may be.
+    client().headers["X-Other"] = client().access_token;
+    client().get("/tokens?pageToken=" + client().access_token);
+    client().headers.erase("X-Other");
+    std::string opening, sending, pages = page("/zadania");
     const Json requests = state().at("requests");
     for (const Json& entry : requests) {
         const std::string address = "/zadanie/" + std::to_string(entry.at("number").get<int>());
@@ -149,6 +160,9 @@ TEST_F(PageTest, TellsWhichRequestsMadeARecordAndWhatTheySaid) {
                                  ("/faktura/" + reference).c_str()});
     for (const std::string& secret : {client().access_token, client().refresh_token, token})
         EXPECT_EQ(pages.find(secret), std::string::npos);
+    // What the pages hide is not found by guessing at it either.
+    EXPECT_EQ(page("/zadania?q=pageToken%3D" + client().access_token).find("\"/zadanie/"), std::string::npos);
+    EXPECT_NE(page("/zadania?q=pageToken").find("\"/zadanie/"), std::string::npos);
     EXPECT_EQ(control().get("/zadanie/9999").status, 404);
 }
 

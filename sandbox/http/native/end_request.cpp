@@ -11,6 +11,8 @@ struct EndRequest::Implementation {
 
 EndRequest::EndRequest(boost::asio::io_context& io)
     : implementation_(new Implementation{boost::asio::signal_set(io, SIGTERM, SIGINT)}) {
+    // Whoever reads standard error may go before the sandbox does, which is no reason to end.
+    std::signal(SIGPIPE, SIG_IGN);
     implementation_->signals.async_wait(
         [&io](const boost::system::error_code&, int) { io.stop(); });
 }
