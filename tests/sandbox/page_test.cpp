@@ -161,7 +161,8 @@ TEST_F(PageTest, TellsWhichRequestsMadeARecordAndWhatTheySaid) {
     for (const std::string& secret : {client().access_token, client().refresh_token, token})
         EXPECT_EQ(pages.find(secret), std::string::npos);
     // What the pages hide is not found by guessing at it either.
-    EXPECT_EQ(page("/zadania?q=pageToken%3D" + client().access_token).find("\"/zadanie/"), std::string::npos);
+    EXPECT_EQ(page("/zadania?q=pageToken%3D" + client().access_token).find("\"/zadanie/"),
+              std::string::npos);
     EXPECT_NE(page("/zadania?q=pageToken").find("\"/zadanie/"), std::string::npos);
     EXPECT_EQ(control().get("/zadanie/9999").status, 404);
 }
