@@ -291,7 +291,8 @@ class Setup(unittest.TestCase):
         self.expect_whole(POLISH)
         self.assertEqual(list(unix(POLISH).rglob("*.old")), [])
         # Removed by somebody who sees another language.
-        english = os.environ | {"LC_ALL": "C.UTF-8", "WINEPREFIX": f"{PREFIX}", "WINEDEBUG": "-all", "DISPLAY": os.environ["TAVRIX_DISPLAY"]}
+        english = os.environ | {"LC_ALL": "C.UTF-8", "WINEPREFIX": f"{PREFIX}", "WINEDEBUG": "-all",
+                                "DISPLAY": os.environ["TAVRIX_DISPLAY"], "WINEDLLOVERRIDES": "winemenubuilder.exe=d"}
         subprocess.run(["/usr/lib/wine/wine64", f"{POLISH}\\Uninstall.exe", "/S"], check=True, env=english)
         subprocess.run([RUN, "64", "--server", "--wait"], check=True)
         self.expect_nothing_left()
