@@ -31,6 +31,12 @@ class Download : public SendFixture {
     /// Invoices ZAK/1 and on were bought; the newest one is listed first.
     void begin(const std::string& sql, int count = 1) {
         begin_anew();
+        // The sandbox notes purchases by its own clock, and what is asked for ends tomorrow.
+        const std::chrono::year_month_day today(
+            std::chrono::floor<std::chrono::days>(std::chrono::system_clock::now()));
+        clock.now.year = int(today.year());
+        clock.now.month = unsigned(today.month());
+        clock.now.day = unsigned(today.day());
         connection->execute_script("delete from kontrahenci; delete from Kontrahenci_parametry;" +
                                    sql);
         const Json bought{{"seller", "1234567890"}, {"buyer", "5265877635"}, {"count", count}};
@@ -60,12 +66,13 @@ TEST_F(Download, ARowHoldsWhatTheServiceListsInTheOrderOfItsMembers) {
         u"select In_nrdok,In_NEtto,In_Vat,In_nip,ksefNumber,in_numer_ksef,ZDJECIE_NAZWAPLIKU,"
         u"ZDJECIE_RODZAJ,in_id_grprod,ksefniezgodnyidwew,dok_ID from DOK_ZDJECIA";
     EXPECT_EQ(rows(columns), "ZAK/1|100,0|23,0|1234567890|K|K|K|xml|7|0|0");
+    begin("");
+    clock.now = test::FakeClock().now;
+    list_alone(entry("N1"));
+    ASSERT_EQ(get(), done);
     EXPECT_EQ(sandbox->requests(list).at(0).at("body").dump(),
               R"({"subjectType":"Subject2","dateRange":{"dateType":"PermanentStorage",)"
               R"("from":"2026-09-23T00:00:00.0+00:00","to":"2026-11-22T23:59:00.0+00:00"}})");
-    begin("");
-    list_alone(entry("N1"));
-    ASSERT_EQ(get(), done);
     EXPECT_EQ(rows(u"select ksefNumber_json,ksefHashFaktury,data,In_Data_Wyst,In_nrdok,In_NEtto,"
                    u"ZDJECIE_datawydruku,dane from DOK_ZDJECIA"),
               entry("N1") + "|H=|2026-11-21|2026-11-20|O'1/2026|1234,50|2026-11-21 12:30:15|<F/>");
