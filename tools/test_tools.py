@@ -1,6 +1,9 @@
 #!/usr/bin/env python3
 """Tests of the checks themselves: a gate that lets everything through looks just like a clean tree."""
+import html
+import json
 import pathlib
+import re
 import shutil
 import subprocess
 import sys
@@ -227,6 +230,33 @@ class Site(Tree):
         self.assertEqual(done.returncode, 1, done.stderr)
         for _, _, _, complaint in self.DAMAGE:
             self.assertIn(complaint, done.stdout)
+
+    # What is typed, and the title found first.
+    SEARCHES = [
+        ("Nie podano adresata", "Nie podano adresata."),
+        ("Nie znaleziono dokumetu:1001 w tabeli dok_fak", "Nie znaleziono dokumetu:…"),
+        ("ActiveX component can't create object", "Która odmiana"),
+        ("status 440", "Duplikaty"),
+        ("korekta", "Faktury offline"),
+        ("zolty", ""),
+    ]
+
+    @unittest.skipUnless(shutil.which("chromium"), "no Chromium")
+    def test_finds_what_people_type(self):
+        site = self.root / "site"
+        subprocess.run(["/usr/bin/python3", TOOLS / "site/build.py", site], check=True, capture_output=True)
+        asking = f"""<script>const field = document.getElementById('query');
+            document.title = JSON.stringify({json.dumps([typed for typed, _ in self.SEARCHES])}.map(typed => {{
+                field.value = typed;
+                field.dispatchEvent(new Event('input'));
+                return document.querySelector('#found b')?.textContent ?? '';
+            }}));</script></body>"""
+        page = site / "index.html"
+        page.write_text(page.read_text(encoding="utf-8").replace("</body>", asking), encoding="utf-8")
+        done = subprocess.run(["chromium", "--headless", "--no-sandbox", "--disable-gpu", f"--user-data-dir={self.root}/chromium",
+                               "--dump-dom", page.as_uri()], capture_output=True, text=True, timeout=120)
+        title = html.unescape(re.search("<title>(.*?)</title>", done.stdout, re.DOTALL).group(1))
+        self.assertEqual(json.loads(title), [found for _, found in self.SEARCHES])
 
 
 if __name__ == "__main__":

@@ -1,5 +1,6 @@
 // Every word of the query has to begin a word of an entry; letters count without their marks. A message that somebody copied
-// with numbers and names in it has words that stand nowhere: then the entries with most of its words come first.
+// with numbers and names in it has words that stand nowhere: then the entries with most of its words come first. Polish words
+// change their ends: where nothing is found, words are asked for without them.
 (function () {
   var plain = {'ą': 'a', 'ć': 'c', 'ę': 'e', 'ł': 'l', 'ń': 'n', 'ó': 'o', 'ś': 's', 'ź': 'z', 'ż': 'z'};
   function fold(text) {
@@ -28,8 +29,15 @@
     var place = Math.max(0, fold(entry.text).indexOf(word) - 40);
     return (place ? '…' : '') + entry.text.substr(place, 150);
   }
+  function stem(word) {
+    return word.length < 5 || /\d/.test(word) ? word : word.slice(0, Math.max(4, Math.ceil(word.length * 0.65)));
+  }
   function search(query) {
-    var wanted = words(query), phrase = wanted.join(' ');
+    var results = searchFor(words(query));
+    return results.length ? results : searchFor(words(query).map(stem));
+  }
+  function searchFor(wanted) {
+    var phrase = wanted.join(' ');
     function found(least) {
       return entries.map(function (entry) { return {entry: entry, points: points(entry, wanted, phrase, least), text: excerpt(entry, wanted[0])}; })
         .filter(function (it) { return it.points; })
