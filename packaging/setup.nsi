@@ -508,9 +508,18 @@ Function PutBack
   Push "/u /i"
   Call Regsvr32
   ${If} $Updating = 1
+    ; Settings that came with the new version go with it, and the older version's come back.
+    Push x86
+    Call RemoveSettings
+    Push x64
+    Call RemoveSettings
     !insertmacro EachFile DeleteNew
     Push back
     Call MoveOlder
+    Push x86
+    Call PutSettings
+    Push x64
+    Call PutSettings
     WriteRegStr SHCTX "${UNINSTALL_KEY}" DisplayVersion $OldVersion
     WriteRegDWORD SHCTX "${UNINSTALL_KEY}" EstimatedSize $OldSize
     Push "/i"
@@ -644,6 +653,9 @@ Function KnowFolder
   StrCpy $Updating 0
   StrCpy $Trouble ""
   !insertmacro EachFile AskWhetherThere
+  ; No part of the list, and names that many programs have.
+  !insertmacro AskWhetherThere "" Uninstall.exe
+  !insertmacro AskWhetherThere "" install.ini
   ${If} $Trouble != ""
     Push $(NotOurs)
     Push ${FAILED_FOLDER}

@@ -136,6 +136,8 @@ class Setup(unittest.TestCase):
         """The setup program packed anew, with a stage in which some files hold something else."""
         stage = WORK / f"stage-{name}"
         subprocess.run(["cp", "-al", PACKAGE / "stage" / "windows", stage], check=True)
+        # The list is written anew, and not through the link.
+        (stage / "files.txt").unlink()
         for path, content in damage:
             (stage / path).unlink()
             (stage / path).write_bytes(content)
@@ -265,12 +267,16 @@ class Setup(unittest.TestCase):
     def test_takes_no_folder_of_others(self):
         theirs = unix("C:\\moje")
         (theirs / "docs").mkdir(parents=True)
-        (theirs / "files.txt").write_bytes("faktury.db\r\n..\\moje\\wazne.txt\r\n".encode("utf-16-le"))
-        for name in ("faktury.db", "wazne.txt", "LICENSE.txt"):
+        listed = "faktury.db\r\n..\\moje\\wazne.txt\r\n".encode("utf-16-le")
+        for name in ("faktury.db", "wazne.txt"):
             (theirs / name).write_text("theirs")
-        before = files()
-        self.install("/D=C:\\moje", status=FOLDER_TAKEN)
-        self.assertEqual(files(), before)
+        # One at a time; the last two are names that many programs have.
+        for name in ("files.txt", "LICENSE.txt", "Uninstall.exe", "install.ini"):
+            (theirs / name).write_bytes(listed)
+            before = files()
+            self.install("/D=C:\\moje", status=FOLDER_TAKEN)
+            self.assertEqual(files(), before, name)
+            (theirs / name).unlink()
         shutil.rmtree(theirs)
         self.install()
         self.install("/CurrentUser", *f"/D={FOLDER}".split(" "), status=ELSEWHERE)
@@ -279,7 +285,7 @@ class Setup(unittest.TestCase):
         self.expect_nothing_left()
 
     def test_what_fails_leaves_what_was_there(self):
-        broken = self.variant("broken", ("x64/Tavrix.dll", b"no DLL"))
+        broken = self.variant("broken", ("x64/Tavrix.dll", b"no DLL"), ("Tavrix.default.json", b"{ }"))
         self.install(status=REGISTER, setup=broken)
         self.expect_nothing_left()
         self.install(*f"/D={POLISH}".split(" "))

@@ -1,13 +1,12 @@
 #!/usr/bin/env python3
 """Compiles every header on its own, so that none leans on what its users happen to include before it. A header that its
-own source includes before anything else is compiled so already by a door that compiles file by file.
+own source includes before anything else is compiled so by the builds that take each file by itself: 32-bit Windows, ./dev tidy.
 
 Ninja does the work in build/<door>/headers, so a second run compiles only what changed. The flags are those of the
 door's own compile commands. Usage: check_headers.py native|win32|win64 [-j N]
 """
 import argparse
 import json
-import os
 import re
 import shlex
 import subprocess
@@ -24,30 +23,20 @@ def wanted(path, door):
     return f"{path}".startswith(WINDOWS_ONLY) == door.startswith("win")
 
 
-def is_first_in_its_source(header, compiled):
+def is_first_in_its_source(header):
     source = header.with_suffix(".cpp")
-    if f"{source}" not in compiled:
+    if not (ROOT / source).exists():
         return False
     first = re.search(r'^\s*#\s*include\s*(\S+)', (ROOT / source).read_text(), re.MULTILINE)
     return first is not None and first.group(1) == f'"{header}"'
-
-
-def compiled_alone():
-    """The sources that some door's build compiles one by one."""
-    return {
-        os.path.relpath(entry["file"], ROOT)
-        for door in ("native", "win32", "win64")
-        if (commands := ROOT / "build" / door / "compile_commands.json").exists()
-        for entry in json.loads(commands.read_text())
-    }
 
 
 def compiler_and_flags(commands):
     """The compiler, and every include and define that any file of the door is compiled with."""
     compiler, flags = None, []
     for entry in commands:
-        # Resource files have their own compiler.
-        if not entry["file"].endswith(".cpp"):
+        # Resource files have their own compiler; several files compiled as one end in .cxx.
+        if not entry["file"].endswith((".cpp", ".cxx")):
             continue
         words = shlex.split(entry["command"])
         words = words[1:] if words[0].endswith("ccache") else words
@@ -87,9 +76,8 @@ def main():
     options = parser.parse_args()
     folder = ROOT / "build" / options.door
     commands = json.loads((folder / "compile_commands.json").read_text())
-    compiled = compiled_alone()
     headers = [
-        path for path in files(".h", ".hpp") if wanted(path, options.door) and not is_first_in_its_source(path, compiled)
+        path for path in files(".h", ".hpp") if wanted(path, options.door) and not is_first_in_its_source(path)
     ]
     if not headers:
         print("no headers for this door")
