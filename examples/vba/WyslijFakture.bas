@@ -16,7 +16,7 @@ Public Function WyslijFakture(ByVal Polaczenie As String, ByVal Nip As String, B
     On Error GoTo Blad
     Token = Trim$(Replace(Replace(CzytajBajty(PlikTokenu), vbCr, ""), vbLf, ""))
     ' Notatnik bywa, ze zaczyna plik trzema bajtami znacznika UTF-8.
-    If Left$(Token, 1) > "~" Then Token = Mid$(Token, 4)
+    If AscW(Token & " ") > 127 Then Token = Mid$(Token, 4)
     Xml = CzytajBajty(PlikXml)
     Set Baza = CreateObject("ADODB.Connection")
     Baza.Open Polaczenie

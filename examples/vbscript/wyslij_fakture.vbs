@@ -29,7 +29,7 @@ End Function
 ' Sam token: bez konca wiersza i bez trzech bajtow znacznika UTF-8, od ktorych Notatnik bywa, ze zaczyna plik.
 Function OnlyToken(text)
     OnlyToken = Trim(Replace(Replace(text, vbCr, ""), vbLf, ""))
-    If Left(OnlyToken, 1) > "~" Then OnlyToken = Mid(OnlyToken, 4)
+    If Asc(OnlyToken & " ") > 127 Then OnlyToken = Mid(OnlyToken, 4)
 End Function
 
 Function ColumnText(connection, column, table, id)

@@ -20,8 +20,9 @@ register_dlls 32 "$windows_bin" "$work"
 write_settings "$work/Tavrix.json"
 export TAVRIX_SETTINGS=$work/Tavrix.json
 make_host_database "$work/firma.db"
-# With the mark that an editor may put before it.
-printf '\xef\xbb\xbfR|nip-5265877635|s\r\n' >"$work/token.txt"
+# One with the mark that an editor may put before it, one without.
+printf '\xef\xbb\xbfR|nip-5265877635|s\r\n' >"$work/marked.txt"
+echo 'R|nip-5265877635|s' >"$work/token.txt"
 column() { sqlite3 "$work/firma.db" "select coalesce($1, '') from dok_fak where ddout_id = $2"; }
 
 # expect STATUS TEXT command...: the command's status and what it says, without the sentinel of scripts.
@@ -44,7 +45,7 @@ for example in vbscript/wyslij_fakture.vbs jscript/wyslij_fakture.js python/wysl
     sqlite3 "$work/firma.db" "insert or ignore into dok_fak (ddout_id, ddout_data_wyst) values ($id, date('now'))"
     run=(script "$example" "Data Source=Z:$work/firma.db") drive=Z: environment=2
     [[ $example != python/* ]] || run=(python3 "$root/examples/$example" "$work/firma.db") drive= environment=test
-    wrong=("${run[@]}" 1234567890 "$drive$work/token.txt" "$drive$work/$id.xml" dok_fak "$id" "$environment")
+    wrong=("${run[@]}" 1234567890 "$drive$work/marked.txt" "$drive$work/$id.xml" dok_fak "$id" "$environment")
     right=("${run[@]}" 5265877635 "$drive$work/token.txt" "$drive$work/$id.xml" dok_fak "$id" "$environment")
     expect 1 $'wynik: *5265877635*numer_ksef: ' "${wrong[@]}"
     expect 0 $'wynik: \nnumer_ksef: 5265877635-*' "${right[@]}"
