@@ -28,10 +28,14 @@ constexpr Translation translations[] = {
     {"(.+) excludes (.+)", "$1 wyklucza $2"},
 };
 
+// The matcher calls itself for each letter, and an argument may have a hundred thousand.
+constexpr std::size_t most_translated = 2000;
+
 }  // namespace
 
 std::string usage_fault(const CLI::ParseError& error) {
     const std::string text = error.what();
+    if (text.size() > most_translated) return text;
     for (const auto& [english, polish] : translations) {
         const std::regex sentence(english);
         if (std::regex_match(text, sentence)) return std::regex_replace(text, sentence, polish);
